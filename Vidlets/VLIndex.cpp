@@ -1,0 +1,361 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLIndex.h"
+
+#include "VLContext.h"
+#include "VLXmlElement.h"
+#include "VLXmlParser.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMap>
+#include <QPointer>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+namespace Vidlets {
+
+namespace {
+
+constexpr auto kControlFileTag = QLatin1String("vidlets");
+constexpr auto kTipTag = QLatin1String("vidlet");
+constexpr auto kKeyDataFileTag = QLatin1String("vidletkeys");
+constexpr auto kKeyDataTag = QLatin1String("key");
+
+// A line is classified in pieces of this size, so that a file without line ends stays harmless.
+constexpr qint64 kMaxLineBytes = 1024;
+
+QString keyAttribute()
+{
+    return QStringLiteral("key");
+}
+
+QString nameAttribute()
+{
+    return QStringLiteral("name");
+}
+
+QString packageNameAttribute()
+{
+    // The name lacks an "e" and stays so: scenes read it.
+    return QStringLiteral("VLPackagName");
+}
+
+/// The answers of a filter that builds the matching children of one root and passes over the rest.
+int matchChild(QStringView tag, QLatin1String rootTag, QLatin1String childTag, bool matches)
+{
+    if (tag == childTag)
+        return matches ? FilterChildren | KeepChildren : NoElement | SkipChildren;
+    return tag == rootTag ? FilterChildren : NoElement | SkipChildren;
+}
+
+int matchKeyElement(const QString& tag, const QXmlStreamAttributes& attributes, void* userData)
+{
+    const auto& key = *static_cast<const QString*>(userData);
+    return matchChild(tag, kControlFileTag, kTipTag, attributes.value(keyAttribute()) == key);
+}
+
+int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attributes, void* userData)
+{
+    const auto& key = *static_cast<const QString*>(userData);
+    return matchChild(tag, kKeyDataFileTag, kKeyDataTag, attributes.value(nameAttribute()) == key);
+}
+
+/// The tag by which a file is told apart: the first one found on a line by the pattern, be it in a
+/// comment; null where there is none.
+QString firstTag(const QString& filePath)
+{
+    const QRegularExpression pattern(QStringLiteral("<(\\w+)\\s*(\\w|>|/>)"));
+    QFile file(filePath);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+
+    for (QByteArray line = file.readLine(kMaxLineBytes); !line.isEmpty();
+         line = file.readLine(kMaxLineBytes)) {
+        const QRegularExpressionMatch match = pattern.match(QString::fromUtf8(line));
+        if (match.hasMatch())
+            return match.captured(1);
+    }
+    return QString();
+}
+
+int depthBelow(const QString& root, const QString& file)
+{
+    const QString rootPath = QDir(root).canonicalPath();
+    QDir dir(file);
+    int depth = 0;
+    // No other exit: the paths must truly nest.
+    while (dir.canonicalPath() != rootPath) {
+        dir.cdUp();
+        ++depth;
+    }
+    return depth;
+}
+
+} // namespace
+
+class VLIndexPrivate
+{
+public:
+    /// The given store, or one of the index's own once that is gone.
+    QPointer<VLContext> context;
+    QList<QString> paths;
+    /// The control files in search order; a list, since every lookup walks it from the front.
+    QList<IndexedLocation> locations;
+    /// The roots of each package in order of discovery.
+    QMap<QString, QList<QString>> packages;
+    bool inUpdate = false;
+    QRegularExpression keySeparators;
+};
+
+VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
+    : QObject(nullptr)
+    , d(new VLIndexPrivate)
+{
+    d->context = context;
+    d->paths = paths;
+    d->keySeparators = QRegularExpression(QStringLiteral("[,;\\s]+"));
+}
+
+// The record stays allocated: an index lives as long as its process, and deletes nothing.
+VLIndex::~VLIndex() = default;
+
+bool VLIndex::open()
+{
+    return true;
+}
+
+bool VLIndex::setup()
+{
+    if (context().get(ckClearIndexOnSetup, true).toBool())
+        clear();
+    return true;
+}
+
+bool VLIndex::clear()
+{
+    return true;
+}
+
+bool VLIndex::close()
+{
+    return true;
+}
+
+bool VLIndex::remove()
+{
+    return true;
+}
+
+VLXmlElement* VLIndex::retrieve(const QString& key, const QLocale& locale, QString& path,
+                                int& depth, VLXmlElement*& root)
+{
+    for (const IndexedLocation& entry : std::as_const(d->locations)) {
+        VLXmlElement* element = load(key, entry.location, locale, root);
+        if (!element)
+            continue;
+        depth = entry.depth;
+        path = QFileInfo(entry.location).dir().absolutePath();
+        return element;
+    }
+    return nullptr;
+}
+
+bool VLIndex::store(VLXmlElement* /*element*/, const QLocale& /*locale*/, const QString& location,
+                    int depth)
+{
+    const IndexedLocation entry{location, depth};
+    if (!d->locations.contains(entry))
+        d->locations.append(entry);
+    return true;
+}
+
+void VLIndex::startUpdate()
+{
+    d->inUpdate = true;
+}
+
+void VLIndex::endUpdate()
+{
+    d->inUpdate = false;
+}
+
+QList<QString> VLIndex::keys()
+{
+    QList<QString> result;
+    VLXmlParser parser(indexDataShouldGenerateElement);
+    for (const IndexedLocation& entry : std::as_const(d->locations)) {
+        QFile file(entry.location);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        // The trees stay allocated, and an empty result ends the process: both intended.
+        const QList<QObject*> elements = parser.parse(file);
+        for (QObject* child : elements.first()->children()) {
+            const auto* tip = qobject_cast<VLXmlElement*>(child);
+            if (tip && tip->hasAttribute(keyAttribute()))
+                result.append(tip->attribute(keyAttribute()));
+        }
+    }
+    return result;
+}
+
+void VLIndex::indexControlFile(const QString& file, const QString& root)
+{
+    if (!file.startsWith(root))
+        return;
+    const int depth = depthBelow(root, file);
+    if (firstTag(file) != kControlFileTag)
+        return;
+
+    const IndexedLocation entry{file, depth};
+    if (d->locations.contains(entry))
+        return;
+    d->locations.prepend(entry);
+    mapControlFile(file, root);
+}
+
+VLContext& VLIndex::context()
+{
+    if (d->context.isNull())
+        d->context = new VLContext(this);
+    return *d->context;
+}
+
+const VLContext& VLIndex::context() const
+{
+    return const_cast<VLIndex*>(this)->context();
+}
+
+VLXmlElement* VLIndex::load(const QString& key, const QString& location, const QLocale& locale,
+                            VLXmlElement*& root)
+{
+    VLXmlParser parser(matchKeyElement, const_cast<QString*>(&key));
+    QFile file(location);
+    if (!file.open(QIODevice::ReadOnly))
+        return nullptr;
+    const QList<QObject*> elements = parser.parse(file);
+    if (elements.size() != 1)
+        return nullptr;
+
+    root = qobject_cast<VLXmlElement*>(elements.first());
+    // A key that stands twice in a file counts as missing from it: no tie is broken.
+    if (root->children().size() != 1) {
+        delete root;
+        root = nullptr;
+        return nullptr;
+    }
+
+    auto* element = qobject_cast<VLXmlElement*>(root->children().first());
+    const QString localeName = root->attribute(QStringLiteral("locale"));
+    if (!localeName.isEmpty() && QLocale(localeName) != locale) {
+        // The caller's root keeps the stale address: it means something only with a result.
+        delete element;
+        delete root;
+        return nullptr;
+    }
+
+    loadKeyData(key, element);
+    element->setAttribute(QStringLiteral("VLLocation"), location);
+    element->setAttribute(packageNameAttribute(), packageNameForLocation(location));
+    // Where the file broke inside its root, the parser takes the tree with it now and the address
+    // goes out all the same: intended, the search goes by what was built.
+    return element;
+}
+
+void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
+{
+    const QString path = context().get(ckKeyDataFile, QString()).toString();
+    if (path.isEmpty() || !QFile::exists(path))
+        return;
+    VLXmlParser parser(matchKeyDataElement, const_cast<QString*>(&key));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+
+    const QList<QObject*> elements = parser.parse(file);
+    // A root without a record stays allocated: intended.
+    if (elements.isEmpty() || elements.first()->children().isEmpty())
+        return;
+
+    QObject* root = elements.first();
+    auto* record = qobject_cast<VLXmlElement*>(root->children().first());
+    const QList<QString> names = record->attributeNames();
+    for (const QString& name : names) {
+        if (name != nameAttribute())
+            element->setAttribute(name, record->attribute(name));
+    }
+    delete record;
+    delete root;
+}
+
+void VLIndex::mapControlFile(const QString& /*file*/, const QString& root)
+{
+    // A root in no package goes in under the null name.
+    QList<QString>& roots = d->packages[packageNameForLocation(root)];
+    if (!roots.contains(root))
+        roots.append(root);
+}
+
+QString VLIndex::packageNameForLocation(const QString& location) const
+{
+    const QString extension =
+        context().get(ckPackageExtension, QStringLiteral("vidlets")).toString();
+    for (QFileInfo info(location); !info.isRoot(); info = QFileInfo(info.dir().absolutePath())) {
+        if (info.suffix() == extension && info.isDir())
+            return info.completeBaseName();
+    }
+    return QString();
+}
+
+QList<QString> VLIndex::componentPathsForPackageNamed(const QString& name) const
+{
+    QList<QString> paths = d->packages.value(name);
+    const QString extraPath = context().get(ckExtraComponentPath, QVariant()).toString();
+    if (!extraPath.isEmpty())
+        paths.append(extraPath);
+    return paths;
+}
+
+QList<QString> VLIndex::componentPathsForElement(const VLXmlElement* element,
+                                                 const QString& category) const
+{
+    if (!element)
+        return {};
+
+    QList<QString> paths =
+        componentPathsForPackageNamed(element->attribute(packageNameAttribute()));
+    if (const auto* parent = qobject_cast<VLXmlElement*>(element->parent())) {
+        const QString search = parent->attribute(QStringLiteral("search"));
+        // Empty parts are kept: they name the roots that lie in no package.
+        const QStringList names = search.isEmpty() ? QStringList() : search.split(d->keySeparators);
+        for (const QString& name : names)
+            paths.append(d->packages.value(name));
+    }
+    if (category.isEmpty())
+        return paths;
+
+    QList<QString> componentPaths(paths.size());
+    std::transform(
+        paths.cbegin(), paths.cend(), componentPaths.begin(),
+        [&category](const QString& path) { return QDir(path).absoluteFilePath(category); });
+    return componentPaths;
+}
+
+int VLIndex::indexDataShouldGenerateElement(const QString& tag,
+                                            const QXmlStreamAttributes& /*attributes*/,
+                                            void* /*userData*/)
+{
+    return tag == kTipTag || tag == kControlFileTag ? FilterChildren : NoElement;
+}
+
+bool VLIndex::isInUpdate() const
+{
+    return d->inUpdate;
+}
+
+} // namespace Vidlets
+
+#include "moc_VLIndex.cpp"

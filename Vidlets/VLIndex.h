@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLINDEX_H
+#define VLINDEX_H
+
+#include <Vidlets/VidletsExport.h>
+
+#include <QList>
+#include <QLocale>
+#include <QObject>
+#include <QString>
+#include <QXmlStreamAttributes>
+
+#include <memory>
+
+class VLContext;
+
+namespace Vidlets {
+
+class VLIndexPrivate;
+class VLXmlElement;
+
+/// Where a control file lies; equal when both fields are.
+struct IndexedLocation
+{
+    /// Path of the control file, as it was handed in.
+    QString location;
+    /// How many steps up from the file's path lead to the package root; 2 for a file in the control
+    /// directory directly under the root.
+    int depth = 0;
+
+    friend bool operator==(const IndexedLocation& left, const IndexedLocation& right)
+    {
+        return left.depth == right.depth && left.location == right.location;
+    }
+    friend bool operator!=(const IndexedLocation& left, const IndexedLocation& right)
+    {
+        return !(left == right);
+    }
+};
+
+/**
+ * Finds the content for a key and a locale in the control files of the packages.
+ *
+ * Only paths are kept: a path and a number per control file, a few paths per package. Every lookup
+ * parses control files one after the other until one has the key, so an edited file takes effect at
+ * the next lookup, and a key that does not exist costs a pass over all of them. Search order:
+ *
+ * 1. The control file that was indexed last comes first, so a later data path shadows an earlier
+ *    one. Files added by store() come last.
+ * 2. A file counts as having a key only if exactly one of its tips has it, and only if the file has
+ *    no locale or the requested one.
+ * 3. The first file that counts serves the key.
+ *
+ * A host may derive an index of its own: all operations of a storage back end are virtual, and most
+ * do nothing here. The library deletes no index, neither the host's nor one of its own. Failures
+ * are silent and show as null or as a shorter list. An index belongs to the user-interface thread.
+ */
+class VIDLETS_EXPORT VLIndex : public QObject
+{
+    Q_OBJECT
+
+public:
+    /**
+     * Makes an empty index without a parent.
+     *
+     * @param context The settings to read; stays the caller's and may be null or die before the
+     *                index, which then goes on with defaults.
+     * @param paths The data paths; kept, and read by nothing in this class.
+     */
+    VLIndex(VLContext* context, const QList<QString>& paths);
+    /// Leaves the record of the index allocated.
+    ~VLIndex() override;
+
+    /// Hook for a back end: called by the manager before it scans. True.
+    virtual bool open();
+    /// Hook for a back end: calls clear() if ckClearIndexOnSetup is set. The library does not call
+    /// it. True.
+    virtual bool setup();
+    /// Hook for a back end: does nothing here, so control files stay recorded. True.
+    virtual bool clear();
+    /// Hook for a back end: does nothing here. True.
+    virtual bool close();
+    /// Hook for a back end: does nothing here. True.
+    virtual bool remove();
+
+    /**
+     * Finds the content for @p key in @p locale, matched exactly.
+     *
+     * @param[out] path The absolute path of the control file's directory; untouched on failure.
+     * @param[out] depth Steps from the control file up to the package root; untouched on failure.
+     * @param[out] root The top of the tree that the result is part of. The caller owns it, and with
+     *             it the result; it means something only when the result is not null.
+     * @return The content, or null where no control file has it.
+     *
+     * A file that breaks while an element inside its root is open, after the one wanted, gives
+     * addresses of objects that have been deleted.
+     */
+    virtual VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path,
+                                   int& depth, VLXmlElement*& root);
+
+    /**
+     * Records the control file @p location at the end of the search order unless it is there with
+     * the same @p depth. True.
+     *
+     * @p element and @p locale are for a back end and are ignored here.
+     */
+    virtual bool store(VLXmlElement* element, const QLocale& locale, const QString& location,
+                       int depth);
+
+    /// Hook for a back end: sets the update flag.
+    virtual void startUpdate();
+    /// Hook for a back end: clears the update flag.
+    virtual void endUpdate();
+
+    /**
+     * The keys of all control files in search order, then document order; neither sorted nor freed
+     * of duplicates.
+     *
+     * Reads every control file and leaves the parsed trees allocated, at each call. A file that can
+     * be read and whose root is no longer of a control file ends the process.
+     */
+    virtual QList<QString> keys();
+
+    /**
+     * Records @p file at the front of the search order if its first tag marks it as a control file.
+     *
+     * @param file Path of the file; must begin with @p root.
+     * @param root The package root. Both are compared as strings first: a directory whose name
+     *             merely begins with that of @p root never ends the search for the root.
+     */
+    virtual void indexControlFile(const QString& file, const QString& root);
+
+    /// The settings. Where the given store is gone, a new and empty one, owned by the index.
+    VLContext& context();
+    /// @overload
+    const VLContext& context() const;
+
+    /**
+     * Reads the one control file @p location for @p key in @p locale.
+     *
+     * @param[out] root The top of the tree, owned by the caller. Left untouched, set to null or
+     * left with the address of a deleted object where the result is null.
+     * @return The content with the key data and the reserved attributes, or null.
+     */
+    VLXmlElement* load(const QString& key, const QString& location, const QLocale& locale,
+                       VLXmlElement*& root);
+
+    /// Copies the attributes that the key data file has for @p key on to @p element. Without such a
+    /// record the small tree that was read for it stays allocated.
+    void loadKeyData(const QString& key, VLXmlElement* element);
+
+    /// Records @p root as a root of its package; @p file is not used.
+    void mapControlFile(const QString& file, const QString& root);
+
+    /// The name of the innermost package directory that is or contains @p location, or a null
+    /// string.
+    QString packageNameForLocation(const QString& location) const;
+
+    /// The directories in which a component of the package @p name may lie, in search order: the
+    /// package's roots, then the one of ckExtraComponentPath.
+    QList<QString> componentPathsForPackageNamed(const QString& name) const;
+
+    /**
+     * The places in which a component of @p element may lie, in search order: those of its own
+     * package, then the roots of the packages that its control file names in "search".
+     *
+     * @param element Content from retrieve(); null gives an empty list.
+     * @param category A relative path to be added to each directory; an empty one adds nothing, an
+     *                 absolute one replaces each.
+     */
+    QList<QString> componentPathsForElement(const VLXmlElement* element,
+                                            const QString& category) const;
+
+    /// The element filter of keys(): builds control file roots and their tips, nothing below.
+    static int indexDataShouldGenerateElement(const QString& tag,
+                                              const QXmlStreamAttributes& attributes,
+                                              void* userData);
+
+protected:
+    /// Whether startUpdate() was called and endUpdate() was not; for derived classes.
+    bool isInUpdate() const;
+
+private:
+    Q_DISABLE_COPY_MOVE(VLIndex)
+
+    VLIndexPrivate* const d;
+};
+
+} // namespace Vidlets
+
+#endif

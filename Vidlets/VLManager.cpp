@@ -1,0 +1,595 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLManager.h"
+
+#include "VLContext.h"
+#include "VLIndex.h"
+#include "VLView.h"
+#include "VLWidget.h"
+#include "VLXmlElement.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QPointer>
+#include <QRegularExpression>
+#include <QSize>
+#include <QTranslator>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace Vidlets {
+
+namespace {
+
+constexpr float kDefaultScale = 1.0F;
+constexpr double kMsPerSecond = 1000.0;
+
+QString keyAttribute()
+{
+    return QStringLiteral("key");
+}
+
+QString contentLocaleDefault()
+{
+    return QStringLiteral("en_US");
+}
+
+double secondsSince(const QElapsedTimer& timer)
+{
+    return static_cast<double>(timer.elapsed()) / kMsPerSecond;
+}
+
+void setAlwaysShowToolTips(bool on)
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (QWidget* widget : widgets)
+        widget->setAttribute(Qt::WA_AlwaysShowToolTips, on);
+}
+
+bool isContentWithKey(const VLXmlElement* content, const QString& key)
+{
+    return content && content->attribute(keyAttribute()) == key;
+}
+
+QString attributeOr(const VLXmlElement* element, const QString& name, const QString& defaultValue)
+{
+    return element->hasAttribute(name) ? element->attribute(name) : defaultValue;
+}
+
+QString packageRoot(const QString& controlDirectory, int depth)
+{
+    QDir dir(controlDirectory);
+    for (int step = 1; step < depth; ++step)
+        dir.cdUp();
+    return dir.canonicalPath();
+}
+
+} // namespace
+
+class VLManagerPrivate
+{
+public:
+    VLManagerPrivate(VLInterface* owner, const VLContext& context, const QStringList& dataPaths,
+                     VLIndex* givenIndex)
+        : interface(owner)
+        , searchPaths(dataPaths)
+        , settings(context)
+        , index(givenIndex)
+    {
+    }
+
+    QString localeName(contextKey key, const QString& defaultName) const
+    {
+        return settings.get(key, defaultName).toString();
+    }
+    void forEachReserved(void (*action)(VLWidget* widget, bool argument), bool argument);
+
+    VLInterface* interface;
+    QStringList searchPaths;
+    /// The canonical path of each scanned directory, the latest first. Only ever written.
+    QStringList indexedPaths;
+    VLContext settings;
+    VLWidget* tooltipWindow = nullptr;
+    VLIndex* index;
+    /// Popups given up to the user, in the order of reserving; entries die with their window.
+    QList<QPointer<VLWidget>> reservedWindows;
+    QMap<QString, QVariant> globalProperties;
+    bool filterInstalled = false;
+    /// Made at the first translation, a child of the manager.
+    QTranslator* translator = nullptr;
+    /// The file that is loaded in the translator; null if none is.
+    QString translationFile;
+    float scaleValue = kDefaultScale;
+};
+
+/// Walks the reserved windows from the last to the first and forgets the dead ones.
+void VLManagerPrivate::forEachReserved(void (*action)(VLWidget* widget, bool argument),
+                                       bool argument)
+{
+    for (qsizetype i = reservedWindows.size() - 1; i >= 0; --i) {
+        if (VLWidget* widget = reservedWindows.at(i))
+            action(widget, argument);
+        else
+            reservedWindows.removeAt(i);
+    }
+}
+
+VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringList& dataPaths,
+                     VLIndex* index)
+    : QObject(nullptr)
+    , d(std::make_unique<VLManagerPrivate>(interface, context, dataPaths, index))
+{
+    if (!d->index)
+        d->index = new VLIndex(&d->settings, dataPaths);
+    d->index->open();
+
+    // Only widgets that exist by now are touched.
+    if (context.get(ckAlwaysShowToolTips, false).toBool())
+        setAlwaysShowToolTips(true);
+
+    QElapsedTimer timer;
+    timer.start();
+    loadDataPath(dataPaths);
+    handleMessage(VLMessageInformation,
+                  QStringLiteral("Indexed packages in %1 seconds").arg(secondsSince(timer)));
+
+    if (d->settings.get(ckInstallEventFilter, false).toBool()) {
+        QCoreApplication::instance()->installEventFilter(this);
+        d->filterInstalled = true;
+    }
+    d->scaleValue = d->settings.get(ckScale, kDefaultScale).toFloat();
+}
+
+VLManager::~VLManager()
+{
+    if (d->filterInstalled)
+        QCoreApplication::instance()->removeEventFilter(this);
+    // Cleared whether or not the constructor set it.
+    setAlwaysShowToolTips(false);
+    // Deferred, since the manager may go while an event of the popup is being delivered.
+    if (d->tooltipWindow)
+        d->tooltipWindow->deleteLater();
+}
+
+VLContext& VLManager::context()
+{
+    return d->settings;
+}
+
+const VLContext& VLManager::context() const
+{
+    return d->settings;
+}
+
+VLIndex* VLManager::index()
+{
+    return d->index;
+}
+
+VLInterface* VLManager::interface()
+{
+    return d->interface;
+}
+
+VLWidget* VLManager::widget()
+{
+    return d->tooltipWindow;
+}
+
+float VLManager::realScaleValue()
+{
+    return d->scaleValue;
+}
+
+void VLManager::handleMessage(VLMessageType type, const QString& message)
+{
+    if (type > d->settings.get(ckMessageLevel, VLMessageWarning).toInt())
+        return;
+    if (d->interface)
+        d->interface->handleMessage(type, message);
+}
+
+int VLManager::getScaledSize(int size)
+{
+    if (d->scaleValue == 0.0F)
+        return size;
+    return static_cast<int>(static_cast<float>(size) * d->scaleValue);
+}
+
+QString VLManager::keyForObject(QObject* object)
+{
+    return d->interface->keyForObject(object);
+}
+
+void VLManager::setGlobalProperty(const QString& name, const QVariant& value)
+{
+    d->globalProperties.insert(name, value);
+}
+
+QPoint VLManager::tooltipPosition(const QPoint& position, QWidget* /*reference*/)
+{
+    const QSize offset = d->settings.get(ckTooltipOffset, QSize(35, 30)).toSize();
+    return position + QPoint(offset.width(), offset.height());
+}
+
+void VLManager::loadDataPath(const QStringList& paths)
+{
+    for (const QString& path : paths) {
+        const QFileInfo info(path);
+        if (!info.isDir())
+            continue;
+        const QDir dir(info.absoluteFilePath());
+        const QString extension =
+            d->settings.get(ckPackageExtension, QStringLiteral("vidlets")).toString();
+        const QString filter = QStringLiteral("*.%1").arg(extension);
+        handleMessage(
+            VLMessageInformation,
+            QStringLiteral("indexing packages (%2) in %1 ").arg(dir.absolutePath(), filter));
+
+        const QFileInfoList packages = dir.entryInfoList(
+            {filter}, QDir::Dirs | QDir::NoSymLinks | QDir::Readable | QDir::NoDotAndDotDot,
+            QDir::NoSort);
+        for (const QFileInfo& package : packages)
+            loadPackage(package);
+
+        const QString canonicalPath = dir.canonicalPath();
+        if (!d->indexedPaths.contains(canonicalPath))
+            d->indexedPaths.prepend(canonicalPath);
+    }
+}
+
+void VLManager::loadPackage(const QFileInfo& package)
+{
+    const QDir dir(package.absoluteFilePath());
+    handleMessage(VLMessageInformation,
+                  QStringLiteral("indexing control files in %1").arg(dir.absolutePath()));
+    const QString controlDirectory =
+        d->settings.get(ckControlDirectory, QStringLiteral("Control")).toString();
+
+    QFileInfoList pending{QFileInfo(dir.absoluteFilePath(controlDirectory))};
+    while (!pending.isEmpty()) {
+        const QFileInfo current = pending.takeFirst();
+        handleMessage(
+            VLMessageInformation,
+            QStringLiteral("looking for control files in :%1").arg(current.absoluteFilePath()));
+        // The filter lets no directory through, so the walk ends with the control directory itself.
+        const QFileInfoList entries =
+            QDir(current.absoluteFilePath())
+                .entryInfoList({QStringLiteral("*.xml")},
+                               QDir::Files | QDir::NoSymLinks | QDir::Readable
+                                   | QDir::NoDotAndDotDot,
+                               QDir::NoSort);
+        for (const QFileInfo& entry : entries) {
+            if (entry.isDir()) {
+                pending.append(entry);
+            } else if (entry.isFile()) {
+                const QString controlFile = entry.canonicalFilePath();
+                handleMessage(VLMessageInformation,
+                              QStringLiteral("found control file :%1").arg(controlFile));
+                indexControFile(controlFile, package.canonicalFilePath());
+            }
+        }
+    }
+}
+
+void VLManager::indexControFile(const QString& controlFile, const QString& packagePath)
+{
+    d->index->indexControlFile(controlFile, packagePath);
+}
+
+QStringList VLManager::searchPaths()
+{
+    return d->searchPaths;
+}
+
+QStringList VLManager::keys()
+{
+    return d->index->keys();
+}
+
+VLXmlElement* VLManager::retrieve(const QString& key, QString& path, int& depth,
+                                  VLXmlElement*& root)
+{
+    const QLocale locale(d->localeName(ckLocale, contentLocaleDefault()));
+    const QLocale fallback(d->localeName(ckFallbackLocale, contentLocaleDefault()));
+
+    QElapsedTimer timer;
+    timer.start();
+    VLXmlElement* element = d->index->retrieve(key, locale, path, depth, root);
+    if (!element)
+        element = d->index->retrieve(key, fallback, path, depth, root);
+    if (!element)
+        return nullptr;
+
+    handleMessage(VLMessageInformation,
+                  QStringLiteral("Retrieved %1 in %2 seconds")
+                      .arg(key, QString::number(secondsSince(timer))));
+    return element;
+}
+
+QLocale VLManager::currentLocale()
+{
+    QString name = d->localeName(ckLocale, QString());
+    if (name.isEmpty())
+        name = d->localeName(ckFallbackLocale, QString());
+    return name.isEmpty() ? QLocale::system() : QLocale(name);
+}
+
+QString VLManager::interpolate(const QString& text)
+{
+    return interpolate(text, d->globalProperties);
+}
+
+QString VLManager::interpolate(const QString& text, const QMap<QString, QVariant>& variables)
+{
+    const QRegularExpression pattern(QStringLiteral("\\%\\(([-_a-zA-Z0-9]+)\\)s"));
+    QString result = text;
+    qsizetype position = 0;
+    for (;;) {
+        const QRegularExpressionMatch match = pattern.match(result, position);
+        if (!match.hasMatch())
+            return result;
+        position = match.capturedStart();
+        const QString replacement = variables.value(match.captured(1)).toString();
+        // The scan goes on at the start of a replacement, so that references in it are filled too.
+        if (replacement.isNull())
+            position += match.capturedLength();
+        else
+            result.replace(position, match.capturedLength(), replacement);
+    }
+}
+
+bool VLManager::openExternalResource(const QString& resource)
+{
+    VLExternalResourceType type = VLResourceDocumentation;
+    const QUrl url(resource, QUrl::StrictMode);
+    if (url.isValid() && !url.scheme().isEmpty())
+        type = VLResourceUrl;
+    else if (resource.contains(QLatin1Char('/')))
+        type = VLResourcePath;
+
+    const contextKey gate =
+        type == VLResourceDocumentation ? ckDocumentationEnabled : ckExternalLinksEnabled;
+    if (!d->settings.get(gate, true).toBool())
+        return false;
+    return d->interface->openExternalResource(type, resource);
+}
+
+bool VLManager::mouseMoveEventFilter(QObject* /*object*/, QMouseEvent* event)
+{
+    if (d->tooltipWindow && d->tooltipWindow->isVisible())
+        d->tooltipWindow->checkMousePosition(event->globalPosition().toPoint());
+    return false;
+}
+
+bool VLManager::mouseButtonEventFilter(QObject* object, QMouseEvent* /*event*/)
+{
+    if (!object || !object->isWidgetType() || !d->tooltipWindow)
+        return false;
+    if (!d->tooltipWindow->isVisible())
+        return false;
+    const auto* widget = static_cast<QWidget*>(object);
+    if (widget == d->tooltipWindow || d->tooltipWindow->isAncestorOf(widget))
+        return false;
+
+    if (d->tooltipWindow->view()->stayOpen())
+        d->tooltipWindow->activateWindow();
+    else
+        d->tooltipWindow->hide();
+    return false;
+}
+
+void VLManager::initializeTooltipWindow()
+{
+    if (d->tooltipWindow)
+        return;
+
+    d->tooltipWindow = new VLWidget(this, nullptr);
+    auto* view = new VLView(this, nullptr);
+    QWidget* container = QWidget::createWindowContainer(view, d->tooltipWindow);
+    auto* layout = new QHBoxLayout(d->tooltipWindow);
+    d->tooltipWindow->SetContainerWidget(container);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(container);
+    d->tooltipWindow->setView(view);
+}
+
+bool VLManager::eventFilter(QObject* object, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+        if (mouseButtonEventFilter(object, static_cast<QMouseEvent*>(event)))
+            return true;
+        break;
+    case QEvent::MouseMove:
+        mouseMoveEventFilter(object, static_cast<QMouseEvent*>(event));
+        break;
+    case QEvent::ToolTip: {
+        const QString key = keyForObject(object);
+        return show(key, static_cast<QHelpEvent*>(event)->globalPos(), object);
+    }
+    case QEvent::ApplicationDeactivate:
+        if (d->tooltipWindow)
+            d->tooltipWindow->hide();
+        break;
+    default:
+        break;
+    }
+    return QObject::eventFilter(object, event);
+}
+
+bool VLManager::show(const QString& key, const QPoint& position, QObject* reference)
+{
+    handleMessage(VLMessageInformation, QStringLiteral("looking for Vidlet for key:%1").arg(key));
+    if (d->settings.get(ckDisabled, false).toBool())
+        return false;
+    // Compared as a whole: one modifier too many fails like one that is missing.
+    const auto required =
+        Qt::KeyboardModifiers::fromInt(d->settings.get(ckRequiredModifiers, 0).toUInt());
+    if (required && QGuiApplication::keyboardModifiers() != required)
+        return false;
+
+    auto* widget =
+        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
+    initializeTooltipWindow();
+    if (isOnShow(key))
+        return true;
+
+    QString path;
+    int depth = 0;
+    VLXmlElement* root = nullptr;
+    VLXmlElement* element = retrieve(key, path, depth, root);
+    if (!element) {
+        const QString fallback = d->settings.get(ckFallbackKey, QString()).toString();
+        if (isOnShow(fallback))
+            return true;
+        if (!fallback.isNull()) {
+            const QLocale locale(d->localeName(ckFallbackLocale, contentLocaleDefault()));
+            element = d->index->retrieve(fallback, locale, path, depth, root);
+        }
+    }
+    if (!element || !root)
+        return showWithoutContent(position, widget);
+    // An index of the host's may hand out the very element that is on show.
+    if (d->tooltipWindow->isVisible() && d->tooltipWindow->view()->content() == element)
+        return true;
+
+    const QPoint tipPosition = tooltipPosition(position, widget);
+    replaceContent(element);
+    const QString shortcutAttribute = QStringLiteral("shortcut");
+    const QString shortcut =
+        d->interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute));
+    if (!shortcut.isEmpty())
+        element->setAttribute(shortcutAttribute, shortcut);
+
+    d->tooltipWindow->showWithContent(reference, tipPosition, element, packageRoot(path, depth));
+    d->tooltipWindow->raise();
+    return true;
+}
+
+bool VLManager::isOnShow(const QString& key) const
+{
+    return d->tooltipWindow->isVisible()
+        && isContentWithKey(d->tooltipWindow->view()->content(), key);
+}
+
+bool VLManager::showWithoutContent(const QPoint& position, QWidget* widget)
+{
+    if (!d->tooltipWindow->isVisible())
+        return false;
+    if (d->tooltipWindow->isSafe(position) && (!widget || widget->toolTip().isEmpty()))
+        return true;
+    d->tooltipWindow->hideAnimated();
+    return false;
+}
+
+void VLManager::replaceContent(VLXmlElement* element)
+{
+    VLView* view = d->tooltipWindow->view();
+    VLXmlElement* old = view->content();
+    if (old && old != element) {
+        // The scene must let go of the old tree before it dies.
+        view->setSource(QUrl());
+        view->setContent(nullptr);
+        if (old->parent())
+            delete old->parent();
+        else
+            delete old;
+    }
+    view->setContent(element);
+}
+
+bool VLManager::reserve(VLWidget* popup, QWidget*& window)
+{
+    if (popup != d->tooltipWindow)
+        return false;
+
+    window = d->interface->createWindow();
+    d->reservedWindows.append(QPointer<VLWidget>(popup));
+    d->tooltipWindow = nullptr;
+    initializeTooltipWindow();
+    return true;
+}
+
+void VLManager::raise()
+{
+    d->forEachReserved([](VLWidget* widget, bool /*argument*/) { widget->raise(); }, true);
+}
+
+void VLManager::setStayOnTop(bool onTop)
+{
+    d->forEachReserved(
+        [](VLWidget* widget, bool stay) {
+            Qt::WindowFlags flags = widget->windowFlags();
+            flags.setFlag(Qt::WindowStaysOnTopHint, stay);
+            widget->setWindowFlags(flags);
+            // A change of flags hides the window.
+            widget->show();
+        },
+        onTop);
+}
+
+QString VLManager::translateString(const QString& text, const QString& context)
+{
+    if (!d->tooltipWindow || !d->tooltipWindow->view())
+        return text;
+
+    const QString stem = d->settings.get(ckTranslationStem, QStringLiteral("Vidlets")).toString();
+    const QString fileName = QStringLiteral("%1_%2.qm").arg(stem, currentLocale().name());
+    const QString file = d->tooltipWindow->view()->findComponent(
+        QStringLiteral("l10n_name"), ckTranslationDirectory, QStringLiteral("l10n"), fileName);
+
+    if (!d->translator)
+        d->translator = new QTranslator(this);
+    // An empty name equals the null one: nothing is loaded then, and the translator stays empty.
+    if (d->translationFile != file) {
+        if (!d->translator->load(file)) {
+            d->translationFile = QString();
+            return text;
+        }
+        d->translationFile = file;
+    }
+    // As it comes: a text that the file lacks gives an empty string.
+    return d->translator->translate(context.toUtf8().constData(), text.toUtf8().constData(),
+                                    nullptr, -1);
+}
+
+QString VLManager::vidletAttribute(const QString& key, const QString& attribute,
+                                   const QString& defaultValue)
+{
+    if (d->tooltipWindow && d->tooltipWindow->view()
+        && isContentWithKey(d->tooltipWindow->view()->content(), key))
+        return attributeOr(d->tooltipWindow->view()->content(), attribute, defaultValue);
+
+    const auto reserved =
+        std::find_if(d->reservedWindows.cbegin(), d->reservedWindows.cend(),
+                     [&key](const QPointer<VLWidget>& widget) {
+                         return widget && isContentWithKey(widget->view()->content(), key);
+                     });
+    if (reserved != d->reservedWindows.cend())
+        return attributeOr((*reserved)->view()->content(), attribute, defaultValue);
+
+    QString path;
+    int depth = 0;
+    VLXmlElement* root = nullptr;
+    VLXmlElement* element = retrieve(key, path, depth, root);
+    if (!element)
+        return defaultValue;
+    const QString value = attributeOr(element, attribute, defaultValue);
+    // The element alone: what is above it stays allocated.
+    delete element;
+    return value;
+}
+
+} // namespace Vidlets
+
+#include "moc_VLManager.cpp"

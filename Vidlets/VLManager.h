@@ -1,0 +1,207 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLMANAGER_H
+#define VLMANAGER_H
+
+#include "VLInterface.h"
+#include <Vidlets/VidletsExport.h>
+
+#include <QList>
+#include <QLocale>
+#include <QMap>
+#include <QObject>
+#include <QPoint>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <memory>
+
+class QEvent;
+class QFileInfo;
+class QMouseEvent;
+class QWidget;
+class VLContext;
+
+namespace Vidlets {
+
+class VLIndex;
+class VLManagerPrivate;
+class VLWidget;
+class VLXmlElement;
+
+/**
+ * The coordinator between the host, the index and the popup.
+ *
+ * It scans the data paths, gets content in the right language, decides when a popup comes and goes,
+ * and keeps track of the popups that the user has kept open. VLInterface makes and owns it; scenes
+ * and popups reach it through VLView::manager() and VLWidget::manager().
+ *
+ * Everything runs on the user-interface thread. The class has no error channel but handleMessage()
+ * and boolean results.
+ */
+class VIDLETS_EXPORT VLManager : public QObject
+{
+    Q_OBJECT
+
+public:
+    /**
+     * Sets up the index and scans @p dataPaths; that takes as long as listing them does. No popup
+     * is made before the first show().
+     *
+     * @param interface The owner; outlives the manager.
+     * @param context The host's settings, of which the manager keeps a copy.
+     * @param dataPaths Directories that hold packages.
+     * @param index An index that stays the caller's, or null for one of the manager's own, which is
+     *              never deleted.
+     */
+    VLManager(VLInterface* interface, VLContext& context, const QStringList& dataPaths,
+              VLIndex* index);
+
+    /// Releases the popup by deferred deletion; reserved windows stay, they belong to the user.
+    /// Clears Qt::WA_AlwaysShowToolTips on every top-level widget, whoever has set it.
+    ~VLManager() override;
+
+    /// The manager's own copy of the settings, the one that the library reads.
+    VLContext& context();
+    /// @overload
+    const VLContext& context() const;
+    /// The index; see the constructor for who owns it.
+    VLIndex* index();
+    /// The host's interface.
+    VLInterface* interface();
+    /// The current popup, owned by the manager, or null before the first show().
+    VLWidget* widget();
+    /// The scale factor of getScaledSize().
+    float realScaleValue();
+
+    /// Hands @p message to the host unless its @p type is greater than ckMessageLevel.
+    void handleMessage(VLMessageType type, const QString& message);
+
+    /// @p size, in pixels, times the scale factor, truncated; @p size itself if the factor is 0.
+    int getScaledSize(int size);
+
+    /// Asks the host for the key of @p object.
+    QString keyForObject(QObject* object);
+
+    /// Sets the text variable @p name; text that has been interpolated already stays as it is.
+    void setGlobalProperty(const QString& name, const QVariant& value);
+
+    /// Where the popup goes for a pointer at @p position, in global coordinates: away from it by
+    /// ckTooltipOffset. @p reference is not used.
+    QPoint tooltipPosition(const QPoint& position, QWidget* reference);
+
+    /**
+     * Scans each of @p paths for packages, and indexes their control files.
+     *
+     * What is no directory is passed over without a word, and so are links.
+     */
+    void loadDataPath(const QStringList& paths);
+
+    /// Indexes the control files directly in the control directory of @p package.
+    void loadPackage(const QFileInfo& package);
+
+    /// Hands @p controlFile of the package at @p packagePath to the index. The name lacks an "l"
+    /// and stays so.
+    void indexControFile(const QString& controlFile, const QString& packagePath);
+
+    /// The data paths that were given to the constructor, not those loaded later.
+    QStringList searchPaths();
+
+    /// The keys of all control files; see VLIndex::keys().
+    QStringList keys();
+
+    /**
+     * Gets the content for @p key in ckLocale, else in ckFallbackLocale.
+     *
+     * The result and the output arguments are those of VLIndex::retrieve(): the caller owns
+     * @p root, and with it the result; null is the normal answer for an unknown key.
+     */
+    VLXmlElement* retrieve(const QString& key, QString& path, int& depth, VLXmlElement*& root);
+
+    /// The locale of translation: ckLocale, else ckFallbackLocale, else the system's.
+    QLocale currentLocale();
+
+    /// Fills in the variables of setGlobalProperty(); see the overload.
+    QString interpolate(const QString& text);
+
+    /**
+     * Replaces each "%(name)s" in @p text whose name is in @p variables.
+     *
+     * Names consist of letters, digits, "-" and "_", and their case matters. Unknown names stay,
+     * and so do those whose value has a null string form. References inside a value are filled in
+     * too; a value that contains its own reference never finishes.
+     */
+    QString interpolate(const QString& text, const QMap<QString, QVariant>& variables);
+
+    /**
+     * Tells a URL, a path and a name within the documentation apart, and asks the host to open
+     * @p resource.
+     *
+     * @return The host's answer; false where ckExternalLinksEnabled or ckDocumentationEnabled
+     *         forbids it.
+     */
+    bool openExternalResource(const QString& resource);
+
+    /// Follows the pointer while the popup is visible. @p object is not looked at. Always false.
+    bool mouseMoveEventFilter(QObject* object, QMouseEvent* event);
+
+    /// Hides the popup at a mouse button event outside it, or brings it forward if its scene asked
+    /// for it to stay open. Always false.
+    bool mouseButtonEventFilter(QObject* object, QMouseEvent* event);
+
+    /**
+     * Shows the content for @p key; see VLInterface::show().
+     *
+     * The first call makes the popup, the view and the QML engine, even where there is no content.
+     */
+    bool show(const QString& key, const QPoint& position, QObject* reference);
+
+    /**
+     * Gives up @p popup, the current one, to the user, and makes a fresh one for later requests.
+     *
+     * @param[out] window The host's window that takes the popup, or null; untouched on refusal.
+     * @return Whether @p popup was the current one.
+     */
+    bool reserve(VLWidget* popup, QWidget*& window);
+
+    /// Raises all reserved windows.
+    void raise();
+
+    /// Keeps all reserved windows on top, or no longer so. The current popup is not touched.
+    void setStayOnTop(bool onTop);
+
+    /**
+     * Translates @p text within @p context by the translation file of the package on show.
+     *
+     * @return @p text where no popup exists or no file can be loaded; an empty string where the
+     * file has no entry for it.
+     */
+    QString translateString(const QString& text, const QString& context);
+
+    /// One attribute of the content for @p key; see VLInterface::vidletAttribute().
+    QString vidletAttribute(const QString& key, const QString& attribute,
+                            const QString& defaultValue);
+
+protected:
+    /// Makes the current popup with its view and container, when there is none.
+    void initializeTooltipWindow();
+
+    /// Watches tooltip, mouse and deactivation events; swallows a tooltip event that was dealt
+    /// with.
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    Q_DISABLE_COPY_MOVE(VLManager)
+
+    bool isOnShow(const QString& key) const;
+    bool showWithoutContent(const QPoint& position, QWidget* widget);
+    void replaceContent(VLXmlElement* element);
+
+    const std::unique_ptr<VLManagerPrivate> d;
+};
+
+} // namespace Vidlets
+
+#endif

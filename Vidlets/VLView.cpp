@@ -1,0 +1,284 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLView.h"
+
+#include "VLIndex.h"
+#include "VLInterface.h"
+#include "VLManager.h"
+
+#include <QCursor>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace Vidlets {
+
+namespace {
+
+QString resourceDirectoryDefault()
+{
+    return QStringLiteral("Resources");
+}
+
+Qt::CursorShape cursorShape(const QString& name)
+{
+    if (name == QLatin1String("PointingHandCursor"))
+        return Qt::PointingHandCursor;
+    if (name == QLatin1String("IBeamCursor"))
+        return Qt::IBeamCursor;
+    if (name == QLatin1String("BlankCursor"))
+        return Qt::BlankCursor;
+    return Qt::ArrowCursor;
+}
+
+QString errorMessage(const QString& format, const QQmlError& error)
+{
+    return format.arg(QString::number(error.line()), QString::number(error.column()),
+                      error.description());
+}
+
+} // namespace
+
+VLView::VLView(VLManager* manager, QWindow* parent)
+    : QQuickView(parent)
+    , m_manager(manager)
+{
+    // By name: the slot is part of the view's public face, and a host may disconnect it so.
+    connect(engine(), SIGNAL(warnings(QList<QQmlError>)), this,
+            SLOT(handleWarnings(QList<QQmlError>)));
+    setFlags(Qt::FramelessWindowHint);
+    setResizeMode(QQuickView::SizeViewToRootObject);
+}
+
+VLView::~VLView()
+{
+    // The scene goes before the data that it binds to.
+    setSource(QUrl());
+    delete m_content;
+}
+
+void VLView::setItemCursor(QObject* object, const QString& shape, const QString& /*tag*/)
+{
+    if (!object || !object->isQuickItemType())
+        return;
+    auto* item = static_cast<QQuickItem*>(object);
+    if (shape.isEmpty())
+        item->unsetCursor();
+    else
+        item->setCursor(QCursor(cursorShape(shape)));
+}
+
+void VLView::debugLog(const QString& msg)
+{
+    m_manager->handleMessage(VLMessageDebug, msg);
+}
+
+void VLView::openExternalResource(const QString& resourceLocator)
+{
+    m_manager->openExternalResource(resourceLocator);
+}
+
+QString VLView::interpolate(const QString& string)
+{
+    return m_manager->interpolate(string);
+}
+
+void VLView::setOverrideCursor(const QString& shape)
+{
+    QGuiApplication::setOverrideCursor(QCursor(cursorShape(shape)));
+}
+
+void VLView::restoreOverrideCursor()
+{
+    QGuiApplication::restoreOverrideCursor();
+}
+
+QString VLView::translate(const QString& string, const QString& context) const
+{
+    if (!m_manager || !m_manager->interface())
+        return string;
+    return m_manager->interface()->translateString(string, context);
+}
+
+QString VLView::findResource(const QString& relativePath) const
+{
+    return findComponent(QStringLiteral("resources"), ckResourceDirectory,
+                         resourceDirectoryDefault(), relativePath);
+}
+
+int VLView::getScaledSize(int size)
+{
+    return m_manager->getScaledSize(size);
+}
+
+QString VLView::categoryPath(const QString& attribute, const QString& defaultValue,
+                             contextKey key) const
+{
+    if (!m_content)
+        return QString();
+
+    QString path;
+    if (m_content->hasAttribute(attribute))
+        path = m_content->attribute(attribute);
+    else if (const auto* parent = qobject_cast<VLXmlElement*>(m_content->parent()))
+        path = parent->attribute(attribute);
+
+    if (path.isEmpty())
+        path = m_manager->context().get(key, defaultValue).toString();
+    return path;
+}
+
+QString VLView::findComponent(const QString& attribute, contextKey key, const QString& defaultValue,
+                              const QString& relativePath) const
+{
+    const QString category = categoryPath(attribute, defaultValue, key);
+    const QList<QString> candidates =
+        m_manager->index()->componentPathsForElement(m_content, category);
+    for (const QString& candidate : candidates) {
+        const QFileInfo info(
+            relativePath.isEmpty() ? candidate : QDir(candidate).absoluteFilePath(relativePath));
+        if (info.exists())
+            return info.absoluteFilePath();
+    }
+    return category;
+}
+
+QString VLView::uiRootFilePath() const
+{
+    if (m_manager->context().get(ckSimpleTooltips, false).toBool()) {
+        return findComponent(QStringLiteral("simple"), ckSimpleUiFile,
+                             QStringLiteral("ui/SimpleTooltip.qml"), QString());
+    }
+    return findComponent(QStringLiteral("ui"), ckUiFile, QStringLiteral("ui/VidletUI.qml"),
+                         QString());
+}
+
+QString VLView::resourceDirectoryPath() const
+{
+    // "resource" here and "resources" in findResource(): two attributes, on purpose.
+    return categoryPath(QStringLiteral("resource"), resourceDirectoryDefault(),
+                        ckResourceDirectory);
+}
+
+bool VLView::documentationAvailable()
+{
+    return m_manager->context().get(ckDocumentationEnabled, QVariant()).toBool();
+}
+
+QDir VLView::packageRoot() const
+{
+    return QDir(m_packageRoot);
+}
+
+void VLView::setPackageRoot(const QDir& dir)
+{
+    m_packageRoot = dir.absolutePath();
+}
+
+void VLView::setViewPos(int x, int y)
+{
+    setPosition(x, y);
+}
+
+VLManager* VLView::manager() const
+{
+    return m_manager;
+}
+
+VLXmlElement* VLView::content()
+{
+    return m_content;
+}
+
+const VLXmlElement* VLView::content() const
+{
+    return m_content;
+}
+
+void VLView::setContent(VLXmlElement* content)
+{
+    // Plain: nothing is deleted, and contentChanged stays unsent.
+    m_content = content;
+}
+
+bool VLView::stayOpen() const
+{
+    return m_stayOpen;
+}
+
+void VLView::setStayOpen(bool stayOpen)
+{
+    m_stayOpen = stayOpen;
+    Q_EMIT stayOpenChanged();
+}
+
+bool VLView::reserved() const
+{
+    return m_reserved;
+}
+
+void VLView::setReserved(bool reserved)
+{
+    if (m_reserved == reserved)
+        return;
+    m_reserved = reserved;
+    Q_EMIT reservedChanged();
+}
+
+void VLView::handleWarnings(const QList<QQmlError>& warnings)
+{
+    for (const QQmlError& warning : warnings)
+        m_manager->handleMessage(VLMessageDebug,
+                                 errorMessage(QStringLiteral("QML Warning %1:%2:%3"), warning));
+}
+
+void VLView::statusHasChanged(QQuickView::Status s)
+{
+    if (s != QQuickView::Error)
+        return;
+    const QList<QQmlError> viewErrors = errors();
+    for (const QQmlError& error : viewErrors)
+        m_manager->handleMessage(VLMessageDebug,
+                                 errorMessage(QStringLiteral("Error %1:%2:%3"), error));
+}
+
+void VLView::loadQML(const QString& path)
+{
+    if (!QFile::exists(path)) {
+        m_manager->handleMessage(VLMessageDebug, QStringLiteral("Can't find :%1").arg(path));
+        return;
+    }
+    // The same scene stays alive; new content reaches it through the context names.
+    const QUrl url = QUrl::fromLocalFile(path);
+    if (url != source())
+        setSource(url);
+}
+
+void VLView::resetState()
+{
+    if (QQuickItem* root = rootObject())
+        root->setProperty("state", QString());
+}
+
+void VLView::managerContextSettingDidChange(contextKey key)
+{
+    if (key == ckDocumentationEnabled)
+        Q_EMIT documentationAvailableChanged();
+}
+
+void VLView::resizeEvent(QResizeEvent* /*event*/)
+{
+    // The base class is left out: the scene's size drives the window, never the other way round.
+    update();
+    Q_EMIT contentSizeChanged();
+}
+
+} // namespace Vidlets
+
+#include "moc_VLView.cpp"

@@ -1,0 +1,203 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLVIEW_H
+#define VLVIEW_H
+
+#include "VLContext.h"
+#include "VLXmlElement.h"
+#include <Vidlets/VidletsExport.h>
+
+#include <QDir>
+#include <QList>
+#include <QQmlError>
+#include <QQuickView>
+#include <QString>
+
+namespace Vidlets {
+
+class VLManager;
+
+/**
+ * The window inside a popup that holds the scene.
+ *
+ * It finds and loads the scene for the content on show, owns that content, and is what a scene
+ * talks to, under the context name "vidletView". A scene is also given "vidlet", the content
+ * element, and "dataLocation", the package root. The root object of a scene is a QQuickItem whose
+ * bounding rectangle gives the size of the popup.
+ *
+ * A popup owns its one view. Everything runs on the user-interface thread. All trouble is reported
+ * as a debug message of the manager, and the view stays usable.
+ */
+class VIDLETS_EXPORT VLView : public QQuickView
+{
+    Q_OBJECT
+
+    /// Written by the scene: the popup does not hide by itself.
+    Q_PROPERTY(bool stayOpen READ stayOpen WRITE setStayOpen NOTIFY stayOpenChanged)
+    /// Written by the scene: the popup leaves the tooltip cycle and stays with the user.
+    Q_PROPERTY(bool reserved READ reserved WRITE setReserved NOTIFY reservedChanged)
+    /// The content on show. The signal is never sent.
+    Q_PROPERTY(Vidlets::VLXmlElement* content READ content WRITE setContent NOTIFY contentChanged)
+    /// Whether the host can open documentation; no where ckDocumentationEnabled is not set.
+    Q_PROPERTY(bool documentationAvailable READ documentationAvailable NOTIFY
+                   documentationAvailableChanged)
+    /// What the content calls its resource directory; a name, not a resolved path.
+    Q_PROPERTY(QString resourceDirectory READ resourceDirectoryPath)
+
+public:
+    /// Makes a frameless view that follows the size of its scene. @p manager stays the caller's and
+    /// outlives the view; @p parent may be null.
+    explicit VLView(VLManager* manager, QWindow* parent = nullptr);
+
+    /// Empties the scene, then deletes the content element, but nothing above it in its tree.
+    ~VLView() override;
+
+    /// Sets the cursor of @p object, if it is an item, to @p shape: "PointingHandCursor",
+    /// "IBeamCursor" or "BlankCursor", anything else for the arrow, or an empty string for that of
+    /// the item below. @p tag is ignored.
+    Q_INVOKABLE void setItemCursor(QObject* object, const QString& shape, const QString& tag);
+
+    /// Sends @p msg as a debug message.
+    Q_INVOKABLE void debugLog(const QString& msg);
+
+    /// Asks the host to open a URL, a path or a name within the documentation.
+    Q_INVOKABLE void openExternalResource(const QString& resourceLocator);
+
+    /// Fills in the host's text variables; see VLManager::interpolate().
+    Q_INVOKABLE QString interpolate(const QString& string);
+
+    /// Sets the cursor of the whole application; shapes as in setItemCursor(), but an empty string
+    /// means the arrow.
+    Q_INVOKABLE void setOverrideCursor(const QString& shape);
+
+    /// Undoes the last setOverrideCursor().
+    Q_INVOKABLE void restoreOverrideCursor();
+
+    /// Has the host translate @p string within @p context; @p string itself without a host.
+    Q_INVOKABLE QString translate(const QString& string, const QString& context) const;
+
+    /**
+     * The absolute path of the resource @p relativePath of the content on show.
+     *
+     * @return The name of the resource directory, "Resources" by default, where no such file
+     * exists.
+     */
+    Q_INVOKABLE QString findResource(const QString& relativePath) const;
+
+    /// @p size, in pixels, scaled by ckScale and truncated.
+    Q_INVOKABLE int getScaledSize(int size);
+
+    /**
+     * What the content calls a kind of component: its attribute @p attribute, else that of its
+     * parent, else the setting @p key, else @p defaultValue.
+     *
+     * An attribute that is present but empty leads on to the setting, not to the parent. Without
+     * content the result is a null string.
+     */
+    QString categoryPath(const QString& attribute, const QString& defaultValue,
+                         Vidlets::contextKey key) const;
+
+    /**
+     * Searches the component paths of the content for @p relativePath within a kind of component.
+     *
+     * @return The absolute path of the first file or directory that exists, or just what
+     *         categoryPath() gives for the first three arguments where none does.
+     */
+    QString findComponent(const QString& attribute, Vidlets::contextKey key,
+                          const QString& defaultValue, const QString& relativePath) const;
+
+    /// The scene for the content, as findComponent() gives it: the simple one if ckSimpleTooltips
+    /// is set, else the main one.
+    QString uiRootFilePath() const;
+
+    /// See the property resourceDirectory. Nothing is searched.
+    QString resourceDirectoryPath() const;
+
+    /// See the property documentationAvailable.
+    bool documentationAvailable();
+
+    /// The package directory of the content.
+    QDir packageRoot() const;
+    /// Sets the package directory of the content.
+    void setPackageRoot(const QDir& dir);
+
+    /// Moves the window, in pixels, within its parent.
+    void setViewPos(int x, int y);
+
+    /// The manager.
+    VLManager* manager() const;
+
+    /// The content on show, owned by the view; may be null.
+    VLXmlElement* content();
+    /// @overload
+    const VLXmlElement* content() const;
+    /// Replaces the pointer to the content and takes ownership. The old content is not deleted, and
+    /// no signal is sent.
+    void setContent(Vidlets::VLXmlElement* content);
+
+    /// See the property stayOpen.
+    bool stayOpen() const;
+    /// Sets the property; the signal is sent also when it stays the same.
+    void setStayOpen(bool stayOpen);
+
+    /// See the property reserved.
+    bool reserved() const;
+    /// Sets the property; the signal is sent only when it changes.
+    void setReserved(bool reserved);
+
+public Q_SLOTS:
+    /// Reports each of @p warnings. Connected to the engine of the view.
+    void handleWarnings(const QList<QQmlError>& warnings);
+
+    /// Reports the view's errors if @p s is QQuickView::Error. Connected by nobody; for a host.
+    void statusHasChanged(QQuickView::Status s);
+
+    /// Loads the scene @p path unless it is loaded already; keeps the present one if there is no
+    /// such file.
+    void loadQML(const QString& path);
+
+    /// Sets the property "state" of the scene's root object to the empty string.
+    void resetState();
+
+    /// Tells that documentationAvailable may have changed if @p key is ckDocumentationEnabled.
+    /// Connected by nobody; for a host.
+    void managerContextSettingDidChange(Vidlets::contextKey key);
+
+Q_SIGNALS:
+    /// The property was set.
+    void stayOpenChanged();
+    /// The property changed.
+    void reservedChanged();
+    /// Never sent, whichever way the content changes.
+    void contentChanged();
+    /// The window was resized; the popup follows.
+    void contentSizeChanged();
+    /// Whether documentation can be opened may have changed.
+    void documentationAvailableChanged();
+    /// Never sent, whichever way the package changes.
+    void resourceDirectoryChanged();
+
+protected:
+    /// Repaints, and tells the popup of the new size.
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    Q_DISABLE_COPY_MOVE(VLView)
+
+    VLManager* m_manager;
+    // Kept: two strings and a flag that nothing reads.
+    QString m_spareText;
+    QString m_spareName;
+    /// Owned.
+    VLXmlElement* m_content = nullptr;
+    [[maybe_unused]] bool m_spareFlag = true;
+    /// Absolute path of the package directory of the content.
+    QString m_packageRoot;
+    bool m_stayOpen = false;
+    bool m_reserved = false;
+};
+
+} // namespace Vidlets
+
+#endif
