@@ -56,7 +56,8 @@ enum contextKey : int {
     ckExternalLinksEnabled = 22,
     /// String, null: the key whose content is shown where the requested key has none.
     ckFallbackKey = 23,
-    /// String, "en_US" for content, empty for translation: the second locale tried.
+    /// String, "en_US" for content, empty for translation: the second locale tried, and the only
+    /// one for ckFallbackKey.
     ckFallbackLocale = 24,
     /// String, "en_US" for content, empty for translation: the first locale tried.
     ckLocale = 25,

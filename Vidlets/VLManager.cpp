@@ -433,8 +433,8 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
     if (d->settings.get(ckDisabled, false).toBool())
         return false;
     // Compared as a whole: one modifier too many fails like one that is missing.
-    const auto required =
-        Qt::KeyboardModifiers::fromInt(d->settings.get(ckRequiredModifiers, 0).toUInt());
+    const auto required = Qt::KeyboardModifiers::fromInt(
+        static_cast<uint>(d->settings.get(ckRequiredModifiers, 0).toInt()));
     if (required && QGuiApplication::keyboardModifiers() != required)
         return false;
 
@@ -450,8 +450,8 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
     VLXmlElement* element = retrieve(key, path, depth, root);
     if (!element) {
         const QString fallback = d->settings.get(ckFallbackKey, QString()).toString();
-        if (isOnShow(fallback))
-            return true;
+        if (d->tooltipWindow->isVisible() && keyOnShow() == fallback)
+            return d->tooltipWindow->view()->content() != nullptr;
         if (!fallback.isNull()) {
             const QLocale locale(d->localeName(ckFallbackLocale, contentLocaleDefault()));
             element = d->index->retrieve(fallback, locale, path, depth, root);
@@ -480,6 +480,12 @@ bool VLManager::isOnShow(const QString& key) const
 {
     return d->tooltipWindow->isVisible()
         && isContentWithKey(d->tooltipWindow->view()->content(), key);
+}
+
+QString VLManager::keyOnShow() const
+{
+    const VLXmlElement* content = d->tooltipWindow->view()->content();
+    return content ? content->attribute(keyAttribute()) : QString();
 }
 
 bool VLManager::showWithoutContent(const QPoint& position, QWidget* widget)
@@ -550,7 +556,7 @@ QString VLManager::translateString(const QString& text, const QString& context)
 
     if (!d->translator)
         d->translator = new QTranslator(this);
-    // An empty name equals the null one: nothing is loaded then, and the translator stays empty.
+    // An empty name equals the null one: as long as nothing was loaded the translator stays empty.
     if (d->translationFile != file) {
         if (!d->translator->load(file)) {
             d->translationFile = QString();
@@ -584,7 +590,7 @@ QString VLManager::vidletAttribute(const QString& key, const QString& attribute,
     VLXmlElement* element = retrieve(key, path, depth, root);
     if (!element)
         return defaultValue;
-    const QString value = attributeOr(element, attribute, defaultValue);
+    QString value = attributeOr(element, attribute, defaultValue);
     // The element alone: what is above it stays allocated.
     delete element;
     return value;

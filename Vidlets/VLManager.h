@@ -47,8 +47,8 @@ class VIDLETS_EXPORT VLManager : public QObject
 
 public:
     /**
-     * Sets up the index and scans @p dataPaths; that takes as long as listing them does. No popup
-     * is made before the first show().
+     * Sets up the index and scans @p dataPaths: lists them, and reads each control file up to its
+     * first tag. No popup is made before the first show().
      *
      * @param interface The owner; outlives the manager.
      * @param context The host's settings, of which the manager keeps a copy.
@@ -95,7 +95,9 @@ public:
     /**
      * Scans each of @p paths for packages, and indexes their control files.
      *
-     * What is no directory is passed over without a word, and so are links.
+     * What is no directory is passed over without a word, and so are links to packages and to
+     * control files. A data path may be a link; what lies in it is indexed under its canonical
+     * path.
      */
     void loadDataPath(const QStringList& paths);
 
@@ -154,7 +156,8 @@ public:
     /**
      * Shows the content for @p key; see VLInterface::show().
      *
-     * The first call makes the popup, the view and the QML engine, even where there is no content.
+     * The first call that ckDisabled and ckRequiredModifiers let pass makes the popup, the view and
+     * the QML engine, even where there is no content.
      */
     bool show(const QString& key, const QPoint& position, QObject* reference);
 
@@ -175,8 +178,9 @@ public:
     /**
      * Translates @p text within @p context by the translation file of the package on show.
      *
-     * @return @p text where no popup exists or no file can be loaded; an empty string where the
-     * file has no entry for it.
+     * @return @p text where no popup exists or the file cannot be loaded; an empty string where the
+     *         file has no entry for it, or where there is no content on show and no file was loaded
+     *         yet.
      */
     QString translateString(const QString& text, const QString& context);
 
@@ -196,6 +200,7 @@ private:
     Q_DISABLE_COPY_MOVE(VLManager)
 
     bool isOnShow(const QString& key) const;
+    QString keyOnShow() const;
     bool showWithoutContent(const QPoint& position, QWidget* widget);
     void replaceContent(VLXmlElement* element);
 

@@ -13,9 +13,8 @@
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
+#include <QResizeEvent>
 #include <QUrl>
-
-#include <algorithm>
 
 namespace Vidlets {
 
@@ -137,7 +136,7 @@ QString VLView::categoryPath(const QString& attribute, const QString& defaultVal
 QString VLView::findComponent(const QString& attribute, contextKey key, const QString& defaultValue,
                               const QString& relativePath) const
 {
-    const QString category = categoryPath(attribute, defaultValue, key);
+    QString category = categoryPath(attribute, defaultValue, key);
     const QList<QString> candidates =
         m_manager->index()->componentPathsForElement(m_content, category);
     for (const QString& candidate : candidates) {
@@ -256,8 +255,20 @@ void VLView::loadQML(const QString& path)
     }
     // The same scene stays alive; new content reaches it through the context names.
     const QUrl url = QUrl::fromLocalFile(path);
-    if (url != source())
-        setSource(url);
+    if (url == source())
+        return;
+    setSource(url);
+    announceSceneSize();
+}
+
+/// Tells of the size that a new scene asked for. The window system may do so only after the
+/// container has given the hidden window its old size back, and then never.
+void VLView::announceSceneSize()
+{
+    if (!rootObject())
+        return;
+    QResizeEvent event(rootObject()->size().toSize(), size());
+    QCoreApplication::sendEvent(this, &event);
 }
 
 void VLView::resetState()

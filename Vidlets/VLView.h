@@ -33,7 +33,8 @@ class VIDLETS_EXPORT VLView : public QQuickView
 {
     Q_OBJECT
 
-    /// Written by the scene: the popup does not hide by itself.
+    /// Written by the scene: the popup does not hide by itself. Acts when the hide timer is about
+    /// to start; one that runs already goes on.
     Q_PROPERTY(bool stayOpen READ stayOpen WRITE setStayOpen NOTIFY stayOpenChanged)
     /// Written by the scene: the popup leaves the tooltip cycle and stays with the user.
     Q_PROPERTY(bool reserved READ reserved WRITE setReserved NOTIFY reservedChanged)
@@ -42,7 +43,9 @@ class VIDLETS_EXPORT VLView : public QQuickView
     /// Whether the host can open documentation; no where ckDocumentationEnabled is not set.
     Q_PROPERTY(bool documentationAvailable READ documentationAvailable NOTIFY
                    documentationAvailableChanged)
-    /// What the content calls its resource directory; a name, not a resolved path.
+    /// What the content calls its resource directory; a name, not a resolved path. Tells of no
+    /// change: a scene reads it when it is loaded.
+    // clazy:excludeall=qproperty-without-notify
     Q_PROPERTY(QString resourceDirectory READ resourceDirectoryPath)
 
 public:
@@ -184,6 +187,8 @@ protected:
 
 private:
     Q_DISABLE_COPY_MOVE(VLView)
+
+    void announceSceneSize();
 
     VLManager* m_manager;
     // Kept: two strings and a flag that nothing reads.

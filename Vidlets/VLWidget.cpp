@@ -27,6 +27,7 @@ constexpr float kStayDurationMs = 3000.0F;
 constexpr int kShowDurationMs = 0;
 constexpr int kHideDurationMs = 300;
 constexpr qreal kFadeInStartOpacity = 0.1;
+constexpr int kExtraPixel = 1;
 constexpr Qt::WindowFlags kPopupFlags = Qt::Tool | Qt::FramelessWindowHint;
 constexpr Qt::WindowFlags kHostWindowFlags =
     Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint;
@@ -169,9 +170,10 @@ void VLWidget::hideAnimated()
         hideAnimationFinished();
         return;
     }
+    prepareFade(windowOpacity(), 0.0, durationMs);
     // Connected during a hide only, so that the end of a fade-in hides nothing.
     connect(m_animation, &QAbstractAnimation::finished, this, &VLWidget::hideAnimationFinished);
-    startFade(windowOpacity(), 0.0, durationMs);
+    m_animation->start(QAbstractAnimation::KeepWhenStopped);
     m_timer->stop();
 }
 
@@ -196,15 +198,15 @@ void VLWidget::showAnimated()
     setWindowOpacity(kFadeInStartOpacity);
     show();
     contentResized();
-    startFade(kFadeInStartOpacity, 1.0, durationMs);
+    prepareFade(kFadeInStartOpacity, 1.0, durationMs);
+    m_animation->start(QAbstractAnimation::KeepWhenStopped);
 }
 
-void VLWidget::startFade(qreal from, qreal to, int durationMs)
+void VLWidget::prepareFade(qreal from, qreal to, int durationMs)
 {
     m_animation->setDuration(durationMs);
     m_animation->setStartValue(from);
     m_animation->setEndValue(to);
-    m_animation->start(QAbstractAnimation::KeepWhenStopped);
 }
 
 void VLWidget::setTimer()
@@ -269,16 +271,11 @@ void VLWidget::contentResized()
 
     const QRectF bounds = m_view->rootObject()->boundingRect();
     const QSize contentSize(static_cast<int>(bounds.width()), static_cast<int>(bounds.height()));
-    setMinimumSize(contentSize);
-    setMaximumSize(contentSize);
-    if (m_containerWidget) {
-        m_containerWidget->setMinimumSize(contentSize);
-        m_containerWidget->setMaximumSize(contentSize);
-        m_containerWidget->setFixedSize(contentSize);
-        if (!isWindow() && !isVisible()) {
-            m_resizing = false;
-            return;
-        }
+    if (!hasSizeFor(contentSize))
+        takeContentSize(contentSize);
+    if (m_containerWidget && !isWindow() && !isVisible()) {
+        m_resizing = false;
+        return;
     }
 
     const QRect frame = window()->frameGeometry();
@@ -290,11 +287,36 @@ void VLWidget::contentResized()
     if (moved)
         window()->move(fitted.topLeft());
 
-    // One pixel more than the scene in each direction: intended, and for these two alone.
-    const QSize finalSize(fitted.width() + 1, fitted.height() + 1);
+    // kExtraPixel: one pixel more than the scene in each direction: intended, and for these two
+    // alone.
+    const QSize finalSize(fitted.width() + kExtraPixel, fitted.height() + kExtraPixel);
     setFixedSize(finalSize);
     window()->setFixedSize(finalSize);
     m_resizing = false;
+}
+
+/// Whether popup and container are fixed at what they would be given anew. Resizing the window back
+/// and forth while the window manager is about to map it would move it to a stale position.
+bool VLWidget::hasSizeFor(const QSize& contentSize) const
+{
+    const QSize finalSize = contentSize + QSize(kExtraPixel, kExtraPixel);
+    const auto isFixedAt = [](const QWidget* widget, const QSize& size) {
+        return widget->minimumSize() == size && widget->maximumSize() == size
+            && widget->size() == size;
+    };
+    return isFixedAt(this, finalSize) && m_containerWidget
+        && isFixedAt(m_containerWidget, contentSize);
+}
+
+void VLWidget::takeContentSize(const QSize& contentSize)
+{
+    setMinimumSize(contentSize);
+    setMaximumSize(contentSize);
+    if (!m_containerWidget)
+        return;
+    m_containerWidget->setMinimumSize(contentSize);
+    m_containerWidget->setMaximumSize(contentSize);
+    m_containerWidget->setFixedSize(contentSize);
 }
 
 QRect VLWidget::findVisibleGeometry(QRect geometry, bool* move)

@@ -51,7 +51,8 @@ public:
     void checkMousePosition(const QPoint& pos);
 
     /// Whether the popup stays while the pointer is at @p pos: over the reference widget, or in the
-    /// popup's frame grown by ckSafeZoneMargin, edges included.
+    /// popup's frame grown by ckSafeZoneMargin, edges included. Without a reference widget, a point
+    /// over no widget of the application counts as well.
     bool isSafe(const QPoint& pos);
 
     /// The view; may be null.
@@ -88,7 +89,8 @@ public Q_SLOTS:
     /// stay.
     void setTimer();
 
-    /// Takes the popup out of the tooltip cycle if its view is reserved.
+    /// Takes the popup out of the tooltip cycle if its view is reserved and the manager still holds
+    /// the popup as the current one.
     void contentReservedChanged();
 
     /// Takes over the size of the scene's root object, and fits the popup to the screen.
@@ -116,7 +118,9 @@ private:
     Q_DISABLE_COPY_MOVE(VLWidget)
 
     QScreen* referenceScreen() const;
-    void startFade(qreal from, qreal to, int durationMs);
+    bool hasSizeFor(const QSize& contentSize) const;
+    void takeContentSize(const QSize& contentSize);
+    void prepareFade(qreal from, qreal to, int durationMs);
     void dockInto(QWidget* window, const QPoint& position);
     void floatAt(const QPoint& position);
 

@@ -6,7 +6,22 @@
 #include <QMap>
 #include <QStringList>
 
+#include <initializer_list>
+
 namespace Vidlets {
+
+namespace {
+
+/// Fills the place markers one after the other, and not at once, on purpose: a marker inside an
+/// earlier argument is filled by a later one.
+QString fillInTurn(QString format, std::initializer_list<QString> arguments)
+{
+    for (const QString& argument : arguments)
+        format = format.arg(argument);
+    return format;
+}
+
+} // namespace
 
 class VLXmlElementPrivate
 {
@@ -25,11 +40,8 @@ QString VLXmlElementPrivate::attributeText() const
 
     QStringList items;
     items.reserve(attributes.size());
-    for (auto it = attributes.cbegin(); it != attributes.cend(); ++it) {
-        // Chained on purpose: a place marker inside a name is filled by the value.
-        items +=
-            QStringLiteral("%1=\"%2\"").arg(it.key()).arg(it.value()); // clazy:exclude=qstring-arg
-    }
+    for (auto it = attributes.cbegin(); it != attributes.cend(); ++it)
+        items += fillInTurn(QStringLiteral("%1=\"%2\""), {it.key(), it.value()});
     return QLatin1Char(' ') + items.join(QLatin1Char(' '));
 }
 
@@ -81,17 +93,11 @@ QString VLXmlElement::toXml(int index)
     const QString indent(index, QLatin1Char(' '));
     const QString closingMark = childLines.isEmpty() ? QStringLiteral("/") : QString();
 
-    // Chained on purpose, here and below: a place marker inside an earlier argument is filled by a
-    // later one.
-    QStringList lines(QStringLiteral("%1<%2%3%4>")
-                          .arg(indent)
-                          .arg(getTagName())
-                          .arg(d->attributeText())
-                          .arg(closingMark)); // clazy:exclude=qstring-arg
+    QStringList lines(fillInTurn(QStringLiteral("%1<%2%3%4>"),
+                                 {indent, getTagName(), d->attributeText(), closingMark}));
     if (!childLines.isEmpty()) {
         lines += childLines;
-        lines +=
-            QStringLiteral("%1</%2>").arg(indent).arg(getTagName()); // clazy:exclude=qstring-arg
+        lines += fillInTurn(QStringLiteral("%1</%2>"), {indent, getTagName()});
     }
     return lines.join(QLatin1Char('\n'));
 }

@@ -20,13 +20,13 @@ namespace {
 
 void reportInvalidXml(const QFile& file, const QXmlStreamReader& reader)
 {
-    const QString message = QStringLiteral("\nError parsing %1 file (line %2, column %3): the file "
-                                           "contains invalid xml. Check for unexpected elements, "
-                                           "unclosed tags, missing quotes or spaces, or other "
-                                           "formatting errors.")
-                                .arg(QFileInfo(file).fileName())
-                                .arg(reader.lineNumber())
-                                .arg(reader.columnNumber());
+    const QString message =
+        QStringLiteral("\nError parsing %1 file (line %2, column %3): the file "
+                       "contains invalid xml. Check for unexpected elements, "
+                       "unclosed tags, missing quotes or spaces, or other "
+                       "formatting errors.")
+            .arg(QFileInfo(file).fileName(), QString::number(reader.lineNumber()),
+                 QString::number(reader.columnNumber()));
     QTextStream(stdout) << message << Qt::endl;
 }
 
@@ -172,8 +172,8 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
         endElement();
     }
 
-    const QList<QObject*> elements = sentinel->children();
-    for (QObject* element : elements)
+    QList<QObject*> elements = sentinel->children();
+    for (QObject* element : std::as_const(elements))
         element->setParent(nullptr);
     delete sentinel;
     d->stack.first().element.clear();

@@ -49,10 +49,10 @@ using ShouldGenerateElementFunction = int (*)(const QString& tag,
  * destruction.
  *
  * A file that is not well-formed gives what was built before the fault, and one line on standard
- * output. If an element below the root was open by then, the parser keeps hold of the root:
- * deleting the parser deletes it, although it is in the list that parse() returned. A file that
- * fails before its first tag, an empty one for instance, violates a container precondition and ends
- * the process.
+ * output. If a tag below the root was open by then, built or not, the parser keeps hold of the
+ * root: deleting the parser deletes it, although it is in the list that parse() returned. A fault
+ * outside the root, in an empty file for instance or behind the root's end, violates a container
+ * precondition and ends the process.
  */
 class VIDLETS_EXPORT VLXmlParser
 {
@@ -75,7 +75,8 @@ public:
      */
     QList<QObject*> parse(QFile* file);
 
-    /// Handles a start tag. Called by parse(). False where no object could be made.
+    /// Handles a start tag. Called by parse(), but for the tags in a subtree that it passes over.
+    /// False where no object could be made.
     bool startElement(const QString& namespaceUri, const QString& name,
                       const QString& qualifiedName, const QXmlStreamAttributes& attributes);
     /// Handles an end tag. Called by parse(). Always true.
