@@ -26,7 +26,6 @@ private Q_SLOTS:
     void assignment_keepsValues_whenAssignedToItself();
     void keys_areInAscendingOrder();
     void contextKey_isRegisteredByName();
-    void signals_areInDeclaredOrder();
     void contextKey_hasFixedNumbers_data();
     void contextKey_hasFixedNumbers();
 };
@@ -160,15 +159,6 @@ void TestVLContext::contextKey_isRegisteredByName()
     const VLContext context(nullptr);
     QCOMPARE(QMetaType::fromName("Vidlets::contextKey"), QMetaType::fromType<contextKey>());
     QCOMPARE(QMetaType::fromType<contextKey>().name(), "Vidlets::contextKey");
-}
-
-void TestVLContext::signals_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLContext::staticMetaObject;
-    const int first = type.methodOffset();
-    QCOMPARE(type.method(first).methodSignature(), "settingDidChange(VLContextKey)");
-    QCOMPARE(type.method(first + 1).methodSignature(), "settingWillChange(VLContextKey)");
-    QCOMPARE(type.methodCount(), first + 2);
 }
 
 void TestVLContext::contextKey_hasFixedNumbers_data()

@@ -1,0 +1,181 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PopupStage.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QEvent>
+#include <QQuickItem>
+#include <QTest>
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr auto kScene = R"(import QtQuick
+
+Rectangle {
+    property string shownKey: vidlet ? vidlet.attribute("key") : ""
+    property string shownShortcut: vidlet ? vidlet.attribute("shortcut") : ""
+    property string shownLocation: dataLocation
+    property int resets: 0
+
+    width: 120
+    height: 80
+    color: "steelblue"
+    state: "open"
+    onStateChanged: if (state === "") ++resets
+}
+)";
+
+VLContext& storeWith(VLContext& context, const QMap<int, QVariant>& settings)
+{
+    for (auto it = settings.cbegin(); it != settings.cend(); ++it)
+        context.set(it.key(), it.value());
+    return context;
+}
+
+VLContext& emptyStore()
+{
+    static VLContext context;
+    return context;
+}
+
+} // namespace
+
+bool bringUp(QWidget* window)
+{
+    constexpr int kTries = 3;
+    for (int i = 0; i < kTries; ++i) {
+        window->show();
+        if (QTest::qWaitForWindowExposed(window))
+            return true;
+        window->hide();
+    }
+    return false;
+}
+
+RecordingIndex::RecordingIndex(VLContext* context)
+    : VLIndex(context, {})
+{
+}
+
+RecordingIndex::~RecordingIndex()
+{
+    for (const QPointer<VLXmlElement>& tree : std::as_const(m_trees))
+        delete tree;
+}
+
+VLXmlElement* RecordingIndex::retrieve(const QString& key, const QLocale& locale, QString& path,
+                                       int& depth, VLXmlElement*& root)
+{
+    requests += key + QLatin1Char('@') + locale.name();
+    if (!answer) {
+        VLXmlElement* element = VLIndex::retrieve(key, locale, path, depth, root);
+        if (element)
+            m_trees += root;
+        return element;
+    }
+
+    const IndexAnswer given = answer(key);
+    if (!given.element)
+        return nullptr;
+    m_trees += {given.root, given.element};
+    path = given.path;
+    depth = given.depth;
+    root = given.root;
+    return given.element;
+}
+
+PopupStage::PopupStage(const QMap<int, QVariant>& settings)
+    : packageRoot(packages.packageRoot(QStringLiteral("tips.vidlets")))
+    , index(&storeWith(context, settings))
+    // The interface brings a manager of its own, which must not react to anything.
+    , interface(emptyStore(), {}, &index)
+{
+    packages.write(QStringLiteral("tips.vidlets/ui/VidletUI.qml"), kScene);
+    packages.writeControlFile(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
+                              "<vidlets>\n"
+                              "  <vidlet key=\"open\" shortcut=\"Ctrl+O\"/>\n"
+                              "  <vidlet key=\"save\"/>\n"
+                              "</vidlets>\n");
+    manager = std::make_unique<OpenManager>(&interface, context, QStringList{packages.dataPath()},
+                                            &index);
+
+    QCursor::setPos(farAway());
+    control.setWindowFlag(Qt::FramelessWindowHint);
+    control.setObjectName(QStringLiteral("open"));
+    control.setGeometry(100, 100, 150, 60);
+    if (!bringUp(&control))
+        qFatal("The control did not come up");
+}
+
+PopupStage::~PopupStage()
+{
+    // The trees of the index are cleared away last, so the popup has to be gone by then.
+    manager.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void PopupStage::set(int key, const QVariant& value)
+{
+    manager->context().set(key, value);
+}
+
+void PopupStage::rescan()
+{
+    manager->loadDataPath({packages.dataPath()});
+}
+
+VLXmlElement* PopupStage::newContent(const QString& key)
+{
+    auto* element = new VLXmlElement;
+    element->setTagName(QStringLiteral("vidlet"));
+    element->setAttribute(QStringLiteral("key"), key);
+    element->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+    return element;
+}
+
+VLXmlElement* PopupStage::showContent()
+{
+    VLXmlElement* content = newContent(QStringLiteral("open"));
+    popup()->showWithContent(&control, QPoint(300, 300), content, packageRoot);
+    return content;
+}
+
+VLWidget* PopupStage::popup()
+{
+    manager->initializeTooltipWindow();
+    return manager->widget();
+}
+
+VLView* PopupStage::view()
+{
+    return popup()->view();
+}
+
+QObject* PopupStage::scene()
+{
+    return view()->rootObject();
+}
+
+QTimer* PopupStage::timer()
+{
+    return popup()->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+QPropertyAnimation* PopupStage::animation()
+{
+    return popup()->findChild<QPropertyAnimation*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+void PopupStage::finishFade()
+{
+    animation()->setCurrentTime(animation()->duration());
+}
+
+QPoint PopupStage::farAway()
+{
+    return {900, 700};
+}
