@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "SettingsMenu.h"
+
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLInterface.h>
+
+#include <QActionGroup>
+
+namespace Workbench {
+
+namespace {
+
+// What the library does while a setting has no value.
+constexpr int kPresetStayMs = 3000;
+constexpr int kPresetFadeInMs = 0;
+constexpr int kPresetFadeOutMs = 300;
+const QLatin1String kPresetLocale("en_US");
+
+} // namespace
+
+SettingsMenu::SettingsMenu(Vidlets::VLInterface& vidlets, QWidget* parent)
+    : QMenu(tr("&Settings"), parent)
+    , m_vidlets(vidlets)
+{
+    addSwitches();
+    addSeparator();
+    addLocale();
+    addTimes();
+    addModifier();
+    addMessageLevel();
+}
+
+void SettingsMenu::addSwitch(const QString& text, int key, const QVariant& on, const QVariant& off,
+                             const QVariant& preset)
+{
+    QAction* action = addAction(text);
+    action->setCheckable(true);
+    action->setChecked(m_vidlets.context().get(key, preset) == on);
+    connect(action, &QAction::toggled, this,
+            [this, key, on, off](bool isOn) { m_vidlets.context().set(key, isOn ? on : off); });
+}
+
+void SettingsMenu::addChoices(const QString& title, int key, const QVariant& preset,
+                              const QList<Choice>& choices)
+{
+    QMenu* menu = addMenu(title);
+    auto* group = new QActionGroup(menu);
+    const QVariant current = m_vidlets.context().get(key, preset);
+    for (const Choice& choice : choices) {
+        QAction* action = group->addAction(menu->addAction(choice.text));
+        action->setCheckable(true);
+        action->setChecked(choice.value == current);
+        connect(action, &QAction::triggered, this,
+                [this, key, value = choice.value] { m_vidlets.context().set(key, value); });
+    }
+}
+
+void SettingsMenu::addSwitches()
+{
+    addSwitch(tr("&Rich tooltips"), Vidlets::ckDisabled, false, true, false);
+    addSwitch(tr("&Simple tooltips"), Vidlets::ckSimpleTooltips, true, false, false);
+    addSwitch(tr("&Fallback tip"), Vidlets::ckFallbackKey, QStringLiteral("workbench.fallback"),
+              QString(), QString());
+    addSwitch(tr("Open &links"), Vidlets::ckExternalLinksEnabled, true, false, true);
+    addSwitch(tr("Open &documentation"), Vidlets::ckDocumentationEnabled, true, false, true);
+}
+
+void SettingsMenu::addLocale()
+{
+    addChoices(tr("L&ocale"), Vidlets::ckLocale, kPresetLocale,
+               {{tr("English"), QStringLiteral("en_US")}});
+}
+
+void SettingsMenu::addTimes()
+{
+    addChoices(tr("S&tay"), Vidlets::ckStayDuration, kPresetStayMs,
+               {{tr("Half a second"), 500},
+                {tr("One second"), 1000},
+                {tr("Three seconds"), 3000},
+                {tr("Ten seconds"), 10000},
+                {tr("Until a click"), 0}});
+    const QList<Choice> fades = {
+        {tr("None"), 0}, {tr("150 ms"), 150}, {tr("300 ms"), 300}, {tr("One second"), 1000}};
+    addChoices(tr("Fade &in"), Vidlets::ckShowDuration, kPresetFadeInMs, fades);
+    addChoices(tr("Fade o&ut"), Vidlets::ckHideDuration, kPresetFadeOutMs, fades);
+}
+
+void SettingsMenu::addModifier()
+{
+    addChoices(tr("Required &key"), Vidlets::ckRequiredModifiers, 0,
+               {{tr("None"), 0},
+                {tr("Shift"), static_cast<int>(Qt::ShiftModifier)},
+                {tr("Ctrl"), static_cast<int>(Qt::ControlModifier)}});
+}
+
+void SettingsMenu::addMessageLevel()
+{
+    addChoices(tr("&Messages"), Vidlets::ckMessageLevel,
+               static_cast<int>(Vidlets::VLMessageWarning),
+               {{tr("Errors"), static_cast<int>(Vidlets::VLMessageError)},
+                {tr("Warnings"), static_cast<int>(Vidlets::VLMessageWarning)},
+                {tr("Information"), static_cast<int>(Vidlets::VLMessageInformation)},
+                {tr("Debug"), static_cast<int>(Vidlets::VLMessageDebug)}});
+}
+
+} // namespace Workbench
+
+#include "moc_SettingsMenu.cpp"

@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef WORKBENCH_SETTINGSMENU_H
+#define WORKBENCH_SETTINGSMENU_H
+
+#include <QList>
+#include <QMenu>
+#include <QVariant>
+
+namespace Vidlets {
+class VLInterface;
+}
+
+namespace Workbench {
+
+/// Changes the library's settings while it runs. Each takes effect at the next tip.
+class SettingsMenu : public QMenu
+{
+    Q_OBJECT
+
+public:
+    SettingsMenu(Vidlets::VLInterface& vidlets, QWidget* parent);
+
+private:
+    struct Choice
+    {
+        QString text;
+        QVariant value;
+    };
+
+    void addSwitch(const QString& text, int key, const QVariant& on, const QVariant& off,
+                   const QVariant& preset);
+    void addChoices(const QString& title, int key, const QVariant& preset,
+                    const QList<Choice>& choices);
+    void addSwitches();
+    void addLocale();
+    void addTimes();
+    void addModifier();
+    void addMessageLevel();
+
+    Vidlets::VLInterface& m_vidlets;
+};
+
+} // namespace Workbench
+
+#endif

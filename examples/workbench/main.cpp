@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "Appearance.h"
+#include "ControlReport.h"
+#include "HoverForwarder.h"
+#include "MainWindow.h"
+#include "Options.h"
+#include "PopupReport.h"
+#include "WorkbenchInterface.h"
+#include <Vidlets/VLContext.h>
+
+#include <QApplication>
+
+#include <memory>
+
+using namespace Workbench;
+
+namespace {
+
+void fillContext(VLContext& context, const Options& options)
+{
+    context.set(Vidlets::ckInstallEventFilter, !options.hasOwnFilter);
+    // A tip may take the keyboard focus for itself; the window behind it must go on giving tips.
+    context.set(Vidlets::ckAlwaysShowToolTips, true);
+    context.set(Vidlets::ckDocumentationEnabled, true);
+    context.set(Vidlets::ckLocale, options.locale);
+    context.set(Vidlets::ckSimpleTooltips, options.isSimple);
+    context.set(Vidlets::ckStayDuration, options.stayMs);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("workbench"));
+    QApplication::setApplicationVersion(QStringLiteral("1.0"));
+    const Options options = readOptions(application);
+    if (options.isDark) {
+        useDarkColors();
+    }
+
+    VLContext context;
+    fillContext(context, options);
+    // The window comes first: the library looks once, while it is built, at the windows there are.
+    MainWindow window;
+    WorkbenchInterface vidlets(context, options.dataPaths, &window);
+    window.attach(vidlets);
+
+    HoverForwarder forwarder(vidlets);
+    if (options.hasOwnFilter) {
+        application.installEventFilter(&forwarder);
+    }
+    std::unique_ptr<ControlReport> controlReport;
+    if (!options.geometryFile.isEmpty()) {
+        controlReport = std::make_unique<ControlReport>(vidlets, window, options.geometryFile);
+    }
+    std::unique_ptr<PopupReport> popupReport;
+    if (!options.popupFile.isEmpty()) {
+        popupReport = std::make_unique<PopupReport>(options.popupFile);
+        application.installEventFilter(popupReport.get());
+    }
+
+    window.show();
+    return QApplication::exec();
+}

@@ -1,0 +1,50 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+import QtQuick
+
+// The links of a tip, on a band of their own.
+Rectangle {
+    id: footer
+
+    required property Theme theme
+    required property Wording wording
+    property var links: []
+
+    readonly property bool isEmpty: repeater.count === 0
+
+    visible: !isEmpty
+    implicitHeight: isEmpty ? 0 : column.implicitHeight + 2 * theme.gap
+    color: theme.shade
+
+    Rectangle {
+        width: parent.width
+        height: 1
+        color: footer.theme.line
+    }
+
+    Column {
+        id: column
+        anchors.left: parent.left
+        anchors.right: parent.right
+        // The band begins right of the bar along the tip's edge.
+        anchors.leftMargin: footer.theme.margin - footer.theme.barWidth
+        anchors.rightMargin: footer.theme.margin - 1
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: footer.theme.smallGap
+
+        Repeater {
+            id: repeater
+            model: footer.links
+
+            Link {
+                required property QtObject modelData
+
+                width: column.width
+                theme: footer.theme
+                text: footer.wording.contentOf(modelData)
+                target: modelData ? modelData.attribute("target") : ""
+            }
+        }
+    }
+}

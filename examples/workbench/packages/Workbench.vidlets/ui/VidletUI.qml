@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+import QtQuick
+
+// The rich tip. The popup takes the size of this item.
+//
+// A tip has the attributes "title", "shortcut" and "summary", and inside it, in any order and
+// number, <p>, <item>, <picture source caption> and <link target>. Text may have markup, best
+// written as CDATA, and variables of the host such as %(product)s.
+Item {
+    id: root
+
+    readonly property var elements: vidlet ? vidlet.childElementList("") : []
+    readonly property var blocks: elements.filter(element => isBlock(element))
+    readonly property var links: elements.filter(element => isLink(element))
+    readonly property string summary: tipWording.attributeOf(vidlet, "summary")
+    readonly property bool isLong: ruler.text.length > 900
+
+    readonly property int widest: tipTheme.px(isLong ? 520 : 340) + 2 * tipTheme.margin
+    readonly property int naturalWidth: Math.max(header.naturalWidth, ruler.implicitWidth)
+                                        + 2 * tipTheme.margin + tipTheme.px(2)
+    readonly property bool hasPicture: blocks.some(element => element.tagName === "picture")
+    readonly property int tallest: Math.max(tipTheme.px(240), Screen.height * 0.9)
+
+    width: hasPicture ? widest : Math.min(widest, naturalWidth)
+    height: Math.min(tallest, page.implicitHeight + footer.implicitHeight)
+
+    LayoutMirroring.enabled: tipWording.isMirrored
+    LayoutMirroring.childrenInherit: true
+
+    function isBlock(element) {
+        return element && ["p", "item", "picture"].includes(element.tagName);
+    }
+
+    // A name without slash and colon is a page of the documentation, which the host may not have.
+    function isLink(element) {
+        return element && element.tagName === "link"
+            && (vidletView.documentationAvailable || /[\/:]/.test(element.attribute("target")));
+    }
+
+    function wholeText() {
+        const indent = "\u2003\u2003";
+        const lines = elements.filter(element => element && element.tagName !== "picture")
+                              .map(element => (element.tagName === "item" ? indent : "")
+                                              + tipWording.contentOf(element));
+        return [summary].concat(lines).join("<br>");
+    }
+
+    Theme { id: tipTheme }
+    Wording { id: tipWording }
+
+    // Tells how wide the text would be if nothing made it wrap, so that a short tip stays small.
+    FormattedText {
+        id: ruler
+        visible: false
+        theme: tipTheme
+        text: root.wholeText()
+        wrapMode: Text.NoWrap
+    }
+
+    Card {
+        anchors.fill: parent
+        theme: tipTheme
+    }
+
+    // A tip that is higher than the screen allows can be scrolled.
+    Flickable {
+        id: page
+
+        readonly property int implicitHeight: column.implicitHeight + 2 * tipTheme.margin - tipTheme.px(5)
+
+        anchors.top: parent.top
+        anchors.bottom: footer.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        contentHeight: implicitHeight
+        interactive: contentHeight > height + 1
+        boundsBehavior: Flickable.StopAtBounds
+        clip: interactive
+
+        Column {
+            id: column
+            x: tipTheme.margin
+            y: tipTheme.margin - tipTheme.px(2)
+            width: root.width - 2 * tipTheme.margin
+            spacing: tipTheme.gap
+
+            Header {
+                id: header
+                width: column.width
+                theme: tipTheme
+                isMirrored: tipWording.isMirrored
+                title: tipWording.attributeOf(vidlet, "title")
+                shortcut: vidlet ? vidlet.attribute("shortcut") : ""
+            }
+
+            FormattedText {
+                width: column.width
+                visible: text !== ""
+                theme: tipTheme
+                color: tipTheme.faintText
+                text: root.summary
+            }
+
+            Repeater {
+                model: root.blocks
+
+                Block {
+                    required property QtObject modelData
+
+                    width: column.width
+                    theme: tipTheme
+                    wording: tipWording
+                    element: modelData
+                }
+            }
+        }
+    }
+
+    // Shows how far the page has been scrolled.
+    Rectangle {
+        anchors.right: parent.right
+        anchors.rightMargin: tipTheme.px(3)
+        visible: page.interactive
+        width: tipTheme.px(4)
+        radius: width / 2
+        y: page.visibleArea.yPosition * page.height
+        height: page.visibleArea.heightRatio * page.height
+        color: tipTheme.border
+    }
+
+    Footer {
+        id: footer
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 1
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.rightMargin: 1
+        anchors.leftMargin: tipTheme.barWidth
+        theme: tipTheme
+        wording: tipWording
+        links: root.links
+    }
+}
