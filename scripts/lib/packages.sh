@@ -1,0 +1,29 @@
+# SPDX-FileCopyrightText: 2026 The Vidlets developers
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+# shellcheck disable=SC2034 # The arrays are for the scripts that source this file.
+#
+# To be sourced. The Debian packages that the scripts need, by what they are needed for.
+
+vidlets_build_packages=(
+    cmake ninja-build g++ ccache pkg-config
+    qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools
+    # Qt 6.4's CMake files for the GUI module ask for these.
+    libgl-dev libvulkan-dev
+)
+
+# A virtual display, and what a scene imports at run time.
+vidlets_display_packages=(
+    xvfb openbox xdotool x11-utils imagemagick
+    qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml
+    qml6-module-qtqml-workerscript qml6-module-qtquick-layouts
+    libgl1-mesa-dri fonts-dejavu-core
+)
+
+vidlets_test_packages=(
+    libasan8 libubsan1
+)
+
+vidlets_lint_packages=(
+    clang-format clang-tidy clazy codespell shellcheck git
+)
