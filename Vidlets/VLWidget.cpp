@@ -18,6 +18,7 @@
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
+#include <QWindow>
 
 namespace Vidlets {
 
@@ -28,6 +29,7 @@ constexpr int kShowDurationMs = 0;
 constexpr int kHideDurationMs = 300;
 constexpr qreal kFadeInStartOpacity = 0.1;
 constexpr int kExtraPixel = 1;
+constexpr qint64 kMappingLimitMs = 500;
 constexpr Qt::WindowFlags kPopupFlags = Qt::Tool | Qt::FramelessWindowHint;
 constexpr Qt::WindowFlags kHostWindowFlags =
     Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint;
@@ -278,25 +280,48 @@ void VLWidget::contentResized()
         return;
     }
 
-    const QRect frame = window()->frameGeometry();
+    QRect frame = window()->frameGeometry();
     const int titleOffset = frame.top() - window()->geometry().top();
+    const bool mapping = isBeingMapped();
+    if (mapping)
+        frame.moveTopLeft(m_shownAt);
     bool moved = false;
     QRect fitted = findVisibleGeometry(QRect(frame.topLeft(), contentSize), &moved);
     // The bottom stays, so the rectangle grows by the height of the title.
     fitted.setTop(fitted.top() + titleOffset);
     if (moved)
         window()->move(fitted.topLeft());
+    if (mapping)
+        m_shownAt = fitted.topLeft();
 
     // kExtraPixel: one pixel more than the scene in each direction: intended, and for these two
     // alone.
     const QSize finalSize(fitted.width() + kExtraPixel, fitted.height() + kExtraPixel);
     setFixedSize(finalSize);
     window()->setFixedSize(finalSize);
+    if (mapping)
+        windowHandle()->setFramePosition(m_shownAt);
     m_resizing = false;
 }
 
-/// Whether popup and container are fixed at what they would be given anew. Resizing the window back
-/// and forth while the window manager is about to map it would move it to a stale position.
+/**
+ * Whether the window manager is still about to take the popup's window over.
+ *
+ * Meanwhile the window system may report the screen's origin as its position, and a change of size
+ * that is sent then makes the window stay there. So the position goes out with it.
+ */
+bool VLWidget::isBeingMapped()
+{
+    if (!isWindow() || !isVisible() || !windowHandle())
+        return false;
+    const bool isAtOrigin = pos().isNull() || windowHandle()->position().isNull();
+    if (!isAtOrigin)
+        m_shownAt = pos();
+    return !windowHandle()->isExposed() || (isAtOrigin && !m_sinceShow.hasExpired(kMappingLimitMs));
+}
+
+/// Whether popup and container are fixed at what they would be given anew, so that their window can
+/// be spared a change of size back and forth.
 bool VLWidget::hasSizeFor(const QSize& contentSize) const
 {
     const QSize finalSize = contentSize + QSize(kExtraPixel, kExtraPixel);
@@ -355,6 +380,8 @@ void VLWidget::showEvent(QShowEvent* /*event*/)
     if (!isSafe(QCursor::pos()))
         setTimer();
     reposition();
+    m_shownAt = pos();
+    m_sinceShow.start();
 }
 
 void VLWidget::hideEvent(QHideEvent* /*event*/)

@@ -6,6 +6,8 @@
 
 #include <Vidlets/VidletsExport.h>
 
+#include <QElapsedTimer>
+#include <QPoint>
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
@@ -118,6 +120,7 @@ private:
     Q_DISABLE_COPY_MOVE(VLWidget)
 
     QScreen* referenceScreen() const;
+    bool isBeingMapped();
     bool hasSizeFor(const QSize& contentSize) const;
     void takeContentSize(const QSize& contentSize);
     void prepareFade(qreal from, qreal to, int durationMs);
@@ -137,6 +140,9 @@ private:
     bool m_resizing = false;
     /// The reference widget as long as it lives: the plain pointer keeps its value beyond that.
     QPointer<QWidget> m_livingReference;
+    /// Where and when the popup was shown last, for the time until its window is mapped.
+    QPoint m_shownAt;
+    QElapsedTimer m_sinceShow;
 };
 
 } // namespace Vidlets
