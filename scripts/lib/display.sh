@@ -44,7 +44,9 @@ window_manager_answers() {
 start_display() {
     local size=${1:-1280x800x24}
     display_scratch=$(mktemp -d)
-    Xvfb -displayfd 3 -screen 0 "$size" -nolisten tcp \
+    # Without -noreset the server starts over when its last client leaves, which the first question to
+    # the window manager is.
+    Xvfb -displayfd 3 -screen 0 "$size" -nolisten tcp -noreset \
         3>"$display_scratch/number" >"$display_scratch/xvfb.log" 2>&1 &
     display_server_pid=$!
     if ! wait_until 20 display_number_is_known || [[ ! -s $display_scratch/number ]]; then

@@ -1,0 +1,200 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLVIDEOSOURCE_H
+#define VLVIDEOSOURCE_H
+
+#include "VLVideoFrame.h"
+#include <Vidlets/VidletsExport.h>
+
+#include <QThread>
+#include <QUrl>
+
+namespace Vidlets {
+
+class VLVideoSourcePrivate;
+
+/**
+ * A thread that produces the frames of a clip into a cache.
+ *
+ * Threads: other threads leave the decoding alone. They append a change record to a queue, which
+ * the source thread carries out at the top of a later pass of its loop, one record a pass. It
+ * sleeps in steps of 100 milliseconds when idle, and polls; there is no condition variable.
+ *
+ * Locks: the state mutex guards the source URL, the quit flag, the action and the queue; the cache
+ * mutex guards the pointer to the cache and every call on it. Each is held for a few instructions,
+ * and never both at once. Code that holds the cache mutex calls nothing outside.
+ *
+ * The thread ends by the quit flag: quit() before the object goes, while the derived class is still
+ * whole. The private record, the queue and the cache stay allocated then.
+ */
+class VIDLETS_EXPORT VLVideoSource : public QThread
+{
+    Q_OBJECT
+
+public:
+    /// What the source thread does on each pass, until a change record sets another action.
+    enum Action {
+        ActionNone = -1,  ///< Keep the current action.
+        ActionQuit = 0,   ///< Leave the loop.
+        ActionLoad = 1,   ///< Load the current source.
+        ActionClose = 2,  ///< Close the open media, then go idle.
+        ActionSeek = 3,   ///< Seek to a stored target.
+        ActionDecode = 4, ///< Decode one more frame.
+        ActionIdle = 5    ///< Sleep.
+    };
+
+    /// Makes a source without a URL; the owner starts the thread. @p parent may be null.
+    explicit VLVideoSource(QObject* parent = nullptr);
+    /// Stops the thread, and leaves the private record, the queue and the cache allocated.
+    ~VLVideoSource() override;
+
+    /// Passes an empty URL to setSource(), which refuses it: closing is the derived class's work.
+    virtual void close();
+    /// Whether a media is open.
+    virtual bool isOpen() = 0;
+    /// The wall clock, in seconds.
+    virtual double getTime() = 0;
+    /// Makes @p action the current one, unless it is ActionNone. For change records.
+    virtual void changeSetAction(Action action);
+    /// Seeks to the frame at @p position. For change records.
+    virtual void changeSetPosition(quint64 position) = 0;
+    /// Makes @p source the current URL, without a signal. For change records.
+    virtual void changeSetSource(const QUrl& source);
+    /// Length of the clip, in seconds.
+    virtual double duration() = 0;
+    /// Seconds per tick of the codec.
+    virtual double timeBase() = 0;
+    /// Frames per second.
+    virtual double frameRate() = 0;
+    /// Width of the pictures, in pixels.
+    virtual double frameWidth() const = 0;
+    /// Height of the pictures, in pixels.
+    virtual double frameHeight() const = 0;
+
+    /**
+     * Asks the source thread to load @p url. On any thread.
+     *
+     * The current URL changes later, when the source thread gets to it.
+     *
+     * @return False, with nothing changed, where @p url is invalid or the current one.
+     */
+    bool setSource(const QUrl& url);
+    /// The current URL. On any thread.
+    QUrl source();
+    /// The current action. On any thread.
+    Action action();
+    /// Appends a change of the action. On the source thread alone: it takes no lock.
+    void setAction(Action action);
+    /// Drops all changes that have not been carried out. Not while the source thread may append one
+    /// by setAction().
+    void clearChanges();
+    /// Puts a fresh cache in place and has the thread decode into it. On the source thread.
+    void setupSource();
+
+    /// The frame at @p index, or a null one beyond the last. On any thread, but not before the
+    /// first source was set up.
+    VLVideoFrame getFrame(unsigned int index);
+    /// Appends @p frame to the cache. On the source thread, not before the first source was set up.
+    void pushFrame(const VLVideoFrame& frame);
+    /// Whether there is a frame at @p index. On any thread.
+    bool isFrameAvailable(quint64 index);
+    /// The number of frames decoded so far. On any thread.
+    quint64 loadedFrameCount();
+    /// The same: how many there will be is not known ahead of decoding. On any thread.
+    quint64 totalFrameCount();
+
+    /// Sends streamEnded().
+    void notifyStreamEnded();
+    /// Has the loop end. On any thread.
+    void setShouldQuit();
+    /// Whether the loop is to end. On any thread.
+    bool shouldQuit();
+    /// Has the loop end and waits for it, for 10000 milliseconds, then terminates the thread and
+    /// waits as long again. On any thread but the source's.
+    void quit();
+
+Q_SIGNALS:
+    /// Never sent.
+    void frameReady();
+    /// A new source was set up, with an empty cache.
+    void sourceChanged();
+    /// The clip was decoded to its end.
+    void streamEnded();
+    /// The media was opened, and its size is known.
+    void sourceLoaded();
+    /// The current action was set.
+    void actionChanged();
+    /// The decoder was asked for another position.
+    void positionChanged();
+    /// Never sent.
+    void loadProgressChanged();
+
+protected:
+    /// Ends a load: sends sourceLoaded(). True.
+    virtual bool loadSource();
+
+    /// Carries out the oldest change record, if there is one. At the top of each pass of the loop.
+    void processActionQueue();
+
+private:
+    Q_DISABLE_COPY_MOVE(VLVideoSource)
+
+    VLVideoSourcePrivate* const d;
+};
+
+/// A change that waits for the source thread: sets the action.
+struct VLVideoSourceChange
+{
+    /// Makes a change to @p newAction.
+    explicit VLVideoSourceChange(VLVideoSource::Action newAction)
+        : action(newAction)
+    {
+    }
+    virtual ~VLVideoSourceChange() = default;
+
+    /// What the record sets: 1 for the action, 2 for the source. Read by nothing.
+    virtual int changeMask()
+    {
+        return 1;
+    }
+    /// Carries the change out on @p source.
+    virtual void apply(VLVideoSource* source)
+    {
+        source->changeSetAction(action);
+    }
+
+    /// The action to be set.
+    VLVideoSource::Action action;
+
+    Q_DISABLE_COPY_MOVE(VLVideoSourceChange)
+};
+
+} // namespace Vidlets
+
+/// A change that waits for the source thread: sets the source, then the action. In the global
+/// namespace, and stays there.
+struct VLVideoSourceSourceChange : public Vidlets::VLVideoSourceChange
+{
+    /// Makes a change to @p newUrl, then to @p newAction.
+    VLVideoSourceSourceChange(Vidlets::VLVideoSource::Action newAction, const QUrl& newUrl)
+        : VLVideoSourceChange(newAction)
+        , url(newUrl)
+    {
+    }
+
+    int changeMask() override
+    {
+        return 3;
+    }
+    void apply(Vidlets::VLVideoSource* source) override
+    {
+        source->changeSetSource(url);
+        source->changeSetAction(action);
+    }
+
+    /// The source to be set.
+    QUrl url;
+};
+
+#endif

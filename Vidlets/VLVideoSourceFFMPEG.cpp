@@ -1,0 +1,556 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLVideoSourceFFMPEG.h"
+
+#include <QDebug>
+#include <QMutexLocker>
+#include <QRecursiveMutex>
+
+#include <cstring>
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/time.h>
+#include <libswscale/swscale.h>
+}
+
+namespace Vidlets {
+
+namespace {
+
+constexpr double kDefaultWidthPx = 200.0;
+constexpr double kDefaultHeightPx = 150.0;
+constexpr double kMicrosecondsPerSecond = 1000000.0;
+constexpr unsigned long kIdleSleepMs = 100;
+constexpr int kBytesPerRgb24Pixel = 3;
+// The scaler works in blocks of pixels: it leaves the last columns unwritten where a row has no
+// room for a whole block, and may write its last block past the end of the picture.
+constexpr int kRowBlockPx = 16;
+constexpr int kRowAlignment = 64;
+constexpr size_t kScalerOverrunBytes = 256;
+
+// Unguarded on purpose: sources are made on the user-interface thread.
+bool ffmpegInitialised = false;
+
+// Shared by all sources without protection, which is harmless: nothing reads the blocks it goes to.
+int64_t currentPacketPts = 0;
+
+struct PacketDeleter
+{
+    void operator()(AVPacket* packet) const
+    {
+        av_packet_free(&packet);
+    }
+};
+using PacketPointer = std::unique_ptr<AVPacket, PacketDeleter>;
+
+/// Attaches the stamp of the packet to the picture, in a block that goes with the picture.
+int packetPtsGetBuffer(AVCodecContext* context, AVFrame* picture, int flags)
+{
+    const int result = avcodec_default_get_buffer2(context, picture, flags);
+    if (result < 0)
+        return result;
+    av_buffer_unref(&picture->opaque_ref);
+    picture->opaque_ref = av_buffer_alloc(sizeof(currentPacketPts));
+    if (picture->opaque_ref)
+        std::memcpy(picture->opaque_ref->data, &currentPacketPts, sizeof(currentPacketPts));
+    return result;
+}
+
+void writePlainLine(const QString& text)
+{
+    qDebug("%s", qUtf8Printable(text));
+}
+
+} // namespace
+
+class VLVideoSourceFFMPEGPrivate
+{
+public:
+    explicit VLVideoSourceFFMPEGPrivate(VLVideoSourceFFMPEG* source)
+        : owner(source)
+    {
+    }
+    ~VLVideoSourceFFMPEGPrivate();
+
+    bool openMedia();
+    void closeMedia();
+    bool decodeNextFrame();
+    void seek();
+
+    VLVideoSourceFFMPEG* owner;
+    QString fileName;
+    /// Null means that no media is open.
+    AVFormatContext* formatContext = nullptr;
+    AVCodecContext* codecContext = nullptr;
+    const AVCodec* codec = nullptr;
+    /// The picture as decoded.
+    AVFrame* frame = nullptr;
+    /// The picture after conversion, its planes laid over buffer.
+    AVFrame* frameRGB = nullptr;
+    /// Keeps its value when the media is closed.
+    AVStream* stream = nullptr;
+    /// The picture that each decoded frame is written into; owned, and stays when the media is
+    /// closed, so that the size is known on.
+    VLVideoFrame* workingFrame = nullptr;
+    uint8_t* buffer = nullptr;
+    int videoStream = -1;
+    SwsContext* swsContext = nullptr;
+    /// In seconds; goes on from one clip to the next.
+    double videoClock = 0.0;
+    bool seekRequested = false;
+    int64_t seekTarget = 0;
+    double progress = 0.0;
+    double duration = 0.0;
+    double timeBase = 0.0;
+    double frameRate = 0.0;
+    int seekFlags = 0;
+    bool endOfStream = false;
+    /// The size that the clip was opened with; its pictures are brought to it.
+    int clipWidth = 0;
+    int clipHeight = 0;
+    /// What swsContext was made for.
+    int scalerWidth = 0;
+    int scalerHeight = 0;
+    int scalerFormat = AV_PIX_FMT_NONE;
+    /// Guards everything above.
+    QRecursiveMutex mediaMutex;
+
+private:
+    bool openStreams();
+    bool openDecoder();
+    bool openScaler();
+    bool makeScaler(SwsContext* reusable, int width, int height, int format);
+    void readStreamProperties();
+    bool fail(const char* message) const;
+    bool readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
+    bool decodePacket(const AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
+    bool convertPicture();
+    bool deliverPicture(QMutexLocker<QRecursiveMutex>& locker);
+    double synchronizeClock(int repeatCount, double stamp);
+    static void copyToImage(const AVFrame& picture, QImage& image, int width, int height);
+};
+
+// Nothing runs it: the record stays allocated when its source goes.
+VLVideoSourceFFMPEGPrivate::~VLVideoSourceFFMPEGPrivate()
+{
+    delete workingFrame;
+    closeMedia();
+}
+
+bool VLVideoSourceFFMPEGPrivate::openMedia()
+{
+    closeMedia();
+    QMutexLocker locker(&mediaMutex);
+    if (!openStreams() || !openDecoder() || !openScaler()) {
+        locker.unlock();
+        closeMedia();
+        return false;
+    }
+    readStreamProperties();
+    return true;
+}
+
+bool VLVideoSourceFFMPEGPrivate::openStreams()
+{
+    formatContext = avformat_alloc_context();
+    const QByteArray path = fileName.toUtf8();
+    if (avformat_open_input(&formatContext, path.constData(), nullptr, nullptr) < 0)
+        return fail("Could not open media at: %1");
+    if (avformat_find_stream_info(formatContext, nullptr) < 0)
+        return fail("Could not find any stream information in media at: %1");
+    videoStream = -1;
+    videoStream = av_find_best_stream(formatContext, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
+    if (videoStream < 0)
+        return fail("Could not find a video stream in %1");
+    return true;
+}
+
+bool VLVideoSourceFFMPEGPrivate::openDecoder()
+{
+    const AVCodecParameters* parameters = formatContext->streams[videoStream]->codecpar;
+    codecContext = avcodec_alloc_context3(codec);
+    if (!codecContext || avcodec_parameters_to_context(codecContext, parameters) < 0)
+        return fail("Could not open codec for stream in: %1");
+    // More threads would withhold more pictures at the end of the clip.
+    codecContext->thread_count = 1;
+    // Newer decoders leave the tick to the caller.
+    AVStream* chosen = formatContext->streams[videoStream];
+    codecContext->framerate = av_guess_frame_rate(formatContext, chosen, nullptr);
+    if (codecContext->framerate.num > 0 && codecContext->framerate.den > 0)
+        codecContext->time_base = av_inv_q(codecContext->framerate);
+    if (avcodec_open2(codecContext, codec, nullptr) < 0)
+        return fail("Could not open codec for stream in: %1");
+
+    frame = av_frame_alloc();
+    if (!frame)
+        return fail("Could not allocate original frame in %1");
+    frameRGB = av_frame_alloc();
+    if (!frameRGB)
+        return fail("Could not allocate rgb frame in %1");
+    return true;
+}
+
+bool VLVideoSourceFFMPEGPrivate::openScaler()
+{
+    clipWidth = codecContext->width;
+    clipHeight = codecContext->height;
+    const int rowWidth = (clipWidth + kRowBlockPx - 1) / kRowBlockPx * kRowBlockPx;
+    // Without a size there is no picture to scale to.
+    const int bufferSize =
+        av_image_get_buffer_size(AV_PIX_FMT_RGB24, rowWidth, clipHeight, kRowAlignment);
+    if (bufferSize <= 0)
+        return fail("Could not get a swscale context for %1");
+
+    // The buffer and the scaler of the load before are left behind, not released.
+    buffer =
+        static_cast<uint8_t*>(av_malloc(static_cast<size_t>(bufferSize) + kScalerOverrunBytes));
+    if (!buffer)
+        return fail("Could not get a swscale context for %1");
+    av_image_fill_arrays(frameRGB->data, frameRGB->linesize, buffer, AV_PIX_FMT_RGB24, rowWidth,
+                         clipHeight, kRowAlignment);
+    if (!makeScaler(nullptr, clipWidth, clipHeight, codecContext->pix_fmt))
+        return fail("Could not get a swscale context for %1");
+    return true;
+}
+
+/// Makes the scaler from pictures of that size and format to the size of the clip.
+bool VLVideoSourceFFMPEGPrivate::makeScaler(SwsContext* reusable, int width, int height, int format)
+{
+    // The scaler ends the process on a format that it does not know.
+    const auto sourceFormat = static_cast<AVPixelFormat>(format);
+    if (!av_pix_fmt_desc_get(sourceFormat) || !sws_isSupportedInput(sourceFormat))
+        return false;
+    swsContext = sws_getCachedContext(reusable, width, height, sourceFormat, clipWidth, clipHeight,
+                                      AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr);
+    // A failure has released the scaler before: then no picture fits.
+    scalerWidth = swsContext ? width : 0;
+    scalerHeight = swsContext ? height : 0;
+    scalerFormat = swsContext ? format : AV_PIX_FMT_NONE;
+    return swsContext != nullptr;
+}
+
+void VLVideoSourceFFMPEGPrivate::readStreamProperties()
+{
+    stream = formatContext->streams[videoStream];
+    codecContext->get_buffer2 = packetPtsGetBuffer;
+    delete workingFrame;
+    workingFrame =
+        new VLVideoFrame(codecContext->width, codecContext->height, QImage::Format_RGB32, 0);
+    duration = av_q2d(stream->time_base) * static_cast<double>(stream->duration);
+    timeBase = av_q2d(codecContext->time_base);
+    frameRate = av_q2d(stream->r_frame_rate);
+    // The clock and the progress are not reset: the stamps go on from the clip before.
+    endOfStream = false;
+}
+
+bool VLVideoSourceFFMPEGPrivate::fail(const char* message) const
+{
+    writePlainLine(QString::fromLatin1(message).arg(fileName));
+    return false;
+}
+
+void VLVideoSourceFFMPEGPrivate::closeMedia()
+{
+    const QMutexLocker locker(&mediaMutex);
+    av_frame_free(&frameRGB);
+    av_frame_free(&frame);
+    avcodec_free_context(&codecContext);
+    codec = nullptr;
+    avformat_close_input(&formatContext);
+}
+
+bool VLVideoSourceFFMPEGPrivate::decodeNextFrame()
+{
+    const PacketPointer packet(av_packet_alloc());
+    for (;;) {
+        QMutexLocker locker(&mediaMutex);
+        if (!formatContext) {
+            if (owner->action() != VLVideoSource::ActionIdle)
+                owner->setAction(VLVideoSource::ActionIdle);
+            return false;
+        }
+        if (endOfStream || !readPacket(packet.get(), locker))
+            continue;
+        const bool finished = decodePacket(packet.get(), locker);
+        locker.unlock();
+        av_packet_unref(packet.get());
+        if (finished && !endOfStream)
+            return true;
+    }
+}
+
+/// Reads one packet; at the end of the file closes the media and tells of it, unlocked.
+bool VLVideoSourceFFMPEGPrivate::readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker)
+{
+    if (av_read_frame(formatContext, packet) >= 0)
+        return true;
+    // Any read error ends the clip; the decoder is not drained.
+    av_seek_frame(formatContext, videoStream, 0, AVSEEK_FLAG_BYTE);
+    endOfStream = true;
+    closeMedia();
+    locker.unlock();
+    owner->notifyStreamEnded();
+    return false;
+}
+
+/// Decodes one packet and delivers the pictures that it finishes; false where it finishes none.
+bool VLVideoSourceFFMPEGPrivate::decodePacket(const AVPacket* packet,
+                                              QMutexLocker<QRecursiveMutex>& locker)
+{
+    currentPacketPts = packet->pts;
+    if (packet->stream_index != videoStream)
+        return false;
+    // The result tells nothing of this packet's pictures: a decoder may have some in spite of an
+    // error, and keeps refusing packets until they are fetched.
+    avcodec_send_packet(codecContext, packet);
+
+    bool finished = false;
+    // The media may be gone after each delivery, which lets go of the lock.
+    while (codecContext && avcodec_receive_frame(codecContext, frame) >= 0) {
+        if (convertPicture())
+            finished = deliverPicture(locker) || finished;
+    }
+    return finished;
+}
+
+bool VLVideoSourceFFMPEGPrivate::convertPicture()
+{
+    // A stream may change its size or format half-way.
+    const bool fits = frame->width == scalerWidth && frame->height == scalerHeight
+        && frame->format == scalerFormat;
+    if (!fits && !makeScaler(swsContext, frame->width, frame->height, frame->format))
+        return false;
+    sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, frameRGB->data,
+              frameRGB->linesize);
+    return true;
+}
+
+/// Stamps the converted picture and puts it into the cache; false where the media was closed
+/// meanwhile.
+bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& locker)
+{
+    // Of the converted picture, where it is never set.
+    const int repeatCount = frameRGB->repeat_pict;
+    locker.unlock();
+    const double stamp = synchronizeClock(repeatCount, 0.0);
+    locker.relock();
+    if (!frameRGB)
+        return false;
+    copyToImage(*frameRGB, *workingFrame, clipWidth, clipHeight);
+    progress = stamp / duration;
+    locker.unlock();
+
+    // The cache has a mutex of its own, which is never taken with the media's held.
+    workingFrame->setPts(stamp);
+    owner->pushFrame(*workingFrame);
+    locker.relock();
+    return true;
+}
+
+/**
+ * Stamps a picture: always by the running clock, since the stamp offered is always 0.0. Timing in
+ * the file plays no part.
+ */
+double VLVideoSourceFFMPEGPrivate::synchronizeClock(int repeatCount, double stamp)
+{
+    if (stamp != 0.0)
+        videoClock = stamp;
+    else
+        stamp = videoClock;
+    const double delay = 1.0 / frameRate;
+    videoClock = repeatCount * delay * 0.5 + delay + stamp;
+    return stamp;
+}
+
+void VLVideoSourceFFMPEGPrivate::seek()
+{
+    QMutexLocker locker(&mediaMutex);
+    if (formatContext) {
+        av_seek_frame(formatContext, videoStream, seekTarget, seekFlags);
+        seekRequested = false;
+        return;
+    }
+    locker.unlock();
+    owner->setAction(VLVideoSource::ActionIdle);
+}
+
+/**
+ * Copies the picture into an image that the newest cached frame shares the pixels of.
+ *
+ * The non-const scanLine() is the point: the first write detaches, so that each cached frame keeps
+ * pixels of its own.
+ */
+void VLVideoSourceFFMPEGPrivate::copyToImage(const AVFrame& picture, QImage& image, int width,
+                                             int height)
+{
+    const uint8_t* source = picture.data[0];
+    for (int y = 0; y < height; ++y) {
+        auto* target = reinterpret_cast<QRgb*>(image.scanLine(y));
+        // There was no memory for a picture of that size.
+        if (!target)
+            return;
+        const uint8_t* pixel = source;
+        for (int x = 0; x < width; ++x, pixel += kBytesPerRgb24Pixel)
+            target[x] = qRgb(pixel[0], pixel[1], pixel[2]);
+        source += picture.linesize[0];
+    }
+}
+
+VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
+    : VLVideoSource(parent)
+    , d(new VLVideoSourceFFMPEGPrivate(this))
+{
+    setObjectName(QStringLiteral("FFMPEG"));
+    if (!ffmpegInitialised) {
+        av_log_set_level(AV_LOG_QUIET);
+        ffmpegInitialised = true;
+    }
+}
+
+// The base stops the thread; the media is not closed, and the record stays.
+VLVideoSourceFFMPEG::~VLVideoSourceFFMPEG() = default;
+
+void VLVideoSourceFFMPEG::close()
+{
+    d->closeMedia();
+    VLVideoSource::close();
+}
+
+bool VLVideoSourceFFMPEG::isOpen()
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->formatContext != nullptr;
+}
+
+double VLVideoSourceFFMPEG::getTime()
+{
+    return static_cast<double>(av_gettime()) / kMicrosecondsPerSecond;
+}
+
+void VLVideoSourceFFMPEG::changeSetPosition(quint64 frameIndex)
+{
+    {
+        const QMutexLocker locker(&d->mediaMutex);
+        if (d->stream && d->formatContext) {
+            const double oldClock = d->videoClock;
+            d->videoClock = static_cast<double>(frameIndex) / frameRate();
+            const auto target = static_cast<quint64>(d->videoClock / av_q2d(d->stream->time_base));
+            av_seek_frame(d->formatContext, d->videoStream, static_cast<int64_t>(target),
+                          oldClock > d->videoClock ? AVSEEK_FLAG_BACKWARD : 0);
+            avcodec_flush_buffers(d->codecContext);
+            d->endOfStream = false;
+        } else {
+            d->videoClock = 0.0;
+            d->progress = 0.0;
+        }
+    }
+    Q_EMIT positionChanged();
+}
+
+double VLVideoSourceFFMPEG::duration()
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->duration;
+}
+
+double VLVideoSourceFFMPEG::timeBase()
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->timeBase;
+}
+
+double VLVideoSourceFFMPEG::frameRate()
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->frameRate;
+}
+
+double VLVideoSourceFFMPEG::frameWidth() const
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->workingFrame ? d->workingFrame->width() : kDefaultWidthPx;
+}
+
+double VLVideoSourceFFMPEG::frameHeight() const
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->workingFrame ? d->workingFrame->height() : kDefaultHeightPx;
+}
+
+quint64 VLVideoSourceFFMPEG::position()
+{
+    return 0;
+}
+
+double VLVideoSourceFFMPEG::progress()
+{
+    const QMutexLocker locker(&d->mediaMutex);
+    return d->progress;
+}
+
+void VLVideoSourceFFMPEG::run()
+{
+    // The action is a standing order: it is repeated on each pass until a record changes it.
+    while (!shouldQuit()) {
+        processActionQueue();
+        switch (action()) {
+        case ActionQuit:
+            return;
+        case ActionLoad:
+            loadSource();
+            break;
+        case ActionClose:
+            close();
+            setAction(ActionIdle);
+            break;
+        case ActionSeek:
+            d->seek();
+            break;
+        case ActionDecode:
+            if (!d->decodeNextFrame())
+                setAction(ActionIdle);
+            break;
+        case ActionIdle:
+            msleep(kIdleSleepMs);
+            break;
+        case ActionNone:
+            break;
+        }
+    }
+}
+
+bool VLVideoSourceFFMPEG::loadSource()
+{
+    const QUrl url = source();
+    if (url.isEmpty()) {
+        {
+            const QMutexLocker locker(&d->mediaMutex);
+            d->fileName.clear();
+        }
+        setAction(ActionIdle);
+        close();
+        return false;
+    }
+
+    setupSource();
+    {
+        const QMutexLocker locker(&d->mediaMutex);
+        d->fileName = url.toLocalFile();
+    }
+    if (!d->openMedia()) {
+        setAction(ActionIdle);
+        return false;
+    }
+    VLVideoSource::loadSource();
+    setAction(ActionDecode);
+    return true;
+}
+
+} // namespace Vidlets
+
+#include "moc_VLVideoSourceFFMPEG.cpp"
