@@ -7,6 +7,8 @@
 #include <Vidlets/VLIndex.h>
 #include <Vidlets/VLInterface.h>
 #include <Vidlets/VLManager.h>
+#include <Vidlets/VLVideoFrameCache.h>
+#include <Vidlets/VLVideoSourceFFMPEG.h>
 #include <Vidlets/VLView.h>
 #include <Vidlets/VLWidget.h>
 #include <Vidlets/VLXmlElement.h>
@@ -17,6 +19,34 @@
 using namespace Vidlets;
 
 using SlotNumbers = QList<std::ptrdiff_t>;
+
+namespace {
+
+/// Opens protected operations, so that their places can be seen.
+class OpenFrameCache : public VLVideoFrameCache
+{
+public:
+    using VLVideoFrameCache::disconnectNotify;
+};
+
+class OpenVideoSource : public VLVideoSource
+{
+public:
+    using VLVideoSource::loadSource;
+    using VLVideoSource::run;
+};
+
+class OpenFFmpegSource : public VLVideoSourceFFMPEG
+{
+public:
+    using VLVideoSourceFFMPEG::loadSource;
+    using VLVideoSourceFFMPEG::run;
+};
+
+// A destructor takes two places.
+constexpr std::ptrdiff_t kLastSlotOfDestructor = 1;
+
+} // namespace
 
 /**
  * The order of declarations is a promise: hosts that were built against an older library find
@@ -58,6 +88,48 @@ void TestDeclarationOrder::virtualOperations_followEachOther_data()
                                             virtualSlot(&VLIndex::endUpdate),
                                             virtualSlot(&VLIndex::keys),
                                             virtualSlot(&VLIndex::indexControlFile)};
+
+    QTest::newRow("VLVideoFrame") << SlotNumbers{kLastSlotOfDestructor,
+                                                 virtualSlot(&VLVideoFrame::devType),
+                                                 virtualSlot(&VLVideoFrame::paintEngine)};
+    QTest::newRow("VLVideoFrameCache") << SlotNumbers{
+        virtualSlot(&OpenFrameCache::disconnectNotify), virtualSlot(&VLVideoFrameCache::addFrame),
+        virtualSlot(&VLVideoFrameCache::frame), virtualSlot(&VLVideoFrameCache::length)};
+    QTest::newRow("VLVideoSource") << SlotNumbers{virtualSlot(&OpenVideoSource::run),
+                                                  virtualSlot(&VLVideoSource::close),
+                                                  virtualSlot(&VLVideoSource::isOpen),
+                                                  virtualSlot(&VLVideoSource::getTime),
+                                                  virtualSlot(&VLVideoSource::changeSetAction),
+                                                  virtualSlot(&VLVideoSource::changeSetPosition),
+                                                  virtualSlot(&VLVideoSource::changeSetSource),
+                                                  virtualSlot(&VLVideoSource::duration),
+                                                  virtualSlot(&VLVideoSource::timeBase),
+                                                  virtualSlot(&VLVideoSource::frameRate),
+                                                  virtualSlot(&VLVideoSource::frameWidth),
+                                                  virtualSlot(&VLVideoSource::frameHeight),
+                                                  virtualSlot(&OpenVideoSource::loadSource)};
+    QTest::newRow("VLVideoSourceFFMPEG")
+        << SlotNumbers{virtualSlot(&OpenFFmpegSource::run),
+                       virtualSlot(&VLVideoSourceFFMPEG::close),
+                       virtualSlot(&VLVideoSourceFFMPEG::isOpen),
+                       virtualSlot(&VLVideoSourceFFMPEG::getTime),
+                       virtualSlot(&VLVideoSourceFFMPEG::changeSetAction),
+                       virtualSlot(&VLVideoSourceFFMPEG::changeSetPosition),
+                       virtualSlot(&VLVideoSourceFFMPEG::changeSetSource),
+                       virtualSlot(&VLVideoSourceFFMPEG::duration),
+                       virtualSlot(&VLVideoSourceFFMPEG::timeBase),
+                       virtualSlot(&VLVideoSourceFFMPEG::frameRate),
+                       virtualSlot(&VLVideoSourceFFMPEG::frameWidth),
+                       virtualSlot(&VLVideoSourceFFMPEG::frameHeight),
+                       virtualSlot(&OpenFFmpegSource::loadSource),
+                       virtualSlot(&VLVideoSourceFFMPEG::position),
+                       virtualSlot(&VLVideoSourceFFMPEG::progress)};
+    QTest::newRow("VLVideoSourceChange")
+        << SlotNumbers{kLastSlotOfDestructor, virtualSlot(&VLVideoSourceChange::changeMask),
+                       virtualSlot(&VLVideoSourceChange::apply)};
+    QTest::newRow("VLVideoSourceSourceChange")
+        << SlotNumbers{kLastSlotOfDestructor, virtualSlot(&::VLVideoSourceSourceChange::changeMask),
+                       virtualSlot(&::VLVideoSourceSourceChange::apply)};
 }
 
 void TestDeclarationOrder::virtualOperations_followEachOther()
@@ -77,6 +149,13 @@ void TestDeclarationOrder::methods_areInDeclaredOrder_data()
                                                  "settingWillChange(VLContextKey)"};
     QTest::newRow("VLInterface") << &VLInterface::staticMetaObject << QByteArrayList{};
     QTest::newRow("VLManager") << &VLManager::staticMetaObject << QByteArrayList{};
+    QTest::newRow("VLVideoSource")
+        << &VLVideoSource::staticMetaObject
+        << QByteArrayList{"frameReady()",         "sourceChanged()", "streamEnded()",
+                          "sourceLoaded()",       "actionChanged()", "positionChanged()",
+                          "loadProgressChanged()"};
+    QTest::newRow("VLVideoSourceFFMPEG")
+        << &VLVideoSourceFFMPEG::staticMetaObject << QByteArrayList{};
     QTest::newRow("VLIndex") << &VLIndex::staticMetaObject << QByteArrayList{};
     QTest::newRow("VLXmlElement") << &VLXmlElement::staticMetaObject
                                   << QByteArrayList{"tagNameChanged()",
@@ -151,6 +230,9 @@ void TestDeclarationOrder::properties_areInDeclaredOrder_data()
                           "Vidlets::VLXmlElement* content writable contentChanged",
                           "bool documentationAvailable read-only documentationAvailableChanged",
                           "QString resourceDirectory read-only "};
+    QTest::newRow("VLVideoSource") << &VLVideoSource::staticMetaObject << QByteArrayList{};
+    QTest::newRow("VLVideoSourceFFMPEG")
+        << &VLVideoSourceFFMPEG::staticMetaObject << QByteArrayList{};
     QTest::newRow("VLManager") << &VLManager::staticMetaObject << QByteArrayList{};
     QTest::newRow("VLWidget") << &VLWidget::staticMetaObject << QByteArrayList{};
 }

@@ -1,0 +1,309 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "ClipWriter.h"
+#include "PackageBuilder.h"
+#include "RecordingInterface.h"
+#include "ThreadSpy.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndex.h>
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLVideoComponent.h>
+#include <Vidlets/VLVideoController.h>
+#include <Vidlets/VLView.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr int kStressTimeMs = 14000;
+/// What an item may take to go, its two threads included.
+constexpr qint64 kDeletionTimeMs = 1000;
+constexpr std::size_t kMaxItems = 5;
+constexpr int kClipFrames = 30;
+
+/// The seed of this run: that of the environment, to repeat a run, or a new one.
+quint32 chooseSeed()
+{
+    bool given = false;
+    const int seed = qEnvironmentVariableIntValue("VIDLETS_STRESS_SEED", &given);
+    return given ? static_cast<quint32>(seed) : QRandomGenerator::global()->generate();
+}
+
+/// The names of the threads of this process.
+QStringList threads()
+{
+    QStringList result;
+    const QDir directory(QStringLiteral("/proc/self/task"));
+    for (const QString& id : directory.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(directory.filePath(id + QStringLiteral("/comm")));
+        if (file.open(QIODevice::ReadOnly))
+            result += QString::fromUtf8(file.readAll().trimmed());
+    }
+    result.sort();
+    return result;
+}
+
+/// What the file descriptors of this process lead to.
+QStringList openFiles()
+{
+    QStringList result;
+    const QDir directory(QStringLiteral("/proc/self/fd"));
+    for (const QString& number :
+         directory.entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot))
+        result += QFileInfo(directory.filePath(number)).symLinkTarget();
+    result.sort();
+    return result;
+}
+
+/// What of @p now was not there @p before. Less may be there: Qt ends idle threads of its own.
+QStringList added(QStringList now, const QStringList& before)
+{
+    for (const QString& entry : before)
+        now.removeOne(entry);
+    return now;
+}
+
+/// A view on the screen with a package of clips, good and bad ones.
+class Stage
+{
+public:
+    Stage()
+    {
+        const QString package = QStringLiteral("tips.vidlets/");
+        m_packages.writeTip(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
+                            QStringLiteral("k"));
+        addClip(QStringLiteral("small.avi"), QStringLiteral("mpeg4"), {64, 48}, 25);
+        addClip(QStringLiteral("fast.avi"), QStringLiteral("mjpeg"), {48, 32}, 60);
+        addClip(QStringLiteral("large.avi"), QStringLiteral("mpeg4"), {480, 270}, 30);
+        m_packages.write(package + QStringLiteral("Resources/broken.avi"), "no clip at all");
+        m_manager = std::make_unique<VLManager>(&m_host, m_context,
+                                                QStringList{m_packages.dataPath()}, &m_index);
+        view = std::make_unique<VLView>(m_manager.get(), nullptr);
+        auto* content = new VLXmlElement;
+        content->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+        view->setContent(content);
+        view->resize(320, 200);
+        view->show();
+    }
+    std::unique_ptr<VLVideoComponent> newItem() const
+    {
+        auto item = std::make_unique<VLVideoComponent>();
+        item->setParentItem(view->contentItem());
+        item->setSize(QSizeF(160, 90));
+        return item;
+    }
+    bool isClip(const QString& path) const
+    {
+        return path.startsWith(m_packages.path(QStringLiteral("tips.vidlets/Resources/")));
+    }
+    static QStringList names()
+    {
+        return {QStringLiteral("small.avi"),  QStringLiteral("fast.avi"),
+                QStringLiteral("large.avi"),  QStringLiteral("broken.avi"),
+                QStringLiteral("absent.avi"), QString()};
+    }
+
+private:
+    void addClip(const QString& name, const QString& codec, const QSize& size, int fps)
+    {
+        m_clips.testClip(name, codec, size, fps, kClipFrames);
+        m_packages.write(QStringLiteral("tips.vidlets/Resources/") + name, m_clips.readBytes(name));
+    }
+
+    ClipWriter m_clips;
+    PackageBuilder m_packages;
+    VLContext m_context{nullptr};
+    RecordingInterface m_host{m_context};
+    VLIndex m_index{nullptr, {}};
+    std::unique_ptr<VLManager> m_manager;
+
+public:
+    std::unique_ptr<VLView> view;
+};
+
+/// Loads a clip, plays it and has it end.
+void playWholeClip(VLVideoComponent& item)
+{
+    item.setSource(QStringLiteral("small.avi"));
+    QTRY_COMPARE(item.contentWidth(), 64.0);
+    QTRY_VERIFY(item.loadProgress() == 1.0);
+    // The decoding may end, and pause, at any time.
+    QTRY_VERIFY(item.progress() >= 0.9 || (item.play(), false));
+}
+
+/// Items of a view and what befalls them.
+class Crowd
+{
+public:
+    Crowd(const Stage& stage, quint32 seed)
+        : m_stage(stage)
+        , m_random(seed)
+    {
+    }
+
+    /// Does one thing to one item, or makes one.
+    void act()
+    {
+        ++m_actions;
+        if (m_items.empty() || (m_items.size() < kMaxItems && below(6) == 0)) {
+            m_items.push_back(m_stage.newItem());
+            return;
+        }
+        const auto index = static_cast<std::size_t>(below(static_cast<int>(m_items.size())));
+        VLVideoComponent& item = *m_items.at(index);
+        switch (below(12)) {
+        case 0:
+            remove(index);
+            break;
+        case 1:
+        case 2:
+            item.setSource(Stage::names().at(below(static_cast<int>(Stage::names().size()))));
+            break;
+        case 3:
+        case 4:
+            item.play();
+            break;
+        case 5:
+            item.pause();
+            break;
+        case 6:
+            item.setPosition(below(2 * kClipFrames) - kClipFrames / 2);
+            break;
+        case 7:
+            scrub(item);
+            break;
+        case 8:
+            item.rewindToStart();
+            break;
+        case 9:
+            item.setState(static_cast<VLVideoComponent::VideoState>(below(3)));
+            break;
+        case 10:
+            m_stage.view->grabWindow();
+            break;
+        default:
+            letPlay(item);
+            break;
+        }
+        QCoreApplication::processEvents();
+    }
+    void removeAll()
+    {
+        while (!m_items.empty())
+            remove(0);
+    }
+    int actions() const
+    {
+        return m_actions;
+    }
+    int deletions() const
+    {
+        return m_deletions;
+    }
+    qint64 longestDeletionMs() const
+    {
+        return m_longestDeletionMs;
+    }
+
+private:
+    int below(int limit)
+    {
+        return m_random.bounded(limit);
+    }
+    void scrub(VLVideoComponent& item)
+    {
+        item.setScrubbing(!item.isScrubbing());
+        for (int i = 0; i < 10; ++i) {
+            item.setProgress(m_random.generateDouble());
+            QCoreApplication::processEvents();
+        }
+    }
+    static void letPlay(VLVideoComponent& item)
+    {
+        ThreadSpy spy(item.findChild<VLVideoController*>(), &VLVideoController::displayFrame);
+        spy.wait(60);
+    }
+    void remove(std::size_t index)
+    {
+        const auto place = m_items.begin() + static_cast<std::ptrdiff_t>(index);
+        std::unique_ptr<VLVideoComponent> item = std::move(*place);
+        m_items.erase(place);
+        ++m_deletions;
+        QElapsedTimer timer;
+        timer.start();
+        item.reset();
+        m_longestDeletionMs = std::max(m_longestDeletionMs, timer.elapsed());
+    }
+
+    const Stage& m_stage;
+    QRandomGenerator m_random;
+    std::vector<std::unique_ptr<VLVideoComponent>> m_items;
+    int m_actions = 0;
+    int m_deletions = 0;
+    qint64 m_longestDeletionMs = 0;
+};
+
+} // namespace
+
+/// Many items at once, each with two threads, and a host that does with them what it likes.
+class TestVideoStress : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void items_goQuicklyAndLeaveNothing_whateverIsDoneToThem();
+};
+
+void TestVideoStress::items_goQuicklyAndLeaveNothing_whateverIsDoneToThem()
+{
+    const Stage stage;
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    // What is made once for the process, by whomever, is there after that.
+    playWholeClip(*stage.newItem());
+    stage.view->grabWindow();
+    const QStringList threadsBefore = threads();
+    const QStringList filesBefore = openFiles();
+
+    const quint32 seed = chooseSeed();
+    qInfo("VIDLETS_STRESS_SEED=%d", static_cast<int>(seed));
+    Crowd crowd(stage, seed);
+    for (const QDeadlineTimer deadline(kStressTimeMs); !deadline.hasExpired();)
+        crowd.act();
+    crowd.removeAll();
+
+    qInfo("%d actions, %d deletions, the longest in %d ms", crowd.actions(), crowd.deletions(),
+          static_cast<int>(crowd.longestDeletionMs()));
+    QVERIFY(crowd.deletions() > 0);
+    QVERIFY(crowd.longestDeletionMs() < kDeletionTimeMs);
+    QTRY_COMPARE(added(threads(), threadsBefore), QStringList());
+    // A clip that is being decoded when its item goes stays open, and nothing else does.
+    QStringList left = added(openFiles(), filesBefore);
+    QVERIFY(left.size() <= crowd.deletions());
+    left.removeIf([&stage](const QString& path) { return stage.isClip(path); });
+    QCOMPARE(left, QStringList());
+
+    const QStringList filesAfter = openFiles();
+    playWholeClip(*stage.newItem());
+    QCOMPARE(added(openFiles(), filesAfter), QStringList());
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestVideoStress>(argc, argv);
+}
+
+#include "tst_videostress.moc"
