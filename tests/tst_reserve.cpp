@@ -1,0 +1,1190 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PointerDriver.h"
+#include "PopupStage.h"
+#include "VidletsTest.h"
+
+#include <QDir>
+#include <QHBoxLayout>
+#include <QHelpEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QProcess>
+#include <QQuickItem>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include <algorithm>
+#include <climits>
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr int kFloatingFlags = 0x0A00100B;
+constexpr int kHostWindowFlags = 0x0A001000;
+constexpr int kStayOnTopFlag = 0x00040000;
+constexpr int kEndlessMs = 600000;
+constexpr int kShortMs = 1;
+// Windows pass through a window manager, which may be busy.
+constexpr int kPatienceMs = 15000;
+const QPoint kPointer(400, 300);
+const QPoint kTipPosition(435, 330);
+const QSize kSceneSize(120, 80);
+
+/// A scene that a click detaches.
+constexpr auto kClickScene = R"(import QtQuick
+
+Rectangle {
+    property string shownKey: vidlet ? vidlet.attribute("key") : ""
+    property int clicks: 0
+
+    width: 120
+    height: 80
+    color: "seagreen"
+
+    MouseArea {
+        anchors.fill: parent
+        onClicked: {
+            vidletView.reserved = true;
+            ++parent.clicks;
+        }
+    }
+}
+)";
+
+/// A scene that detaches itself before it is complete.
+constexpr auto kLoadScene = R"(import QtQuick
+
+Rectangle {
+    property string shownKey: vidlet ? vidlet.attribute("key") : ""
+
+    width: 120
+    height: 80
+    color: "seagreen"
+    Component.onCompleted: vidletView.reserved = true
+}
+)";
+
+QString openKey()
+{
+    return QStringLiteral("open");
+}
+
+QString saveKey()
+{
+    return QStringLiteral("save");
+}
+
+QTimer* timerOf(const VLWidget* popup)
+{
+    return popup->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+QWidget* containerOf(const VLWidget* popup)
+{
+    return popup->layout()->itemAt(0)->widget();
+}
+
+QString shownKey(VLWidget* popup)
+{
+    const QObject* scene = popup->view()->rootObject();
+    return scene ? scene->property("shownKey").toString() : QString();
+}
+
+bool isDeletedOnClose(const VLWidget* popup)
+{
+    return popup->testAttribute(Qt::WA_DeleteOnClose);
+}
+
+/// What Qt makes of @p flags when it gives them to a window: it adds a system menu to a close
+/// button, and takes the frame back in where there is a button in it.
+Qt::WindowFlags asQtKeepsThem(int flags)
+{
+    QWidget probe;
+    probe.setWindowFlags(Qt::WindowFlags::fromInt(flags));
+    return probe.windowFlags();
+}
+
+/// The X window of @p popup. A widget may still name the one that it had before a change of flags.
+WId windowOfX(const QWidget* popup)
+{
+    return popup->windowHandle() ? popup->windowHandle()->winId() : 0;
+}
+
+/// What a program that asks the X server prints; empty where it fails, since windows come and go.
+QString answerOf(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished() || process.exitCode() != 0)
+        return QString();
+    return QString::fromLocal8Bit(process.readAllStandardOutput());
+}
+
+/// The windows of clients on the display, the lowest first.
+QList<WId> stackingOrder()
+{
+    const QString answer =
+        answerOf(QStringLiteral("xprop"),
+                 {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST_STACKING")});
+    QList<WId> ids;
+    const QRegularExpression number(QStringLiteral("0x[0-9a-f]+"));
+    auto matches = number.globalMatch(answer);
+    while (matches.hasNext())
+        ids += matches.next().captured().toULongLong(nullptr, 16);
+    return ids;
+}
+
+WId activeWindowOfX()
+{
+    const QString answer = answerOf(
+        QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_ACTIVE_WINDOW")});
+    const QRegularExpression number(QStringLiteral("0x[0-9a-f]+"));
+    return number.match(answer).captured().toULongLong(nullptr, 16);
+}
+
+/// Those of @p popups that the X server has, the lowest first.
+QList<VLWidget*> stackingOrderOf(const QList<VLWidget*>& popups)
+{
+    QList<VLWidget*> result;
+    const QList<WId> ids = stackingOrder();
+    for (const WId id : ids) {
+        const auto popup = std::find_if(popups.cbegin(), popups.cend(), [id](VLWidget* candidate) {
+            return windowOfX(candidate) == id;
+        });
+        if (popup != popups.cend())
+            result += *popup;
+    }
+    return result;
+}
+
+/// Whether the window manager knows the window of @p popup as one to be kept above others.
+bool isAboveForX(const VLWidget* popup)
+{
+    return answerOf(QStringLiteral("xprop"),
+                    {QStringLiteral("-id"), QString::number(windowOfX(popup)),
+                     QStringLiteral("_NET_WM_STATE")})
+        .contains(QStringLiteral("_NET_WM_STATE_ABOVE"));
+}
+
+/// Where the X server has the frame that the window manager put around @p window; an impossible
+/// place as long as there is none.
+QPoint framePositionOfX(const QWidget* window)
+{
+    const WId id = windowOfX(window);
+    const QString extents = answerOf(
+        QStringLiteral("xprop"),
+        {QStringLiteral("-id"), QString::number(id), QStringLiteral("_NET_FRAME_EXTENTS")});
+    const QString answer =
+        answerOf(QStringLiteral("xwininfo"),
+                 {QStringLiteral("-frame"), QStringLiteral("-id"), QString::number(id)});
+    const QRegularExpression corner(
+        QStringLiteral("Absolute upper-left X: +(-?\\d+)\\s+Absolute upper-left Y: +(-?\\d+)"));
+    const QRegularExpressionMatch match = corner.match(answer);
+    if (!extents.contains(QLatin1Char('=')) || !match.hasMatch())
+        return {INT_MIN, INT_MIN};
+    return {match.captured(1).toInt(), match.captured(2).toInt()};
+}
+
+qsizetype windowCountOfX()
+{
+    return answerOf(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")})
+        .count(QRegularExpression(QStringLiteral("^ +0x"), QRegularExpression::MultilineOption));
+}
+
+qsizetype entryCount(const QString& directory)
+{
+    return QDir(directory).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
+
+/// What a process holds that a popup might leave behind.
+struct Holdings
+{
+    static Holdings now()
+    {
+        return {QGuiApplication::allWindows().size(), windowCountOfX(),
+                entryCount(QStringLiteral("/proc/self/task")),
+                entryCount(QStringLiteral("/proc/self/fd"))};
+    }
+
+    friend bool operator==(const Holdings& left, const Holdings& right)
+    {
+        return left.windows == right.windows && left.windowsOfX == right.windowsOfX
+            && left.threads == right.threads && left.files == right.files;
+    }
+    friend char* toString(const Holdings& holdings)
+    {
+        return QTest::toString(QStringLiteral("%1 windows, %2 windows of X, %3 threads, %4 files")
+                                   .arg(holdings.windows)
+                                   .arg(holdings.windowsOfX)
+                                   .arg(holdings.threads)
+                                   .arg(holdings.files));
+    }
+
+    qsizetype windows;
+    qsizetype windowsOfX;
+    qsizetype threads;
+    qsizetype files;
+};
+
+/// A stage whose popups can be detached; they are gone before the stage goes.
+class ReserveStage : public PopupStage
+{
+public:
+    // Nothing counts down unless a test wants it to.
+    explicit ReserveStage(const QMap<int, QVariant>& settings = {{ckStayDuration, 0}})
+        : PopupStage(settings)
+    {
+    }
+    ~ReserveStage()
+    {
+        for (const QPointer<VLWidget>& popup : std::as_const(m_shown)) {
+            if (popup != manager->widget())
+                delete popup;
+        }
+    }
+
+    /// Shows the tip for @p key in the current popup and waits until it is on the screen.
+    VLWidget* showTip(const QString& key, QObject* reference)
+    {
+        if (!manager->show(key, kPointer, reference)
+            || !QTest::qWaitForWindowExposed(manager->widget()))
+            qFatal("The tip did not come up");
+        m_shown += manager->widget();
+        return manager->widget();
+    }
+    VLWidget* showTip(const QString& key)
+    {
+        return showTip(key, &control);
+    }
+
+    /// Shows the tip for @p key and detaches its popup.
+    VLWidget* detach(const QString& key, QObject* reference)
+    {
+        VLWidget* popup = showTip(key, reference);
+        popup->view()->setReserved(true);
+        return popup;
+    }
+    VLWidget* detach(const QString& key)
+    {
+        return detach(key, &control);
+    }
+
+    /// Detaches @p count popups that have no window above them, and waits until all are there.
+    QList<VLWidget*> detachFreely(int count)
+    {
+        QList<VLWidget*> popups;
+        for (int i = 0; i < count; ++i) {
+            popups += detach(openKey(), nullptr);
+            if (!QTest::qWaitForWindowExposed(popups.last()))
+                qFatal("The window did not come up");
+        }
+        return popups;
+    }
+
+    void writeScene(const char* scene)
+    {
+        packages.write(QStringLiteral("tips.vidlets/ui/VidletUI.qml"), scene);
+    }
+
+private:
+    Q_DISABLE_COPY_MOVE(ReserveStage)
+
+    /// May hold the current popup as well, which is the manager's.
+    QList<QPointer<VLWidget>> m_shown;
+};
+
+} // namespace
+
+class TestReserve : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The manager's side
+    void reserve_refuses_whenPopupIsNotTheCurrentOne();
+    void reserve_refuses_whenPopupIsReservedAlready();
+    void reserve_asksHostForWindow_data();
+    void reserve_asksHostForWindow();
+    void reserve_leavesFreshPopupReady();
+    void reserve_keepsContentOnShow_whileHoveringGoesOn();
+    void show_retrievesAgain_whenKeyIsOnlyInReservedWindow();
+    void reservedPopup_isOutOfTheCycle_data();
+    void reservedPopup_isOutOfTheCycle();
+
+    // The slot
+    void reservedChanged_hasNoEffect_whenFalse();
+    void reservedChanged_hasNoEffect_whenFalseAgain();
+    void reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld_data();
+    void reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld();
+
+    // Floating
+    void floating_takesFlags();
+    void floating_isNotModal();
+    void floating_belongsToWindowOfReference();
+    void floating_hasNoParent_withoutReference_data();
+    void floating_hasNoParent_withoutReference();
+    void floating_takesTitleFromPropertyAlone_data();
+    void floating_takesTitleFromPropertyAlone();
+    void floating_keepsPosition();
+    void floating_isDeletedWithViewAndContent_whenClosed();
+    void floating_isDeleted_whenUserClosesIt();
+    void floating_staysAlive_whenHidden();
+    void floating_isHiddenByTimer();
+    void floating_armsTimerAsItShows_data();
+    void floating_armsTimerAsItShows();
+
+    // Docked
+    void docked_becomesChildOfHostWindow();
+    void docked_addsFlagsToHostWindow_data();
+    void docked_addsFlagsToHostWindow();
+    void docked_makesLayout_whenHostWindowHasNone();
+    void docked_joinsLayoutOfHostWindow();
+    void docked_takesTitleFromAttributeAlone_data();
+    void docked_takesTitleFromAttributeAlone();
+    void docked_takesSizeOfScene();
+    void docked_movesHostWindowToPosition();
+    void docked_movesWindowAround_whenGivenWidgetIsNoWindow();
+    void docked_isNotHiddenByTimer();
+    void docked_staysAlive_whenHostWindowIsClosed();
+    void docked_isDeletedWithViewAndContent_whenHostWindowIs();
+
+    // From the scene
+    void scene_detachesPopup_whenClicked_data();
+    void scene_detachesPopup_whenClicked();
+    void scene_detachesPopup_whileItLoads_data();
+    void scene_detachesPopup_whileItLoads();
+
+    // Raising and staying on top
+    void raise_goesFromLastToFirst();
+    void raise_isHarmless_withoutReservedWindows();
+    void setStayOnTop_setsAndClearsState();
+    void setStayOnTop_leavesOtherFlags();
+    void setStayOnTop_showsHiddenWindow();
+    void setStayOnTop_leavesDockedPopupInItsWindow();
+    void setStayOnTop_leavesCurrentPopupAlone();
+    void raise_leavesCurrentPopupAlone();
+    void deadEntries_areRemoved_data();
+    void deadEntries_areRemoved();
+    void manager_isReachedFromReservedWindow();
+
+    // Many
+    void reserve_leavesNothingBehind_whenDoneOften();
+};
+
+void TestReserve::reserve_refuses_whenPopupIsNotTheCurrentOne()
+{
+    ReserveStage stage;
+    VLWidget* current = stage.showTip(openKey());
+    VLWidget other(stage.manager.get(), nullptr);
+    QWidget* window = &stage.control;
+
+    QVERIFY(!stage.manager->reserve(&other, window));
+
+    QCOMPARE(window, &stage.control);
+    QCOMPARE(stage.interface.windowsAskedFor, 0);
+    QCOMPARE(stage.manager->widget(), current);
+    QVERIFY(current->isVisible());
+    // It was not taken in among the reserved ones either.
+    stage.manager->setStayOnTop(true);
+    QVERIFY(!other.isVisible());
+}
+
+void TestReserve::reserve_refuses_whenPopupIsReservedAlready()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    const VLWidget* fresh = stage.manager->widget();
+    QWidget* window = &stage.control;
+    QVERIFY(!stage.manager->reserve(popup, window));
+    QCOMPARE(window, &stage.control);
+    QCOMPARE(stage.interface.windowsAskedFor, 1);
+    QCOMPARE(stage.manager->widget(), fresh);
+}
+
+void TestReserve::reserve_asksHostForWindow_data()
+{
+    QTest::addColumn<bool>("given");
+    QTest::newRow("given") << true;
+    QTest::newRow("none") << false;
+}
+
+void TestReserve::reserve_asksHostForWindow()
+{
+    QFETCH(bool, given);
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    QWidget hostWindow;
+    stage.interface.windowToGive = given ? &hostWindow : nullptr;
+    QWidget* window = &stage.control;
+
+    QVERIFY(stage.manager->reserve(popup, window));
+
+    QCOMPARE(window, stage.interface.windowToGive);
+    QCOMPARE(stage.interface.windowsAskedFor, 1);
+}
+
+void TestReserve::reserve_leavesFreshPopupReady()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    VLWidget* fresh = stage.manager->widget();
+    QVERIFY(fresh);
+    QVERIFY(fresh != popup);
+    QVERIFY(!fresh->isVisible());
+    QVERIFY(fresh->view());
+    QVERIFY(fresh->view() != popup->view());
+    QVERIFY(!fresh->view()->content());
+    QVERIFY(!fresh->view()->reserved());
+    QCOMPARE(containerOf(fresh)->parentWidget(), fresh);
+}
+
+void TestReserve::reserve_keepsContentOnShow_whileHoveringGoesOn()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    const QPointer<VLXmlElement> content = popup->view()->content();
+    const QPointer<QObject> scene = popup->view()->rootObject();
+    VLWidget* fresh = stage.manager->widget();
+    stage.control.setObjectName(saveKey());
+    QHelpEvent event(QEvent::ToolTip, QPoint(), kPointer);
+
+    QVERIFY(stage.manager->eventFilter(&stage.control, &event));
+
+    QCOMPARE(stage.manager->widget(), fresh);
+    QVERIFY(QTest::qWaitForWindowExposed(fresh));
+    QCOMPARE(shownKey(fresh), saveKey());
+    QVERIFY(popup->isVisible());
+    QVERIFY(content);
+    QVERIFY(scene);
+    QCOMPARE(popup->view()->content(), content.data());
+    QCOMPARE(shownKey(popup), openKey());
+}
+
+void TestReserve::show_retrievesAgain_whenKeyIsOnlyInReservedWindow()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    stage.index.requests.clear();
+    QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    QCOMPARE(stage.index.requests.size(), 1);
+    QVERIFY(stage.popup()->isVisible());
+    QVERIFY(popup->isVisible());
+    QVERIFY(stage.view()->content() != popup->view()->content());
+}
+
+void TestReserve::reservedPopup_isOutOfTheCycle_data()
+{
+    QTest::addColumn<QEvent::Type>("type");
+    QTest::newRow("press") << QEvent::MouseButtonPress;
+    QTest::newRow("release") << QEvent::MouseButtonRelease;
+    QTest::newRow("move") << QEvent::MouseMove;
+    QTest::newRow("deactivation") << QEvent::ApplicationDeactivate;
+}
+
+void TestReserve::reservedPopup_isOutOfTheCycle()
+{
+    QFETCH(QEvent::Type, type);
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    stage.set(ckStayDuration, kEndlessMs);
+    QMouseEvent mouse(type, QPointF(), PopupStage::farAway(), Qt::LeftButton, Qt::LeftButton,
+                      Qt::NoModifier);
+    QEvent plain(type);
+    QEvent& event = type == QEvent::ApplicationDeactivate ? plain : mouse;
+    stage.manager->eventFilter(&stage.control, &event);
+    QVERIFY(popup->isVisible());
+    QVERIFY(!timerOf(popup)->isActive());
+}
+
+void TestReserve::reservedChanged_hasNoEffect_whenFalse()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    const Qt::WindowFlags flags = popup->windowFlags();
+    Q_EMIT popup->view()->reservedChanged();
+    QCOMPARE(stage.interface.windowsAskedFor, 0);
+    QCOMPARE(stage.manager->widget(), popup);
+    QCOMPARE(popup->windowFlags(), flags);
+    QVERIFY(!isDeletedOnClose(popup));
+}
+
+void TestReserve::reservedChanged_hasNoEffect_whenFalseAgain()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    const VLWidget* fresh = stage.manager->widget();
+    popup->view()->setReserved(false);
+    QVERIFY(popup->isVisible());
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+    QVERIFY(isDeletedOnClose(popup));
+    QCOMPARE(stage.manager->widget(), fresh);
+}
+
+void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld_data()
+{
+    reserve_asksHostForWindow_data();
+}
+
+void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld()
+{
+    QFETCH(bool, given);
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = given ? &window : nullptr;
+    VLWidget* popup = stage.detach(openKey());
+    const QWidget* parent = popup->parentWidget();
+    const VLWidget* fresh = stage.manager->widget();
+    popup->hide();
+    popup->setWindowTitle(QStringLiteral("left alone"));
+    window.setWindowTitle(QStringLiteral("left alone"));
+
+    popup->view()->setReserved(false);
+    popup->view()->setReserved(true);
+
+    QCOMPARE(stage.interface.windowsAskedFor, 1);
+    QCOMPARE(stage.manager->widget(), fresh);
+    QCOMPARE(popup->parentWidget(), parent);
+    QVERIFY(popup->isHidden());
+    QCOMPARE(popup->windowTitle(), QStringLiteral("left alone"));
+    QCOMPARE(window.windowTitle(), QStringLiteral("left alone"));
+}
+
+void TestReserve::floating_takesFlags()
+{
+    ReserveStage stage;
+    const VLWidget* popup = stage.detach(openKey());
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+    QVERIFY(popup->isWindow());
+    QVERIFY(popup->isVisible());
+    QVERIFY(isDeletedOnClose(popup));
+}
+
+void TestReserve::floating_isNotModal()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    popup->setWindowModality(Qt::ApplicationModal);
+    popup->view()->setReserved(true);
+    QCOMPARE(popup->windowModality(), Qt::NonModal);
+    QVERIFY(!QApplication::activeModalWidget());
+}
+
+void TestReserve::floating_belongsToWindowOfReference()
+{
+    ReserveStage stage;
+    QWidget button(&stage.control);
+    QWidget icon(&button);
+    {
+        const VLWidget* popup = stage.detach(openKey(), &icon);
+        QCOMPARE(popup->parentWidget(), &stage.control);
+        QVERIFY(popup->isWindow());
+    }
+    const VLWidget* popup = stage.detach(openKey(), &stage.control);
+    QCOMPARE(popup->parentWidget(), &stage.control);
+}
+
+void TestReserve::floating_hasNoParent_withoutReference_data()
+{
+    QTest::addColumn<bool>("isNull");
+    QTest::newRow("null") << true;
+    QTest::newRow("no widget") << false;
+}
+
+void TestReserve::floating_hasNoParent_withoutReference()
+{
+    QFETCH(bool, isNull);
+    ReserveStage stage;
+    QObject noWidget;
+    const VLWidget* popup = stage.detach(openKey(), isNull ? nullptr : &noWidget);
+    QVERIFY(!popup->parentWidget());
+    QVERIFY(popup->isVisible());
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+}
+
+void TestReserve::floating_takesTitleFromPropertyAlone_data()
+{
+    QTest::addColumn<bool>("hasProperty");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("attribute alone") << false << QString();
+    QTest::newRow("attribute and property") << true << QStringLiteral("of the property");
+}
+
+void TestReserve::floating_takesTitleFromPropertyAlone()
+{
+    QFETCH(bool, hasProperty);
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    popup->setWindowTitle(QStringLiteral("of before"));
+    VLXmlElement* content = popup->view()->content();
+    content->setAttribute(QStringLiteral("title"), QStringLiteral("of the attribute"));
+    if (hasProperty)
+        content->setProperty("title", QStringLiteral("of the property"));
+
+    popup->view()->setReserved(true);
+
+    QTEST(popup->windowTitle(), "title");
+}
+
+void TestReserve::floating_keepsPosition()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
+
+    popup->view()->setReserved(true);
+
+    QCOMPARE(popup->pos(), kTipPosition);
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+}
+
+void TestReserve::floating_isDeletedWithViewAndContent_whenClosed()
+{
+    ReserveStage stage;
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    const QPointer<VLView> view = popup->view();
+    const QPointer<VLXmlElement> content = view->content();
+    const QPointer<QObject> root = content->parent();
+    const QPointer<VLWidget> fresh = stage.manager->widget();
+
+    QVERIFY(popup->close());
+    runDeferredDeletions();
+
+    QVERIFY(!popup);
+    QVERIFY(!view);
+    QVERIFY(!content);
+    // The view owns the element, not what is above it.
+    QVERIFY(root);
+    QVERIFY(fresh);
+    QVERIFY(stage.manager->show(saveKey(), kPointer, &stage.control));
+}
+
+void TestReserve::floating_isDeleted_whenUserClosesIt()
+{
+    ReserveStage stage;
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    const QPointer<VLXmlElement> content = popup->view()->content();
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    popup->activateWindow();
+    // Qt takes a tool window for active as soon as its parent is.
+    QTRY_COMPARE_WITH_TIMEOUT(activeWindowOfX(), windowOfX(popup), kPatienceMs);
+    answerOf(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("alt+F4")});
+    QTRY_VERIFY_WITH_TIMEOUT(!popup, kPatienceMs);
+    QVERIFY(!content);
+    QVERIFY(stage.control.isVisible());
+}
+
+void TestReserve::floating_staysAlive_whenHidden()
+{
+    ReserveStage stage;
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    const QPointer<VLXmlElement> content = popup->view()->content();
+    popup->hide();
+    runDeferredDeletions();
+    QVERIFY(popup);
+    QVERIFY(content);
+    popup->show();
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QCOMPARE(shownKey(popup), openKey());
+}
+
+void TestReserve::floating_isHiddenByTimer()
+{
+    ReserveStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
+    const QPointer<VLWidget> popup = stage.showTip(openKey());
+    stage.set(ckStayDuration, kShortMs);
+    popup->view()->setReserved(true);
+    QTRY_VERIFY_WITH_TIMEOUT(!popup->isVisible(), kPatienceMs);
+    runDeferredDeletions();
+    QVERIFY(popup);
+}
+
+void TestReserve::floating_armsTimerAsItShows_data()
+{
+    QTest::addColumn<bool>("stayOpen");
+    QTest::addColumn<bool>("pointerOverPopup");
+    QTest::addColumn<bool>("counting");
+    QTest::newRow("pointer elsewhere") << false << false << true;
+    QTest::newRow("pointer elsewhere, to stay open") << true << false << false;
+    QTest::newRow("pointer over the popup") << false << true << false;
+}
+
+void TestReserve::floating_armsTimerAsItShows()
+{
+    QFETCH(bool, stayOpen);
+    QFETCH(bool, pointerOverPopup);
+    ReserveStage stage;
+    VLWidget* popup = stage.showTip(openKey());
+    popup->view()->setStayOpen(stayOpen);
+    if (pointerOverPopup)
+        QCursor::setPos(popup->frameGeometry().center());
+    stage.set(ckStayDuration, kEndlessMs);
+
+    popup->view()->setReserved(true);
+
+    QTEST(timerOf(popup)->isActive(), "counting");
+    QVERIFY(popup->isVisible());
+}
+
+void TestReserve::docked_becomesChildOfHostWindow()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    const VLWidget* popup = stage.detach(openKey());
+    QCOMPARE(popup->parentWidget(), &window);
+    QVERIFY(!popup->isWindow());
+    QCOMPARE(popup->windowType(), Qt::Widget);
+    QVERIFY(!isDeletedOnClose(popup));
+    QVERIFY(window.isVisible());
+    QVERIFY(popup->isVisible());
+}
+
+void TestReserve::docked_addsFlagsToHostWindow_data()
+{
+    QTest::addColumn<Qt::WindowFlags>("own");
+    QTest::addColumn<bool>("visible");
+    const Qt::WindowFlags tool = Qt::Tool | Qt::FramelessWindowHint;
+    const Qt::WindowFlags dialog = Qt::Dialog | Qt::WindowStaysOnTopHint;
+    QTest::newRow("window") << Qt::WindowFlags(Qt::Window) << false;
+    QTest::newRow("tool") << tool << false;
+    QTest::newRow("dialog") << dialog << false;
+    QTest::newRow("window on the screen") << Qt::WindowFlags(Qt::Window) << true;
+}
+
+void TestReserve::docked_addsFlagsToHostWindow()
+{
+    QFETCH(Qt::WindowFlags, own);
+    QFETCH(bool, visible);
+    ReserveStage stage;
+    QWidget window;
+    window.setWindowFlags(own);
+    window.resize(200, 150);
+    if (visible)
+        QVERIFY(bringUp(&window));
+    const int flags = window.windowFlags().toInt();
+    stage.interface.windowToGive = &window;
+    stage.detach(openKey());
+    QCOMPARE(window.windowFlags(), asQtKeepsThem(flags | kHostWindowFlags));
+    QVERIFY(window.isVisible());
+}
+
+void TestReserve::docked_makesLayout_whenHostWindowHasNone()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    const VLWidget* popup = stage.detach(openKey());
+    const auto* layout = qobject_cast<QVBoxLayout*>(window.layout());
+    QVERIFY(layout);
+    QCOMPARE(layout->contentsMargins(), QMargins());
+    QCOMPARE(layout->count(), 1);
+    QCOMPARE(layout->itemAt(0)->widget(), popup);
+}
+
+void TestReserve::docked_joinsLayoutOfHostWindow()
+{
+    ReserveStage stage;
+    QWidget window;
+    auto* layout = new QHBoxLayout(&window);
+    const QMargins margins(1, 2, 3, 4);
+    layout->setContentsMargins(margins);
+    layout->addWidget(new QLabel(QStringLiteral("Tips")));
+    stage.interface.windowToGive = &window;
+
+    const VLWidget* first = stage.detach(openKey());
+    const VLWidget* second = stage.detach(saveKey());
+
+    QCOMPARE(window.layout(), layout);
+    QCOMPARE(layout->contentsMargins(), margins);
+    QCOMPARE(layout->count(), 3);
+    QCOMPARE(layout->itemAt(1)->widget(), first);
+    QCOMPARE(layout->itemAt(2)->widget(), second);
+    QVERIFY(first->isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(second->isVisible(), kPatienceMs);
+}
+
+void TestReserve::docked_takesTitleFromAttributeAlone_data()
+{
+    QTest::addColumn<bool>("hasAttribute");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("property alone") << false << QString();
+    QTest::newRow("property and attribute") << true << QStringLiteral("of the attribute");
+}
+
+void TestReserve::docked_takesTitleFromAttributeAlone()
+{
+    QFETCH(bool, hasAttribute);
+    ReserveStage stage;
+    QWidget window;
+    window.setWindowTitle(QStringLiteral("of the host"));
+    stage.interface.windowToGive = &window;
+    const VLWidget* popup = stage.showTip(openKey());
+    VLXmlElement* content = stage.view()->content();
+    content->setProperty("title", QStringLiteral("of the property"));
+    if (hasAttribute)
+        content->setAttribute(QStringLiteral("title"), QStringLiteral("of the attribute"));
+
+    stage.view()->setReserved(true);
+
+    QTEST(window.windowTitle(), "title");
+    QCOMPARE(popup->windowTitle(), QString());
+}
+
+void TestReserve::docked_takesSizeOfScene()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), kSceneSize, kPatienceMs);
+    containerOf(popup)->setFixedSize(10, 10);
+
+    popup->view()->setReserved(true);
+
+    QCOMPARE(containerOf(popup)->minimumSize(), kSceneSize);
+    QCOMPARE(containerOf(popup)->maximumSize(), kSceneSize);
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), kSceneSize, kPatienceMs);
+}
+
+void TestReserve::docked_movesHostWindowToPosition()
+{
+    ReserveStage stage;
+    QWidget window;
+    window.move(10, 10);
+    stage.interface.windowToGive = &window;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
+
+    popup->view()->setReserved(true);
+
+    QCOMPARE(window.pos(), kTipPosition);
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(&window), kTipPosition, kPatienceMs);
+}
+
+void TestReserve::docked_movesWindowAround_whenGivenWidgetIsNoWindow()
+{
+    ReserveStage stage;
+    QWidget mainWindow;
+    mainWindow.setGeometry(20, 20, 400, 300);
+    QWidget panel(&mainWindow);
+    panel.setGeometry(30, 40, 200, 150);
+    QVERIFY(bringUp(&mainWindow));
+    stage.interface.windowToGive = &panel;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
+
+    popup->view()->setReserved(true);
+
+    QCOMPARE(popup->parentWidget(), &panel);
+    QCOMPARE(panel.parentWidget(), &mainWindow);
+    QVERIFY(!panel.isWindow());
+    QCOMPARE(panel.windowFlags() & Qt::WindowFlags::fromInt(kHostWindowFlags),
+             Qt::WindowFlags::fromInt(kHostWindowFlags));
+    QTRY_COMPARE_WITH_TIMEOUT(mainWindow.pos(), kTipPosition, kPatienceMs);
+}
+
+void TestReserve::docked_isNotHiddenByTimer()
+{
+    ReserveStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    VLWidget* popup = stage.detach(openKey());
+    const QSignalSpy timeouts(timerOf(popup), &QTimer::timeout);
+    stage.set(ckStayDuration, kShortMs);
+    popup->setTimer();
+    QTRY_COMPARE_WITH_TIMEOUT(timeouts.count(), 1, kPatienceMs);
+    QVERIFY(popup->isVisible());
+
+    // Asked to, it still hides.
+    popup->hideAnimated();
+    QVERIFY(!popup->isVisible());
+}
+
+void TestReserve::docked_staysAlive_whenHostWindowIsClosed()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    QVERIFY(window.close());
+    runDeferredDeletions();
+    QVERIFY(popup);
+    window.show();
+    QVERIFY(popup->isVisible());
+    QCOMPARE(shownKey(popup), openKey());
+}
+
+void TestReserve::docked_isDeletedWithViewAndContent_whenHostWindowIs()
+{
+    ReserveStage stage;
+    auto window = std::make_unique<QWidget>();
+    stage.interface.windowToGive = window.get();
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    const QPointer<VLView> view = popup->view();
+    const QPointer<VLXmlElement> content = view->content();
+    window.reset();
+    QVERIFY(!popup);
+    QVERIFY(!view);
+    QVERIFY(!content);
+    stage.manager->raise();
+    QVERIFY(stage.manager->show(saveKey(), kPointer, &stage.control));
+}
+
+void TestReserve::scene_detachesPopup_whenClicked_data()
+{
+    reserve_asksHostForWindow_data();
+}
+
+void TestReserve::scene_detachesPopup_whenClicked()
+{
+    QFETCH(bool, given);
+    ReserveStage stage;
+    stage.writeScene(kClickScene);
+    QWidget window;
+    stage.interface.windowToGive = given ? &window : nullptr;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
+
+    QVERIFY(PointerDriver::moveTo(popup->frameGeometry().center()));
+    QVERIFY(PointerDriver::click());
+
+    QTRY_VERIFY_WITH_TIMEOUT(stage.manager->widget() != popup, kPatienceMs);
+    QCOMPARE(popup->view()->rootObject()->property("clicks").toInt(), 1);
+    QVERIFY(popup->isVisible());
+    QCOMPARE(popup->isWindow(), !given);
+    QCOMPARE(shownKey(popup), openKey());
+    QVERIFY(QTest::qWaitForWindowExposed(popup->window()));
+    stage.manager->show(saveKey(), kPointer, &stage.control);
+    QCOMPARE(shownKey(stage.popup()), saveKey());
+}
+
+void TestReserve::scene_detachesPopup_whileItLoads_data()
+{
+    reserve_asksHostForWindow_data();
+}
+
+void TestReserve::scene_detachesPopup_whileItLoads()
+{
+    QFETCH(bool, given);
+    ReserveStage stage;
+    stage.writeScene(kLoadScene);
+    QWidget window;
+    stage.interface.windowToGive = given ? &window : nullptr;
+    QPointer<VLWidget> popup = stage.popup();
+
+    QVERIFY(stage.manager->show(openKey(), kPointer, nullptr));
+
+    QVERIFY(stage.manager->widget() != popup);
+    QVERIFY(!stage.manager->widget()->isVisible());
+    QVERIFY(popup->isVisible());
+    QCOMPARE(popup->isWindow(), !given);
+    QVERIFY(QTest::qWaitForWindowExposed(popup->window()));
+    QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), kSceneSize, kPatienceMs);
+    QCOMPARE(shownKey(popup), openKey());
+    delete popup;
+}
+
+void TestReserve::raise_goesFromLastToFirst()
+{
+    ReserveStage stage;
+    const QList<VLWidget*> popups = stage.detachFreely(3);
+    QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf(popups), popups, kPatienceMs);
+
+    stage.manager->raise();
+
+    // The one raised last, the first to be reserved, comes out on top.
+    const QList<VLWidget*> reversed(popups.crbegin(), popups.crend());
+    QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf(popups), reversed, kPatienceMs);
+}
+
+void TestReserve::raise_isHarmless_withoutReservedWindows()
+{
+    ReserveStage stage;
+    stage.manager->raise();
+    stage.manager->setStayOnTop(true);
+    QVERIFY(!stage.manager->widget());
+}
+
+void TestReserve::setStayOnTop_setsAndClearsState()
+{
+    ReserveStage stage;
+    const QList<VLWidget*> popups = stage.detachFreely(2);
+    for (const VLWidget* popup : popups)
+        QVERIFY(!isAboveForX(popup));
+
+    stage.manager->setStayOnTop(true);
+    for (const VLWidget* popup : popups) {
+        QVERIFY(popup->isVisible());
+        QTRY_VERIFY_WITH_TIMEOUT(isAboveForX(popup), kPatienceMs);
+    }
+
+    stage.manager->setStayOnTop(false);
+    for (VLWidget* popup : popups) {
+        QVERIFY(popup->isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(popup));
+        QTRY_VERIFY_WITH_TIMEOUT(!isAboveForX(popup), kPatienceMs);
+    }
+}
+
+void TestReserve::setStayOnTop_leavesOtherFlags()
+{
+    ReserveStage stage;
+    const VLWidget* popup = stage.detach(openKey());
+    stage.manager->setStayOnTop(true);
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags | kStayOnTopFlag));
+    QCOMPARE(popup->parentWidget(), &stage.control);
+    stage.manager->setStayOnTop(false);
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+    QCOMPARE(popup->parentWidget(), &stage.control);
+    QCOMPARE(popup->pos(), kTipPosition);
+}
+
+void TestReserve::setStayOnTop_showsHiddenWindow()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    popup->hide();
+    stage.manager->setStayOnTop(false);
+    QVERIFY(popup->isVisible());
+}
+
+void TestReserve::setStayOnTop_leavesDockedPopupInItsWindow()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    const VLWidget* popup = stage.detach(openKey());
+    const Qt::WindowFlags flags = window.windowFlags();
+    stage.manager->setStayOnTop(true);
+    QVERIFY(popup->windowFlags() & Qt::WindowStaysOnTopHint);
+    QCOMPARE(popup->parentWidget(), &window);
+    QVERIFY(!popup->isWindow());
+    QVERIFY(popup->isVisible());
+    QCOMPARE(window.windowFlags(), flags);
+}
+
+void TestReserve::setStayOnTop_leavesCurrentPopupAlone()
+{
+    ReserveStage stage;
+    stage.detach(openKey());
+    VLWidget* hidden = stage.manager->widget();
+    const Qt::WindowFlags flags = hidden->windowFlags();
+    stage.manager->setStayOnTop(true);
+    QCOMPARE(hidden->windowFlags(), flags);
+    QVERIFY(!hidden->isVisible());
+
+    const VLWidget* current = stage.showTip(saveKey());
+    QCOMPARE(current, hidden);
+    const WId id = windowOfX(current);
+    stage.manager->setStayOnTop(true);
+    QCOMPARE(current->windowFlags(), flags);
+    // A change of flags would have cost it its window.
+    QCOMPARE(windowOfX(current), id);
+    QVERIFY(!isAboveForX(current));
+}
+
+void TestReserve::raise_leavesCurrentPopupAlone()
+{
+    ReserveStage stage;
+    VLWidget* reserved = stage.detach(openKey(), nullptr);
+    QVERIFY(QTest::qWaitForWindowExposed(reserved));
+    VLWidget* current = stage.showTip(saveKey(), nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf({reserved, current}),
+                              (QList<VLWidget*>{reserved, current}), kPatienceMs);
+    stage.manager->raise();
+    QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf({reserved, current}),
+                              (QList<VLWidget*>{current, reserved}), kPatienceMs);
+}
+
+void TestReserve::deadEntries_areRemoved_data()
+{
+    QTest::addColumn<QList<int>>("closed");
+    QTest::newRow("first") << QList<int>{0};
+    QTest::newRow("middle") << QList<int>{1};
+    QTest::newRow("last") << QList<int>{3};
+    QTest::newRow("neighbours") << QList<int>{1, 2};
+    QTest::newRow("both ends") << QList<int>{0, 3};
+    QTest::newRow("all") << QList<int>{0, 1, 2, 3};
+}
+
+void TestReserve::deadEntries_areRemoved()
+{
+    QFETCH(QList<int>, closed);
+    ReserveStage stage;
+    QList<VLWidget*> living = stage.detachFreely(4);
+    QList<QPointer<VLWidget>> dead;
+    for (auto it = closed.crbegin(); it != closed.crend(); ++it) {
+        dead += living.takeAt(*it);
+        dead.last()->close();
+    }
+    runDeferredDeletions();
+    for (const QPointer<VLWidget>& popup : std::as_const(dead))
+        QVERIFY(!popup);
+
+    // The walk that removes an entry must not pass over its neighbour, nor the next one miss any.
+    stage.manager->raise();
+    const QList<VLWidget*> reversed(living.crbegin(), living.crend());
+    QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf(living), reversed, kPatienceMs);
+    stage.manager->setStayOnTop(true);
+    for (const VLWidget* popup : std::as_const(living))
+        QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags | kStayOnTopFlag));
+    stage.manager->setStayOnTop(false);
+    for (const VLWidget* popup : std::as_const(living))
+        QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+}
+
+void TestReserve::manager_isReachedFromReservedWindow()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    popup->manager()->setStayOnTop(true);
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags | kStayOnTopFlag));
+    popup->view()->manager()->setStayOnTop(false);
+    QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
+    popup->view()->manager()->raise();
+    QCOMPARE(popup->manager(), stage.manager.get());
+    QCOMPARE(popup->view()->manager(), stage.manager.get());
+}
+
+void TestReserve::reserve_leavesNothingBehind_whenDoneOften()
+{
+    constexpr int kWarmUps = 5;
+    constexpr int kRounds = 200;
+    ReserveStage stage;
+    const auto detachAndClose = [&] {
+        VLWidget* popup = stage.detach(openKey());
+        QVERIFY(QTest::qWaitForWindowExposed(popup));
+        QVERIFY(popup->close());
+        runDeferredDeletions();
+    };
+    for (int i = 0; i < kWarmUps; ++i)
+        detachAndClose();
+    // The list of X fails while windows go.
+    QTRY_VERIFY_WITH_TIMEOUT(windowCountOfX() > 0, kPatienceMs);
+    const Holdings before = Holdings::now();
+    QVERIFY(before.windowsOfX > 0);
+    QVERIFY(before.threads > 0);
+    QVERIFY(before.files > 0);
+
+    for (int i = 0; i < kRounds; ++i)
+        detachAndClose();
+
+    QCOMPARE(stage.interface.windowsAskedFor, kWarmUps + kRounds);
+    QTRY_VERIFY_WITH_TIMEOUT(windowCountOfX() > 0, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(Holdings::now(), before, kPatienceMs);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestReserve>(argc, argv);
+}
+
+#include "tst_reserve.moc"
