@@ -45,3 +45,10 @@ if(VIDLETS_SANITIZE)
                                                     -Wno-null-dereference)
   target_link_options(vidlets_warnings INTERFACE ${vidlets_sanitizer_flags})
 endif()
+
+if(VIDLETS_COVERAGE)
+  # Several threads raise the same counters.
+  set(vidlets_coverage_flags --coverage -fprofile-update=atomic)
+  target_compile_options(vidlets_warnings INTERFACE ${vidlets_coverage_flags})
+  target_link_options(vidlets_warnings INTERFACE ${vidlets_coverage_flags})
+endif()
