@@ -64,6 +64,16 @@ QString attributeOr(const VLXmlElement* element, const QString& name, const QStr
     return element->hasAttribute(name) ? element->attribute(name) : defaultValue;
 }
 
+/// New flags may give a popup a new window in the window system, and the view's goes with the old
+/// one without Qt noticing: the popup would be empty.
+void renewViewWindow(VLWidget* widget)
+{
+    if (!widget->isWindow() || !widget->view())
+        return;
+    widget->view()->destroy();
+    widget->view()->show();
+}
+
 QString packageRoot(const QString& controlDirectory, int depth)
 {
     QDir dir(controlDirectory);
@@ -540,6 +550,7 @@ void VLManager::setStayOnTop(bool onTop)
             widget->setWindowFlags(flags);
             // A change of flags hides the window.
             widget->show();
+            renewViewWindow(widget);
         },
         onTop);
 }

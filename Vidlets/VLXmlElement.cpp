@@ -3,6 +3,7 @@
 
 #include "VLXmlElement.h"
 
+#include <QList>
 #include <QMap>
 #include <QStringList>
 
@@ -19,6 +20,33 @@ QString fillInTurn(QString format, std::initializer_list<QString> arguments)
     for (const QString& argument : arguments)
         format = format.arg(argument);
     return format;
+}
+
+// Qt deletes a tree by recursion: content that nests without bounds must not fill the stack.
+constexpr int kMaxDeletionDepth = 1000;
+
+/// Takes apart what lies too deep below @p top to be deleted with it.
+void deleteDeepDescendants(const QObject* top)
+{
+    struct Place
+    {
+        QObject* object;
+        int depth;
+    };
+    QList<Place> pending;
+    const auto addChildren = [&pending](const QObject* object, int depth) {
+        for (QObject* child : object->children())
+            pending.append({child, depth});
+    };
+    QList<QObject*> deep;
+    for (addChildren(top, 1); !pending.isEmpty();) {
+        const Place place = pending.takeLast();
+        if (place.depth < kMaxDeletionDepth)
+            addChildren(place.object, place.depth + 1);
+        else
+            deep.append(place.object);
+    }
+    qDeleteAll(deep);
 }
 
 } // namespace
@@ -53,7 +81,10 @@ VLXmlElement::VLXmlElement(QObject* parent, const QXmlStreamAttributes& attribut
         setAttribute(attribute.qualifiedName().toString(), attribute.value().toString());
 }
 
-VLXmlElement::~VLXmlElement() = default;
+VLXmlElement::~VLXmlElement()
+{
+    deleteDeepDescendants(this);
+}
 
 VLXmlElement* VLXmlElement::childElement(const QString& name) const
 {

@@ -13,6 +13,7 @@
 #include <QProcess>
 #include <QQuickItem>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QVBoxLayout>
 #include <QWindow>
@@ -363,6 +364,7 @@ private Q_SLOTS:
     void raise_goesFromLastToFirst();
     void raise_isHarmless_withoutReservedWindows();
     void setStayOnTop_setsAndClearsState();
+    void setStayOnTop_keepsSceneOnScreen();
     void setStayOnTop_leavesOtherFlags();
     void setStayOnTop_showsHiddenWindow();
     void setStayOnTop_leavesDockedPopupInItsWindow();
@@ -1031,6 +1033,27 @@ void TestReserve::setStayOnTop_setsAndClearsState()
         QVERIFY(popup->isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(popup));
         QTRY_VERIFY_WITH_TIMEOUT(!isAboveForX(popup), kPatienceMs);
+    }
+}
+
+void TestReserve::setStayOnTop_keepsSceneOnScreen()
+{
+    ReserveStage stage;
+    const VLWidget* popup = stage.detach(openKey());
+    QVERIFY(QTest::qWaitForWindowExposed(const_cast<VLWidget*>(popup)));
+    const auto colorOnScreen = [popup] {
+        const QPoint center = popup->mapToGlobal(popup->rect().center());
+        return popup->screen()
+            ->grabWindow(0, center.x(), center.y(), 1, 1)
+            .toImage()
+            .pixelColor(0, 0);
+    };
+    const QColor sceneColor(QStringLiteral("steelblue"));
+    QTRY_COMPARE_WITH_TIMEOUT(colorOnScreen(), sceneColor, kPatienceMs);
+
+    for (const bool onTop : {true, false}) {
+        stage.manager->setStayOnTop(onTop);
+        QTRY_COMPARE_WITH_TIMEOUT(colorOnScreen(), sceneColor, kPatienceMs);
     }
 }
 
