@@ -5,7 +5,9 @@
 
 #include "BrushPanel.h"
 #include "Canvas.h"
+#include "ControlTitle.h"
 #include "LogDock.h"
+#include "PinnedTips.h"
 #include "SettingsMenu.h"
 #include "ToolIcons.h"
 #include "WorkbenchInterface.h"
@@ -30,6 +32,7 @@ constexpr int kStatusMs = 4000;
 
 MainWindow::MainWindow()
     : m_canvas(new Canvas)
+    , m_controlTitle(new ControlTitle(this))
     , m_log(new LogDock(this))
     , m_tools(new QActionGroup(this))
 {
@@ -54,7 +57,9 @@ MainWindow::MainWindow()
 void MainWindow::attach(WorkbenchInterface& vidlets)
 {
     connect(&vidlets, &WorkbenchInterface::messageRaised, m_log, &LogDock::append);
-    menuBar()->addMenu(new SettingsMenu(vidlets, this));
+    menuBar()->addMenu(new SettingsMenu(vidlets, vidlets.pinnedTips(), this));
+    makeWindowMenu(vidlets.pinnedTips());
+    m_controlTitle->attach(vidlets);
 
     // Text variables of the tips.
     vidlets.setGlobalProperty(QStringLiteral("product"), windowTitle());
@@ -182,7 +187,18 @@ void MainWindow::makeStatusBar()
     auto* paper = new QLabel(tr("Paper: endless"));
     paper->setToolTip(tr("The sheet grows with the window. This is an ordinary tooltip."));
     statusBar()->setObjectName(QStringLiteral("statusBar"));
+    statusBar()->addWidget(m_controlTitle, 1);
     statusBar()->addPermanentWidget(paper);
+}
+
+void MainWindow::makeWindowMenu(PinnedTips& pinnedTips)
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Window"));
+    QAction* raise = menu->addAction(tr("&Raise pinned"));
+    connect(raise, &QAction::triggered, this, [&pinnedTips] { pinnedTips.raise(); });
+    QAction* keep = menu->addAction(tr("&Keep pinned on top"));
+    keep->setCheckable(true);
+    connect(keep, &QAction::toggled, this, [&pinnedTips](bool isOn) { pinnedTips.setOnTop(isOn); });
 }
 
 void MainWindow::saveSheet()

@@ -16,7 +16,9 @@ namespace Workbench {
 
 class BrushPanel;
 class Canvas;
+class ControlTitle;
 class LogDock;
+class PinnedTips;
 class WorkbenchInterface;
 
 /// The window of the sketching tool. Each action's object name is its key.
@@ -41,11 +43,13 @@ private:
     void makeBrushPanel();
     void makeToolBar();
     void makeStatusBar();
+    void makeWindowMenu(PinnedTips& pinnedTips);
     void saveSheet();
     void publishBrush(WorkbenchInterface& vidlets) const;
 
     Canvas* m_canvas;
     BrushPanel* m_brushPanel = nullptr;
+    ControlTitle* m_controlTitle;
     LogDock* m_log;
     QActionGroup* m_tools;
     QMenu* m_viewMenu = nullptr;

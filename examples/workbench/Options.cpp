@@ -23,8 +23,7 @@ QCommandLineOption valued(const char* name, const char* help, const char* value)
     return option;
 }
 
-// An installed program has its packages beside it; one from the build tree finds those of the
-// source tree.
+// A program from the build tree has its packages beside it.
 QString ownPackages()
 {
     const QDir program(QCoreApplication::applicationDirPath());
@@ -55,11 +54,12 @@ Options readOptions(const QCoreApplication& application)
     const auto noFilter = flag("no-filter", "Forward events from a filter of the program's own.");
     const auto simple = flag("simple", "Start with simple tooltips.");
     const auto dark = flag("dark", "Use dark colours.");
+    const auto noTips = flag("no-tips", "Start with rich tooltips switched off.");
     auto locale = valued("locale", "Locale of the content, such as en_US.", "name");
     auto stay = valued("stay", "Time until a popup fades after the pointer has left.", "ms");
     const auto geometry =
         valued("geometry-file", "Write a line per control that has a key: key x y w h.", "file");
-    const auto popup = valued("popup-file", "Write the popup that is up: key window.", "file");
+    const auto popup = valued("popup-file", "Write the popups that are up, line by line.", "file");
     locale.setDefaultValue(QStringLiteral("en_US"));
     stay.setDefaultValue(QString::number(Options().stayMs));
 
@@ -68,7 +68,7 @@ Options readOptions(const QCoreApplication& application)
         QCoreApplication::translate("Options", "A sketching tool with rich tooltips."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({noFilter, simple, dark, locale, stay, geometry, popup});
+    parser.addOptions({noFilter, simple, dark, noTips, locale, stay, geometry, popup});
     parser.addPositionalArgument(
         QStringLiteral("data-path"),
         QCoreApplication::translate("Options", "Directories with packages (*.vidlets)."),
@@ -87,6 +87,7 @@ Options readOptions(const QCoreApplication& application)
     options.hasOwnFilter = parser.isSet(noFilter);
     options.isSimple = parser.isSet(simple);
     options.isDark = parser.isSet(dark);
+    options.hasNoTips = parser.isSet(noTips);
     return options;
 }
 

@@ -22,6 +22,7 @@ struct Options
     bool hasOwnFilter = false;
     bool isSimple = false;
     bool isDark = false;
+    bool hasNoTips = false;
 };
 
 /// Reads the arguments; prints help or a complaint and ends the program where that is called for.

@@ -3,6 +3,7 @@
 
 #include "SettingsMenu.h"
 
+#include "PinnedTips.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
 
@@ -20,13 +21,15 @@ const QLatin1String kPresetLocale("en_US");
 
 } // namespace
 
-SettingsMenu::SettingsMenu(Vidlets::VLInterface& vidlets, QWidget* parent)
+SettingsMenu::SettingsMenu(Vidlets::VLInterface& vidlets, PinnedTips& pinnedTips, QWidget* parent)
     : QMenu(tr("&Settings"), parent)
     , m_vidlets(vidlets)
+    , m_pinnedTips(pinnedTips)
 {
     addSwitches();
     addSeparator();
-    addLocale();
+    addLanguage();
+    addPinnedTips();
     addTimes();
     addModifier();
     addMessageLevel();
@@ -67,10 +70,28 @@ void SettingsMenu::addSwitches()
     addSwitch(tr("Open &documentation"), Vidlets::ckDocumentationEnabled, true, false, true);
 }
 
-void SettingsMenu::addLocale()
+// Each language in its own words: who has landed in the wrong one must find the way back.
+void SettingsMenu::addLanguage()
 {
-    addChoices(tr("L&ocale"), Vidlets::ckLocale, kPresetLocale,
-               {{tr("English"), QStringLiteral("en_US")}});
+    addChoices(tr("La&nguage"), Vidlets::ckLocale, kPresetLocale,
+               {{QStringLiteral("&English"), QStringLiteral("en_US")},
+                {QStringLiteral("&Deutsch"), QStringLiteral("de_DE")},
+                {QStringLiteral("\u0627\u0644\u0639\u0631\u0628\u064a\u0629 (&A)"),
+                 QStringLiteral("ar_EG")}});
+}
+
+void SettingsMenu::addPinnedTips()
+{
+    QMenu* menu = addMenu(tr("&Pinned tips"));
+    auto* group = new QActionGroup(menu);
+    const auto addPlace = [this, menu, group](const QString& text, PinnedTips::Place place) {
+        QAction* action = group->addAction(menu->addAction(text));
+        action->setCheckable(true);
+        action->setChecked(m_pinnedTips.place() == place);
+        connect(action, &QAction::triggered, this, [this, place] { m_pinnedTips.setPlace(place); });
+    };
+    addPlace(tr("In a &window"), PinnedTips::Place::Window);
+    addPlace(tr("In the &dock"), PinnedTips::Place::Dock);
 }
 
 void SettingsMenu::addTimes()

@@ -14,13 +14,15 @@ class VLInterface;
 
 namespace Workbench {
 
+class PinnedTips;
+
 /// Changes the library's settings while it runs. Each takes effect at the next tip.
 class SettingsMenu : public QMenu
 {
     Q_OBJECT
 
 public:
-    SettingsMenu(Vidlets::VLInterface& vidlets, QWidget* parent);
+    SettingsMenu(Vidlets::VLInterface& vidlets, PinnedTips& pinnedTips, QWidget* parent);
 
 private:
     struct Choice
@@ -34,12 +36,14 @@ private:
     void addChoices(const QString& title, int key, const QVariant& preset,
                     const QList<Choice>& choices);
     void addSwitches();
-    void addLocale();
+    void addLanguage();
+    void addPinnedTips();
     void addTimes();
     void addModifier();
     void addMessageLevel();
 
     Vidlets::VLInterface& m_vidlets;
+    PinnedTips& m_pinnedTips;
 };
 
 } // namespace Workbench

@@ -7,9 +7,9 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
+#include <QMainWindow>
 #include <QToolButton>
 #include <QUrl>
-#include <QWidget>
 
 namespace Workbench {
 
@@ -39,21 +39,24 @@ QAction* actionOf(const QObject* object)
 } // namespace
 
 WorkbenchInterface::WorkbenchInterface(VLContext& context, const QStringList& dataPaths,
-                                       QWidget* window)
+                                       QMainWindow* window)
     // The packages are read in here, before this class is complete: what the library has to say
     // meanwhile goes to Qt's log and not to handleMessage() below.
     : Vidlets::VLInterface(context, dataPaths, nullptr)
     , m_dataPaths(dataPaths)
     , m_window(window)
+    , m_pinnedTips(*window)
 {
 }
 
-// A tip that the user keeps gets a tool window of ours, which takes the tip's title.
+PinnedTips& WorkbenchInterface::pinnedTips()
+{
+    return m_pinnedTips;
+}
+
 QWidget* WorkbenchInterface::createWindow()
 {
-    auto* window = new QWidget(m_window, Qt::Tool);
-    window->setAttribute(Qt::WA_DeleteOnClose);
-    return window;
+    return m_pinnedTips.makeRoom();
 }
 
 QString WorkbenchInterface::keyForObject(QObject* object)

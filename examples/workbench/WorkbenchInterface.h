@@ -4,7 +4,10 @@
 #ifndef WORKBENCH_WORKBENCHINTERFACE_H
 #define WORKBENCH_WORKBENCHINTERFACE_H
 
+#include "PinnedTips.h"
 #include <Vidlets/VLInterface.h>
+
+class QMainWindow;
 
 namespace Workbench {
 
@@ -17,8 +20,10 @@ class WorkbenchInterface : public Vidlets::VLInterface
     Q_OBJECT
 
 public:
-    /// @p window owns the actions with the shortcuts, and the windows of the tips that are kept.
-    WorkbenchInterface(VLContext& context, const QStringList& dataPaths, QWidget* window);
+    /// @p window owns the actions with the shortcuts, and takes in the tips that are pinned.
+    WorkbenchInterface(VLContext& context, const QStringList& dataPaths, QMainWindow* window);
+
+    PinnedTips& pinnedTips();
 
     QWidget* createWindow() override;
     QString keyForObject(QObject* object) override;
@@ -36,7 +41,8 @@ private:
     QString findPackageFile(const QString& relativePath) const;
 
     QStringList m_dataPaths;
-    QWidget* m_window;
+    QMainWindow* m_window;
+    PinnedTips m_pinnedTips;
 };
 
 } // namespace Workbench

@@ -23,6 +23,7 @@ void fillContext(VLContext& context, const Options& options)
     context.set(Vidlets::ckInstallEventFilter, !options.hasOwnFilter);
     // A tip may take the keyboard focus for itself; the window behind it must go on giving tips.
     context.set(Vidlets::ckAlwaysShowToolTips, true);
+    context.set(Vidlets::ckDisabled, options.hasNoTips);
     context.set(Vidlets::ckDocumentationEnabled, true);
     context.set(Vidlets::ckLocale, options.locale);
     context.set(Vidlets::ckSimpleTooltips, options.isSimple);

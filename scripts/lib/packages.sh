@@ -8,6 +8,9 @@
 vidlets_build_packages=(
     cmake ninja-build g++ ccache pkg-config
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools
+    # Compiles the translations of the example.
+    qt6-tools-dev qt6-l10n-tools
+    libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     # Qt 6.4's CMake files for the GUI module ask for these.
     libgl-dev libvulkan-dev
 )
@@ -20,8 +23,21 @@ vidlets_display_packages=(
     libgl1-mesa-dri fonts-dejavu-core
 )
 
+# Only for recording the clips of the example anew.
+vidlets_recording_packages=(
+    ffmpeg
+)
+
 vidlets_test_packages=(
-    libasan8 libubsan1
+    libasan8 libubsan1 ffmpeg
+)
+
+vidlets_coverage_packages=(
+    gcovr
+)
+
+vidlets_fuzz_packages=(
+    clang libclang-rt-14-dev llvm-14
 )
 
 vidlets_lint_packages=(

@@ -12,7 +12,7 @@ Loader {
     required property QtObject element
 
     readonly property var files: ({ "p": "Paragraph.qml", "item": "Bullet.qml",
-                                    "picture": "Picture.qml" })
+                                    "picture": "Picture.qml", "clip": "Clip.qml" })
 
     Component.onCompleted: setSource(files[element.tagName],
                                      { theme: theme, wording: wording, element: element })

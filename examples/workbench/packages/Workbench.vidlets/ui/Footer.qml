@@ -33,6 +33,16 @@ Rectangle {
         anchors.verticalCenter: parent.verticalCenter
         spacing: footer.theme.smallGap
 
+        Text {
+            width: parent.width
+            color: footer.theme.faintText
+            font.pixelSize: footer.theme.smallSize
+            font.bold: true
+            horizontalAlignment: Text.AlignLeft
+            text: footer.wording.phrase("Read more")
+            textFormat: Text.PlainText
+        }
+
         Repeater {
             id: repeater
             model: footer.links

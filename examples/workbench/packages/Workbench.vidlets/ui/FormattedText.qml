@@ -13,6 +13,8 @@ Text {
     linkColor: theme.link
     font.pixelSize: theme.textSize
     lineHeight: 1.12
+    // Said expressly, so that it is mirrored with the layout: else each text goes by its first letter.
+    horizontalAlignment: Text.AlignLeft
     wrapMode: Text.Wrap
     textFormat: Text.StyledText
 

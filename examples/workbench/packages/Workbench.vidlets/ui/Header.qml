@@ -8,15 +8,16 @@ Item {
     id: header
 
     required property Theme theme
+    required property Wording wording
     property alias title: title.text
     property alias shortcut: caps.shortcut
-    property bool isMirrored
 
     readonly property bool hasShortcut: shortcut !== ""
     readonly property int naturalWidth: Math.ceil(ruler.implicitWidth)
         + (hasShortcut ? 2 * theme.gap + Math.ceil(caps.implicitWidth) : 0)
     readonly property bool isOneLine: naturalWidth <= width
 
+    readonly property int firstLineHeight: isOneLine ? lineHeight : Math.ceil(ruler.implicitHeight)
     readonly property int lineHeight: Math.max(title.height, capsHeight)
     readonly property int capsHeight: hasShortcut ? caps.height : 0
 
@@ -40,6 +41,7 @@ Item {
         color: header.theme.text
         font.pixelSize: header.theme.titleSize
         font.bold: true
+        horizontalAlignment: Text.AlignLeft
         wrapMode: Text.Wrap
         textFormat: Text.PlainText
     }
@@ -47,8 +49,9 @@ Item {
     KeyCaps {
         id: caps
         theme: header.theme
+        wording: header.wording
         visible: header.hasShortcut
-        x: header.isOneLine !== header.isMirrored ? header.width - width : 0
+        x: header.isOneLine !== header.wording.isMirrored ? header.width - width : 0
         y: header.isOneLine ? Math.round((header.lineHeight - height) / 2)
                             : title.height + header.theme.smallGap
     }

@@ -9,6 +9,7 @@ Row {
     id: caps
 
     required property Theme theme
+    required property Wording wording
     property string shortcut
 
     spacing: theme.px(12)
@@ -46,7 +47,7 @@ Row {
                     required property string modelData
 
                     theme: caps.theme
-                    text: modelData
+                    text: caps.wording.phrase(modelData)
                 }
             }
         }

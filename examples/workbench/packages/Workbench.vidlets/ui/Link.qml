@@ -13,6 +13,7 @@ Text {
     color: theme.link
     font.pixelSize: theme.textSize
     font.underline: hover.hovered
+    horizontalAlignment: Text.AlignLeft
     wrapMode: Text.Wrap
     textFormat: Text.PlainText
 

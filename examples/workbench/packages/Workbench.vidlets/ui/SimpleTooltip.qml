@@ -45,7 +45,7 @@ Item {
             id: header
             width: column.width
             theme: tipTheme
-            isMirrored: tipWording.isMirrored
+            wording: tipWording
             title: tipWording.attributeOf(vidlet, "title")
             shortcut: vidlet ? vidlet.attribute("shortcut") : ""
         }

@@ -6,8 +6,9 @@ import QtQuick
 // The rich tip. The popup takes the size of this item.
 //
 // A tip has the attributes "title", "shortcut" and "summary", and inside it, in any order and
-// number, <p>, <item>, <picture source caption> and <link target>. Text may have markup, best
-// written as CDATA, and variables of the host such as %(product)s.
+// number, <p>, <item>, <picture source caption>, <clip source loop width height caption> and
+// <link target>. Text may have markup, best written as CDATA, and variables of the host such as
+// %(product)s.
 Item {
     id: root
 
@@ -18,9 +19,10 @@ Item {
     readonly property bool isLong: ruler.text.length > 900
 
     readonly property int widest: tipTheme.px(isLong ? 520 : 340) + 2 * tipTheme.margin
-    readonly property int naturalWidth: Math.max(header.naturalWidth, ruler.implicitWidth)
+    readonly property int headWidth: header.naturalWidth + tipTheme.gap + pin.implicitWidth
+    readonly property int naturalWidth: Math.max(headWidth, ruler.implicitWidth)
                                         + 2 * tipTheme.margin + tipTheme.px(2)
-    readonly property bool hasPicture: blocks.some(element => element.tagName === "picture")
+    readonly property bool hasPicture: blocks.some(element => isPicture(element))
     readonly property int tallest: Math.max(tipTheme.px(240), Screen.height * 0.9)
 
     width: hasPicture ? widest : Math.min(widest, naturalWidth)
@@ -30,7 +32,11 @@ Item {
     LayoutMirroring.childrenInherit: true
 
     function isBlock(element) {
-        return element && ["p", "item", "picture"].includes(element.tagName);
+        return element && (["p", "item"].includes(element.tagName) || isPicture(element));
+    }
+
+    function isPicture(element) {
+        return element && ["picture", "clip"].includes(element.tagName);
     }
 
     // A name without slash and colon is a page of the documentation, which the host may not have.
@@ -41,7 +47,7 @@ Item {
 
     function wholeText() {
         const indent = "\u2003\u2003";
-        const lines = elements.filter(element => element && element.tagName !== "picture")
+        const lines = elements.filter(element => element && !isPicture(element))
                               .map(element => (element.tagName === "item" ? indent : "")
                                               + tipWording.contentOf(element));
         return [summary].concat(lines).join("<br>");
@@ -68,7 +74,8 @@ Item {
     Flickable {
         id: page
 
-        readonly property int implicitHeight: column.implicitHeight + 2 * tipTheme.margin - tipTheme.px(5)
+        readonly property int implicitHeight: column.implicitHeight + 2 * tipTheme.margin
+                                              - tipTheme.px(5)
 
         anchors.top: parent.top
         anchors.bottom: footer.top
@@ -86,13 +93,29 @@ Item {
             width: root.width - 2 * tipTheme.margin
             spacing: tipTheme.gap
 
-            Header {
-                id: header
+            Item {
                 width: column.width
-                theme: tipTheme
-                isMirrored: tipWording.isMirrored
-                title: tipWording.attributeOf(vidlet, "title")
-                shortcut: vidlet ? vidlet.attribute("shortcut") : ""
+                implicitHeight: Math.max(header.implicitHeight, pin.implicitHeight)
+
+                Header {
+                    id: header
+                    anchors.left: parent.left
+                    anchors.right: pin.left
+                    anchors.rightMargin: tipTheme.gap
+                    y: Math.max(0, Math.round((pin.height - firstLineHeight) / 2))
+                    theme: tipTheme
+                    wording: tipWording
+                    title: tipWording.attributeOf(vidlet, "title")
+                    shortcut: vidlet ? vidlet.attribute("shortcut") : ""
+                }
+
+                PinButton {
+                    id: pin
+                    anchors.right: parent.right
+                    anchors.rightMargin: -tipTheme.px(4)
+                    theme: tipTheme
+                    wording: tipWording
+                }
             }
 
             FormattedText {
