@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+/// The lookup of a key in the file that is searched last, and of one that is nowhere, beside a bare
+/// loop of the XML reader over the same files.
+
+#include "PackageBuilder.h"
+#include "Report.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndex.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QLocale>
+#include <QXmlStreamReader>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int kFiles = 1000;
+constexpr int kTipsPerFile = 100;
+constexpr int kTagsPerTip = 3;
+constexpr qint64 kMinBytes = 25'000'000;
+constexpr qint64 kMaxBytes = 27'000'000;
+constexpr int kRepetitions = 5;
+const QString kPackage = QStringLiteral("Lookup.vidlets");
+
+QByteArray controlFile(int file)
+{
+    QByteArray content = "<vidlets locale=\"en_US\">\n";
+    for (int tip = 0; tip < kTipsPerFile; ++tip) {
+        const QByteArray key = QByteArray::number(file) + '.' + QByteArray::number(tip);
+        content += "  <vidlet key=\"" + key + "\" title=\"Tool number " + QByteArray::number(tip)
+            + "\" shortcut=\"Ctrl+K\">\n"
+              "    <text>Paints along the path of the pointer. Hold Shift for a straight line. "
+              "Turn the wheel for the width."
+              "</text>\n"
+              "    <link target=\"https://example.org/manual\">More about it</link>\n"
+              "  </vidlet>\n";
+    }
+    return content + "</vidlets>\n";
+}
+
+/// Gives the files in the order of indexing; the first is searched last.
+QStringList writePackage(PackageBuilder& packages)
+{
+    QStringList files;
+    qint64 bytes = 0;
+    for (int file = 0; file < kFiles; ++file) {
+        const QByteArray content = controlFile(file);
+        bytes += content.size();
+        files += packages.writeControlFile(kPackage, QStringLiteral("%1.xml").arg(file), content);
+    }
+    Report::verify(bytes > kMinBytes && bytes < kMaxBytes, "the files are 26 MB");
+    return files;
+}
+
+/// Gives the number of tags.
+int readAll(const QStringList& paths)
+{
+    int tags = 0;
+    for (const QString& path : paths) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        QXmlStreamReader reader(&file);
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement)
+                ++tags;
+        }
+    }
+    return tags;
+}
+
+/// Gives the path of the file that has the key; null where none has.
+QString lookUp(Vidlets::VLIndex& index, const QString& key)
+{
+    QString directory;
+    int depth = 0;
+    Vidlets::VLXmlElement* root = nullptr;
+    const Vidlets::VLXmlElement* element =
+        index.retrieve(key, QLocale(QStringLiteral("en_US")), directory, depth, root);
+    if (!element)
+        return QString();
+    const QString location = element->attribute(QStringLiteral("VLLocation"));
+    delete root;
+    return location;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    PackageBuilder packages;
+    const QStringList files = writePackage(packages);
+    VLContext context;
+    Vidlets::VLIndex index(&context, {packages.dataPath()});
+    for (const QString& file : files)
+        index.indexControlFile(file, packages.packageRoot(kPackage));
+
+    const QString lastKey = QStringLiteral("0.%1").arg(kTipsPerFile - 1);
+    const QString missingKey = QStringLiteral("nowhere");
+    Report::verify(lookUp(index, lastKey) == files.constFirst(),
+                   "the key is in the file that is searched last");
+    Report::verify(lookUp(index, missingKey).isNull(), "the other key is nowhere");
+    Report::verify(readAll(files) == kFiles * (1 + kTipsPerFile * kTagsPerTip),
+                   "the baseline reads all tags");
+
+    benchmark::RegisterBenchmark("hit",
+                                 [&](benchmark::State& state) {
+                                     for ([[maybe_unused]] auto turn : state)
+                                         benchmark::DoNotOptimize(lookUp(index, lastKey));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("miss",
+                                 [&](benchmark::State& state) {
+                                     for ([[maybe_unused]] auto turn : state)
+                                         benchmark::DoNotOptimize(lookUp(index, missingKey));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("bare-reader",
+                                 [&](benchmark::State& state) {
+                                     for ([[maybe_unused]] auto turn : state)
+                                         benchmark::DoNotOptimize(readAll(files));
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+
+    std::vector<Report::Aim> aims;
+    for (const char* subject : {"hit", "miss"}) {
+        Report::Aim aim;
+        aim.subject = std::string("lookup-") + subject;
+        aim.measured = {subject, {}};
+        aim.baseline = {"bare-reader", {}};
+        aim.value = 1.1;
+        aims.push_back(aim);
+    }
+    return Report::run(argc, argv, kRepetitions, aims);
+}

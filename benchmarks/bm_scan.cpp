@@ -1,0 +1,111 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+/// The scan of the data paths, beside listing the same directories and reading each file's first
+/// line.
+
+#include "PackageBuilder.h"
+#include "Report.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLInterface.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int kPackages = 40;
+constexpr int kFilesPerPackage = 50;
+constexpr int kTipsPerFile = 5;
+constexpr int kRepetitions = 15;
+constexpr qint64 kMaxLineBytes = 1024;
+constexpr double kNsPerSecond = 1e9;
+
+void writePackages(PackageBuilder& packages)
+{
+    for (int file = 0; file < kPackages * kFilesPerPackage; ++file) {
+        QByteArray content = "<vidlets locale=\"en_US\">\n";
+        for (int tip = 0; tip < kTipsPerFile; ++tip) {
+            const QByteArray key = QByteArray::number(file) + '.' + QByteArray::number(tip);
+            content += "  <vidlet key=\"" + key + "\" title=\"A tip\">\n    <text>Tip " + key
+                + " of the scan</text>\n  </vidlet>\n";
+        }
+        packages.writeControlFile(
+            QStringLiteral("Package%1.vidlets").arg(file % kPackages, 2, 10, QLatin1Char('0')),
+            QStringLiteral("tips-%1.xml").arg(file), content + "</vidlets>\n");
+    }
+}
+
+/// Gives the number of control files.
+int listAndReadFirstLines(const QString& dataPath)
+{
+    int controlFiles = 0;
+    const QFileInfoList packages =
+        QDir(dataPath).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
+    for (const QFileInfo& package : packages) {
+        const QDir control(package.absoluteFilePath() + QStringLiteral("/Control"));
+        const QFileInfoList entries =
+            control.entryInfoList({QStringLiteral("*.xml")}, QDir::Files, QDir::NoSort);
+        for (const QFileInfo& entry : entries) {
+            QFile file(entry.absoluteFilePath());
+            if (file.open(QIODevice::ReadOnly)
+                && file.readLine(kMaxLineBytes).startsWith("<vidlets"))
+                ++controlFiles;
+        }
+    }
+    return controlFiles;
+}
+
+template <typename Operation> void timeEach(benchmark::State& state, const Operation& operation)
+{
+    for ([[maybe_unused]] auto turn : state) {
+        QElapsedTimer clock;
+        clock.start();
+        operation();
+        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / kNsPerSecond);
+    }
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    PackageBuilder packages;
+    writePackages(packages);
+    const QString dataPath = packages.dataPath();
+
+    VLContext context;
+    Vidlets::VLInterface host(context, {dataPath}, nullptr);
+    Report::verify(host.keys().size() == kPackages * kFilesPerPackage * kTipsPerFile,
+                   "the scan records all control files");
+    Report::verify(listAndReadFirstLines(dataPath) == kPackages * kFilesPerPackage,
+                   "the baseline reads all control files");
+
+    benchmark::RegisterBenchmark(
+        "scan",
+        [&](benchmark::State& state) {
+            timeEach(state, [&] { Vidlets::VLInterface scanning(context, {dataPath}, nullptr); });
+        })
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark(
+        "list-and-read",
+        [&](benchmark::State& state) {
+            timeEach(state, [&] { benchmark::DoNotOptimize(listAndReadFirstLines(dataPath)); });
+        })
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+
+    Report::Aim aim;
+    aim.subject = "scan";
+    aim.measured = {"scan", {}};
+    aim.baseline = {"list-and-read", {}};
+    aim.value = 2.0;
+    return Report::run(argc, argv, kRepetitions, {aim});
+}

@@ -1,0 +1,305 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+/// From the request for a popup to its first frame on the screen, beside a bare view in a window
+/// container that shows the same scene.
+
+#include "FrameWatch.h"
+#include "PackageBuilder.h"
+#include "Report.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLInterface.h>
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLView.h>
+#include <Vidlets/VLWidget.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QSGRendererInterface>
+#include <QUrl>
+#include <QWidget>
+
+#include <memory>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+constexpr int kRepetitions = 25;
+const QString kPackage = QStringLiteral("Show.vidlets");
+const QPoint kPosition(300, 250);
+
+QByteArray scene()
+{
+    return R"(import QtQuick
+
+Rectangle {
+    width: 360
+    height: 220
+    color: "#fdf6e3"
+    border.color: "#657b83"
+
+    Column {
+        anchors { fill: parent; margins: 12 }
+        spacing: 6
+
+        Text { text: vidlet ? vidlet.attribute("title") : ""; font.bold: true; font.pixelSize: 18 }
+        Text {
+            width: parent.width
+            text: vidlet ? vidlet.childElement("text").content : ""
+            wrapMode: Text.WordWrap
+        }
+        Repeater {
+            model: 5
+            Row {
+                spacing: 8
+                Rectangle { width: 14; height: 14; radius: 7; color: "steelblue" }
+                Text { text: "Line " + index }
+            }
+        }
+    }
+}
+)";
+}
+
+/// What a popup is made of, and no more.
+class BareWindow
+{
+public:
+    explicit BareWindow(const QUrl& scene)
+        : m_scene(scene)
+    {
+        m_content.setAttribute(QStringLiteral("title"), QStringLiteral("A title"));
+        auto* text = new Vidlets::VLXmlElement(&m_content);
+        text->setProperty("tagName", QStringLiteral("text"));
+        m_window.setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
+        m_view = new QQuickView;
+        m_view->setFlags(Qt::FramelessWindowHint);
+        m_container = QWidget::createWindowContainer(m_view, &m_window);
+        auto* layout = new QHBoxLayout(&m_window);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(m_container);
+    }
+
+    ~BareWindow()
+    {
+        m_view->setSource(QUrl());
+    }
+
+    /// The scene is loaded anew, since that of a popup goes with its content.
+    void show()
+    {
+        m_view->setSource(QUrl());
+        m_view->rootContext()->setContextProperty(QStringLiteral("vidlet"), &m_content);
+        m_view->setSource(m_scene);
+        m_window.setFixedSize(m_view->rootObject()->size().toSize());
+        m_window.move(kPosition);
+        showLoaded();
+    }
+
+    void showLoaded()
+    {
+        m_window.show();
+        m_window.raise();
+    }
+
+    QWidget& window()
+    {
+        return m_window;
+    }
+
+    QQuickView* view() const
+    {
+        return m_view;
+    }
+
+private:
+    QUrl m_scene;
+    Vidlets::VLXmlElement m_content;
+    QWidget m_window;
+    QQuickView* m_view;
+    QWidget* m_container;
+};
+
+class ShowBenchmark
+{
+public:
+    ShowBenchmark()
+        : m_host(m_context, {}, nullptr)
+    {
+        const QString path =
+            m_packages.write(kPackage + QStringLiteral("/ui/VidletUI.qml"), scene());
+        m_scene = QUrl::fromLocalFile(path);
+        for (const QString& key : {QStringLiteral("even"), QStringLiteral("odd")}) {
+            m_packages.writeControlFile(
+                kPackage, key + QStringLiteral(".xml"),
+                "<vidlets><vidlet key=\"" + key.toUtf8()
+                    + "\" title=\"A title\"><text>Text of the tip</text></vidlet></vidlets>");
+        }
+        m_context.set(Vidlets::ckStayDuration, 0);
+        m_control.setGeometry(100, 100, 200, 100);
+        m_control.show();
+        waitUntil([this] { return m_control.windowHandle()->isExposed(); }, "the control");
+    }
+
+    /// The first window of a process loads plugins, fonts and the cache of compiled scenes, which
+    /// would fall on whichever benchmark comes first.
+    void warmUp()
+    {
+        firstPopupSeconds();
+        firstBareSeconds();
+    }
+
+    void firstShow(benchmark::State& state)
+    {
+        for ([[maybe_unused]] auto turn : state)
+            state.SetIterationTime(firstPopupSeconds());
+    }
+
+    void firstBareShow(benchmark::State& state)
+    {
+        for ([[maybe_unused]] auto turn : state)
+            state.SetIterationTime(firstBareSeconds());
+    }
+
+    void laterShow(benchmark::State& state)
+    {
+        const auto manager = newManager();
+        requestPopup(*manager);
+        for ([[maybe_unused]] auto turn : state) {
+            hide(*manager->widget(), manager->widget()->view());
+            FrameWatch frames;
+            frames.watch(manager->widget()->view());
+            requestPopup(*manager);
+            state.SetIterationTime(frames.waitForFirst());
+            verifyShown(manager->widget()->view());
+        }
+    }
+
+    template <typename Show> void laterBareShow(benchmark::State& state, Show show)
+    {
+        BareWindow bare(m_scene);
+        bare.show();
+        for ([[maybe_unused]] auto turn : state) {
+            hide(bare.window(), bare.view());
+            FrameWatch frames;
+            frames.watch(bare.view());
+            show(bare);
+            state.SetIterationTime(frames.waitForFirst());
+            verifyShown(bare.view());
+        }
+    }
+
+private:
+    std::unique_ptr<Vidlets::VLManager> newManager()
+    {
+        return std::make_unique<Vidlets::VLManager>(&m_host, m_context,
+                                                    QStringList{m_packages.dataPath()}, nullptr);
+    }
+
+    double firstPopupSeconds()
+    {
+        auto manager = newManager();
+        FrameWatch frames;
+        requestPopup(*manager);
+        frames.watch(manager->widget()->view());
+        const double seconds = frames.waitForFirst();
+        verifyShown(manager->widget()->view());
+        manager.reset();
+        waitUntilAlone();
+        return seconds;
+    }
+
+    double firstBareSeconds()
+    {
+        FrameWatch frames;
+        auto bare = std::make_unique<BareWindow>(m_scene);
+        bare->show();
+        frames.watch(bare->view());
+        const double seconds = frames.waitForFirst();
+        verifyShown(bare->view());
+        bare.reset();
+        waitUntilAlone();
+        return seconds;
+    }
+
+    void requestPopup(Vidlets::VLManager& manager)
+    {
+        const QString key = ++m_shows % 2 == 0 ? QStringLiteral("even") : QStringLiteral("odd");
+        Report::verify(manager.show(key, kPosition, &m_control), "the key has a tip");
+    }
+
+    static void hide(QWidget& window, QQuickWindow* view)
+    {
+        waitUntil([view] { return view->isExposed(); }, "the view");
+        window.hide();
+        waitUntil([view] { return !view->isExposed(); }, "the view to be hidden");
+    }
+
+    void waitUntilAlone() const
+    {
+        waitUntil([] { return QApplication::topLevelWidgets().size() == 1; },
+                  "the windows to be gone");
+    }
+
+    static void verifyShown(QQuickView* view)
+    {
+        const bool isSoftware =
+            qEnvironmentVariable("QT_QUICK_BACKEND") == QLatin1String("software");
+        const auto expected =
+            isSoftware ? QSGRendererInterface::Software : QSGRendererInterface::OpenGL;
+        Report::verify(view->rendererInterface()->graphicsApi() == expected,
+                       "the scene graph is the one that was asked for");
+        Report::verify(view->rootObject() && view->isVisible(), "the scene is on show");
+    }
+
+    PackageBuilder m_packages;
+    VLContext m_context;
+    Vidlets::VLInterface m_host;
+    QUrl m_scene;
+    QWidget m_control;
+    int m_shows = 0;
+};
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    ShowBenchmark showing;
+    showing.warmUp();
+    const auto add = [](const char* name, auto operation) {
+        benchmark::RegisterBenchmark(name, operation)
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Unit(benchmark::kMillisecond);
+    };
+    add("first", [&](benchmark::State& state) { showing.firstShow(state); });
+    add("first-bare", [&](benchmark::State& state) { showing.firstBareShow(state); });
+    add("later", [&](benchmark::State& state) { showing.laterShow(state); });
+    add("later-bare", [&](benchmark::State& state) {
+        showing.laterBareShow(state, [](BareWindow& bare) { bare.show(); });
+    });
+    add("later-bare-same-scene", [&](benchmark::State& state) {
+        showing.laterBareShow(state, [](BareWindow& bare) { bare.showLoaded(); });
+    });
+
+    const std::string backend =
+        qEnvironmentVariable("QT_QUICK_BACKEND") == QLatin1String("software") ? "software"
+                                                                              : "opengl";
+    std::vector<Report::Aim> aims;
+    for (const std::string show : {"first", "later"}) {
+        Report::Aim aim;
+        aim.subject = "show-" + show + "-" + backend;
+        aim.measured = {show, {}};
+        aim.baseline = {show + "-bare", {}};
+        aim.value = 1.1;
+        aims.push_back(aim);
+    }
+    return Report::run(argc, argv, kRepetitions, aims);
+}
