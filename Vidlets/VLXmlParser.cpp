@@ -54,11 +54,16 @@ public:
     QObject* createElement(const QString& name, const QXmlStreamAttributes& attributes) const;
     bool writeAttributes(QObject* object, const QXmlStreamAttributes& attributes) const;
     void pushSkipped();
+    QMetaMethod appendMethodOf(const QMetaObject* type);
 
     const QMetaObject* metaObject = &VLXmlElement::staticMetaObject;
     QList<ElementStackEntry> stack;
     ShouldGenerateElementFunction filter = nullptr;
     void* userData = nullptr;
+    /// The method that takes character data, and the class that it was found in: text is frequent,
+    /// and the search for a method by its name costs more than the rest of its way.
+    QMetaMethod appendMethod;
+    const QMetaObject* appendMethodOwner = nullptr;
     /// What governs the next start tag: FilterChildren, KeepChildren or SkipChildren.
     int state = FilterChildren;
 };
@@ -133,6 +138,17 @@ bool VLXmlParserPrivate::writeAttributes(QObject* object,
 void VLXmlParserPrivate::pushSkipped()
 {
     stack.append({QPointer<QObject>(), SkipChildren});
+}
+
+QMetaMethod VLXmlParserPrivate::appendMethodOf(const QMetaObject* type)
+{
+    if (type != appendMethodOwner) {
+        const QByteArray signature =
+            QMetaObject::normalizedSignature("appendContent(const QString&)");
+        appendMethod = type->method(type->indexOfMethod(signature.constData()));
+        appendMethodOwner = type;
+    }
+    return appendMethod;
 }
 
 VLXmlParser::VLXmlParser(ShouldGenerateElementFunction filter, void* userData)
@@ -225,11 +241,9 @@ bool VLXmlParser::characters(const QString& text)
     if (!element)
         return true;
 
-    const QByteArray signature = QMetaObject::normalizedSignature("appendContent(const QString&)");
-    const int index = element->metaObject()->indexOfMethod(signature.constData());
-    if (index >= 0)
-        element->metaObject()->method(index).invoke(element, Qt::DirectConnection,
-                                                    Q_ARG(QString, text));
+    const QMetaMethod method = d->appendMethodOf(element->metaObject());
+    if (method.isValid())
+        method.invoke(element, Qt::DirectConnection, Q_ARG(QString, text));
     return true;
 }
 
