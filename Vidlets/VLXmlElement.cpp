@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <initializer_list>
+#include <utility>
 
 namespace Vidlets {
 
@@ -25,30 +26,6 @@ QString fillInTurn(QString format, std::initializer_list<QString> arguments)
 // Qt deletes a tree by recursion: content that nests without bounds must not fill the stack.
 constexpr int kMaxDeletionDepth = 1000;
 
-/// Takes apart what lies too deep below @p top to be deleted with it.
-void deleteDeepDescendants(const QObject* top)
-{
-    struct Place
-    {
-        QObject* object;
-        int depth;
-    };
-    QList<Place> pending;
-    const auto addChildren = [&pending](const QObject* object, int depth) {
-        for (QObject* child : object->children())
-            pending.append({child, depth});
-    };
-    QList<QObject*> deep;
-    for (addChildren(top, 1); !pending.isEmpty();) {
-        const Place place = pending.takeLast();
-        if (place.depth < kMaxDeletionDepth)
-            addChildren(place.object, place.depth + 1);
-        else
-            deep.append(place.object);
-    }
-    qDeleteAll(deep);
-}
-
 } // namespace
 
 class VLXmlElementPrivate
@@ -59,6 +36,8 @@ public:
     QMap<QString, QString> attributes;
     QString tagNameSpace;
     QString content;
+    /// Whether an ancestor that is being deleted has looked after the depth below.
+    bool isWithinReach = false;
 };
 
 QString VLXmlElementPrivate::attributeText() const
@@ -83,7 +62,22 @@ VLXmlElement::VLXmlElement(QObject* parent, const QXmlStreamAttributes& attribut
 
 VLXmlElement::~VLXmlElement()
 {
-    deleteDeepDescendants(this);
+    if (d->isWithinReach)
+        return;
+    QList<std::pair<QObject*, int>> reached{{this, 0}};
+    QList<QObject*> tooDeep;
+    for (qsizetype i = 0; i < reached.size(); ++i) {
+        const auto [object, depth] = reached.at(i);
+        if (auto* element = qobject_cast<VLXmlElement*>(object))
+            element->d->isWithinReach = true;
+        for (QObject* child : object->children()) {
+            if (depth < kMaxDeletionDepth)
+                reached.append({child, depth + 1});
+            else
+                tooDeep.append(child);
+        }
+    }
+    qDeleteAll(tooDeep);
 }
 
 VLXmlElement* VLXmlElement::childElement(const QString& name) const

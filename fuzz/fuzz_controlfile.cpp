@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+// A control file from the scan to the lookup, by each way that reads one.
+//
+// The input is the file. One that breaks outside its root is scanned and not looked up, and the
+// keys are listed only where its root is one of a control file: the index ends the process on both
+// by design. A result from a file that broke with a tag open below its root may be of objects that
+// have gone, so it is looked into only where the object lives.
+
+#include "FuzzSupport.h"
+#include "ObjectCensus.h"
+
+// For the record that the index leaves behind.
+#include "VLIndex.cpp"
+
+using namespace Vidlets;
+
+namespace {
+
+void lookUp(VLIndex& index, const ObjectCensus& census, const QString& key, const QLocale& locale)
+{
+    QString path;
+    int depth = 0;
+    VLXmlElement* root = nullptr;
+    VLXmlElement* element = index.retrieve(key, locale, path, depth, root);
+    if (!element || !census.isAlive(element))
+        return;
+    if (element->parent() != root || depth != 2)
+        qFatal("The result is not what was recorded");
+    element->toXml();
+    index.componentPathsForElement(element, QStringLiteral("ui/VidletUI.qml"));
+    delete root;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    static const FuzzDirectory directory;
+    static VLContext context;
+    const QByteArray document = inputBytes(data, size);
+    const QString root = directory.path(QStringLiteral("tips.vidlets"));
+    const QString file = directory.write(QStringLiteral("tips.vidlets/Control/tips.xml"), document);
+
+    const ObjectCensus census;
+    VLIndex index(&context, {});
+    index.indexControlFile(file, root);
+    const XmlSurvey survey(document);
+    if (!survey.breaksOutsideRoot) {
+        // Also where the scan refused the file: a host may record what it likes, and a file may
+        // change after the scan.
+        index.store(nullptr, QLocale(), file, 2);
+        index.mapControlFile(file, root);
+        const QLocale locale(QStringLiteral("en_US"));
+        for (const QString& key : {QStringLiteral("open"), QStringLiteral("save"), QString()})
+            lookUp(index, census, key, locale);
+        lookUp(index, census, QStringLiteral("open"), QLocale(QStringLiteral("de_DE")));
+        if (survey.rootTag == kControlFileTag || survey.rootTag == kTipTag)
+            index.keys();
+    }
+    census.deleteLiving<VLXmlElement>();
+    delete index.d;
+    return 0;
+}
