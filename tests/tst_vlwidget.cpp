@@ -157,6 +157,7 @@ private Q_SLOTS:
     void contentResized_doesNothing_withoutViewOrScene();
     void contentResized_addsOnePixelToPopupAlone();
     void contentResized_truncatesSizeOfScene();
+    void contentResized_sizesPopupAlone_withoutContainer();
     void contentResized_followsScene();
     void contentResized_fitsPopupToScreen();
     void contentResized_addsHeightOfTitle_whenDecorated();
@@ -1162,6 +1163,19 @@ void TestVLWidget::contentResized_truncatesSizeOfScene()
     root->setSize(QSizeF(99.9, 49.9));
     stage.popup()->contentResized();
     QCOMPARE(stage.popup()->size(), QSize(100, 50));
+}
+
+void TestVLWidget::contentResized_sizesPopupAlone_withoutContainer()
+{
+    PopupStage stage;
+    stage.showContent();
+    QTRY_COMPARE(stage.popup()->size(), kPopupSize);
+    const QWidget* container = stage.popup()->layout()->itemAt(0)->widget();
+    stage.popup()->SetContainerWidget(nullptr);
+    stage.view()->rootObject()->setSize(QSizeF(99, 49));
+    stage.popup()->contentResized();
+    QCOMPARE(stage.popup()->size(), QSize(100, 50));
+    QCOMPARE(container->maximumSize(), kSceneSize);
 }
 
 void TestVLWidget::contentResized_followsScene()
