@@ -340,6 +340,8 @@ QString VLManager::interpolate(const QString& text)
 
 QString VLManager::interpolate(const QString& text, const QMap<QString, QVariant>& variables)
 {
+    // Made anew each time: texts are filled in once per show, and nothing of it stays in memory.
+    // clazy:excludeall=use-static-qregularexpression
     const QRegularExpression pattern(QStringLiteral("\\%\\(([-_a-zA-Z0-9]+)\\)s"));
     QString result = text;
     qsizetype position = 0;

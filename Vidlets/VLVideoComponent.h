@@ -108,6 +108,9 @@ public:
     void paint(QPainter* painter) override;
 
 Q_SIGNALS:
+    // Two have the name of one of QQuickItem, and stay the item's own.
+    // clazy:excludeall=overloaded-signal,overridden-signal
+
     /// Never sent.
     void sourceChanged();
     /// The state was set.
