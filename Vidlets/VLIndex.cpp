@@ -3,7 +3,9 @@
 
 #include "VLIndex.h"
 
+#include "VLContentNames.h"
 #include "VLContext.h"
+#include "VLSettings.h"
 #include "VLXmlElement.h"
 #include "VLXmlParser.h"
 
@@ -17,33 +19,16 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
+
+using namespace ContentNames;
 
 namespace {
 
-constexpr auto kControlFileTag = QLatin1String("vidlets");
-constexpr auto kTipTag = QLatin1String("vidlet");
-constexpr auto kKeyDataFileTag = QLatin1String("vidletkeys");
-constexpr auto kKeyDataTag = QLatin1String("key");
-
 // A line is classified in pieces of this size, so that a file without line ends stays harmless.
 constexpr qint64 kMaxLineBytes = 1024;
-
-QString keyAttribute()
-{
-    return QStringLiteral("key");
-}
-
-QString nameAttribute()
-{
-    return QStringLiteral("name");
-}
-
-QString packageNameAttribute()
-{
-    // The name lacks an "e" and stays so: scenes read it.
-    return QStringLiteral("VLPackagName");
-}
 
 /// The answers of a filter that builds the matching children of one root and passes over the rest.
 int matchChild(QStringView tag, QLatin1String rootTag, QLatin1String childTag, bool matches)
@@ -70,7 +55,7 @@ int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attribut
 QString firstTag(const QString& filePath)
 {
     // Compiled once: that takes longer than all the rest of a file's share in a scan.
-    static const QRegularExpression pattern(QStringLiteral("<(\\w+)\\s*(\\w|>|/>)"));
+    static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
     QFile file(filePath);
     if (!file.open(QIODevice::ReadOnly))
         return QString();
@@ -88,8 +73,8 @@ int depthBelow(const QString& root, const QString& file)
 {
     const QString rootPath = QDir(root).canonicalPath();
     // Without links on the way each step up is one in the text, and asks nothing of the disk.
-    if (QDir(file).canonicalPath() == file && file.startsWith(rootPath + QLatin1Char('/')))
-        return static_cast<int>(QStringView(file).mid(rootPath.size()).count(QLatin1Char('/')));
+    if (QDir(file).canonicalPath() == file && file.startsWith(rootPath + u'/'))
+        return static_cast<int>(QStringView(file).mid(rootPath.size()).count(u'/'));
 
     QDir dir(file);
     int depth = 0;
@@ -130,7 +115,7 @@ VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
 {
     d->context = context;
     d->paths = paths;
-    d->keySeparators = QRegularExpression(QStringLiteral("[,;\\s]+"));
+    d->keySeparators = QRegularExpression(u"[,;\\s]+"_s);
 }
 
 // The record stays allocated, also where a host deletes its index: intended.
@@ -143,7 +128,7 @@ bool VLIndex::open()
 
 bool VLIndex::setup()
 {
-    if (context().get(ckClearIndexOnSetup, true).toBool())
+    if (Settings::clearIndexOnSetup(context()))
         clear();
     return true;
 }
@@ -265,7 +250,7 @@ VLXmlElement* VLIndex::load(const QString& key, const QString& location, const Q
     }
 
     auto* element = qobject_cast<VLXmlElement*>(root->children().first());
-    const QString localeName = root->attribute(QStringLiteral("locale"));
+    const QString localeName = root->attribute(localeAttribute());
     if (!localeName.isEmpty() && QLocale(localeName) != locale) {
         // The caller's root keeps the stale address: it means something only with a result.
         delete element;
@@ -274,7 +259,7 @@ VLXmlElement* VLIndex::load(const QString& key, const QString& location, const Q
     }
 
     loadKeyData(key, element);
-    element->setAttribute(QStringLiteral("VLLocation"), location);
+    element->setAttribute(locationAttribute(), location);
     element->setAttribute(packageNameAttribute(), packageNameForLocation(location));
     // Where the file broke with a tag below the root open, the parser takes the tree with it now
     // and the address goes out all the same: intended, the search goes by what was built.
@@ -283,7 +268,7 @@ VLXmlElement* VLIndex::load(const QString& key, const QString& location, const Q
 
 void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
 {
-    const QString path = context().get(ckKeyDataFile, QString()).toString();
+    const QString path = Settings::keyDataFile(context());
     if (path.isEmpty() || !QFile::exists(path))
         return;
     VLXmlParser parser(matchKeyDataElement, const_cast<QString*>(&key));
@@ -317,8 +302,7 @@ void VLIndex::mapControlFile(const QString& /*file*/, const QString& root)
 
 QString VLIndex::packageNameForLocation(const QString& location) const
 {
-    const QString extension =
-        context().get(ckPackageExtension, QStringLiteral("vidlets")).toString();
+    const QString extension = Settings::packageExtension(context());
     for (QFileInfo info(location); !info.isRoot(); info = QFileInfo(info.dir().absolutePath())) {
         if (info.suffix() == extension && info.isDir())
             return info.completeBaseName();
@@ -329,7 +313,7 @@ QString VLIndex::packageNameForLocation(const QString& location) const
 QList<QString> VLIndex::componentPathsForPackageNamed(const QString& name) const
 {
     QList<QString> paths = d->packages.value(name);
-    const QString extraPath = context().get(ckExtraComponentPath, QVariant()).toString();
+    const QString extraPath = Settings::extraComponentPath(context());
     if (!extraPath.isEmpty())
         paths.append(extraPath);
     return paths;
@@ -344,7 +328,7 @@ QList<QString> VLIndex::componentPathsForElement(const VLXmlElement* element,
     QList<QString> paths =
         componentPathsForPackageNamed(element->attribute(packageNameAttribute()));
     if (const auto* parent = qobject_cast<VLXmlElement*>(element->parent())) {
-        const QString search = parent->attribute(QStringLiteral("search"));
+        const QString search = parent->attribute(searchAttribute());
         // Empty parts are kept: they name the roots that lie in no package.
         const QStringList names = search.isEmpty() ? QStringList() : search.split(d->keySeparators);
         for (const QString& name : names)

@@ -9,6 +9,8 @@
 #include <QDesktopServices>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
@@ -17,13 +19,13 @@ QString messageLabel(VLMessageType type)
 {
     switch (type) {
     case VLMessageError:
-        return QStringLiteral("ERROR");
+        return u"ERROR"_s;
     case VLMessageWarning:
-        return QStringLiteral("Warning");
+        return u"Warning"_s;
     case VLMessageInformation:
-        return QStringLiteral("Information");
+        return u"Information"_s;
     case VLMessageDebug:
-        return QStringLiteral("DEBUG");
+        return u"DEBUG"_s;
     }
     return QString::number(type);
 }
@@ -67,7 +69,7 @@ bool VLInterface::openExternalResource(VLExternalResourceType type, const QStrin
 
 void VLInterface::handleMessage(VLMessageType type, const QString& message)
 {
-    const QString line = QStringLiteral("%1:%2").arg(messageLabel(type), message);
+    const QString line = u"%1:%2"_s.arg(messageLabel(type), message);
     qDebug("%s", line.toUtf8().constData());
 }
 

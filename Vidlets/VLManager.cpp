@@ -3,8 +3,10 @@
 
 #include "VLManager.h"
 
+#include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLIndex.h"
+#include "VLSettings.h"
 #include "VLView.h"
 #include "VLWidget.h"
 #include "VLXmlElement.h"
@@ -25,22 +27,15 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
+
+using namespace ContentNames;
 
 namespace {
 
-constexpr float kDefaultScale = 1.0F;
 constexpr double kMsPerSecond = 1000.0;
-
-QString keyAttribute()
-{
-    return QStringLiteral("key");
-}
-
-QString contentLocaleDefault()
-{
-    return QStringLiteral("en_US");
-}
 
 double secondsSince(const QElapsedTimer& timer)
 {
@@ -96,10 +91,6 @@ public:
     {
     }
 
-    QString localeName(contextKey key, const QString& defaultName) const
-    {
-        return settings.get(key, defaultName).toString();
-    }
     void forEachReserved(void (*action)(VLWidget* widget, bool argument), bool argument);
 
     VLInterface* interface;
@@ -117,7 +108,7 @@ public:
     QTranslator* translator = nullptr;
     /// The file that is loaded in the translator; null if none is.
     QString translationFile;
-    float scaleValue = kDefaultScale;
+    float scaleValue = 1.0F;
 };
 
 /// Walks the reserved windows from the last to the first and forgets the dead ones.
@@ -142,20 +133,20 @@ VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringLi
     d->index->open();
 
     // Only widgets that exist by now are touched.
-    if (context.get(ckAlwaysShowToolTips, false).toBool())
+    if (Settings::alwaysShowToolTips(context))
         setAlwaysShowToolTips(true);
 
     QElapsedTimer timer;
     timer.start();
     loadDataPath(dataPaths);
     handleMessage(VLMessageInformation,
-                  QStringLiteral("Indexed packages in %1 seconds").arg(secondsSince(timer)));
+                  u"Indexed packages in %1 seconds"_s.arg(secondsSince(timer)));
 
-    if (d->settings.get(ckInstallEventFilter, false).toBool()) {
+    if (Settings::installEventFilter(d->settings)) {
         QCoreApplication::instance()->installEventFilter(this);
         d->filterInstalled = true;
     }
-    d->scaleValue = d->settings.get(ckScale, kDefaultScale).toFloat();
+    d->scaleValue = Settings::scale(d->settings);
 }
 
 VLManager::~VLManager()
@@ -201,7 +192,7 @@ float VLManager::realScaleValue()
 
 void VLManager::handleMessage(VLMessageType type, const QString& message)
 {
-    if (type > d->settings.get(ckMessageLevel, VLMessageWarning).toInt())
+    if (type > Settings::messageLevel(d->settings))
         return;
     if (d->interface)
         d->interface->handleMessage(type, message);
@@ -226,7 +217,7 @@ void VLManager::setGlobalProperty(const QString& name, const QVariant& value)
 
 QPoint VLManager::tooltipPosition(const QPoint& position, QWidget* /*reference*/)
 {
-    const QSize offset = d->settings.get(ckTooltipOffset, QSize(35, 30)).toSize();
+    const QSize offset = Settings::tooltipOffsetPx(d->settings);
     return position + QPoint(offset.width(), offset.height());
 }
 
@@ -237,12 +228,10 @@ void VLManager::loadDataPath(const QStringList& paths)
         if (!info.isDir())
             continue;
         const QDir dir(info.absoluteFilePath());
-        const QString extension =
-            d->settings.get(ckPackageExtension, QStringLiteral("vidlets")).toString();
-        const QString filter = QStringLiteral("*.%1").arg(extension);
-        handleMessage(
-            VLMessageInformation,
-            QStringLiteral("indexing packages (%2) in %1 ").arg(dir.absolutePath(), filter));
+        const QString extension = Settings::packageExtension(d->settings);
+        const QString filter = u"*.%1"_s.arg(extension);
+        handleMessage(VLMessageInformation,
+                      u"indexing packages (%2) in %1 "_s.arg(dir.absolutePath(), filter));
 
         const QFileInfoList packages = dir.entryInfoList(
             {filter}, QDir::Dirs | QDir::NoSymLinks | QDir::Readable | QDir::NoDotAndDotDot,
@@ -259,21 +248,18 @@ void VLManager::loadDataPath(const QStringList& paths)
 void VLManager::loadPackage(const QFileInfo& package)
 {
     const QDir dir(package.absoluteFilePath());
-    handleMessage(VLMessageInformation,
-                  QStringLiteral("indexing control files in %1").arg(dir.absolutePath()));
-    const QString controlDirectory =
-        d->settings.get(ckControlDirectory, QStringLiteral("Control")).toString();
+    handleMessage(VLMessageInformation, u"indexing control files in %1"_s.arg(dir.absolutePath()));
+    const QString controlDirectory = Settings::controlDirectory(d->settings);
 
     QFileInfoList pending{QFileInfo(dir.absoluteFilePath(controlDirectory))};
     while (!pending.isEmpty()) {
         const QFileInfo current = pending.takeFirst();
-        handleMessage(
-            VLMessageInformation,
-            QStringLiteral("looking for control files in :%1").arg(current.absoluteFilePath()));
+        handleMessage(VLMessageInformation,
+                      u"looking for control files in :%1"_s.arg(current.absoluteFilePath()));
         // The filter lets no directory through, so the walk ends with the control directory itself.
         const QFileInfoList entries =
             QDir(current.absoluteFilePath())
-                .entryInfoList({QStringLiteral("*.xml")},
+                .entryInfoList({u"*.xml"_s},
                                QDir::Files | QDir::NoSymLinks | QDir::Readable
                                    | QDir::NoDotAndDotDot,
                                QDir::NoSort);
@@ -282,8 +268,7 @@ void VLManager::loadPackage(const QFileInfo& package)
                 pending.append(entry);
             } else if (entry.isFile()) {
                 const QString controlFile = entry.canonicalFilePath();
-                handleMessage(VLMessageInformation,
-                              QStringLiteral("found control file :%1").arg(controlFile));
+                handleMessage(VLMessageInformation, u"found control file :%1"_s.arg(controlFile));
                 indexControFile(controlFile, package.canonicalFilePath());
             }
         }
@@ -308,8 +293,8 @@ QStringList VLManager::keys()
 VLXmlElement* VLManager::retrieve(const QString& key, QString& path, int& depth,
                                   VLXmlElement*& root)
 {
-    const QLocale locale(d->localeName(ckLocale, contentLocaleDefault()));
-    const QLocale fallback(d->localeName(ckFallbackLocale, contentLocaleDefault()));
+    const QLocale locale(Settings::contentLocale(d->settings));
+    const QLocale fallback(Settings::contentFallbackLocale(d->settings));
 
     QElapsedTimer timer;
     timer.start();
@@ -320,16 +305,15 @@ VLXmlElement* VLManager::retrieve(const QString& key, QString& path, int& depth,
         return nullptr;
 
     handleMessage(VLMessageInformation,
-                  QStringLiteral("Retrieved %1 in %2 seconds")
-                      .arg(key, QString::number(secondsSince(timer))));
+                  u"Retrieved %1 in %2 seconds"_s.arg(key, QString::number(secondsSince(timer))));
     return element;
 }
 
 QLocale VLManager::currentLocale()
 {
-    QString name = d->localeName(ckLocale, QString());
+    QString name = Settings::translationLocale(d->settings);
     if (name.isEmpty())
-        name = d->localeName(ckFallbackLocale, QString());
+        name = Settings::translationFallbackLocale(d->settings);
     return name.isEmpty() ? QLocale::system() : QLocale(name);
 }
 
@@ -342,7 +326,7 @@ QString VLManager::interpolate(const QString& text, const QMap<QString, QVariant
 {
     // Made anew each time: texts are filled in once per show, and nothing of it stays in memory.
     // clazy:excludeall=use-static-qregularexpression
-    const QRegularExpression pattern(QStringLiteral("\\%\\(([-_a-zA-Z0-9]+)\\)s"));
+    const QRegularExpression pattern(u"\\%\\(([-_a-zA-Z0-9]+)\\)s"_s);
     QString result = text;
     qsizetype position = 0;
     for (;;) {
@@ -365,12 +349,13 @@ bool VLManager::openExternalResource(const QString& resource)
     const QUrl url(resource, QUrl::StrictMode);
     if (url.isValid() && !url.scheme().isEmpty())
         type = VLResourceUrl;
-    else if (resource.contains(QLatin1Char('/')))
+    else if (resource.contains(u'/'))
         type = VLResourcePath;
 
-    const contextKey gate =
-        type == VLResourceDocumentation ? ckDocumentationEnabled : ckExternalLinksEnabled;
-    if (!d->settings.get(gate, true).toBool())
+    const bool isAllowed = type == VLResourceDocumentation
+        ? Settings::documentationAllowed(d->settings)
+        : Settings::externalLinksEnabled(d->settings);
+    if (!isAllowed)
         return false;
     return d->interface->openExternalResource(type, resource);
 }
@@ -441,12 +426,11 @@ bool VLManager::eventFilter(QObject* object, QEvent* event)
 
 bool VLManager::show(const QString& key, const QPoint& position, QObject* reference)
 {
-    handleMessage(VLMessageInformation, QStringLiteral("looking for Vidlet for key:%1").arg(key));
-    if (d->settings.get(ckDisabled, false).toBool())
+    handleMessage(VLMessageInformation, u"looking for Vidlet for key:%1"_s.arg(key));
+    if (Settings::disabled(d->settings))
         return false;
     // Compared as a whole: one modifier too many fails like one that is missing.
-    const auto required = Qt::KeyboardModifiers::fromInt(
-        static_cast<uint>(d->settings.get(ckRequiredModifiers, 0).toInt()));
+    const Qt::KeyboardModifiers required = Settings::requiredModifiers(d->settings);
     if (required && QGuiApplication::keyboardModifiers() != required)
         return false;
 
@@ -461,11 +445,11 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
     VLXmlElement* root = nullptr;
     VLXmlElement* element = retrieve(key, path, depth, root);
     if (!element) {
-        const QString fallback = d->settings.get(ckFallbackKey, QString()).toString();
+        const QString fallback = Settings::fallbackKey(d->settings);
         if (d->tooltipWindow->isVisible() && keyOnShow() == fallback)
             return d->tooltipWindow->view()->content() != nullptr;
         if (!fallback.isNull()) {
-            const QLocale locale(d->localeName(ckFallbackLocale, contentLocaleDefault()));
+            const QLocale locale(Settings::contentFallbackLocale(d->settings));
             element = d->index->retrieve(fallback, locale, path, depth, root);
         }
     }
@@ -477,11 +461,10 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
 
     const QPoint tipPosition = tooltipPosition(position, widget);
     replaceContent(element);
-    const QString shortcutAttribute = QStringLiteral("shortcut");
     const QString shortcut =
-        d->interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute));
+        d->interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute()));
     if (!shortcut.isEmpty())
-        element->setAttribute(shortcutAttribute, shortcut);
+        element->setAttribute(shortcutAttribute(), shortcut);
 
     d->tooltipWindow->showWithContent(reference, tipPosition, element, packageRoot(path, depth));
     d->tooltipWindow->raise();
@@ -562,10 +545,11 @@ QString VLManager::translateString(const QString& text, const QString& context)
     if (!d->tooltipWindow || !d->tooltipWindow->view())
         return text;
 
-    const QString stem = d->settings.get(ckTranslationStem, QStringLiteral("Vidlets")).toString();
-    const QString fileName = QStringLiteral("%1_%2.qm").arg(stem, currentLocale().name());
-    const QString file = d->tooltipWindow->view()->findComponent(
-        QStringLiteral("l10n_name"), ckTranslationDirectory, QStringLiteral("l10n"), fileName);
+    const QString stem = Settings::translationStem(d->settings);
+    const QString fileName = u"%1_%2.qm"_s.arg(stem, currentLocale().name());
+    const QString file =
+        d->tooltipWindow->view()->findComponent(translationsAttribute(), ckTranslationDirectory,
+                                                Settings::translationDirectoryDefault(), fileName);
 
     if (!d->translator)
         d->translator = new QTranslator(this);

@@ -10,18 +10,20 @@
 #include <QStyle>
 #include <QToolTip>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
 
 QString widgetElement()
 {
-    return QStringLiteral("PE_Widget");
+    return u"PE_Widget"_s;
 }
 
 QString frameElement()
 {
-    return QStringLiteral("PE_Frame");
+    return u"PE_Frame"_s;
 }
 
 } // namespace

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
@@ -69,7 +71,7 @@ VLVideoController::VLVideoController(VLVideoSource* source, QObject* parent)
     , d(new VLVideoControllerPrivate)
 {
     d->source = source;
-    setObjectName(QStringLiteral("Controller"));
+    setObjectName(u"Controller"_s);
     connect(this, &QThread::finished, this, &QObject::deleteLater);
     connect(source, &VLVideoSource::streamEnded, this, &VLVideoController::streamEnded);
     connect(source, &VLVideoSource::sourceLoaded, this, &VLVideoController::sourceLoaded);

@@ -19,6 +19,8 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
@@ -408,7 +410,7 @@ VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
     : VLVideoSource(parent)
     , d(new VLVideoSourceFFMPEGPrivate(this))
 {
-    setObjectName(QStringLiteral("FFMPEG"));
+    setObjectName(u"FFMPEG"_s);
     if (!ffmpegInitialised) {
         av_log_set_level(AV_LOG_QUIET);
         ffmpegInitialised = true;

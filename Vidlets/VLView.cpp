@@ -3,9 +3,11 @@
 
 #include "VLView.h"
 
+#include "VLContentNames.h"
 #include "VLIndex.h"
 #include "VLInterface.h"
 #include "VLManager.h"
+#include "VLSettings.h"
 
 #include <QCursor>
 #include <QFile>
@@ -16,22 +18,21 @@
 #include <QResizeEvent>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
+
+using namespace ContentNames;
 
 namespace {
 
-QString resourceDirectoryDefault()
-{
-    return QStringLiteral("Resources");
-}
-
 Qt::CursorShape cursorShape(const QString& name)
 {
-    if (name == QLatin1String("PointingHandCursor"))
+    if (name == "PointingHandCursor"_L1)
         return Qt::PointingHandCursor;
-    if (name == QLatin1String("IBeamCursor"))
+    if (name == "IBeamCursor"_L1)
         return Qt::IBeamCursor;
-    if (name == QLatin1String("BlankCursor"))
+    if (name == "BlankCursor"_L1)
         return Qt::BlankCursor;
     return Qt::ArrowCursor;
 }
@@ -107,8 +108,8 @@ QString VLView::translate(const QString& string, const QString& context) const
 
 QString VLView::findResource(const QString& relativePath) const
 {
-    return findComponent(QStringLiteral("resources"), ckResourceDirectory,
-                         resourceDirectoryDefault(), relativePath);
+    return findComponent(resourcesAttribute(), ckResourceDirectory,
+                         Settings::resourceDirectoryDefault(), relativePath);
 }
 
 int VLView::getScaledSize(int size)
@@ -150,24 +151,22 @@ QString VLView::findComponent(const QString& attribute, contextKey key, const QS
 
 QString VLView::uiRootFilePath() const
 {
-    if (m_manager->context().get(ckSimpleTooltips, false).toBool()) {
-        return findComponent(QStringLiteral("simple"), ckSimpleUiFile,
-                             QStringLiteral("ui/SimpleTooltip.qml"), QString());
+    if (Settings::simpleTooltips(m_manager->context())) {
+        return findComponent(simpleUiAttribute(), ckSimpleUiFile, Settings::simpleUiFileDefault(),
+                             QString());
     }
-    return findComponent(QStringLiteral("ui"), ckUiFile, QStringLiteral("ui/VidletUI.qml"),
-                         QString());
+    return findComponent(uiAttribute(), ckUiFile, Settings::uiFileDefault(), QString());
 }
 
 QString VLView::resourceDirectoryPath() const
 {
-    // "resource" here and "resources" in findResource(): two attributes, on purpose.
-    return categoryPath(QStringLiteral("resource"), resourceDirectoryDefault(),
+    return categoryPath(resourceAttribute(), Settings::resourceDirectoryDefault(),
                         ckResourceDirectory);
 }
 
 bool VLView::documentationAvailable()
 {
-    return m_manager->context().get(ckDocumentationEnabled, QVariant()).toBool();
+    return Settings::documentationAvailable(m_manager->context());
 }
 
 QDir VLView::packageRoot() const
@@ -233,8 +232,7 @@ void VLView::setReserved(bool reserved)
 void VLView::handleWarnings(const QList<QQmlError>& warnings)
 {
     for (const QQmlError& warning : warnings)
-        m_manager->handleMessage(VLMessageDebug,
-                                 errorMessage(QStringLiteral("QML Warning %1:%2:%3"), warning));
+        m_manager->handleMessage(VLMessageDebug, errorMessage(u"QML Warning %1:%2:%3"_s, warning));
 }
 
 void VLView::statusHasChanged(QQuickView::Status s)
@@ -243,14 +241,13 @@ void VLView::statusHasChanged(QQuickView::Status s)
         return;
     const QList<QQmlError> viewErrors = errors();
     for (const QQmlError& error : viewErrors)
-        m_manager->handleMessage(VLMessageDebug,
-                                 errorMessage(QStringLiteral("Error %1:%2:%3"), error));
+        m_manager->handleMessage(VLMessageDebug, errorMessage(u"Error %1:%2:%3"_s, error));
 }
 
 void VLView::loadQML(const QString& path)
 {
     if (!QFile::exists(path)) {
-        m_manager->handleMessage(VLMessageDebug, QStringLiteral("Can't find :%1").arg(path));
+        m_manager->handleMessage(VLMessageDebug, u"Can't find :%1"_s.arg(path));
         return;
     }
     // The same scene stays alive; new content reaches it through the context names.

@@ -3,8 +3,10 @@
 
 #include "VLWidget.h"
 
+#include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLManager.h"
+#include "VLSettings.h"
 #include "VLView.h"
 #include "VLXmlElement.h"
 
@@ -20,13 +22,12 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
 
-constexpr float kStayDurationMs = 3000.0F;
-constexpr int kShowDurationMs = 0;
-constexpr int kHideDurationMs = 300;
 constexpr qreal kFadeInStartOpacity = 0.1;
 constexpr int kExtraPixel = 1;
 constexpr qint64 kMappingLimitMs = 500;
@@ -46,7 +47,7 @@ VLWidget::VLWidget(VLManager* manager, QWidget* parent)
     m_animation->setPropertyName("windowOpacity");
     m_animation->setTargetObject(this);
     m_timer->setSingleShot(true);
-    if (!m_manager->context().get(ckKeepPopupWindowFlags, false).toBool())
+    if (!Settings::keepPopupWindowFlags(m_manager->context()))
         setWindowFlags(kPopupFlags);
     connect(m_timer, &QTimer::timeout, this, &VLWidget::hideAnimated);
     m_timer->stop();
@@ -93,7 +94,7 @@ bool VLWidget::isSafe(const QPoint& pos)
     if (QApplication::widgetAt(pos) == m_referenceWidget)
         return true;
 
-    const QSize margin = m_manager->context().get(ckSafeZoneMargin, QSize(20, 20)).toSize();
+    const QSize margin = Settings::safeZoneMarginPx(m_manager->context());
     const QRect frame(mapToGlobal(QPoint(0, 0)), frameGeometry().size());
     return frame.adjusted(-margin.width(), -margin.height(), margin.width(), margin.height())
         .contains(pos);
@@ -143,9 +144,9 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
         reposition();
 
     QQmlContext* context = m_view->rootContext();
-    context->setContextProperty(QStringLiteral("vidlet"), content);
-    context->setContextProperty(QStringLiteral("dataLocation"), QVariant(rootPath));
-    context->setContextProperty(QStringLiteral("vidletView"), m_view);
+    context->setContextProperty(u"vidlet"_s, content);
+    context->setContextProperty(u"dataLocation"_s, QVariant(rootPath));
+    context->setContextProperty(u"vidletView"_s, m_view);
     m_view->loadQML(scene.absoluteFilePath());
     showAnimated();
 }
@@ -167,7 +168,7 @@ void VLWidget::hideAnimated()
     if (!isVisible() || m_animation->state() != QAbstractAnimation::Stopped)
         return;
 
-    const int durationMs = m_manager->context().get(ckHideDuration, kHideDurationMs).toInt();
+    const int durationMs = Settings::hideDurationMs(m_manager->context());
     if (durationMs == 0) {
         hideAnimationFinished();
         return;
@@ -191,7 +192,7 @@ void VLWidget::showAnimated()
     if (isVisible())
         return;
 
-    const int durationMs = m_manager->context().get(ckShowDuration, kShowDurationMs).toInt();
+    const int durationMs = Settings::showDurationMs(m_manager->context());
     if (durationMs == 0) {
         setWindowOpacity(1.0);
         show();
@@ -216,7 +217,7 @@ void VLWidget::setTimer()
     m_timer->stop();
     if (m_view && m_view->stayOpen())
         return;
-    const float delayMs = m_manager->context().get(ckStayDuration, kStayDurationMs).toFloat();
+    const float delayMs = Settings::stayDurationMs(m_manager->context());
     if (delayMs > 0.0F)
         m_timer->start(static_cast<int>(delayMs));
 }
@@ -245,7 +246,7 @@ void VLWidget::dockInto(QWidget* window, const QPoint& position)
         layout->setContentsMargins(0, 0, 0, 0);
         window->setLayout(layout);
     }
-    window->setWindowTitle(m_view->content()->attribute(QStringLiteral("title")));
+    window->setWindowTitle(m_view->content()->attribute(ContentNames::titleAttribute()));
     window->layout()->addWidget(this);
     window->setWindowFlags(window->windowFlags() | kHostWindowFlags);
     contentResized();

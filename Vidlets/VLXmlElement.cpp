@@ -10,6 +10,8 @@
 #include <initializer_list>
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
@@ -48,8 +50,8 @@ QString VLXmlElementPrivate::attributeText() const
     QStringList items;
     items.reserve(attributes.size());
     for (auto it = attributes.cbegin(); it != attributes.cend(); ++it)
-        items += fillInTurn(QStringLiteral("%1=\"%2\""), {it.key(), it.value()});
-    return QLatin1Char(' ') + items.join(QLatin1Char(' '));
+        items += fillInTurn(u"%1=\"%2\""_s, {it.key(), it.value()});
+    return u' ' + items.join(u' ');
 }
 
 VLXmlElement::VLXmlElement(QObject* parent, const QXmlStreamAttributes& attributes)
@@ -115,16 +117,16 @@ QString VLXmlElement::toXml(int index)
             childLines += element->toXml(index + 2);
     }
 
-    const QString indent(index, QLatin1Char(' '));
-    const QString closingMark = childLines.isEmpty() ? QStringLiteral("/") : QString();
+    const QString indent(index, u' ');
+    const QString closingMark = childLines.isEmpty() ? u"/"_s : QString();
 
-    QStringList lines(fillInTurn(QStringLiteral("%1<%2%3%4>"),
-                                 {indent, getTagName(), d->attributeText(), closingMark}));
+    QStringList lines(
+        fillInTurn(u"%1<%2%3%4>"_s, {indent, getTagName(), d->attributeText(), closingMark}));
     if (!childLines.isEmpty()) {
         lines += childLines;
-        lines += fillInTurn(QStringLiteral("%1</%2>"), {indent, getTagName()});
+        lines += fillInTurn(u"%1</%2>"_s, {indent, getTagName()});
     }
-    return lines.join(QLatin1Char('\n'));
+    return lines.join(u'\n');
 }
 
 QList<QString> VLXmlElement::attributeNames() const

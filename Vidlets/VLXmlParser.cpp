@@ -14,6 +14,8 @@
 #include <QTextStream>
 #include <QXmlStreamReader>
 
+using namespace Qt::StringLiterals;
+
 namespace Vidlets {
 
 namespace {
@@ -21,12 +23,11 @@ namespace {
 void reportInvalidXml(const QFile& file, const QXmlStreamReader& reader)
 {
     const QString message =
-        QStringLiteral("\nError parsing %1 file (line %2, column %3): the file "
-                       "contains invalid xml. Check for unexpected elements, "
-                       "unclosed tags, missing quotes or spaces, or other "
-                       "formatting errors.")
-            .arg(QFileInfo(file).fileName(), QString::number(reader.lineNumber()),
-                 QString::number(reader.columnNumber()));
+        u"\nError parsing %1 file (line %2, column %3): the file "
+        "contains invalid xml. Check for unexpected elements, "
+        "unclosed tags, missing quotes or spaces, or other "
+        "formatting errors."_s.arg(QFileInfo(file).fileName(), QString::number(reader.lineNumber()),
+                                   QString::number(reader.columnNumber()));
     QTextStream(stdout) << message << Qt::endl;
 }
 
@@ -105,7 +106,7 @@ QObject* VLXmlParserPrivate::createElement(const QString& name,
 
     object = metaObject->newInstance(Q_ARG(QObject*, parent));
     if (!object) {
-        qDebug().noquote() << QStringLiteral("Could not find object for element: %1").arg(name);
+        qDebug().noquote() << u"Could not find object for element: %1"_s.arg(name);
         return nullptr;
     }
     if (!writeAttributes(object, attributes)) {
@@ -124,12 +125,12 @@ bool VLXmlParserPrivate::writeAttributes(QObject* object,
         const QString value = attribute.value().toString();
         const int index = metaObject->indexOfProperty(name.toLatin1().constData());
         if (index < 0) {
-            qDebug().noquote() << QStringLiteral("No Property named %1 on %2").arg(name, className);
+            qDebug().noquote() << u"No Property named %1 on %2"_s.arg(name, className);
             return false;
         }
         if (!metaObject->property(index).write(object, QVariant(value))) {
-            qDebug().noquote() << QStringLiteral("Could not write \"%1\" to property %2 of %3")
-                                      .arg(value, name, className);
+            qDebug().noquote() << u"Could not write \"%1\" to property %2 of %3"_s.arg(value, name,
+                                                                                       className);
         }
     }
     return true;

@@ -12,6 +12,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kFramesPerSecond = 30;
@@ -33,11 +35,11 @@ int main(int argc, char* argv[])
     const QCoreApplication application(argc, argv);
     ClipWriter clips;
     const auto makeClip = [&clips](const QString& name, int frames) {
-        return clips.testClip(name, QStringLiteral("libx264"), kSizePx, kFramesPerSecond, frames,
-                              {QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")});
+        return clips.testClip(name, u"libx264"_s, kSizePx, kFramesPerSecond, frames,
+                              {u"-pix_fmt"_s, u"yuv420p"_s});
     };
-    const QString clip = makeClip(QStringLiteral("clip.mp4"), kFrames);
-    const QString tinyClip = makeClip(QStringLiteral("tiny.mp4"), kTinyFrames);
+    const QString clip = makeClip(u"clip.mp4"_s, kFrames);
+    const QString tinyClip = makeClip(u"tiny.mp4"_s, kTinyFrames);
     ClipLoader loader;
 
     benchmark::RegisterBenchmark("clip-memory",

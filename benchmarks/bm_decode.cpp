@@ -16,6 +16,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kFramesPerSecond = 30;
@@ -28,14 +30,9 @@ constexpr double kNsPerSecond = 1e9;
 
 QStringList conversion(const QString& clip)
 {
-    return {QStringLiteral("-nostdin"),  QStringLiteral("-loglevel"),
-            QStringLiteral("error"),     QStringLiteral("-nostats"),
-            QStringLiteral("-threads"),  QStringLiteral("1"),
-            QStringLiteral("-i"),        clip,
-            QStringLiteral("-f"),        QStringLiteral("rawvideo"),
-            QStringLiteral("-pix_fmt"),  QStringLiteral("rgb24"),
-            QStringLiteral("-progress"), QStringLiteral("pipe:1"),
-            QStringLiteral("-y"),        QStringLiteral("/dev/null")};
+    return {u"-nostdin"_s,  u"-loglevel"_s, u"error"_s, u"-nostats"_s, u"-threads"_s, u"1"_s,
+            u"-i"_s,        clip,           u"-f"_s,    u"rawvideo"_s, u"-pix_fmt"_s, u"rgb24"_s,
+            u"-progress"_s, u"pipe:1"_s,    u"-y"_s,    u"/dev/null"_s};
 }
 
 /// Gives the seconds that the command took.
@@ -44,7 +41,7 @@ double convertToNothing(const QString& clip)
     QElapsedTimer clock;
     clock.start();
     QProcess process;
-    process.start(QStringLiteral("ffmpeg"), conversion(clip));
+    process.start(u"ffmpeg"_s, conversion(clip));
     Report::verify(process.waitForFinished(-1) && process.exitCode() == 0, "ffmpeg succeeds");
     const double seconds = static_cast<double>(clock.nsecsElapsed()) / kNsPerSecond;
     Report::verify(
@@ -58,22 +55,21 @@ class DecodeBenchmark
 public:
     DecodeBenchmark()
     {
-        m_tinyClip = m_clips.testClip(QStringLiteral("tiny.mp4"), QStringLiteral("libx264"),
-                                      kSizePx, kFramesPerSecond, kTinyFrames, outputOptions());
+        m_tinyClip = m_clips.testClip(u"tiny.mp4"_s, u"libx264"_s, kSizePx, kFramesPerSecond,
+                                      kTinyFrames, outputOptions());
     }
 
     QString h264Clip()
     {
-        return m_clips.testClip(QStringLiteral("clip.mp4"), QStringLiteral("libx264"), kSizePx,
-                                kFramesPerSecond, kFrames, outputOptions());
+        return m_clips.testClip(u"clip.mp4"_s, u"libx264"_s, kSizePx, kFramesPerSecond, kFrames,
+                                outputOptions());
     }
 
     QString vp9Clip()
     {
-        const QStringList quick = {QStringLiteral("-deadline"), QStringLiteral("realtime"),
-                                   QStringLiteral("-cpu-used"), QStringLiteral("8")};
-        return m_clips.testClip(QStringLiteral("clip.webm"), QStringLiteral("libvpx-vp9"), kSizePx,
-                                kFramesPerSecond, kFrames, outputOptions() + quick);
+        const QStringList quick = {u"-deadline"_s, u"realtime"_s, u"-cpu-used"_s, u"8"_s};
+        return m_clips.testClip(u"clip.webm"_s, u"libvpx-vp9"_s, kSizePx, kFramesPerSecond, kFrames,
+                                outputOptions() + quick);
     }
 
     void decode(benchmark::State& state, const QString& clip)
@@ -104,8 +100,7 @@ private:
     /// A test pattern alone is next to no work to decode: noise makes it as much as a film is.
     static QStringList outputOptions()
     {
-        return {QStringLiteral("-vf"), QStringLiteral("noise=all_strength=8:all_flags=t"),
-                QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
+        return {u"-vf"_s, u"noise=all_strength=8:all_flags=t"_s, u"-pix_fmt"_s, u"yuv420p"_s};
     }
 
     ClipWriter m_clips;

@@ -14,6 +14,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kPackages = 50;
@@ -42,8 +44,8 @@ void writePackages(PackageBuilder& packages)
 {
     for (int file = 0; file < kFiles; ++file) {
         const QString key = QString::number(file);
-        packages.writeTip(QStringLiteral("Package%1.vidlets").arg(file % kPackages),
-                          QStringLiteral("tips-%1.xml").arg(key), key);
+        packages.writeTip(u"Package%1.vidlets"_s.arg(file % kPackages), u"tips-%1.xml"_s.arg(key),
+                          key);
     }
 }
 

@@ -17,6 +17,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kFiles = 1000;
@@ -25,7 +27,7 @@ constexpr int kTagsPerTip = 3;
 constexpr qint64 kMinBytes = 25'000'000;
 constexpr qint64 kMaxBytes = 27'000'000;
 constexpr int kRepetitions = 5;
-const QString kPackage = QStringLiteral("Lookup.vidlets");
+const QString kPackage = u"Lookup.vidlets"_s;
 
 QByteArray controlFile(int file)
 {
@@ -51,7 +53,7 @@ QStringList writePackage(PackageBuilder& packages)
     for (int file = 0; file < kFiles; ++file) {
         const QByteArray content = controlFile(file);
         bytes += content.size();
-        files += packages.writeControlFile(kPackage, QStringLiteral("%1.xml").arg(file), content);
+        files += packages.writeControlFile(kPackage, u"%1.xml"_s.arg(file), content);
     }
     Report::verify(bytes > kMinBytes && bytes < kMaxBytes, "the files are 26 MB");
     return files;
@@ -81,10 +83,10 @@ QString lookUp(Vidlets::VLIndex& index, const QString& key)
     int depth = 0;
     Vidlets::VLXmlElement* root = nullptr;
     const Vidlets::VLXmlElement* element =
-        index.retrieve(key, QLocale(QStringLiteral("en_US")), directory, depth, root);
+        index.retrieve(key, QLocale(u"en_US"_s), directory, depth, root);
     if (!element)
         return QString();
-    const QString location = element->attribute(QStringLiteral("VLLocation"));
+    const QString location = element->attribute(u"VLLocation"_s);
     delete root;
     return location;
 }
@@ -101,8 +103,8 @@ int main(int argc, char* argv[])
     for (const QString& file : files)
         index.indexControlFile(file, packages.packageRoot(kPackage));
 
-    const QString lastKey = QStringLiteral("0.%1").arg(kTipsPerFile - 1);
-    const QString missingKey = QStringLiteral("nowhere");
+    const QString lastKey = u"0.%1"_s.arg(kTipsPerFile - 1);
+    const QString missingKey = u"nowhere"_s;
     Report::verify(lookUp(index, lastKey) == files.constFirst(),
                    "the key is in the file that is searched last");
     Report::verify(lookUp(index, missingKey).isNull(), "the other key is nowhere");

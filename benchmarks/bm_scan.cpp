@@ -17,6 +17,8 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kPackages = 40;
@@ -35,9 +37,8 @@ void writePackages(PackageBuilder& packages)
             content += "  <vidlet key=\"" + key + "\" title=\"A tip\">\n    <text>Tip " + key
                 + " of the scan</text>\n  </vidlet>\n";
         }
-        packages.writeControlFile(
-            QStringLiteral("Package%1.vidlets").arg(file % kPackages, 2, 10, QLatin1Char('0')),
-            QStringLiteral("tips-%1.xml").arg(file), content + "</vidlets>\n");
+        packages.writeControlFile(u"Package%1.vidlets"_s.arg(file % kPackages, 2, 10, u'0'),
+                                  u"tips-%1.xml"_s.arg(file), content + "</vidlets>\n");
     }
 }
 
@@ -48,9 +49,9 @@ int listAndReadFirstLines(const QString& dataPath)
     const QFileInfoList packages =
         QDir(dataPath).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
     for (const QFileInfo& package : packages) {
-        const QDir control(package.absoluteFilePath() + QStringLiteral("/Control"));
+        const QDir control(package.absoluteFilePath() + u"/Control"_s);
         const QFileInfoList entries =
-            control.entryInfoList({QStringLiteral("*.xml")}, QDir::Files, QDir::NoSort);
+            control.entryInfoList({u"*.xml"_s}, QDir::Files, QDir::NoSort);
         for (const QFileInfo& entry : entries) {
             QFile file(entry.absoluteFilePath());
             if (file.open(QIODevice::ReadOnly)

@@ -28,10 +28,12 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int kRepetitions = 25;
-const QString kPackage = QStringLiteral("Show.vidlets");
+const QString kPackage = u"Show.vidlets"_s;
 const QPoint kPosition(300, 250);
 
 QByteArray scene()
@@ -74,9 +76,9 @@ public:
     explicit BareWindow(const QUrl& scene)
         : m_scene(scene)
     {
-        m_content.setAttribute(QStringLiteral("title"), QStringLiteral("A title"));
+        m_content.setAttribute(u"title"_s, u"A title"_s);
         auto* text = new Vidlets::VLXmlElement(&m_content);
-        text->setProperty("tagName", QStringLiteral("text"));
+        text->setProperty("tagName", u"text"_s);
         m_window.setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
         m_view = new QQuickView;
         m_view->setFlags(Qt::FramelessWindowHint);
@@ -95,7 +97,7 @@ public:
     void show()
     {
         m_view->setSource(QUrl());
-        m_view->rootContext()->setContextProperty(QStringLiteral("vidlet"), &m_content);
+        m_view->rootContext()->setContextProperty(u"vidlet"_s, &m_content);
         m_view->setSource(m_scene);
         m_window.setFixedSize(m_view->rootObject()->size().toSize());
         m_window.move(kPosition);
@@ -132,12 +134,11 @@ public:
     ShowBenchmark()
         : m_host(m_context, {}, nullptr)
     {
-        const QString path =
-            m_packages.write(kPackage + QStringLiteral("/ui/VidletUI.qml"), scene());
+        const QString path = m_packages.write(kPackage + u"/ui/VidletUI.qml"_s, scene());
         m_scene = QUrl::fromLocalFile(path);
-        for (const QString& key : {QStringLiteral("even"), QStringLiteral("odd")}) {
+        for (const QString& key : {u"even"_s, u"odd"_s}) {
             m_packages.writeControlFile(
-                kPackage, key + QStringLiteral(".xml"),
+                kPackage, key + u".xml"_s,
                 "<vidlets><vidlet key=\"" + key.toUtf8()
                     + "\" title=\"A title\"><text>Text of the tip</text></vidlet></vidlets>");
         }
@@ -230,7 +231,7 @@ private:
 
     void requestPopup(Vidlets::VLManager& manager)
     {
-        const QString key = ++m_shows % 2 == 0 ? QStringLiteral("even") : QStringLiteral("odd");
+        const QString key = ++m_shows % 2 == 0 ? u"even"_s : u"odd"_s;
         Report::verify(manager.show(key, kPosition, &m_control), "the key has a tip");
     }
 
@@ -249,8 +250,7 @@ private:
 
     static void verifyShown(QQuickView* view)
     {
-        const bool isSoftware =
-            qEnvironmentVariable("QT_QUICK_BACKEND") == QLatin1String("software");
+        const bool isSoftware = qEnvironmentVariable("QT_QUICK_BACKEND") == "software"_L1;
         const auto expected =
             isSoftware ? QSGRendererInterface::Software : QSGRendererInterface::OpenGL;
         Report::verify(view->rendererInterface()->graphicsApi() == expected,
@@ -290,8 +290,7 @@ int main(int argc, char* argv[])
     });
 
     const std::string backend =
-        qEnvironmentVariable("QT_QUICK_BACKEND") == QLatin1String("software") ? "software"
-                                                                              : "opengl";
+        qEnvironmentVariable("QT_QUICK_BACKEND") == "software"_L1 ? "software" : "opengl";
     std::vector<Report::Aim> aims;
     for (const std::string show : {"first", "later"}) {
         Report::Aim aim;

@@ -11,6 +11,8 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Keeps the report readable: only what ends the process is worth a line.
@@ -22,9 +24,9 @@ void writeFatalMessages(QtMsgType type, const QMessageLogContext& /*context*/, c
 
 QString directoryTemplate()
 {
-    const QString memory = QStringLiteral("/dev/shm");
+    const QString memory = u"/dev/shm"_s;
     const bool usable = qEnvironmentVariableIsEmpty("TMPDIR") && QFileInfo(memory).isWritable();
-    return (usable ? memory : QDir::tempPath()) + QStringLiteral("/vidlets-fuzz-XXXXXX");
+    return (usable ? memory : QDir::tempPath()) + u"/vidlets-fuzz-XXXXXX"_s;
 }
 
 } // namespace
@@ -49,7 +51,7 @@ FuzzDirectory::FuzzDirectory()
 
 QString FuzzDirectory::path(const QString& relativePath) const
 {
-    return m_root + QLatin1Char('/') + relativePath;
+    return m_root + u'/' + relativePath;
 }
 
 QString FuzzDirectory::write(const QString& relativePath, const QByteArray& content) const

@@ -15,6 +15,8 @@
 
 #include <QDeadlineTimer>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -75,7 +77,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     static const FuzzDirectory directory;
     av_max_alloc(kMaxAllocationBytes);
-    const QString path = directory.write(QStringLiteral("clip"), inputBytes(data, size));
+    const QString path = directory.write(u"clip"_s, inputBytes(data, size));
 
     VLVideoSourcePrivate* base = nullptr;
     VLVideoSourceFFMPEGPrivate* record = nullptr;

@@ -14,6 +14,8 @@
 // For the record that the index leaves behind.
 #include "VLIndex.cpp"
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -29,7 +31,7 @@ void lookUp(VLIndex& index, const ObjectCensus& census, const QString& key, cons
     if (element->parent() != root || depth != 2)
         qFatal("The result is not what was recorded");
     element->toXml();
-    index.componentPathsForElement(element, QStringLiteral("ui/VidletUI.qml"));
+    index.componentPathsForElement(element, u"ui/VidletUI.qml"_s);
     delete root;
 }
 
@@ -40,8 +42,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static const FuzzDirectory directory;
     static VLContext context;
     const QByteArray document = inputBytes(data, size);
-    const QString root = directory.path(QStringLiteral("tips.vidlets"));
-    const QString file = directory.write(QStringLiteral("tips.vidlets/Control/tips.xml"), document);
+    const QString root = directory.path(u"tips.vidlets"_s);
+    const QString file = directory.write(u"tips.vidlets/Control/tips.xml"_s, document);
 
     const ObjectCensus census;
     VLIndex index(&context, {});
@@ -52,10 +54,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         // change after the scan.
         index.store(nullptr, QLocale(), file, 2);
         index.mapControlFile(file, root);
-        const QLocale locale(QStringLiteral("en_US"));
-        for (const QString& key : {QStringLiteral("open"), QStringLiteral("save"), QString()})
+        const QLocale locale(u"en_US"_s);
+        for (const QString& key : {u"open"_s, u"save"_s, QString()})
             lookUp(index, census, key, locale);
-        lookUp(index, census, QStringLiteral("open"), QLocale(QStringLiteral("de_DE")));
+        lookUp(index, census, u"open"_s, QLocale(u"de_DE"_s));
         if (survey.rootTag == kControlFileTag || survey.rootTag == kTipTag)
             index.keys();
     }

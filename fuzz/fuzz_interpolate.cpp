@@ -16,6 +16,8 @@
 
 #include <optional>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -28,9 +30,9 @@ using Variables = QMap<QString, QVariant>;
 Variables readVariables(const QString& lines)
 {
     Variables variables;
-    const QStringList list = lines.split(QLatin1Char('\n'));
+    const QStringList list = lines.split(u'\n');
     for (const QString& line : list) {
-        const qsizetype separator = line.indexOf(QLatin1Char('='));
+        const qsizetype separator = line.indexOf(u'=');
         if (separator < 0)
             variables.insert(line, QVariant());
         else
@@ -49,12 +51,12 @@ bool isNameCharacter(QChar c)
 /// The end of the reference that starts at @p start, or -1 where none does.
 qsizetype referenceEnd(const QString& text, qsizetype start)
 {
-    if (!QStringView(text).mid(start).startsWith(QLatin1String("%(")))
+    if (!QStringView(text).mid(start).startsWith("%("_L1))
         return -1;
     qsizetype end = start + 2;
     while (end < text.size() && isNameCharacter(text.at(end)))
         ++end;
-    if (end == start + 2 || !QStringView(text).mid(end).startsWith(QLatin1String(")s")))
+    if (end == start + 2 || !QStringView(text).mid(end).startsWith(")s"_L1))
         return -1;
     return end + 2;
 }
@@ -92,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static VLManager manager(&interface, context, {}, &index);
 
     const QString input = QString::fromUtf8(inputBytes(data, size));
-    const QString separator = QStringLiteral("\n\n");
+    const QString separator = u"\n\n"_s;
     const qsizetype border = input.indexOf(separator);
     const Variables variables = readVariables(input.left(qMax<qsizetype>(border, 0)));
     const QString text = border < 0 ? input : input.mid(border + separator.size());

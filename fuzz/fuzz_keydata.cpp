@@ -12,6 +12,8 @@
 #include <Vidlets/VLIndex.h>
 #include <Vidlets/VLXmlElement.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
@@ -22,13 +24,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QByteArray document = inputBytes(data, size);
     if (XmlSurvey(document).breaksOutsideRoot)
         return -1;
-    context.set(ckKeyDataFile, directory.write(QStringLiteral("keys.xml"), document));
+    context.set(ckKeyDataFile, directory.write(u"keys.xml"_s, document));
 
     const ObjectCensus census;
     {
         VLXmlElement element;
-        element.setAttribute(QStringLiteral("key"), QStringLiteral("open"));
-        index.loadKeyData(QStringLiteral("open"), &element);
+        element.setAttribute(u"key"_s, u"open"_s);
+        index.loadKeyData(u"open"_s, &element);
         index.loadKeyData(QString(), &element);
         element.toXml();
     }

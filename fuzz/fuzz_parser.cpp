@@ -16,6 +16,8 @@
 
 #include <QPointer>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -72,8 +74,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (XmlSurvey(document).breaksOutsideRoot)
         return -1;
 
-    QString key = QStringLiteral("open");
-    const QString path = directory.write(QStringLiteral("document.xml"), document);
+    QString key = u"open"_s;
+    const QString path = directory.write(u"document.xml"_s, document);
     const ObjectCensus census;
     {
         constexpr ShouldGenerateElementFunction kFilters[] = {

@@ -25,6 +25,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -39,7 +41,7 @@ const QPoint kPointer(400, 300);
 
 QString badKey()
 {
-    return QStringLiteral("bad");
+    return u"bad"_s;
 }
 
 /// Runs a scope without the rights of root, for whom no file is out of reach.
@@ -131,8 +133,8 @@ public:
     Bench()
         : stage({{ckMessageLevel, VLMessageDebug}})
     {
-        stage.packages.packageRoot(QStringLiteral("bad.vidlets/Control"));
-        QFile scene(stage.packages.path(QStringLiteral("tips.vidlets/ui/VidletUI.qml")));
+        stage.packages.packageRoot(u"bad.vidlets/Control"_s);
+        QFile scene(stage.packages.path(u"tips.vidlets/ui/VidletUI.qml"_s));
         if (!scene.open(QIODevice::ReadOnly))
             qFatal("There is no scene to copy");
         writeFile("ui/VidletUI.qml", scene.readAll());
@@ -146,8 +148,7 @@ public:
 
     QString path(const char* relativePath) const
     {
-        return stage.packages.path(QStringLiteral("bad.vidlets/")
-                                   + QString::fromLatin1(relativePath));
+        return stage.packages.path(u"bad.vidlets/"_s + QString::fromLatin1(relativePath));
     }
     QString controlFile() const
     {
@@ -155,8 +156,7 @@ public:
     }
     QString writeFile(const char* relativePath, const QByteArray& content)
     {
-        return stage.packages.write(
-            QStringLiteral("bad.vidlets/") + QString::fromLatin1(relativePath), content);
+        return stage.packages.write(u"bad.vidlets/"_s + QString::fromLatin1(relativePath), content);
     }
     void writeControlFile(const QByteArray& content)
     {
@@ -283,7 +283,7 @@ Examination attributeIs(const QString& name, const QString& value)
 {
     return [name, value](Bench& bench) {
         const QString given = bench.stage.view()->content()->attribute(name);
-        return given == value ? QString() : name + QStringLiteral(" is ") + given.left(100);
+        return given == value ? QString() : name + u" is "_s + given.left(100);
     };
 }
 
@@ -291,7 +291,7 @@ Examination contentIs(const QString& value)
 {
     return [value](Bench& bench) {
         const QString given = bench.stage.view()->content()->content();
-        return given == value ? QString() : QStringLiteral("content is ") + given.left(100);
+        return given == value ? QString() : u"content is "_s + given.left(100);
     };
 }
 
@@ -305,16 +305,15 @@ Examination depthIs(int depth)
             element = element->children().constFirst();
             ++found;
         }
-        return found == depth ? QString() : QStringLiteral("depth is %1").arg(found);
+        return found == depth ? QString() : u"depth is %1"_s.arg(found);
     };
 }
 
 Examination translationGives(const QString& result)
 {
     return [result](Bench& bench) {
-        const QString given =
-            bench.stage.manager->translateString(QStringLiteral("text"), QStringLiteral("context"));
-        return given == result ? QString() : QStringLiteral("translation is ") + given;
+        const QString given = bench.stage.manager->translateString(u"text"_s, u"context"_s);
+        return given == result ? QString() : u"translation is "_s + given;
     };
 }
 
@@ -446,7 +445,7 @@ Faults faultsOfSize()
          Outcome::Found,
          controlFile(fileWith("<vidlet key=\"bad\" note=\"" + large + "\"/>")),
          {},
-         attributeIs(QStringLiteral("note"), largeText)},
+         attributeIs(u"note"_s, largeText)},
         {"an attribute of 1 MB on the root", Outcome::Found,
          controlFile("<vidlets note=\"" + large + "\">" + goodTip() + "</vidlets>")},
         {"a key of 1 MB", Outcome::Found,
@@ -657,7 +656,7 @@ Faults faultsOfTranslations()
     const auto translation = [](const QByteArray& content) {
         return inTurn(goodControlFile(), file("l10n/Vidlets_en_US.qm", content));
     };
-    const QString text = QStringLiteral("text");
+    const QString text = u"text"_s;
     return {
         {"no translation file", Outcome::Found, goodControlFile(), {}, translationGives(text)},
         {"an empty translation file", Outcome::Found, translation(""), {}, translationGives(text)},
@@ -693,8 +692,8 @@ Faults faultsOfTranslations()
 Faults faultsOfKeyData()
 {
     const QByteArray record = "<key name=\"bad\" title=\"new\"/>";
-    const Examination oldTitle = attributeIs(QStringLiteral("title"), QStringLiteral("t"));
-    const Examination newTitle = attributeIs(QStringLiteral("title"), QStringLiteral("new"));
+    const Examination oldTitle = attributeIs(u"title"_s, u"t"_s);
+    const Examination newTitle = attributeIs(u"title"_s, u"new"_s);
     return {
         {"no key data file", Outcome::Found, keyDataFile(""), removeFile("keys.xml"), oldTitle},
         {"a key data file that is a directory", Outcome::Found, keyDataFile(""),
@@ -767,26 +766,26 @@ Examination picturesAre(Pictures expected)
         const auto count = static_cast<int>(source.loadedFrameCount());
         QString line;
         if (expected == Pictures::Unopened)
-            line = QStringLiteral("Could not open media at: ") + path;
+            line = u"Could not open media at: "_s + path;
         else if (expected == Pictures::NoStream)
-            line = QStringLiteral("Could not find a video stream in ") + path;
+            line = u"Could not find a video stream in "_s + path;
         if (!line.isEmpty() && LogCapture::count(line) != 1)
-            return QStringLiteral("the line is missing: ") + line;
+            return u"the line is missing: "_s + line;
 
         const bool fits = expected == Pictures::All ? count == kClipFrames
             : expected == Pictures::Some            ? count > 0 && count < kClipFrames
             : expected == Pictures::Any             ? count <= kClipFrames
                                                     : count == 0;
         if (!fits)
-            return QStringLiteral("there are %1 pictures").arg(count);
+            return u"there are %1 pictures"_s.arg(count);
         for (int i = 0; i < count; ++i) {
             const QSizeF size = source.getFrame(static_cast<unsigned int>(i)).size();
             if (size != QSizeF(source.frameWidth(), source.frameHeight()))
-                return QStringLiteral("picture %1 has another size").arg(i);
+                return u"picture %1 has another size"_s.arg(i);
         }
 
         auto* item = bench.stage.scene()->findChild<VLVideoComponent*>();
-        item->setSource(QStringLiteral("clip"));
+        item->setSource(u"clip"_s);
         item->setState(VLVideoComponent::playingState);
         const bool seen = QTest::qWaitFor(
             [&] {
@@ -794,7 +793,7 @@ Examination picturesAre(Pictures expected)
                                       : LogCapture::count(line) == 2;
             },
             kTimeoutMs);
-        return seen ? QString() : QStringLiteral("the scene does not see the same");
+        return seen ? QString() : u"the scene does not see the same"_s;
     };
 }
 
@@ -822,18 +821,15 @@ QByteArray clipBytes(const char* fileName, const char* codec, const char* format
     ClipWriter clips;
     const QString name = QString::fromLatin1(fileName);
     clips.testClip(name, QString::fromLatin1(codec), size, 25, frames,
-                   {QStringLiteral("-bf"), QStringLiteral("0"), QStringLiteral("-g"),
-                    QStringLiteral("4"), QStringLiteral("-f"), QString::fromLatin1(format)});
+                   {u"-bf"_s, u"0"_s, u"-g"_s, u"4"_s, u"-f"_s, QString::fromLatin1(format)});
     return clips.readBytes(name);
 }
 
 QByteArray soundBytes()
 {
     ClipWriter clips;
-    const QString name = QStringLiteral("sound.wav");
-    clips.write(name,
-                {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                 QStringLiteral("sine=duration=0.1")});
+    const QString name = u"sound.wav"_s;
+    clips.write(name, {u"-f"_s, u"lavfi"_s, u"-i"_s, u"sine=duration=0.1"_s});
     return clips.readBytes(name);
 }
 
@@ -936,16 +932,16 @@ Faults faultsOfMedia()
         {"a clip gone before it is played", Outcome::Found, clip(avi), removeFile(kClipName),
          [](Bench& bench) {
              auto* item = bench.stage.scene()->findChild<VLVideoComponent*>();
-             item->setSource(QStringLiteral("clip"));
+             item->setSource(u"clip"_s);
              item->setState(VLVideoComponent::playingState);
-             return qIsNaN(item->loadProgress()) ? QString() : QStringLiteral("there are pictures");
+             return qIsNaN(item->loadProgress()) ? QString() : u"there are pictures"_s;
          }},
         {"a clip that is a directory", Outcome::Found, clipScene(),
          [](Bench& bench) { QDir().mkpath(bench.path(kClipName)); },
          [](Bench& bench) {
              auto* item = bench.stage.scene()->findChild<VLVideoComponent*>();
-             item->setSource(QStringLiteral("clip"));
-             return qIsNaN(item->loadProgress()) ? QString() : QStringLiteral("there are pictures");
+             item->setSource(u"clip"_s);
+             return qIsNaN(item->loadProgress()) ? QString() : u"there are pictures"_s;
          }},
     };
 }
@@ -1079,8 +1075,8 @@ void TestBadContent::checkStaleResult(Bench& bench)
 {
     const ObjectCensus census;
     VLXmlElement* root = nullptr;
-    const VLXmlElement* element = bench.stage.index.load(badKey(), bench.controlFile(),
-                                                         QLocale(QStringLiteral("en_US")), root);
+    const VLXmlElement* element =
+        bench.stage.index.load(badKey(), bench.controlFile(), QLocale(u"en_US"_s), root);
     QVERIFY(element);
     QVERIFY(root);
     QVERIFY(!census.isAlive(element));
@@ -1094,7 +1090,7 @@ void TestBadContent::checkShown(Bench& bench, const Fault& fault)
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QString::fromLatin1(fault.warning)));
     QVERIFY(bench.show(badKey()));
     QVERIFY(bench.stage.popup()->isVisible());
-    QCOMPARE(bench.stage.view()->content()->attribute(QStringLiteral("key")), badKey());
+    QCOMPARE(bench.stage.view()->content()->attribute(u"key"_s), badKey());
     if (fault.outcome == Outcome::FoundNoScene)
         QVERIFY(!bench.stage.scene());
     else
@@ -1102,7 +1098,7 @@ void TestBadContent::checkShown(Bench& bench, const Fault& fault)
     if (fault.message) {
         const QRegularExpression message(QString::fromLatin1(fault.message));
         const QStringList messages = bench.stage.interface.messages(VLMessageDebug);
-        QVERIFY2(!messages.filter(message).isEmpty(), qPrintable(messages.join(QLatin1Char('\n'))));
+        QVERIFY2(!messages.filter(message).isEmpty(), qPrintable(messages.join(u'\n')));
     }
     if (fault.examine) {
         const QString finding = fault.examine(bench);
@@ -1113,7 +1109,7 @@ void TestBadContent::checkShown(Bench& bench, const Fault& fault)
 /// The bad file is still recorded, and is searched before the good one.
 void TestBadContent::checkGoodTip(Bench& bench)
 {
-    const QString key = QStringLiteral("open");
+    const QString key = u"open"_s;
     QVERIFY(bench.show(key));
     QVERIFY(bench.stage.popup()->isVisible());
     QVERIFY(bench.stage.scene());

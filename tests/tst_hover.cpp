@@ -23,6 +23,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -170,27 +172,27 @@ private:
 
 Host::Host()
     : index(&context)
-    , open(QStringLiteral("Open"), &window)
-    , save(QStringLiteral("Save"), &window)
-    , ordinary(QStringLiteral("Ordinary"), &window)
-    , plain(QStringLiteral("Plain"), &window)
+    , open(u"Open"_s, &window)
+    , save(u"Save"_s, &window)
+    , ordinary(u"Ordinary"_s, &window)
+    , plain(u"Plain"_s, &window)
 {
     QFETCH_GLOBAL(bool, installsFilter);
-    const QString package = QStringLiteral("tips.vidlets");
-    packages.write(package + QStringLiteral("/ui/VidletUI.qml"), kScene);
-    packages.writeControlFile(package, QStringLiteral("tips.xml"), kControlFile);
+    const QString package = u"tips.vidlets"_s;
+    packages.write(package + u"/ui/VidletUI.qml"_s, kScene);
+    packages.writeControlFile(package, u"tips.xml"_s, kControlFile);
 
     window.setWindowFlag(Qt::FramelessWindowHint);
     window.setGeometry(50, 50, 900, 600);
     window.setMouseTracking(true);
-    open.setObjectName(QStringLiteral("open"));
+    open.setObjectName(u"open"_s);
     open.setGeometry(100, 100, 120, 40);
-    save.setObjectName(QStringLiteral("save"));
+    save.setObjectName(u"save"_s);
     save.setGeometry(600, 100, 120, 40);
-    ordinary.setObjectName(QStringLiteral("ordinary"));
-    ordinary.setToolTip(QStringLiteral("An ordinary tooltip"));
+    ordinary.setObjectName(u"ordinary"_s);
+    ordinary.setToolTip(u"An ordinary tooltip"_s);
     ordinary.setGeometry(100, 450, 120, 40);
-    plain.setObjectName(QStringLiteral("plain"));
+    plain.setObjectName(u"plain"_s);
     plain.setGeometry(600, 450, 120, 40);
 
     context.set(ckInstallEventFilter, installsFilter);
@@ -242,7 +244,7 @@ QPoint Host::centerOf(const QWidget& widget)
 void restOnOpen(const Host& host)
 {
     host.moveTo(Host::centerOf(host.open));
-    QTRY_COMPARE_WITH_TIMEOUT(shownText(), QStringLiteral("Opens a document"), kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(shownText(), u"Opens a document"_s, kPatienceMs);
     QTRY_COMPARE_WITH_TIMEOUT(popupOnScreen()->size(), kPopupSize, kPatienceMs);
 }
 
@@ -278,7 +280,7 @@ private Q_SLOTS:
 
 int TestHover::runChild(const QString& name)
 {
-    if (name != QStringLiteral("other application"))
+    if (name != u"other application"_s)
         return VidletsTest::runChild(name);
     QWidget window;
     window.setWindowFlag(Qt::FramelessWindowHint);
@@ -378,7 +380,7 @@ void TestHover::rest_onOtherControl_replacesContent()
     const VLWidget* popup = popupOnScreen();
     QVERIFY(popup);
     host.moveTo(Host::centerOf(host.save));
-    QTRY_COMPARE_WITH_TIMEOUT(shownText(), QStringLiteral("Saves the document"), kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(shownText(), u"Saves the document"_s, kPatienceMs);
     QCOMPARE(popupOnScreen(), popup);
     QTRY_COMPARE(popup->pos(), Host::centerOf(host.save) + kOffset);
 }
@@ -410,8 +412,7 @@ void TestHover::deactivation_hidesPopup_whenFilterIsInstalled()
     restOnOpen(host);
     QVERIFY(popupOnScreen());
     QProcess other;
-    other.start(QCoreApplication::applicationFilePath(),
-                {QStringLiteral("--child"), QStringLiteral("other application")});
+    other.start(QCoreApplication::applicationFilePath(), {u"--child"_s, u"other application"_s});
     QTRY_VERIFY_WITH_TIMEOUT(other.canReadLine(), kPatienceMs);
 
     QVERIFY(PointerDriver::moveTo(kOtherWindow));

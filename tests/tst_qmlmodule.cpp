@@ -17,13 +17,15 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
 
 QString qmldirPath()
 {
-    return QStringLiteral(":/com.larkspan/vidlets/imports/com/larkspan/vidlets/qml/qmldir");
+    return u":/com.larkspan/vidlets/imports/com/larkspan/vidlets/qml/qmldir"_s;
 }
 
 int moduleTypeId(const char* qmlName)
@@ -38,7 +40,7 @@ struct Scene
     explicit Scene(const QByteArray& qml)
     {
         QQmlComponent component(&engine);
-        component.setData(qml, QUrl(QStringLiteral("scene.qml")));
+        component.setData(qml, QUrl(u"scene.qml"_s));
         error = component.errorString();
         if (component.isReady())
             object.reset(component.create());
@@ -120,11 +122,11 @@ void TestQmlModule::scene_usesTypesTogether()
     QVERIFY(rectangle);
     QCOMPARE(rectangle->size(), QSizeF(50, 20));
     QVERIFY(rectangle->toolTipStyle());
-    QCOMPARE(rectangle->element(), QStringLiteral("PE_Frame"));
+    QCOMPARE(rectangle->element(), u"PE_Frame"_s);
     QCOMPARE(rectangle->property("kind"), QVariant(2));
     auto* xml = rectangle->property("xml").value<VLXmlElement*>();
     QVERIFY(xml);
-    QCOMPARE(xml->getTagName(), QStringLiteral("tip"));
+    QCOMPARE(xml->getTagName(), u"tip"_s);
     QCOMPARE(rectangle->childItems().size(), 1);
     auto* video = qobject_cast<VLVideoComponent*>(rectangle->childItems().constFirst());
     QVERIFY(video);
@@ -144,8 +146,7 @@ void TestQmlModule::import_fails_whenVersionIsAnother()
     QFETCH(QByteArray, version);
     const Scene scene("import com.larkspan.vidlets.qml " + version + "\nVLStyledRectangle {}\n");
     QVERIFY(!scene.object);
-    QVERIFY2(scene.error.contains(QStringLiteral("com.larkspan.vidlets.qml")),
-             qPrintable(scene.error));
+    QVERIFY2(scene.error.contains(u"com.larkspan.vidlets.qml"_s), qPrintable(scene.error));
 }
 
 void TestQmlModule::otherClasses_areNoTypes_data()
@@ -167,7 +168,7 @@ void TestQmlModule::otherClasses_areNoTypes()
     QFETCH(QByteArray, type);
     const Scene scene("import com.larkspan.vidlets.qml 1.0\n" + type + " {}\n");
     QVERIFY(!scene.object);
-    QVERIFY2(scene.error.contains(QString::fromLatin1(type) + QStringLiteral(" is not a type")),
+    QVERIFY2(scene.error.contains(QString::fromLatin1(type) + u" is not a type"_s),
              qPrintable(scene.error));
     QCOMPARE(moduleTypeId(type.constData()), -1);
 }
@@ -194,7 +195,7 @@ void TestQmlModule::types_areRegisteredInOrder()
 
 void TestQmlModule::registrationFunction_isExported()
 {
-    QLibrary library(QStringLiteral("VidletsSDbin"), 1);
+    QLibrary library(u"VidletsSDbin"_s, 1);
     const QFunctionPointer function =
         library.resolve("_Z43qml_register_types_com_larkspan_vidlets_qmlv");
     QVERIFY2(function, qPrintable(library.errorString()));
@@ -226,7 +227,7 @@ void TestQmlModule::qmldir_isNotCompressed()
 void TestQmlModule::resource_holdsOneFile()
 {
     QStringList files;
-    QDirIterator iterator(QStringLiteral(":/com.larkspan"), QDir::Files | QDir::Hidden,
+    QDirIterator iterator(u":/com.larkspan"_s, QDir::Files | QDir::Hidden,
                           QDirIterator::Subdirectories);
     while (iterator.hasNext())
         files += iterator.next();

@@ -21,6 +21,8 @@
 #include <algorithm>
 #include <climits>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -72,12 +74,12 @@ Rectangle {
 
 QString openKey()
 {
-    return QStringLiteral("open");
+    return u"open"_s;
 }
 
 QString saveKey()
 {
-    return QStringLiteral("save");
+    return u"save"_s;
 }
 
 QTimer* timerOf(const VLWidget* popup)
@@ -129,11 +131,9 @@ QString answerOf(const QString& program, const QStringList& arguments)
 /// The windows of clients on the display, the lowest first.
 QList<WId> stackingOrder()
 {
-    const QString answer =
-        answerOf(QStringLiteral("xprop"),
-                 {QStringLiteral("-root"), QStringLiteral("_NET_CLIENT_LIST_STACKING")});
+    const QString answer = answerOf(u"xprop"_s, {u"-root"_s, u"_NET_CLIENT_LIST_STACKING"_s});
     QList<WId> ids;
-    const QRegularExpression number(QStringLiteral("0x[0-9a-f]+"));
+    const QRegularExpression number(u"0x[0-9a-f]+"_s);
     auto matches = number.globalMatch(answer);
     while (matches.hasNext())
         ids += matches.next().captured().toULongLong(nullptr, 16);
@@ -142,9 +142,8 @@ QList<WId> stackingOrder()
 
 WId activeWindowOfX()
 {
-    const QString answer = answerOf(
-        QStringLiteral("xprop"), {QStringLiteral("-root"), QStringLiteral("_NET_ACTIVE_WINDOW")});
-    const QRegularExpression number(QStringLiteral("0x[0-9a-f]+"));
+    const QString answer = answerOf(u"xprop"_s, {u"-root"_s, u"_NET_ACTIVE_WINDOW"_s});
+    const QRegularExpression number(u"0x[0-9a-f]+"_s);
     return number.match(answer).captured().toULongLong(nullptr, 16);
 }
 
@@ -166,10 +165,8 @@ QList<VLWidget*> stackingOrderOf(const QList<VLWidget*>& popups)
 /// Whether the window manager knows the window of @p popup as one to be kept above others.
 bool isAboveForX(const VLWidget* popup)
 {
-    return answerOf(QStringLiteral("xprop"),
-                    {QStringLiteral("-id"), QString::number(windowOfX(popup)),
-                     QStringLiteral("_NET_WM_STATE")})
-        .contains(QStringLiteral("_NET_WM_STATE_ABOVE"));
+    return answerOf(u"xprop"_s, {u"-id"_s, QString::number(windowOfX(popup)), u"_NET_WM_STATE"_s})
+        .contains(u"_NET_WM_STATE_ABOVE"_s);
 }
 
 /// Where the X server has the frame that the window manager put around @p window; an impossible
@@ -177,24 +174,21 @@ bool isAboveForX(const VLWidget* popup)
 QPoint framePositionOfX(const QWidget* window)
 {
     const WId id = windowOfX(window);
-    const QString extents = answerOf(
-        QStringLiteral("xprop"),
-        {QStringLiteral("-id"), QString::number(id), QStringLiteral("_NET_FRAME_EXTENTS")});
-    const QString answer =
-        answerOf(QStringLiteral("xwininfo"),
-                 {QStringLiteral("-frame"), QStringLiteral("-id"), QString::number(id)});
+    const QString extents =
+        answerOf(u"xprop"_s, {u"-id"_s, QString::number(id), u"_NET_FRAME_EXTENTS"_s});
+    const QString answer = answerOf(u"xwininfo"_s, {u"-frame"_s, u"-id"_s, QString::number(id)});
     const QRegularExpression corner(
-        QStringLiteral("Absolute upper-left X: +(-?\\d+)\\s+Absolute upper-left Y: +(-?\\d+)"));
+        u"Absolute upper-left X: +(-?\\d+)\\s+Absolute upper-left Y: +(-?\\d+)"_s);
     const QRegularExpressionMatch match = corner.match(answer);
-    if (!extents.contains(QLatin1Char('=')) || !match.hasMatch())
+    if (!extents.contains(u'=') || !match.hasMatch())
         return {INT_MIN, INT_MIN};
     return {match.captured(1).toInt(), match.captured(2).toInt()};
 }
 
 qsizetype windowCountOfX()
 {
-    return answerOf(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")})
-        .count(QRegularExpression(QStringLiteral("^ +0x"), QRegularExpression::MultilineOption));
+    return answerOf(u"xwininfo"_s, {u"-root"_s, u"-tree"_s})
+        .count(QRegularExpression(u"^ +0x"_s, QRegularExpression::MultilineOption));
 }
 
 qsizetype entryCount(const QString& directory)
@@ -208,8 +202,7 @@ struct Holdings
     static Holdings now()
     {
         return {QGuiApplication::allWindows().size(), windowCountOfX(),
-                entryCount(QStringLiteral("/proc/self/task")),
-                entryCount(QStringLiteral("/proc/self/fd"))};
+                entryCount(u"/proc/self/task"_s), entryCount(u"/proc/self/fd"_s)};
     }
 
     friend bool operator==(const Holdings& left, const Holdings& right)
@@ -219,11 +212,11 @@ struct Holdings
     }
     friend char* toString(const Holdings& holdings)
     {
-        return QTest::toString(QStringLiteral("%1 windows, %2 windows of X, %3 threads, %4 files")
-                                   .arg(holdings.windows)
-                                   .arg(holdings.windowsOfX)
-                                   .arg(holdings.threads)
-                                   .arg(holdings.files));
+        return QTest::toString(
+            u"%1 windows, %2 windows of X, %3 threads, %4 files"_s.arg(holdings.windows)
+                .arg(holdings.windowsOfX)
+                .arg(holdings.threads)
+                .arg(holdings.files));
     }
 
     qsizetype windows;
@@ -289,7 +282,7 @@ public:
 
     void writeScene(const char* scene)
     {
-        packages.write(QStringLiteral("tips.vidlets/ui/VidletUI.qml"), scene);
+        packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, scene);
     }
 
 private:
@@ -542,8 +535,8 @@ void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld()
     const QWidget* parent = popup->parentWidget();
     const VLWidget* fresh = stage.manager->widget();
     popup->hide();
-    popup->setWindowTitle(QStringLiteral("left alone"));
-    window.setWindowTitle(QStringLiteral("left alone"));
+    popup->setWindowTitle(u"left alone"_s);
+    window.setWindowTitle(u"left alone"_s);
 
     popup->view()->setReserved(false);
     popup->view()->setReserved(true);
@@ -552,8 +545,8 @@ void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld()
     QCOMPARE(stage.manager->widget(), fresh);
     QCOMPARE(popup->parentWidget(), parent);
     QVERIFY(popup->isHidden());
-    QCOMPARE(popup->windowTitle(), QStringLiteral("left alone"));
-    QCOMPARE(window.windowTitle(), QStringLiteral("left alone"));
+    QCOMPARE(popup->windowTitle(), u"left alone"_s);
+    QCOMPARE(window.windowTitle(), u"left alone"_s);
 }
 
 void TestReserve::floating_takesFlags()
@@ -613,7 +606,7 @@ void TestReserve::floating_takesTitleFromPropertyAlone_data()
     QTest::addColumn<bool>("hasProperty");
     QTest::addColumn<QString>("title");
     QTest::newRow("attribute alone") << false << QString();
-    QTest::newRow("attribute and property") << true << QStringLiteral("of the property");
+    QTest::newRow("attribute and property") << true << u"of the property"_s;
 }
 
 void TestReserve::floating_takesTitleFromPropertyAlone()
@@ -621,11 +614,11 @@ void TestReserve::floating_takesTitleFromPropertyAlone()
     QFETCH(bool, hasProperty);
     ReserveStage stage;
     VLWidget* popup = stage.showTip(openKey());
-    popup->setWindowTitle(QStringLiteral("of before"));
+    popup->setWindowTitle(u"of before"_s);
     VLXmlElement* content = popup->view()->content();
-    content->setAttribute(QStringLiteral("title"), QStringLiteral("of the attribute"));
+    content->setAttribute(u"title"_s, u"of the attribute"_s);
     if (hasProperty)
-        content->setProperty("title", QStringLiteral("of the property"));
+        content->setProperty("title", u"of the property"_s);
 
     popup->view()->setReserved(true);
 
@@ -675,7 +668,7 @@ void TestReserve::floating_isDeleted_whenUserClosesIt()
     popup->activateWindow();
     // Qt takes a tool window for active as soon as its parent is.
     QTRY_COMPARE_WITH_TIMEOUT(activeWindowOfX(), windowOfX(popup), kPatienceMs);
-    answerOf(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("alt+F4")});
+    answerOf(u"xdotool"_s, {u"key"_s, u"alt+F4"_s});
     QTRY_VERIFY_WITH_TIMEOUT(!popup, kPatienceMs);
     QVERIFY(!content);
     QVERIFY(stage.control.isVisible());
@@ -796,7 +789,7 @@ void TestReserve::docked_joinsLayoutOfHostWindow()
     auto* layout = new QHBoxLayout(&window);
     const QMargins margins(1, 2, 3, 4);
     layout->setContentsMargins(margins);
-    layout->addWidget(new QLabel(QStringLiteral("Tips")));
+    layout->addWidget(new QLabel(u"Tips"_s));
     stage.interface.windowToGive = &window;
 
     const VLWidget* first = stage.detach(openKey());
@@ -816,7 +809,7 @@ void TestReserve::docked_takesTitleFromAttributeAlone_data()
     QTest::addColumn<bool>("hasAttribute");
     QTest::addColumn<QString>("title");
     QTest::newRow("property alone") << false << QString();
-    QTest::newRow("property and attribute") << true << QStringLiteral("of the attribute");
+    QTest::newRow("property and attribute") << true << u"of the attribute"_s;
 }
 
 void TestReserve::docked_takesTitleFromAttributeAlone()
@@ -824,13 +817,13 @@ void TestReserve::docked_takesTitleFromAttributeAlone()
     QFETCH(bool, hasAttribute);
     ReserveStage stage;
     QWidget window;
-    window.setWindowTitle(QStringLiteral("of the host"));
+    window.setWindowTitle(u"of the host"_s);
     stage.interface.windowToGive = &window;
     const VLWidget* popup = stage.showTip(openKey());
     VLXmlElement* content = stage.view()->content();
-    content->setProperty("title", QStringLiteral("of the property"));
+    content->setProperty("title", u"of the property"_s);
     if (hasAttribute)
-        content->setAttribute(QStringLiteral("title"), QStringLiteral("of the attribute"));
+        content->setAttribute(u"title"_s, u"of the attribute"_s);
 
     stage.view()->setReserved(true);
 
@@ -1048,7 +1041,7 @@ void TestReserve::setStayOnTop_keepsSceneOnScreen()
             .toImage()
             .pixelColor(0, 0);
     };
-    const QColor sceneColor(QStringLiteral("steelblue"));
+    const QColor sceneColor(u"steelblue"_s);
     QTRY_COMPARE_WITH_TIMEOUT(colorOnScreen(), sceneColor, kPatienceMs);
 
     for (const bool onTop : {true, false}) {

@@ -14,6 +14,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -24,17 +26,17 @@ const QPoint kTipPosition(435, 330);
 
 QString openKey()
 {
-    return QStringLiteral("open");
+    return u"open"_s;
 }
 
 QString saveKey()
 {
-    return QStringLiteral("save");
+    return u"save"_s;
 }
 
 QString unknownKey()
 {
-    return QStringLiteral("unknown");
+    return u"unknown"_s;
 }
 
 /// Counts the events of one type that reach an object.
@@ -88,10 +90,10 @@ private:
 };
 
 /// A tree of two with the tip below its root, as an index hands it out.
-IndexAnswer newAnswer(const QString& key, const QString& path = QStringLiteral("/"))
+IndexAnswer newAnswer(const QString& key, const QString& path = u"/"_s)
 {
     auto* root = new VLXmlElement;
-    root->setTagName(QStringLiteral("vidlets"));
+    root->setTagName(u"vidlets"_s);
     VLXmlElement* element = PopupStage::newContent(key);
     element->setParent(root);
     return {element, root, path, 1};
@@ -178,7 +180,7 @@ void TestShow::show_sendsMessage_evenWhenDisabled()
     stage.interface.recordedMessages.clear();
     stage.manager->show(openKey(), kPointer, &stage.control);
     QCOMPARE(stage.interface.messages(VLMessageInformation),
-             QStringList{QStringLiteral("looking for Vidlet for key:open")});
+             QStringList{u"looking for Vidlet for key:open"_s});
 }
 
 void TestShow::show_refusesWithoutPopup_whenDisabled()
@@ -282,7 +284,7 @@ void TestShow::show_showsContentBesidePointer()
     QCOMPARE(stage.popup()->referenceWidget(), &stage.control);
     QCOMPARE(stage.scene()->property("shownKey").toString(), openKey());
     QCOMPARE(stage.scene()->property("shownLocation").toString(), stage.packageRoot);
-    QCOMPARE(stage.index.requests, QStringList{QStringLiteral("open@en_US")});
+    QCOMPARE(stage.index.requests, QStringList{u"open@en_US"_s});
 }
 
 void TestShow::show_worksWithoutReference()
@@ -339,24 +341,22 @@ void TestShow::show_retrievesAgain_whenKeyIsNoLongerOnShow()
 
 void TestShow::show_triesBothLocales_whenKeyIsUnknown()
 {
-    PopupStage stage(
-        {{ckLocale, QStringLiteral("de_DE")}, {ckFallbackLocale, QStringLiteral("fr_FR")}});
+    PopupStage stage({{ckLocale, u"de_DE"_s}, {ckFallbackLocale, u"fr_FR"_s}});
     QVERIFY(!stage.manager->show(unknownKey(), kPointer, &stage.control));
-    QCOMPARE(stage.index.requests,
-             (QStringList{QStringLiteral("unknown@de_DE"), QStringLiteral("unknown@fr_FR")}));
+    QCOMPARE(stage.index.requests, (QStringList{u"unknown@de_DE"_s, u"unknown@fr_FR"_s}));
 }
 
 void TestShow::show_looksUpEmptyKey()
 {
     PopupStage stage;
-    stage.packages.writeControlFile(QStringLiteral("tips.vidlets"), QStringLiteral("empty.xml"),
+    stage.packages.writeControlFile(u"tips.vidlets"_s, u"empty.xml"_s,
                                     "<vidlets>\n<vidlet key=\"\"/>\n</vidlets>\n");
     stage.rescan();
     stage.control.setObjectName(QString());
     QHelpEvent event(QEvent::ToolTip, QPoint(), kPointer);
     QVERIFY(stage.manager->eventFilter(&stage.control, &event));
     QVERIFY(stage.popup()->isVisible());
-    QCOMPARE(stage.index.requests, QStringList{QStringLiteral("@en_US")});
+    QCOMPARE(stage.index.requests, QStringList{u"@en_US"_s});
 }
 
 void TestShow::show_returnsFalse_whenUnknownAndHidden()
@@ -373,8 +373,8 @@ void TestShow::show_returnsFalse_whenUnknownAndHidden()
 
 void TestShow::show_showsFallback_inFallbackLocaleAlone()
 {
-    PopupStage stage({{ckLocale, QStringLiteral("de_DE")},
-                      {ckFallbackLocale, QStringLiteral("fr_FR")},
+    PopupStage stage({{ckLocale, u"de_DE"_s},
+                      {ckFallbackLocale, u"fr_FR"_s},
                       {ckFallbackKey, saveKey()},
                       {ckMessageLevel, VLMessageInformation}});
     stage.interface.recordedMessages.clear();
@@ -382,20 +382,19 @@ void TestShow::show_showsFallback_inFallbackLocaleAlone()
     QVERIFY(stage.manager->show(unknownKey(), kPointer, &stage.control));
 
     QVERIFY(stage.popup()->isVisible());
-    QCOMPARE(stage.view()->content()->attribute(QStringLiteral("key")), saveKey());
+    QCOMPARE(stage.view()->content()->attribute(u"key"_s), saveKey());
     QCOMPARE(stage.index.requests,
-             (QStringList{QStringLiteral("unknown@de_DE"), QStringLiteral("unknown@fr_FR"),
-                          QStringLiteral("save@fr_FR")}));
+             (QStringList{u"unknown@de_DE"_s, u"unknown@fr_FR"_s, u"save@fr_FR"_s}));
     // The time of this lookup is not told.
     QCOMPARE(stage.interface.messages(VLMessageInformation),
-             QStringList{QStringLiteral("looking for Vidlet for key:unknown")});
+             QStringList{u"looking for Vidlet for key:unknown"_s});
 }
 
 void TestShow::show_triesFallbackInDefaultLocale()
 {
-    PopupStage stage({{ckLocale, QStringLiteral("de_DE")}, {ckFallbackKey, saveKey()}});
+    PopupStage stage({{ckLocale, u"de_DE"_s}, {ckFallbackKey, saveKey()}});
     QVERIFY(stage.manager->show(unknownKey(), kPointer, &stage.control));
-    QCOMPARE(stage.index.requests.last(), QStringLiteral("save@en_US"));
+    QCOMPARE(stage.index.requests.last(), u"save@en_US"_s);
 }
 
 void TestShow::show_looksForFallback_unlessNull_data()
@@ -404,9 +403,8 @@ void TestShow::show_looksForFallback_unlessNull_data()
     QTest::addColumn<QStringList>("lookups");
     QTest::newRow("invalid") << QVariant() << QStringList();
     QTest::newRow("null") << QVariant(QString()) << QStringList();
-    QTest::newRow("empty") << QVariant(QStringLiteral("")) << QStringList{QStringLiteral("@en_US")};
-    QTest::newRow("without content")
-        << QVariant(QStringLiteral("none")) << QStringList{QStringLiteral("none@en_US")};
+    QTest::newRow("empty") << QVariant(u""_s) << QStringList{u"@en_US"_s};
+    QTest::newRow("without content") << QVariant(u"none"_s) << QStringList{u"none@en_US"_s};
 }
 
 void TestShow::show_looksForFallback_unlessNull()
@@ -425,19 +423,18 @@ void TestShow::show_keepsOpenFallback()
     const QPointer<VLXmlElement> content = stage.view()->content();
     stage.index.requests.clear();
 
-    QVERIFY(stage.manager->show(QStringLiteral("other"), kPointer + QPoint(200, 200), nullptr));
+    QVERIFY(stage.manager->show(u"other"_s, kPointer + QPoint(200, 200), nullptr));
 
     QCOMPARE(stage.view()->content(), content.data());
     QCOMPARE(stage.popup()->pos(), kTipPosition);
-    QCOMPARE(stage.index.requests,
-             (QStringList{QStringLiteral("other@en_US"), QStringLiteral("other@en_US")}));
+    QCOMPARE(stage.index.requests, (QStringList{u"other@en_US"_s, u"other@en_US"_s}));
 }
 
 void TestShow::show_hasNothingToShow_whenRootIsNull()
 {
     PopupStage stage;
     stage.index.answer = [](const QString& key) {
-        return IndexAnswer{PopupStage::newContent(key), nullptr, QStringLiteral("/"), 1};
+        return IndexAnswer{PopupStage::newContent(key), nullptr, u"/"_s, 1};
     };
     QVERIFY(!stage.manager->show(openKey(), kPointer, &stage.control));
     QVERIFY(!stage.popup()->isVisible());
@@ -548,13 +545,12 @@ void TestShow::show_asksHostForShortcut()
 void TestShow::show_keepsShortcut_whenHostGivesEmptyOne()
 {
     PopupStage stage;
-    stage.interface.shortcutToGive = QStringLiteral("");
+    stage.interface.shortcutToGive = u""_s;
     stage.manager->show(openKey(), kPointer, &stage.control);
-    QCOMPARE(stage.view()->content()->attribute(QStringLiteral("shortcut")),
-             QStringLiteral("Ctrl+O"));
+    QCOMPARE(stage.view()->content()->attribute(u"shortcut"_s), u"Ctrl+O"_s);
 
     stage.manager->show(saveKey(), kPointer, &stage.control);
-    QVERIFY(!stage.view()->content()->hasAttribute(QStringLiteral("shortcut")));
+    QVERIFY(!stage.view()->content()->hasAttribute(u"shortcut"_s));
 }
 
 void TestShow::show_asksForShortcutOfRequestedKey_whenFallbackIsShown()
@@ -562,7 +558,7 @@ void TestShow::show_asksForShortcutOfRequestedKey_whenFallbackIsShown()
     PopupStage stage({{ckFallbackKey, openKey()}});
     stage.manager->show(unknownKey(), kPointer, &stage.control);
     QCOMPARE(stage.interface.shortcutRequests.first().key, unknownKey());
-    QCOMPARE(stage.interface.shortcutRequests.first().shortcut, QStringLiteral("Ctrl+O"));
+    QCOMPARE(stage.interface.shortcutRequests.first().shortcut, u"Ctrl+O"_s);
 }
 
 void TestShow::show_climbsToPackageRoot_data()
@@ -580,9 +576,9 @@ void TestShow::show_climbsToPackageRoot()
     QFETCH(QString, root);
     PopupStage stage;
     const QString base = stage.packages.dataPath();
-    QVERIFY(QDir().mkpath(base + QStringLiteral("/a/b/c")));
+    QVERIFY(QDir().mkpath(base + u"/a/b/c"_s));
     stage.index.answer = [&](const QString& key) {
-        IndexAnswer answer = newAnswer(key, base + QStringLiteral("/a/b/c"));
+        IndexAnswer answer = newAnswer(key, base + u"/a/b/c"_s);
         answer.depth = depth;
         return answer;
     };
@@ -594,7 +590,7 @@ void TestShow::show_climbsToPackageRoot()
 void TestShow::show_givesCanonicalPackageRoot()
 {
     PopupStage stage;
-    const QString link = stage.packages.path(QStringLiteral("link"));
+    const QString link = stage.packages.path(u"link"_s);
     QVERIFY(QFile::link(stage.packageRoot, link));
     stage.index.answer = [&](const QString& key) { return newAnswer(key, link); };
     QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
@@ -639,20 +635,20 @@ void TestShow::show_decidesOverOpenTip_whenKeyIsUnknown()
     PopupStage stage({{ckHideDuration, kEndlessMs}});
     stage.manager->show(openKey(), kPointer, &stage.control);
     QWidget widget;
-    if (reference == QStringLiteral("tooltip"))
-        widget.setToolTip(QStringLiteral("an ordinary one"));
+    if (reference == u"tooltip"_s)
+        widget.setToolTip(u"an ordinary one"_s);
     QObject noWidget;
     QObject* asking = &widget;
-    if (reference == QStringLiteral("none"))
+    if (reference == u"none"_s)
         asking = nullptr;
-    else if (reference == QStringLiteral("no widget"))
+    else if (reference == u"no widget"_s)
         asking = &noWidget;
 
     QCOMPARE(stage.manager->show(unknownKey(), position, asking), kept);
 
     QVERIFY(stage.popup()->isVisible());
     QCOMPARE(stage.animation()->state() == QAbstractAnimation::Running, !kept);
-    QCOMPARE(stage.view()->content()->attribute(QStringLiteral("key")), openKey());
+    QCOMPARE(stage.view()->content()->attribute(u"key"_s), openKey());
 }
 
 void TestShow::show_hidesOpenTipAtOnce_withoutFade()
@@ -829,12 +825,12 @@ void TestShow::mouseButtonEventFilter_hidesOnlyOutside()
     QObject noWidget;
     QWidget window;
     const QMap<QString, QObject*> objects{
-        {QStringLiteral("none"), nullptr},
-        {QStringLiteral("no widget"), &noWidget},
-        {QStringLiteral("popup"), stage.popup()},
-        {QStringLiteral("container"), stage.popup()->layout()->itemAt(0)->widget()},
-        {QStringLiteral("another window"), &window},
-        {QStringLiteral("reference"), &stage.control}};
+        {u"none"_s, nullptr},
+        {u"no widget"_s, &noWidget},
+        {u"popup"_s, stage.popup()},
+        {u"container"_s, stage.popup()->layout()->itemAt(0)->widget()},
+        {u"another window"_s, &window},
+        {u"reference"_s, &stage.control}};
     QMouseEvent event = mouseEvent(QEvent::MouseButtonPress, kPointer);
 
     QVERIFY(!stage.manager->mouseButtonEventFilter(objects.value(object), &event));

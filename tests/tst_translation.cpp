@@ -16,6 +16,8 @@
 #include <cstdio>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -26,32 +28,32 @@ const QPoint kPointer(400, 300);
 
 QString openKey()
 {
-    return QStringLiteral("open");
+    return u"open"_s;
 }
 
 QString saveKey()
 {
-    return QStringLiteral("save");
+    return u"save"_s;
 }
 
 QString shortcutName()
 {
-    return QStringLiteral("shortcut");
+    return u"shortcut"_s;
 }
 
 QString defaultText()
 {
-    return QStringLiteral("default");
+    return u"default"_s;
 }
 
 QString tipsPackage()
 {
-    return QStringLiteral("tips.vidlets");
+    return u"tips.vidlets"_s;
 }
 
 QString germanFile()
 {
-    return QStringLiteral("Vidlets_de_DE.qm");
+    return u"Vidlets_de_DE.qm"_s;
 }
 
 /// One entry of a translation file.
@@ -64,10 +66,10 @@ struct Entry
 
 QString asXml(const Entry& entry)
 {
-    return QStringLiteral("<context><name>%1</name><message><source>%2</source>"
-                          "<translation>%3</translation></message></context>\n")
-        .arg(entry.context.toHtmlEscaped(), entry.source.toHtmlEscaped(),
-             entry.translation.toHtmlEscaped());
+    return u"<context><name>%1</name><message><source>%2</source>"
+           "<translation>%3</translation></message></context>\n"_s.arg(
+               entry.context.toHtmlEscaped(), entry.source.toHtmlEscaped(),
+               entry.translation.toHtmlEscaped());
 }
 
 /// Compiles @p entries with the tool that translators use, and puts the result in place of what
@@ -75,20 +77,19 @@ QString asXml(const Entry& entry)
 void compile(const QList<Entry>& entries, const QString& filePath)
 {
     const QTemporaryDir directory;
-    QFile source(directory.filePath(QStringLiteral("source.ts")));
-    QString text = QStringLiteral("<!DOCTYPE TS>\n<TS version=\"2.1\" language=\"de_DE\">\n");
+    QFile source(directory.filePath(u"source.ts"_s));
+    QString text = u"<!DOCTYPE TS>\n<TS version=\"2.1\" language=\"de_DE\">\n"_s;
     for (const Entry& entry : entries)
         text += asXml(entry);
-    text += QStringLiteral("</TS>\n");
+    text += u"</TS>\n"_s;
     if (!source.open(QIODevice::WriteOnly) || source.write(text.toUtf8()) < 0)
         qFatal("Could not write %s", qPrintable(source.fileName()));
     source.close();
 
     QDir().mkpath(QFileInfo(filePath).path());
-    const QString compiled = filePath + QStringLiteral(".new");
+    const QString compiled = filePath + u".new"_s;
     QProcess process;
-    process.start(QStringLiteral(LRELEASE),
-                  {QStringLiteral("-silent"), source.fileName(), QStringLiteral("-qm"), compiled});
+    process.start(QStringLiteral(LRELEASE), {u"-silent"_s, source.fileName(), u"-qm"_s, compiled});
     if (!process.waitForFinished() || process.exitCode() != 0)
         qFatal("lrelease: %s", process.readAllStandardError().constData());
     if (std::rename(QFile::encodeName(compiled).constData(),
@@ -100,7 +101,7 @@ void compile(const QList<Entry>& entries, const QString& filePath)
 class TranslationStage : public PopupStage
 {
 public:
-    explicit TranslationStage(const Settings& settings = {{ckLocale, QStringLiteral("de_DE")}})
+    explicit TranslationStage(const Settings& settings = {{ckLocale, u"de_DE"_s}})
         : PopupStage(settings)
     {
     }
@@ -109,7 +110,7 @@ public:
     QString writeFile(const QString& relativePath, const QString& translation)
     {
         const QString filePath = packages.path(relativePath);
-        compile({{QStringLiteral("Tip"), QStringLiteral("Open"), translation}}, filePath);
+        compile({{u"Tip"_s, u"Open"_s, translation}}, filePath);
         return filePath;
     }
 
@@ -120,7 +121,7 @@ public:
     }
     QString germanPath() const
     {
-        return packages.path(tipsPackage() + QStringLiteral("/l10n/") + germanFile());
+        return packages.path(tipsPackage() + u"/l10n/"_s + germanFile());
     }
 
     void showTip(const QString& key = openKey())
@@ -131,7 +132,7 @@ public:
 
     QString translated()
     {
-        return manager->translateString(QStringLiteral("Open"), QStringLiteral("Tip"));
+        return manager->translateString(u"Open"_s, u"Tip"_s);
     }
 };
 
@@ -142,17 +143,17 @@ public:
     WholeHost()
         : index(&context)
     {
-        packages.write(tipsPackage() + QStringLiteral("/ui/VidletUI.qml"),
+        packages.write(tipsPackage() + u"/ui/VidletUI.qml"_s,
                        "import QtQuick\n"
                        "Item {\n"
                        "    property string text: vidletView.translate(\"Open\", \"Tip\")\n"
                        "    width: 120\n"
                        "    height: 80\n"
                        "}\n");
-        packages.writeTip(tipsPackage(), QStringLiteral("tips.xml"), openKey());
-        compile({{QStringLiteral("Tip"), QStringLiteral("Open"), QStringLiteral("Öffnen")}},
-                packages.path(tipsPackage() + QStringLiteral("/l10n/") + germanFile()));
-        context.set(ckLocale, QStringLiteral("de_DE"));
+        packages.writeTip(tipsPackage(), u"tips.xml"_s, openKey());
+        compile({{u"Tip"_s, u"Open"_s, u"Öffnen"_s}},
+                packages.path(tipsPackage() + u"/l10n/"_s + germanFile()));
+        context.set(ckLocale, u"de_DE"_s);
         interface = std::make_unique<Interface>(context, QStringList{packages.dataPath()}, &index);
     }
     ~WholeHost()
@@ -191,7 +192,7 @@ public:
 
     QString translateString(const QString& text, const QString& context) override
     {
-        return context + QLatin1Char('/') + text;
+        return context + u'/' + text;
     }
 };
 
@@ -303,8 +304,8 @@ private Q_SLOTS:
 void TestTranslation::translateString_returnsText_withoutPopup()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
+    stage.writeFile(u"Auf"_s);
+    QCOMPARE(stage.translated(), u"Open"_s);
     QVERIFY(!stage.manager->widget());
 }
 
@@ -312,13 +313,13 @@ void TestTranslation::translateString_returnsText_withoutView()
 {
     TranslationStage stage;
     stage.popup()->setView(nullptr);
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
+    QCOMPARE(stage.translated(), u"Open"_s);
 }
 
 void TestTranslation::translateString_isEmpty_withoutContentAndFile()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
+    stage.writeFile(u"Auf"_s);
     QVERIFY(stage.popup());
     // No name of a file equals the name of no file, so the empty translator is asked.
     QCOMPARE(stage.translated(), QString());
@@ -327,11 +328,11 @@ void TestTranslation::translateString_isEmpty_withoutContentAndFile()
 void TestTranslation::translateString_returnsTextOnce_whenContentWentAfterLoad()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
+    stage.writeFile(u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
     stage.view()->setContent(nullptr);
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
+    QCOMPARE(stage.translated(), u"Open"_s);
     QCOMPARE(stage.translated(), QString());
 }
 
@@ -339,7 +340,7 @@ void TestTranslation::translateString_isEmpty_whenContentWentAfterFailedLoad()
 {
     TranslationStage stage;
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
+    QCOMPARE(stage.translated(), u"Open"_s);
     stage.view()->setContent(nullptr);
     QCOMPARE(stage.translated(), QString());
 }
@@ -348,26 +349,20 @@ void TestTranslation::translateString_findsFileByStemAndLocale_data()
 {
     QTest::addColumn<Settings>("settings");
     QTest::addColumn<QString>("fileName");
-    const QString system = QStringLiteral("Vidlets_%1.qm").arg(QLocale::system().name());
-    QTest::newRow("locale") << Settings{{ckLocale, QStringLiteral("fr_CA")}}
-                            << QStringLiteral("Vidlets_fr_CA.qm");
-    QTest::newRow("language alone")
-        << Settings{{ckLocale, QStringLiteral("fr")}} << QStringLiteral("Vidlets_fr_FR.qm");
-    QTest::newRow("locale before fallback") << Settings{{ckLocale, QStringLiteral("fr_CA")},
-                                                        {ckFallbackLocale, QStringLiteral("it_IT")}}
-                                            << QStringLiteral("Vidlets_fr_CA.qm");
-    QTest::newRow("fallback") << Settings{{ckFallbackLocale, QStringLiteral("it_IT")}}
-                              << QStringLiteral("Vidlets_it_IT.qm");
-    QTest::newRow("empty locale") << Settings{{ckLocale, QStringLiteral("")},
-                                              {ckFallbackLocale, QStringLiteral("it_IT")}}
-                                  << QStringLiteral("Vidlets_it_IT.qm");
+    const QString system = u"Vidlets_%1.qm"_s.arg(QLocale::system().name());
+    QTest::newRow("locale") << Settings{{ckLocale, u"fr_CA"_s}} << u"Vidlets_fr_CA.qm"_s;
+    QTest::newRow("language alone") << Settings{{ckLocale, u"fr"_s}} << u"Vidlets_fr_FR.qm"_s;
+    QTest::newRow("locale before fallback")
+        << Settings{{ckLocale, u"fr_CA"_s}, {ckFallbackLocale, u"it_IT"_s}}
+        << u"Vidlets_fr_CA.qm"_s;
+    QTest::newRow("fallback") << Settings{{ckFallbackLocale, u"it_IT"_s}} << u"Vidlets_it_IT.qm"_s;
+    QTest::newRow("empty locale") << Settings{{ckLocale, u""_s}, {ckFallbackLocale, u"it_IT"_s}}
+                                  << u"Vidlets_it_IT.qm"_s;
     QTest::newRow("system") << Settings() << system;
-    QTest::newRow("stem") << Settings{{ckLocale, QStringLiteral("fr_CA")},
-                                      {ckTranslationStem, QStringLiteral("Tips")}}
-                          << QStringLiteral("Tips_fr_CA.qm");
-    QTest::newRow("empty stem") << Settings{{ckLocale, QStringLiteral("fr_CA")},
-                                            {ckTranslationStem, QStringLiteral("")}}
-                                << QStringLiteral("_fr_CA.qm");
+    QTest::newRow("stem") << Settings{{ckLocale, u"fr_CA"_s}, {ckTranslationStem, u"Tips"_s}}
+                          << u"Tips_fr_CA.qm"_s;
+    QTest::newRow("empty stem") << Settings{{ckLocale, u"fr_CA"_s}, {ckTranslationStem, u""_s}}
+                                << u"_fr_CA.qm"_s;
 }
 
 void TestTranslation::translateString_findsFileByStemAndLocale()
@@ -375,12 +370,10 @@ void TestTranslation::translateString_findsFileByStemAndLocale()
     QFETCH(Settings, settings);
     QFETCH(QString, fileName);
     TranslationStage stage(settings);
-    const QString directory = tipsPackage() + QStringLiteral("/l10n/");
+    const QString directory = tipsPackage() + u"/l10n/"_s;
     const QStringList fileNames{
-        QStringLiteral("Vidlets_fr_CA.qm"), QStringLiteral("Vidlets_fr_FR.qm"),
-        QStringLiteral("Vidlets_fr.qm"),    QStringLiteral("Vidlets_it_IT.qm"),
-        QStringLiteral("Vidlets.qm"),       QStringLiteral("Tips_fr_CA.qm"),
-        QStringLiteral("_fr_CA.qm"),        fileName};
+        u"Vidlets_fr_CA.qm"_s, u"Vidlets_fr_FR.qm"_s, u"Vidlets_fr.qm"_s, u"Vidlets_it_IT.qm"_s,
+        u"Vidlets.qm"_s,       u"Tips_fr_CA.qm"_s,    u"_fr_CA.qm"_s,     fileName};
     for (const QString& name : fileNames)
         stage.writeFile(directory + name, name);
     stage.showTip();
@@ -395,15 +388,13 @@ void TestTranslation::translateString_findsFileInCategory_data()
     QTest::addColumn<QString>("directory");
     const QByteArray inRoot = "l10n_name=\"of-root\"";
     const QByteArray inTip = "l10n_name=\"of-tip\"";
-    const QVariant setting(QStringLiteral("of-setting"));
-    QTest::newRow("tip") << inRoot << inTip << setting << QStringLiteral("of-tip");
-    QTest::newRow("parent") << inRoot << QByteArray() << setting << QStringLiteral("of-root");
+    const QVariant setting(u"of-setting"_s);
+    QTest::newRow("tip") << inRoot << inTip << setting << u"of-tip"_s;
+    QTest::newRow("parent") << inRoot << QByteArray() << setting << u"of-root"_s;
     QTest::newRow("empty in the tip")
-        << inRoot << QByteArray("l10n_name=\"\"") << setting << QStringLiteral("of-setting");
-    QTest::newRow("setting") << QByteArray() << QByteArray() << setting
-                             << QStringLiteral("of-setting");
-    QTest::newRow("default") << QByteArray() << QByteArray() << QVariant(QStringLiteral("l10n"))
-                             << QStringLiteral("l10n");
+        << inRoot << QByteArray("l10n_name=\"\"") << setting << u"of-setting"_s;
+    QTest::newRow("setting") << QByteArray() << QByteArray() << setting << u"of-setting"_s;
+    QTest::newRow("default") << QByteArray() << QByteArray() << QVariant(u"l10n"_s) << u"l10n"_s;
 }
 
 void TestTranslation::translateString_findsFileInCategory()
@@ -413,57 +404,53 @@ void TestTranslation::translateString_findsFileInCategory()
     QFETCH(QVariant, setting);
     QFETCH(QString, directory);
     TranslationStage stage;
-    if (directory != QStringLiteral("l10n"))
+    if (directory != u"l10n"_s)
         stage.set(ckTranslationDirectory, setting);
-    stage.packages.writeControlFile(tipsPackage(), QStringLiteral("more.xml"),
+    stage.packages.writeControlFile(tipsPackage(), u"more.xml"_s,
                                     "<vidlets " + ofRoot + ">\n<vidlet key=\"more\" " + ofTip
                                         + "/>\n</vidlets>\n");
     stage.rescan();
-    const QStringList directories{QStringLiteral("of-tip"), QStringLiteral("of-root"),
-                                  QStringLiteral("of-setting"), QStringLiteral("l10n")};
+    const QStringList directories{u"of-tip"_s, u"of-root"_s, u"of-setting"_s, u"l10n"_s};
     for (const QString& name : directories)
-        stage.writeFile(tipsPackage() + QLatin1Char('/') + name + QLatin1Char('/') + germanFile(),
-                        name);
-    stage.showTip(QStringLiteral("more"));
+        stage.writeFile(tipsPackage() + u'/' + name + u'/' + germanFile(), name);
+    stage.showTip(u"more"_s);
     QCOMPARE(stage.translated(), directory);
 }
 
 void TestTranslation::translateString_readsSettingsAnew()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
-    stage.writeFile(tipsPackage() + QStringLiteral("/l10n/Tips_de_DE.qm"), QStringLiteral("Los"));
-    stage.writeFile(tipsPackage() + QStringLiteral("/texts/Tips_de_DE.qm"), QStringLiteral("Ja"));
+    stage.writeFile(u"Auf"_s);
+    stage.writeFile(tipsPackage() + u"/l10n/Tips_de_DE.qm"_s, u"Los"_s);
+    stage.writeFile(tipsPackage() + u"/texts/Tips_de_DE.qm"_s, u"Ja"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    stage.set(ckTranslationStem, QStringLiteral("Tips"));
-    QCOMPARE(stage.translated(), QStringLiteral("Los"));
-    stage.set(ckTranslationDirectory, QStringLiteral("texts"));
-    QCOMPARE(stage.translated(), QStringLiteral("Ja"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.set(ckTranslationStem, u"Tips"_s);
+    QCOMPARE(stage.translated(), u"Los"_s);
+    stage.set(ckTranslationDirectory, u"texts"_s);
+    QCOMPARE(stage.translated(), u"Ja"_s);
 }
 
 void TestTranslation::translateString_looksInContext()
 {
     TranslationStage stage;
     const QString filePath = stage.germanPath();
-    compile({{QStringLiteral("Tip"), QStringLiteral("Open"), QStringLiteral("Öffnen")},
-             {QStringLiteral("State"), QStringLiteral("Open"), QStringLiteral("Offen")}},
-            filePath);
+    compile({{u"Tip"_s, u"Open"_s, u"Öffnen"_s}, {u"State"_s, u"Open"_s, u"Offen"_s}}, filePath);
     stage.showTip();
     const auto translate = [&](const QString& context) {
-        return stage.manager->translateString(QStringLiteral("Open"), context);
+        return stage.manager->translateString(u"Open"_s, context);
     };
-    QCOMPARE(translate(QStringLiteral("Tip")), QStringLiteral("Öffnen"));
-    QCOMPARE(translate(QStringLiteral("State")), QStringLiteral("Offen"));
+    QCOMPARE(translate(u"Tip"_s), u"Öffnen"_s);
+    QCOMPARE(translate(u"State"_s), u"Offen"_s);
 }
 
 void TestTranslation::translateString_isEmpty_whenFileLacksText_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("context");
-    QTest::newRow("another text") << QStringLiteral("Close") << QStringLiteral("Tip");
-    QTest::newRow("another context") << QStringLiteral("Open") << QStringLiteral("State");
-    QTest::newRow("another case") << QStringLiteral("open") << QStringLiteral("Tip");
+    QTest::newRow("another text") << u"Close"_s << u"Tip"_s;
+    QTest::newRow("another context") << u"Open"_s << u"State"_s;
+    QTest::newRow("another case") << u"open"_s << u"Tip"_s;
 }
 
 void TestTranslation::translateString_isEmpty_whenFileLacksText()
@@ -471,19 +458,19 @@ void TestTranslation::translateString_isEmpty_whenFileLacksText()
     QFETCH(QString, text);
     QFETCH(QString, context);
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
+    stage.writeFile(u"Auf"_s);
     stage.showTip();
     QCOMPARE(stage.manager->translateString(text, context), QString());
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_handsTextsOverInUtf8()
 {
     TranslationStage stage;
     const QString filePath = stage.germanPath();
-    const QString context = QStringLiteral("Größe");
-    const QString text = QStringLiteral("Über 5 € – 大きい");
-    const QString translation = QStringLiteral("More than 5 € – big 😀");
+    const QString context = u"Größe"_s;
+    const QString text = u"Über 5 € – 大きい"_s;
+    const QString translation = u"More than 5 € – big 😀"_s;
     compile({{context, text, translation}}, filePath);
     stage.showTip();
     QCOMPARE(stage.manager->translateString(text, context), translation);
@@ -492,106 +479,104 @@ void TestTranslation::translateString_handsTextsOverInUtf8()
 void TestTranslation::translateString_loadsAnew_whenPackageChanges()
 {
     TranslationStage stage;
-    const QString other = QStringLiteral("other.vidlets");
-    stage.packages.writeTip(other, QStringLiteral("tips.xml"), QStringLiteral("elsewhere"));
+    const QString other = u"other.vidlets"_s;
+    stage.packages.writeTip(other, u"tips.xml"_s, u"elsewhere"_s);
     stage.rescan();
-    stage.writeFile(QStringLiteral("Auf"));
-    stage.writeFile(other + QStringLiteral("/l10n/") + germanFile(), QStringLiteral("Los"));
+    stage.writeFile(u"Auf"_s);
+    stage.writeFile(other + u"/l10n/"_s + germanFile(), u"Los"_s);
 
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    stage.showTip(QStringLiteral("elsewhere"));
-    QCOMPARE(stage.translated(), QStringLiteral("Los"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.showTip(u"elsewhere"_s);
+    QCOMPARE(stage.translated(), u"Los"_s);
     stage.showTip(saveKey());
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_loadsAnew_whenLocaleChanges()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
-    stage.writeFile(tipsPackage() + QStringLiteral("/l10n/Vidlets_fr_FR.qm"),
-                    QStringLiteral("Ouvrir"));
+    stage.writeFile(u"Auf"_s);
+    stage.writeFile(tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    stage.set(ckLocale, QStringLiteral("fr_FR"));
-    QCOMPARE(stage.translated(), QStringLiteral("Ouvrir"));
-    stage.set(ckLocale, QStringLiteral("it_IT"));
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
-    stage.set(ckLocale, QStringLiteral("de_DE"));
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.set(ckLocale, u"fr_FR"_s);
+    QCOMPARE(stage.translated(), u"Ouvrir"_s);
+    stage.set(ckLocale, u"it_IT"_s);
+    QCOMPARE(stage.translated(), u"Open"_s);
+    stage.set(ckLocale, u"de_DE"_s);
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_returnsText_whenFileIsMissing()
 {
     TranslationStage stage;
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
+    QCOMPARE(stage.translated(), u"Open"_s);
+    QCOMPARE(stage.translated(), u"Open"_s);
 }
 
 void TestTranslation::translateString_returnsText_whenFileIsNoTranslation()
 {
     TranslationStage stage;
-    stage.packages.write(tipsPackage() + QStringLiteral("/l10n/") + germanFile(), "no translation");
+    stage.packages.write(tipsPackage() + u"/l10n/"_s + germanFile(), "no translation");
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
-    stage.writeFile(QStringLiteral("Auf"));
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Open"_s);
+    stage.writeFile(u"Auf"_s);
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_triesAgain_whenLoadFailed()
 {
     TranslationStage stage;
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
-    stage.writeFile(QStringLiteral("Auf"));
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Open"_s);
+    stage.writeFile(u"Auf"_s);
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_keepsLoadedFile_whenItIsReplaced()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
+    stage.writeFile(u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    stage.writeFile(QStringLiteral("Los"));
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.writeFile(u"Los"_s);
+    QCOMPARE(stage.translated(), u"Auf"_s);
 }
 
 void TestTranslation::translateString_keepsOneFileOnly()
 {
     TranslationStage stage;
-    stage.writeFile(QStringLiteral("Auf"));
-    stage.writeFile(tipsPackage() + QStringLiteral("/l10n/Vidlets_fr_FR.qm"),
-                    QStringLiteral("Ouvrir"));
+    stage.writeFile(u"Auf"_s);
+    stage.writeFile(tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    stage.set(ckLocale, QStringLiteral("fr_FR"));
-    QCOMPARE(stage.translated(), QStringLiteral("Ouvrir"));
-    stage.writeFile(QStringLiteral("Los"));
-    stage.set(ckLocale, QStringLiteral("de_DE"));
-    QCOMPARE(stage.translated(), QStringLiteral("Los"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.set(ckLocale, u"fr_FR"_s);
+    QCOMPARE(stage.translated(), u"Ouvrir"_s);
+    stage.writeFile(u"Los"_s);
+    stage.set(ckLocale, u"de_DE"_s);
+    QCOMPARE(stage.translated(), u"Los"_s);
 }
 
 void TestTranslation::translateString_forgetsLoadedFile_whenItIsRemoved()
 {
     TranslationStage stage;
-    const QString filePath = stage.writeFile(QStringLiteral("Auf"));
+    const QString filePath = stage.writeFile(u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
+    QCOMPARE(stage.translated(), u"Auf"_s);
     // The search for the file comes first, so what is loaded no longer counts.
     QVERIFY(QFile::remove(filePath));
-    QCOMPARE(stage.translated(), QStringLiteral("Open"));
-    stage.writeFile(QStringLiteral("Los"));
-    QCOMPARE(stage.translated(), QStringLiteral("Los"));
+    QCOMPARE(stage.translated(), u"Open"_s);
+    stage.writeFile(u"Los"_s);
+    QCOMPARE(stage.translated(), u"Los"_s);
 }
 
 void TestTranslation::translator_belongsToManagerAlone()
 {
     TranslationStage stage;
     const auto translators = [&] { return stage.manager->findChildren<QTranslator*>(); };
-    stage.writeFile(QStringLiteral("Auf"));
+    stage.writeFile(u"Auf"_s);
     stage.translated();
     QVERIFY(translators().isEmpty());
     stage.showTip();
@@ -600,13 +585,13 @@ void TestTranslation::translator_belongsToManagerAlone()
     const QPointer<QTranslator> translator = translators().first();
     QCOMPARE(translator->parent(), stage.manager.get());
 
-    stage.set(ckLocale, QStringLiteral("fr_FR"));
+    stage.set(ckLocale, u"fr_FR"_s);
     stage.translated();
     QCOMPARE(translators(), QList<QTranslator*>{translator});
     // The host's own texts are not its business.
-    stage.set(ckLocale, QStringLiteral("de_DE"));
-    QCOMPARE(stage.translated(), QStringLiteral("Auf"));
-    QCOMPARE(QCoreApplication::translate("Tip", "Open"), QStringLiteral("Open"));
+    stage.set(ckLocale, u"de_DE"_s);
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(QCoreApplication::translate("Tip", "Open"), u"Open"_s);
 
     stage.manager.reset();
     QVERIFY(!translator);
@@ -618,11 +603,10 @@ void TestTranslation::translate_looksIntoPackage_byDefault()
     VLView* view = host.showTip();
     QVERIFY(view);
     QVERIFY(view->rootObject());
-    QCOMPARE(view->rootObject()->property("text").toString(), QStringLiteral("Öffnen"));
-    QCOMPARE(view->translate(QStringLiteral("Open"), QStringLiteral("Tip")),
-             QStringLiteral("Öffnen"));
+    QCOMPARE(view->rootObject()->property("text").toString(), u"Öffnen"_s);
+    QCOMPARE(view->translate(u"Open"_s, u"Tip"_s), u"Öffnen"_s);
     // As it comes, all the way.
-    QCOMPARE(view->translate(QStringLiteral("Close"), QStringLiteral("Tip")), QString());
+    QCOMPARE(view->translate(u"Close"_s, u"Tip"_s), QString());
 }
 
 void TestTranslation::translate_isLeftToHost_whenOverridden()
@@ -631,32 +615,30 @@ void TestTranslation::translate_isLeftToHost_whenOverridden()
     VLView* view = host.showTip();
     QVERIFY(view);
     QVERIFY(view->rootObject());
-    QCOMPARE(view->rootObject()->property("text").toString(), QStringLiteral("Tip/Open"));
-    QCOMPARE(view->translate(QStringLiteral("Close"), QStringLiteral("Tip")),
-             QStringLiteral("Tip/Close"));
+    QCOMPARE(view->rootObject()->property("text").toString(), u"Tip/Open"_s);
+    QCOMPARE(view->translate(u"Close"_s, u"Tip"_s), u"Tip/Close"_s);
     // The library is not asked in between.
     QVERIFY(view->manager()->findChildren<QTranslator*>().isEmpty());
     // Asked directly it answers itself.
-    QCOMPARE(view->manager()->translateString(QStringLiteral("Open"), QStringLiteral("Tip")),
-             QStringLiteral("Öffnen"));
+    QCOMPARE(view->manager()->translateString(u"Open"_s, u"Tip"_s), u"Öffnen"_s);
 }
 
 void TestTranslation::vidletAttribute_readsElementOnShow_withoutRetrieval()
 {
     AttributeStage stage;
-    stage.showTip(openKey(), QStringLiteral("F3"));
+    stage.showTip(openKey(), u"F3"_s);
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F3"));
+    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_readsElementOfHiddenPopup()
 {
     AttributeStage stage;
-    stage.showTip(openKey(), QStringLiteral("F3"));
+    stage.showTip(openKey(), u"F3"_s);
     stage.popup()->hide();
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F3"));
+    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
@@ -665,11 +647,9 @@ void TestTranslation::vidletAttribute_returnsDefault_whenAttributeIsAbsent()
     AttributeStage stage;
     stage.showTip(openKey());
     stage.index.requests.clear();
-    QCOMPARE(stage.manager->vidletAttribute(openKey(), QStringLiteral("none"), defaultText()),
-             defaultText());
+    QCOMPARE(stage.manager->vidletAttribute(openKey(), u"none"_s, defaultText()), defaultText());
     QVERIFY(stage.index.requests.isEmpty());
-    QCOMPARE(stage.manager->vidletAttribute(saveKey(), QStringLiteral("none"), defaultText()),
-             defaultText());
+    QCOMPARE(stage.manager->vidletAttribute(saveKey(), u"none"_s, defaultText()), defaultText());
 }
 
 void TestTranslation::vidletAttribute_returnsEmptyValue_whenAttributeIsEmpty()
@@ -683,8 +663,8 @@ void TestTranslation::vidletAttribute_returnsEmptyValue_whenAttributeIsEmpty()
 void TestTranslation::vidletAttribute_readsReservedWindow()
 {
     AttributeStage stage;
-    stage.detachTip(openKey(), QStringLiteral("F3"));
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F3"));
+    stage.detachTip(openKey(), u"F3"_s);
+    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 
     stage.detachTip(saveKey());
@@ -695,12 +675,12 @@ void TestTranslation::vidletAttribute_readsReservedWindow()
 void TestTranslation::vidletAttribute_prefersPopupToReservedWindow()
 {
     AttributeStage stage;
-    stage.detachTip(openKey(), QStringLiteral("F3"));
-    stage.showTip(openKey(), QStringLiteral("F4"));
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F4"));
+    stage.detachTip(openKey(), u"F3"_s);
+    stage.showTip(openKey(), u"F4"_s);
+    QCOMPARE(stage.shortcutOf(openKey()), u"F4"_s);
 
     // It ends the search also where it has no such attribute.
-    stage.detachTip(saveKey(), QStringLiteral("F5"));
+    stage.detachTip(saveKey(), u"F5"_s);
     stage.showTip(saveKey());
     QCOMPARE(stage.shortcutOf(saveKey()), defaultText());
 }
@@ -708,12 +688,12 @@ void TestTranslation::vidletAttribute_prefersPopupToReservedWindow()
 void TestTranslation::vidletAttribute_endsAtFirstReservedWindowWithKey()
 {
     AttributeStage stage;
-    stage.detachTip(openKey(), QStringLiteral("F3"));
-    stage.detachTip(openKey(), QStringLiteral("F4"));
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F3"));
+    stage.detachTip(openKey(), u"F3"_s);
+    stage.detachTip(openKey(), u"F4"_s);
+    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
 
     stage.detachTip(saveKey());
-    stage.detachTip(saveKey(), QStringLiteral("F5"));
+    stage.detachTip(saveKey(), u"F5"_s);
     QCOMPARE(stage.shortcutOf(saveKey()), defaultText());
     QVERIFY(stage.index.requests.isEmpty());
 }
@@ -721,40 +701,40 @@ void TestTranslation::vidletAttribute_endsAtFirstReservedWindowWithKey()
 void TestTranslation::vidletAttribute_passesOverReservedWindowWithOtherKey()
 {
     AttributeStage stage;
-    stage.detachTip(saveKey(), QStringLiteral("F2"));
-    stage.detachTip(openKey(), QStringLiteral("F3"));
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F3"));
+    stage.detachTip(saveKey(), u"F2"_s);
+    stage.detachTip(openKey(), u"F3"_s);
+    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_skipsDeadEntry()
 {
     AttributeStage stage;
-    VLWidget* first = stage.detachTip(openKey(), QStringLiteral("F3"));
-    stage.detachTip(openKey(), QStringLiteral("F4"));
-    VLWidget* last = stage.detachTip(saveKey(), QStringLiteral("F5"));
+    VLWidget* first = stage.detachTip(openKey(), u"F3"_s);
+    stage.detachTip(openKey(), u"F4"_s);
+    VLWidget* last = stage.detachTip(saveKey(), u"F5"_s);
     delete first;
     delete last;
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("F4"));
+    QCOMPARE(stage.shortcutOf(openKey()), u"F4"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_retrieves_whenOnlyEntryIsDead()
 {
     AttributeStage stage;
-    delete stage.detachTip(openKey(), QStringLiteral("F3"));
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("Ctrl+O"));
-    QCOMPARE(stage.index.requests, QStringList{QStringLiteral("open@en_US")});
+    delete stage.detachTip(openKey(), u"F3"_s);
+    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    QCOMPARE(stage.index.requests, QStringList{u"open@en_US"_s});
 }
 
 void TestTranslation::vidletAttribute_retrieves_whenKeyIsNotOnShow()
 {
     AttributeStage stage;
-    stage.showTip(saveKey(), QStringLiteral("F3"));
+    stage.showTip(saveKey(), u"F3"_s);
     const QPointer<VLXmlElement> content = stage.view()->content();
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("Ctrl+O"));
-    QCOMPARE(stage.index.requests, QStringList{QStringLiteral("open@en_US")});
+    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    QCOMPARE(stage.index.requests, QStringList{u"open@en_US"_s});
     QCOMPARE(stage.view()->content(), content.data());
     QVERIFY(stage.popup()->isVisible());
 }
@@ -762,7 +742,7 @@ void TestTranslation::vidletAttribute_retrieves_whenKeyIsNotOnShow()
 void TestTranslation::vidletAttribute_retrieves_withoutPopup()
 {
     AttributeStage stage;
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("Ctrl+O"));
+    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
     QVERIFY(!stage.manager->widget());
     // The host is asked for its shortcut by a show alone.
     QVERIFY(stage.interface.shortcutRequests.isEmpty());
@@ -770,33 +750,30 @@ void TestTranslation::vidletAttribute_retrieves_withoutPopup()
 
 void TestTranslation::vidletAttribute_retrievesInFallbackLocale()
 {
-    AttributeStage stage(
-        {{ckLocale, QStringLiteral("de_DE")}, {ckFallbackLocale, QStringLiteral("fr_FR")}});
-    stage.packages.writeControlFile(tipsPackage(), QStringLiteral("french.xml"),
+    AttributeStage stage({{ckLocale, u"de_DE"_s}, {ckFallbackLocale, u"fr_FR"_s}});
+    stage.packages.writeControlFile(tipsPackage(), u"french.xml"_s,
                                     "<vidlets locale=\"fr_FR\">\n"
                                     "<vidlet key=\"french\" shortcut=\"Ctrl+F\"/>\n"
                                     "</vidlets>\n");
     stage.rescan();
-    QCOMPARE(stage.shortcutOf(QStringLiteral("french")), QStringLiteral("Ctrl+F"));
-    QCOMPARE(stage.index.requests,
-             (QStringList{QStringLiteral("french@de_DE"), QStringLiteral("french@fr_FR")}));
+    QCOMPARE(stage.shortcutOf(u"french"_s), u"Ctrl+F"_s);
+    QCOMPARE(stage.index.requests, (QStringList{u"french@de_DE"_s, u"french@fr_FR"_s}));
 }
 
 void TestTranslation::vidletAttribute_returnsDefault_whenKeyIsUnknown()
 {
     AttributeStage stage;
     stage.set(ckFallbackKey, openKey());
-    QCOMPARE(stage.shortcutOf(QStringLiteral("unknown")), defaultText());
+    QCOMPARE(stage.shortcutOf(u"unknown"_s), defaultText());
     // The fallback's content is for showing alone.
-    QCOMPARE(stage.index.requests,
-             (QStringList{QStringLiteral("unknown@en_US"), QStringLiteral("unknown@en_US")}));
+    QCOMPARE(stage.index.requests, (QStringList{u"unknown@en_US"_s, u"unknown@en_US"_s}));
 }
 
 void TestTranslation::vidletAttribute_deletesElementAlone_data()
 {
     QTest::addColumn<bool>("hasAttribute");
     QTest::addColumn<QString>("value");
-    QTest::newRow("with the attribute") << true << QStringLiteral("F3");
+    QTest::newRow("with the attribute") << true << u"F3"_s;
     QTest::newRow("without it") << false << defaultText();
 }
 
@@ -809,9 +786,9 @@ void TestTranslation::vidletAttribute_deletesElementAlone()
     const QPointer<VLXmlElement> element = PopupStage::newContent(openKey());
     element->setParent(root);
     if (hasAttribute)
-        element->setAttribute(shortcutName(), QStringLiteral("F3"));
+        element->setAttribute(shortcutName(), u"F3"_s);
     stage.index.answer = [&](const QString& /*key*/) {
-        return IndexAnswer{element, root, QStringLiteral("/"), 1};
+        return IndexAnswer{element, root, u"/"_s, 1};
     };
 
     QTEST(stage.shortcutOf(openKey()), "value");
@@ -825,10 +802,10 @@ void TestTranslation::vidletAttribute_leavesNoElementBehind()
 {
     AttributeStage stage;
     const ObjectCensus census;
-    QCOMPARE(stage.shortcutOf(openKey()), QStringLiteral("Ctrl+O"));
+    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
     const QList<VLXmlElement*> rest = census.living<VLXmlElement>();
     QCOMPARE(rest.size(), 1);
-    QCOMPARE(rest.first()->getTagName(), QStringLiteral("vidlets"));
+    QCOMPARE(rest.first()->getTagName(), u"vidlets"_s);
 }
 
 int main(int argc, char** argv)

@@ -25,6 +25,8 @@
 #include <memory>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -47,9 +49,9 @@ quint32 chooseSeed()
 QStringList threads()
 {
     QStringList result;
-    const QDir directory(QStringLiteral("/proc/self/task"));
+    const QDir directory(u"/proc/self/task"_s);
     for (const QString& id : directory.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        QFile file(directory.filePath(id + QStringLiteral("/comm")));
+        QFile file(directory.filePath(id + u"/comm"_s));
         if (file.open(QIODevice::ReadOnly))
             result += QString::fromUtf8(file.readAll().trimmed());
     }
@@ -61,7 +63,7 @@ QStringList threads()
 QStringList openFiles()
 {
     QStringList result;
-    const QDir directory(QStringLiteral("/proc/self/fd"));
+    const QDir directory(u"/proc/self/fd"_s);
     for (const QString& number :
          directory.entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot))
         result += QFileInfo(directory.filePath(number)).symLinkTarget();
@@ -83,18 +85,17 @@ class Stage
 public:
     Stage()
     {
-        const QString package = QStringLiteral("tips.vidlets/");
-        m_packages.writeTip(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
-                            QStringLiteral("k"));
-        addClip(QStringLiteral("small.avi"), QStringLiteral("mpeg4"), {64, 48}, 25);
-        addClip(QStringLiteral("fast.avi"), QStringLiteral("mjpeg"), {48, 32}, 60);
-        addClip(QStringLiteral("large.avi"), QStringLiteral("mpeg4"), {480, 270}, 30);
-        m_packages.write(package + QStringLiteral("Resources/broken.avi"), "no clip at all");
+        const QString package = u"tips.vidlets/"_s;
+        m_packages.writeTip(u"tips.vidlets"_s, u"tips.xml"_s, u"k"_s);
+        addClip(u"small.avi"_s, u"mpeg4"_s, {64, 48}, 25);
+        addClip(u"fast.avi"_s, u"mjpeg"_s, {48, 32}, 60);
+        addClip(u"large.avi"_s, u"mpeg4"_s, {480, 270}, 30);
+        m_packages.write(package + u"Resources/broken.avi"_s, "no clip at all");
         m_manager = std::make_unique<VLManager>(&m_host, m_context,
                                                 QStringList{m_packages.dataPath()}, &m_index);
         view = std::make_unique<VLView>(m_manager.get(), nullptr);
         auto* content = new VLXmlElement;
-        content->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
         view->setContent(content);
         view->resize(320, 200);
         view->show();
@@ -108,20 +109,19 @@ public:
     }
     bool isClip(const QString& path) const
     {
-        return path.startsWith(m_packages.path(QStringLiteral("tips.vidlets/Resources/")));
+        return path.startsWith(m_packages.path(u"tips.vidlets/Resources/"_s));
     }
     static QStringList names()
     {
-        return {QStringLiteral("small.avi"),  QStringLiteral("fast.avi"),
-                QStringLiteral("large.avi"),  QStringLiteral("broken.avi"),
-                QStringLiteral("absent.avi"), QString()};
+        return {u"small.avi"_s,  u"fast.avi"_s,   u"large.avi"_s,
+                u"broken.avi"_s, u"absent.avi"_s, QString()};
     }
 
 private:
     void addClip(const QString& name, const QString& codec, const QSize& size, int fps)
     {
         m_clips.testClip(name, codec, size, fps, kClipFrames);
-        m_packages.write(QStringLiteral("tips.vidlets/Resources/") + name, m_clips.readBytes(name));
+        m_packages.write(u"tips.vidlets/Resources/"_s + name, m_clips.readBytes(name));
     }
 
     ClipWriter m_clips;
@@ -138,7 +138,7 @@ public:
 /// Loads a clip, plays it and has it end.
 void playWholeClip(VLVideoComponent& item)
 {
-    item.setSource(QStringLiteral("small.avi"));
+    item.setSource(u"small.avi"_s);
     QTRY_COMPARE(item.contentWidth(), 64.0);
     QTRY_VERIFY(item.loadProgress() == 1.0);
     // The decoding may end, and pause, at any time.

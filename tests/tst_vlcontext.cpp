@@ -7,6 +7,8 @@
 #include <QMetaEnum>
 #include <QSignalSpy>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 class TestVLContext : public VidletsTest
@@ -33,7 +35,7 @@ private Q_SLOTS:
 void TestVLContext::newStore_isEmpty()
 {
     VLContext context(nullptr);
-    QCOMPARE(context.get(ckLocale, QStringLiteral("de_DE")), QVariant(QStringLiteral("de_DE")));
+    QCOMPARE(context.get(ckLocale, u"de_DE"_s), QVariant(u"de_DE"_s));
     QVERIFY(!context.contains(ckLocale));
     QCOMPARE(context.keys(), QList<int>());
 }
@@ -51,7 +53,7 @@ void TestVLContext::get_returnsInvalidValue_whenInvalidValueWasStored()
     VLContext context(nullptr);
     context.set(ckLocale, QVariant());
     QVERIFY(context.contains(ckLocale));
-    QVERIFY(!context.get(ckLocale, QStringLiteral("de_DE")).isValid());
+    QVERIFY(!context.get(ckLocale, u"de_DE"_s).isValid());
 }
 
 void TestVLContext::set_acceptsAnyNumberAsKey()
@@ -67,14 +69,14 @@ void TestVLContext::set_emitsBothSignalsInOrder_onEveryCall()
     VLContext context(nullptr);
     QStringList order;
     connect(&context, &VLContext::settingWillChange, this,
-            [&order](VLContextKey key) { order += QStringLiteral("will %1").arg(key); });
+            [&order](VLContextKey key) { order += u"will %1"_s.arg(key); });
     connect(&context, &VLContext::settingDidChange, this,
-            [&order](VLContextKey key) { order += QStringLiteral("did %1").arg(key); });
+            [&order](VLContextKey key) { order += u"did %1"_s.arg(key); });
 
     context.set(ckScale, 2.0);
     context.set(ckScale, 2.0);
 
-    const QStringList once{QStringLiteral("will 38"), QStringLiteral("did 38")};
+    const QStringList once{u"will 38"_s, u"did 38"_s};
     QCOMPARE(order, once + once);
 }
 
@@ -122,7 +124,7 @@ void TestVLContext::assignment_takesValuesWithoutSignals()
 {
     QObject parent;
     VLContext target(&parent);
-    target.set(ckLocale, QStringLiteral("de_DE"));
+    target.set(ckLocale, u"de_DE"_s);
     VLContext source(nullptr);
     source.set(ckScale, 2);
     QSignalSpy willSpy(&target, &VLContext::settingWillChange);

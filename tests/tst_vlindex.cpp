@@ -268,7 +268,7 @@ private Q_SLOTS:
 int TestVLIndex::runChild(const QString& name)
 {
     // The path comes from the parent, which cleans up after a process that it has to end.
-    const QDir directory(name.section(QLatin1Char(':'), 1));
+    const QDir directory(name.section(u':', 1));
     VLIndex index(nullptr, {});
     QTextStream out(stdout);
     if (name.startsWith(str("sibling:"))) {
@@ -973,7 +973,7 @@ void TestVLIndex::indexControlFile_setsDepth()
     Fixture fixture;
     fixture.files.packageRoot(str("A.vidlets/ui"));
     fixture.files.write(QDir::cleanPath(file), tips(tip("k", "1")));
-    fixture.index->indexControlFile(fixture.files.dataPath() + QLatin1Char('/') + file,
+    fixture.index->indexControlFile(fixture.files.dataPath() + u'/' + file,
                                     fixture.files.path(str("A.vidlets")));
     QVERIFY(fixture.find("k"));
     QTEST(fixture.foundDepth, "depth");
@@ -1078,7 +1078,7 @@ void TestVLIndex::indexControlFile_recordsNothing_outsideRoot()
     fixture.files.write(str("A.vidlets/Control/a.xml"), tips(tip("k", "1")));
     fixture.files.write(str("B.vidlets/Control/a.xml"), tips(tip("k", "1")));
     QVERIFY(QFile::link(root, fixture.files.path(str("link"))));
-    const QString path = fixture.files.dataPath() + QLatin1Char('/') + file;
+    const QString path = fixture.files.dataPath() + u'/' + file;
     QVERIFY(QFile::exists(path));
 
     fixture.index->indexControlFile(path, root);

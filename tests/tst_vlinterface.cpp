@@ -23,6 +23,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 /// Takes the URLs of one scheme in place of the desktop.
@@ -41,7 +43,7 @@ public:
     }
     static QString scheme()
     {
-        return QStringLiteral("vidletstest");
+        return u"vidletstest"_s;
     }
 
     QList<QUrl> urls;
@@ -75,7 +77,7 @@ public:
     }
     QList<QString> keys() override
     {
-        return {QStringLiteral("of the index")};
+        return {u"of the index"_s};
     }
 
     QStringList keysAskedFor;
@@ -97,8 +99,8 @@ class PlainHost
 public:
     PlainHost()
     {
-        packages.writeScene(QStringLiteral("tips.vidlets"));
-        packages.writeControlFile(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
+        packages.writeScene(u"tips.vidlets"_s);
+        packages.writeControlFile(u"tips.vidlets"_s, u"tips.xml"_s,
                                   "<vidlets><vidlet key=\"k\" title=\"A title\"/></vidlets>");
         // A popup that stays until a test has it hidden.
         context.set(ckStayDuration, 0);
@@ -121,7 +123,7 @@ public:
     /// Shows the content; gives the popup.
     VLWidget* show(QObject* reference = nullptr)
     {
-        interface->show(QStringLiteral("k"), QPoint(200, 100), reference);
+        interface->show(u"k"_s, QPoint(200, 100), reference);
         VLWidget* popup = findPopup();
         if (popup && popup->view()->content())
             m_root = popup->view()->content()->parent();
@@ -230,9 +232,8 @@ void TestVLInterface::constructor_scansBeforeItReturns()
 {
     PlainHost host;
     VLInterface& interface = host.build();
-    host.packages.writeTip(QStringLiteral("late.vidlets"), QStringLiteral("late.xml"),
-                           QStringLiteral("late"));
-    QCOMPARE(interface.keys(), QStringList{QStringLiteral("k")});
+    host.packages.writeTip(u"late.vidlets"_s, u"late.xml"_s, u"late"_s);
+    QCOMPARE(interface.keys(), QStringList{u"k"_s});
     QVERIFY(!findPopup());
 }
 
@@ -241,10 +242,8 @@ void TestVLInterface::constructor_givesNoKeys_whenThereAreNoDataPaths()
     VLContext context(nullptr);
     VLInterface interface(context, {}, nullptr);
     QVERIFY(interface.keys().isEmpty());
-    QCOMPARE(interface.vidletAttribute(QStringLiteral("k"), QStringLiteral("title"),
-                                       QStringLiteral("none")),
-             QStringLiteral("none"));
-    QVERIFY(!interface.show(QStringLiteral("k"), QPoint(), nullptr));
+    QCOMPARE(interface.vidletAttribute(u"k"_s, u"title"_s, u"none"_s), u"none"_s);
+    QVERIFY(!interface.show(u"k"_s, QPoint(), nullptr));
 }
 
 void TestVLInterface::constructor_takesGivenIndex()
@@ -252,28 +251,26 @@ void TestVLInterface::constructor_takesGivenIndex()
     EmptyIndex index;
     VLContext context(nullptr);
     VLInterface interface(context, {}, &index);
-    QCOMPARE(interface.keys(), QStringList{QStringLiteral("of the index")});
+    QCOMPARE(interface.keys(), QStringList{u"of the index"_s});
 }
 
 void TestVLInterface::constructor_logsMessagesThroughTheDefault_whenHandleMessageIsOverridden()
 {
     PackageBuilder packages;
-    const QString file = packages.writeTip(QStringLiteral("tips.vidlets"),
-                                           QStringLiteral("tips.xml"), QStringLiteral("k"));
-    const QString package = packages.path(QStringLiteral("tips.vidlets"));
+    const QString file = packages.writeTip(u"tips.vidlets"_s, u"tips.xml"_s, u"k"_s);
+    const QString package = packages.path(u"tips.vidlets"_s);
     VLContext context(nullptr);
     context.set(ckMessageLevel, VLMessageInformation);
 
     const QStringList lines{
-        QStringLiteral("Information:indexing packages (*.vidlets) in %1 ").arg(packages.dataPath()),
-        QStringLiteral("Information:indexing control files in %1").arg(package),
-        QStringLiteral("Information:looking for control files in :%1/Control").arg(package),
-        QStringLiteral("Information:found control file :%1").arg(file)};
+        u"Information:indexing packages (*.vidlets) in %1 "_s.arg(packages.dataPath()),
+        u"Information:indexing control files in %1"_s.arg(package),
+        u"Information:looking for control files in :%1/Control"_s.arg(package),
+        u"Information:found control file :%1"_s.arg(file)};
     for (const QString& line : lines)
         QTest::ignoreMessage(QtDebugMsg, qPrintable(line));
     QTest::ignoreMessage(
-        QtDebugMsg,
-        QRegularExpression(QStringLiteral("^Information:Indexed packages in [0-9.e-]+ seconds$")));
+        QtDebugMsg, QRegularExpression(u"^Information:Indexed packages in [0-9.e-]+ seconds$"_s));
 
     const RecordingInterface interface(context, {packages.dataPath()});
     QVERIFY(interface.recordedMessages.isEmpty());
@@ -321,7 +318,7 @@ void TestVLInterface::createWindow_returnsNull_byDefault()
 void TestVLInterface::keyForObject_returnsObjectName_byDefault_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("name") << QStringLiteral("Save button, 2");
+    QTest::newRow("name") << u"Save button, 2"_s;
     QTest::newRow("no name") << QString();
 }
 
@@ -351,11 +348,9 @@ void TestVLInterface::openExternalResource_opensUrl_byDefault_data()
 {
     QTest::addColumn<QString>("resource");
     QTest::addColumn<QUrl>("url");
-    QTest::newRow("plain") << QStringLiteral("vidletstest:topic")
-                           << QUrl(QStringLiteral("vidletstest:topic"));
+    QTest::newRow("plain") << u"vidletstest:topic"_s << QUrl(u"vidletstest:topic"_s);
     QTest::newRow("what only tolerant parsing takes")
-        << QStringLiteral("vidletstest://host/a b%")
-        << QUrl(QStringLiteral("vidletstest://host/a%20b%25"), QUrl::StrictMode);
+        << u"vidletstest://host/a b%"_s << QUrl(u"vidletstest://host/a%20b%25"_s, QUrl::StrictMode);
 }
 
 void TestVLInterface::openExternalResource_opensUrl_byDefault()
@@ -390,7 +385,7 @@ void TestVLInterface::openExternalResource_doesNothing_whenTypeIsNoUrl()
     PlainHost host;
     const UrlHandler handler;
     QVERIFY(!host.build().openExternalResource(static_cast<VLExternalResourceType>(type),
-                                               QStringLiteral("vidletstest:topic")));
+                                               u"vidletstest:topic"_s));
     QVERIFY(handler.urls.isEmpty());
 }
 
@@ -402,20 +397,19 @@ void TestVLInterface::handleMessage_writesLabelAndText_data()
     const auto row = [](const char* name, int type, const QString& message, const QString& line) {
         QTest::newRow(name) << type << message << line;
     };
-    const QString text = QStringLiteral("text");
-    row("error", 100, text, QStringLiteral("ERROR:text"));
-    row("warning", 200, text, QStringLiteral("Warning:text"));
-    row("information", 300, text, QStringLiteral("Information:text"));
-    row("debug", 400, text, QStringLiteral("DEBUG:text"));
-    row("unknown number", 250, text, QStringLiteral("250:text"));
-    row("zero", 0, text, QStringLiteral("0:text"));
-    row("negative number", -7, text, QStringLiteral("-7:text"));
-    row("blanks", 100, QStringLiteral(" a  b "), QStringLiteral("ERROR: a  b "));
-    row("quotes", 100, QStringLiteral("a \"b\""), QStringLiteral("ERROR:a \"b\""));
-    row("beyond ASCII", 100, QStringLiteral("gr\u00fcn \u2713"),
-        QStringLiteral("ERROR:gr\u00fcn \u2713"));
-    row("place marks", 100, QStringLiteral("%1 %2 %s %d"), QStringLiteral("ERROR:%1 %2 %s %d"));
-    row("empty", 100, QString(), QStringLiteral("ERROR:"));
+    const QString text = u"text"_s;
+    row("error", 100, text, u"ERROR:text"_s);
+    row("warning", 200, text, u"Warning:text"_s);
+    row("information", 300, text, u"Information:text"_s);
+    row("debug", 400, text, u"DEBUG:text"_s);
+    row("unknown number", 250, text, u"250:text"_s);
+    row("zero", 0, text, u"0:text"_s);
+    row("negative number", -7, text, u"-7:text"_s);
+    row("blanks", 100, u" a  b "_s, u"ERROR: a  b "_s);
+    row("quotes", 100, u"a \"b\""_s, u"ERROR:a \"b\""_s);
+    row("beyond ASCII", 100, u"gr\u00fcn \u2713"_s, u"ERROR:gr\u00fcn \u2713"_s);
+    row("place marks", 100, u"%1 %2 %s %d"_s, u"ERROR:%1 %2 %s %d"_s);
+    row("empty", 100, QString(), u"ERROR:"_s);
 }
 
 void TestVLInterface::handleMessage_writesLabelAndText()
@@ -435,26 +429,24 @@ void TestVLInterface::handleMessage_filtersNothing()
     host.context.set(ckMessageLevel, 0);
     VLInterface& interface = host.build();
     QTest::ignoreMessage(QtDebugMsg, "DEBUG:text");
-    interface.handleMessage(VLMessageDebug, QStringLiteral("text"));
+    interface.handleMessage(VLMessageDebug, u"text"_s);
 }
 
 void TestVLInterface::translateString_returnsText_whenThereIsNoPopup()
 {
     PlainHost host;
-    QCOMPARE(host.build().translateString(QStringLiteral("Hello"), QStringLiteral("Scene")),
-             QStringLiteral("Hello"));
+    QCOMPARE(host.build().translateString(u"Hello"_s, u"Scene"_s), u"Hello"_s);
 }
 
 void TestVLInterface::translateString_usesTranslationOfContentOnShow()
 {
     PlainHost host;
-    host.context.set(ckLocale, QStringLiteral("de_DE"));
-    host.packages.write(QStringLiteral("tips.vidlets/l10n/Vidlets_de_DE.qm"), translationFile());
+    host.context.set(ckLocale, u"de_DE"_s);
+    host.packages.write(u"tips.vidlets/l10n/Vidlets_de_DE.qm"_s, translationFile());
     VLInterface& interface = host.build();
     host.show();
-    QCOMPARE(interface.translateString(QStringLiteral("Hello"), QStringLiteral("Scene")),
-             QStringLiteral("Hallo"));
-    QCOMPARE(interface.translateString(QStringLiteral("Bye"), QStringLiteral("Scene")), QString());
+    QCOMPARE(interface.translateString(u"Hello"_s, u"Scene"_s), u"Hallo"_s);
+    QCOMPARE(interface.translateString(u"Bye"_s, u"Scene"_s), QString());
 }
 
 void TestVLInterface::shortCutForObject_returnsShortcut_byDefault()
@@ -462,9 +454,8 @@ void TestVLInterface::shortCutForObject_returnsShortcut_byDefault()
     PlainHost host;
     VLInterface& interface = host.build();
     QObject object;
-    QCOMPARE(interface.shortCutForObject(QStringLiteral("k"), &object, QStringLiteral("Ctrl+S")),
-             QStringLiteral("Ctrl+S"));
-    QCOMPARE(interface.shortCutForObject(QStringLiteral("k"), nullptr, QString()), QString());
+    QCOMPARE(interface.shortCutForObject(u"k"_s, &object, u"Ctrl+S"_s), u"Ctrl+S"_s);
+    QCOMPARE(interface.shortCutForObject(u"k"_s, nullptr, QString()), QString());
 }
 
 void TestVLInterface::context_isTheStoreThatTheLibraryReads()
@@ -487,11 +478,10 @@ void TestVLInterface::context_isTheSame_whenInterfaceIsConst()
 void TestVLInterface::context_isIndependentOfTheStoreGiven()
 {
     PlainHost host;
-    host.context.set(ckTranslationStem, QStringLiteral("Tips"));
+    host.context.set(ckTranslationStem, u"Tips"_s);
     VLInterface& interface = host.build();
     QVERIFY(&interface.context() != &host.context);
-    QCOMPARE(interface.context().get(ckTranslationStem, QString()),
-             QVariant(QStringLiteral("Tips")));
+    QCOMPARE(interface.context().get(ckTranslationStem, QString()), QVariant(u"Tips"_s));
 
     QSignalSpy spy(&interface.context(), &VLContext::settingDidChange);
     host.context.set(ckDisabled, true);
@@ -504,9 +494,9 @@ void TestVLInterface::overrides_areCalled_onceConstructed()
     VLContext context(nullptr);
     RecordingInterface interface(context);
     interface.context().set(ckMessageLevel, VLMessageInformation);
-    interface.show(QStringLiteral("missing"), QPoint(), nullptr);
+    interface.show(u"missing"_s, QPoint(), nullptr);
     QCOMPARE(interface.messages(VLMessageInformation),
-             QStringList{QStringLiteral("looking for Vidlet for key:missing")});
+             QStringList{u"looking for Vidlet for key:missing"_s});
 }
 
 void TestVLInterface::setGlobalProperty_setsVariableOfScenes()
@@ -514,16 +504,16 @@ void TestVLInterface::setGlobalProperty_setsVariableOfScenes()
     PlainHost host;
     VLInterface& interface = host.build();
     VLView* view = host.show()->view();
-    const QString text = QStringLiteral("%(product)s");
+    const QString text = u"%(product)s"_s;
     QCOMPARE(view->interpolate(text), text);
-    interface.setGlobalProperty(QStringLiteral("product"), 12);
-    QCOMPARE(view->interpolate(text), QStringLiteral("12"));
+    interface.setGlobalProperty(u"product"_s, 12);
+    QCOMPARE(view->interpolate(text), u"12"_s);
 }
 
 void TestVLInterface::keys_areThoseOfTheControlFiles()
 {
     PlainHost host;
-    QCOMPARE(host.build().keys(), QStringList{QStringLiteral("k")});
+    QCOMPARE(host.build().keys(), QStringList{u"k"_s});
 }
 
 void TestVLInterface::show_showsContentAtPosition()
@@ -535,14 +525,14 @@ void TestVLInterface::show_showsContentAtPosition()
     QVERIFY(popup->isVisible());
     QCOMPARE(popup->pos(), QPoint(235, 130));
     // On show already.
-    QVERIFY(interface.show(QStringLiteral("k"), QPoint(200, 100), nullptr));
+    QVERIFY(interface.show(u"k"_s, QPoint(200, 100), nullptr));
     QCOMPARE(findPopup(), popup);
 }
 
 void TestVLInterface::show_returnsFalse_whenThereIsNoContent()
 {
     PlainHost host;
-    QVERIFY(!host.build().show(QStringLiteral("missing"), QPoint(), nullptr));
+    QVERIFY(!host.build().show(u"missing"_s, QPoint(), nullptr));
     QVERIFY(!findPopup()->isVisible());
 }
 
@@ -554,7 +544,7 @@ void TestVLInterface::show_passesReferenceOn()
     const QPointer<VLWidget> popup = host.show();
     popup->hide();
     QPointer<QObject> oldRoot = popup->view()->content()->parent();
-    QVERIFY(interface.show(QStringLiteral("k"), QPoint(200, 100), &widget));
+    QVERIFY(interface.show(u"k"_s, QPoint(200, 100), &widget));
     QCOMPARE(popup->referenceWidget(), &widget);
     // New content came, and the old tree went.
     QVERIFY(!oldRoot);
@@ -590,14 +580,14 @@ void TestVLInterface::vidletAttribute_readsContent()
 {
     PlainHost host;
     VLInterface& interface = host.build();
-    const QString none = QStringLiteral("none");
+    const QString none = u"none"_s;
     const auto attribute = [&](const QString& key, const QString& name) {
         return interface.vidletAttribute(key, name, none);
     };
     host.show();
-    QCOMPARE(attribute(QStringLiteral("k"), QStringLiteral("title")), QStringLiteral("A title"));
-    QCOMPARE(attribute(QStringLiteral("k"), QStringLiteral("missing")), none);
-    QCOMPARE(attribute(QStringLiteral("missing"), QStringLiteral("title")), none);
+    QCOMPARE(attribute(u"k"_s, u"title"_s), u"A title"_s);
+    QCOMPARE(attribute(u"k"_s, u"missing"_s), none);
+    QCOMPARE(attribute(u"missing"_s, u"title"_s), none);
 }
 
 int main(int argc, char** argv)

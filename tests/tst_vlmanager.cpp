@@ -28,6 +28,8 @@
 
 #include <sys/resource.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -43,61 +45,61 @@ public:
 
     bool open() override
     {
-        record(QStringLiteral("open"));
+        record(u"open"_s);
         return openResult && VLIndex::open();
     }
     bool setup() override
     {
-        record(QStringLiteral("setup"));
+        record(u"setup"_s);
         return VLIndex::setup();
     }
     bool clear() override
     {
-        record(QStringLiteral("clear"));
+        record(u"clear"_s);
         return VLIndex::clear();
     }
     bool close() override
     {
-        record(QStringLiteral("close"));
+        record(u"close"_s);
         return VLIndex::close();
     }
     bool remove() override
     {
-        record(QStringLiteral("remove"));
+        record(u"remove"_s);
         return VLIndex::remove();
     }
     void startUpdate() override
     {
-        record(QStringLiteral("startUpdate"));
+        record(u"startUpdate"_s);
         VLIndex::startUpdate();
     }
     void endUpdate() override
     {
-        record(QStringLiteral("endUpdate"));
+        record(u"endUpdate"_s);
         VLIndex::endUpdate();
     }
     bool store(VLXmlElement* element, const QLocale& locale, const QString& location,
                int depth) override
     {
-        record(QStringLiteral("store"));
+        record(u"store"_s);
         return VLIndex::store(element, locale, location, depth);
     }
     QList<QString> keys() override
     {
-        record(QStringLiteral("keys"));
+        record(u"keys"_s);
         return keysToGive.isEmpty() ? VLIndex::keys() : keysToGive;
     }
     VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path, int& depth,
                            VLXmlElement*& root) override
     {
-        record(QStringLiteral("retrieve %1 %2").arg(key, locale.name()));
+        record(u"retrieve %1 %2"_s.arg(key, locale.name()));
         return VLIndex::retrieve(key, locale, path, depth, root);
     }
     void indexControlFile(const QString& file, const QString& root) override
     {
         controlFiles += file;
         packagePaths += root;
-        record(QStringLiteral("indexControlFile"));
+        record(u"indexControlFile"_s);
         VLIndex::indexControlFile(file, root);
     }
 
@@ -172,7 +174,7 @@ QString retrievedTitle(VLManager& manager, const QString& key)
     if (!element)
         return QString();
     const std::unique_ptr<VLXmlElement> owner(root);
-    return element->attribute(QStringLiteral("title"));
+    return element->attribute(u"title"_s);
 }
 
 /// Keeps the processor busy for that long.
@@ -197,7 +199,7 @@ double capturedSeconds(const QStringList& messages, const QString& pattern)
 
 QString secondsPattern()
 {
-    return QStringLiteral("(\\d+(?:\\.\\d{1,5}\\d*)?(?:e[+-]\\d+)?)");
+    return u"(\\d+(?:\\.\\d{1,5}\\d*)?(?:e[+-]\\d+)?)"_s;
 }
 
 bool sendToolTipEvent(QWidget* widget)
@@ -322,7 +324,7 @@ private Q_SLOTS:
 
 int TestVLManager::runChild(const QString& name)
 {
-    if (name != QStringLiteral("selfReference"))
+    if (name != u"selfReference"_s)
         return VidletsTest::runChild(name);
 
     // A limit in processor time ends what never finishes, however slow the machine is.
@@ -336,8 +338,8 @@ int TestVLManager::runChild(const QString& name)
 
     VLContext context(nullptr);
     VLManager manager(nullptr, context, {}, nullptr);
-    manager.setGlobalProperty(QStringLiteral("self"), QStringLiteral("%(self)s"));
-    manager.interpolate(QStringLiteral("%(self)s"));
+    manager.setGlobalProperty(u"self"_s, u"%(self)s"_s);
+    manager.interpolate(u"%(self)s"_s);
     return EXIT_SUCCESS;
 }
 
@@ -354,12 +356,12 @@ void TestVLManager::constructor_storesInterfaceAndIndex()
 void TestVLManager::constructor_makesIndexOnItsSettings_whenIndexIsNull()
 {
     PackageBuilder packages;
-    packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"), QStringLiteral("k"));
+    packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLContext context(nullptr);
     VLManager manager(nullptr, context, {packages.dataPath()}, nullptr);
     QVERIFY(manager.index());
     QCOMPARE(&manager.index()->context(), &manager.context());
-    QCOMPARE(manager.keys(), QStringList{QStringLiteral("k")});
+    QCOMPARE(manager.keys(), QStringList{u"k"_s});
 }
 
 void TestVLManager::constructor_keepsStoreOfGivenIndex()
@@ -375,24 +377,22 @@ void TestVLManager::constructor_opensGivenIndexBeforeAnythingElse()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     qsizetype messagesAtOpen = -1;
     setup.index.onCall = [&](const QString& call) {
-        if (call == QStringLiteral("open"))
+        if (call == u"open"_s)
             messagesAtOpen = setup.host.recordedMessages.size();
     };
     setup.build();
     QCOMPARE(messagesAtOpen, 0);
-    QCOMPARE(setup.index.calls.first(), QStringLiteral("open"));
+    QCOMPARE(setup.index.calls.first(), u"open"_s);
 }
 
 void TestVLManager::constructor_scans_whenOpenOfIndexFails()
 {
     ManagerSetup setup;
     setup.index.openResult = false;
-    const QString file = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString file = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
 }
@@ -400,12 +400,10 @@ void TestVLManager::constructor_scans_whenOpenOfIndexFails()
 void TestVLManager::constructor_callsOnlyOpenAndIndexControlFile()
 {
     ManagerSetup setup;
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     setup.build();
     setup.manager.reset();
-    QCOMPARE(setup.index.calls,
-             (QStringList{QStringLiteral("open"), QStringLiteral("indexControlFile")}));
+    QCOMPARE(setup.index.calls, (QStringList{u"open"_s, u"indexControlFile"_s}));
 }
 
 void TestVLManager::constructor_makesNoWindow()
@@ -419,7 +417,7 @@ void TestVLManager::constructor_makesNoWindow()
 void TestVLManager::constructor_works_whenInterfaceIsNull()
 {
     PackageBuilder packages;
-    packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"), QStringLiteral("k"));
+    packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLContext context(nullptr);
     context.set(ckMessageLevel, VLMessageDebug);
     RecordingIndex index;
@@ -431,16 +429,16 @@ void TestVLManager::constructor_works_whenInterfaceIsNull()
 void TestVLManager::constructor_copiesSettings()
 {
     ManagerSetup setup;
-    setup.context.set(ckLocale, QStringLiteral("de_DE"));
+    setup.context.set(ckLocale, u"de_DE"_s);
     VLManager& manager = setup.build();
     QVERIFY(&manager.context() != &setup.context);
-    QCOMPARE(manager.currentLocale(), QLocale(QStringLiteral("de_DE")));
+    QCOMPARE(manager.currentLocale(), QLocale(u"de_DE"_s));
 
-    setup.context.set(ckLocale, QStringLiteral("fr_FR"));
-    QCOMPARE(manager.currentLocale(), QLocale(QStringLiteral("de_DE")));
-    manager.context().set(ckLocale, QStringLiteral("es_ES"));
-    QCOMPARE(manager.currentLocale(), QLocale(QStringLiteral("es_ES")));
-    QCOMPARE(setup.context.get(ckLocale, QString()), QVariant(QStringLiteral("fr_FR")));
+    setup.context.set(ckLocale, u"fr_FR"_s);
+    QCOMPARE(manager.currentLocale(), QLocale(u"de_DE"_s));
+    manager.context().set(ckLocale, u"es_ES"_s);
+    QCOMPARE(manager.currentLocale(), QLocale(u"es_ES"_s));
+    QCOMPARE(setup.context.get(ckLocale, QString()), QVariant(u"fr_FR"_s));
 }
 
 void TestVLManager::constructor_setsAlwaysShowToolTips_onPresentTopLevelWidgets()
@@ -473,8 +471,7 @@ void TestVLManager::constructor_setsToolTipAttributeBeforeTheScan()
 {
     ManagerSetup setup;
     setup.context.set(ckAlwaysShowToolTips, true);
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     const QWidget widget;
     QStringList seen;
     setup.index.onCall = [&](const QString& call) {
@@ -482,7 +479,7 @@ void TestVLManager::constructor_setsToolTipAttributeBeforeTheScan()
             seen += call;
     };
     setup.build();
-    QCOMPARE(seen, QStringList{QStringLiteral("indexControlFile")});
+    QCOMPARE(seen, QStringList{u"indexControlFile"_s});
 }
 
 void TestVLManager::constructor_readsToolTipSettingFromHost_andFilterSettingFromCopy()
@@ -503,12 +500,11 @@ void TestVLManager::constructor_installsEventFilterAfterTheScan()
 {
     ManagerSetup setup;
     setup.context.set(ckInstallEventFilter, true);
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     QWidget widget;
     qsizetype askedDuringScan = -1;
     setup.index.onCall = [&](const QString& call) {
-        if (call != QStringLiteral("indexControlFile"))
+        if (call != u"indexControlFile"_s)
             return;
         sendToolTipEvent(&widget);
         askedDuringScan = setup.host.objectsAskedForKey.size();
@@ -524,11 +520,10 @@ void TestVLManager::constructor_installsEventFilterAfterTheScan()
 void TestVLManager::toolTipEvent_isIgnored_whenFilterIsNotInstalled()
 {
     ManagerSetup setup;
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLManager& manager = setup.build();
     QWidget widget;
-    widget.setObjectName(QStringLiteral("k"));
+    widget.setObjectName(u"k"_s);
     sendToolTipEvent(&widget);
     QVERIFY(setup.host.objectsAskedForKey.isEmpty());
     QVERIFY(!manager.widget());
@@ -547,15 +542,13 @@ void TestVLManager::eventFilter_isNotInstalled_whenSettingChangesLater()
 void TestVLManager::directCalls_work_whenFilterIsNotInstalled()
 {
     ManagerSetup setup;
-    setup.packages.writeScene(QStringLiteral("a.vidlets"));
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                                    localizedContent("", "A title"));
+    setup.packages.writeScene(u"a.vidlets"_s);
+    setup.packages.writeControlFile(u"a.vidlets"_s, u"a.xml"_s, localizedContent("", "A title"));
     VLManager& manager = setup.build();
-    QCOMPARE(manager.keys(), QStringList{QStringLiteral("k")});
-    QVERIFY(manager.show(QStringLiteral("k"), QPoint(10, 10), nullptr));
+    QCOMPARE(manager.keys(), QStringList{u"k"_s});
+    QVERIFY(manager.show(u"k"_s, QPoint(10, 10), nullptr));
     QVERIFY(manager.widget()->isVisible());
-    QCOMPARE(manager.vidletAttribute(QStringLiteral("k"), QStringLiteral("title"), QString()),
-             QStringLiteral("A title"));
+    QCOMPARE(manager.vidletAttribute(u"k"_s, u"title"_s, QString()), u"A title"_s);
 
     // The view owns the element alone, not the root above it.
     const std::unique_ptr<QObject> root(manager.widget()->view()->content()->parent());
@@ -600,7 +593,7 @@ void TestVLManager::destructor_releasesPopupByDeferredDeletion()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build();
-    QVERIFY(!manager.show(QStringLiteral("missing"), QPoint(), nullptr));
+    QVERIFY(!manager.show(u"missing"_s, QPoint(), nullptr));
     const QPointer<VLWidget> popup = manager.widget();
     QVERIFY(popup);
     setup.manager.reset();
@@ -613,7 +606,7 @@ void TestVLManager::destructor_leavesReservedWindowAlive()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build();
-    manager.show(QStringLiteral("missing"), QPoint(), nullptr);
+    manager.show(u"missing"_s, QPoint(), nullptr);
     const QPointer<VLWidget> reserved = manager.widget();
     QWidget* window = nullptr;
     QVERIFY(manager.reserve(reserved, window));
@@ -670,8 +663,8 @@ void TestVLManager::handleMessage_filtersByLevel_data()
     row("400, information", 400, 300, true);
     row("400, debug", 400, 400, true);
     row("400, beyond debug", 400, 401, false);
-    row("level as a string", QStringLiteral("300"), 300, true);
-    row("level that is no number", QStringLiteral("all"), 100, false);
+    row("level as a string", u"300"_s, 300, true);
+    row("level that is no number", u"all"_s, 100, false);
 }
 
 void TestVLManager::handleMessage_filtersByLevel()
@@ -683,7 +676,7 @@ void TestVLManager::handleMessage_filtersByLevel()
         setup.context.set(ckMessageLevel, level);
     VLManager& manager = setup.build({});
     setup.host.recordedMessages.clear();
-    manager.handleMessage(static_cast<VLMessageType>(type), QStringLiteral("text"));
+    manager.handleMessage(static_cast<VLMessageType>(type), u"text"_s);
     QTEST(!setup.host.recordedMessages.isEmpty(), "passes");
 }
 
@@ -691,22 +684,22 @@ void TestVLManager::handleMessage_passesTypeAndTextUnchanged()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build({});
-    manager.handleMessage(static_cast<VLMessageType>(150), QStringLiteral(" 100 %1 of\n%2 "));
+    manager.handleMessage(static_cast<VLMessageType>(150), u" 100 %1 of\n%2 "_s);
     QCOMPARE(setup.host.recordedMessages.size(), 1);
     QCOMPARE(int(setup.host.recordedMessages.first().type), 150);
-    QCOMPARE(setup.host.recordedMessages.first().text, QStringLiteral(" 100 %1 of\n%2 "));
+    QCOMPARE(setup.host.recordedMessages.first().text, u" 100 %1 of\n%2 "_s);
 }
 
 void TestVLManager::handleMessage_readsLevelOnEachCall()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build({});
-    manager.handleMessage(VLMessageDebug, QStringLiteral("one"));
+    manager.handleMessage(VLMessageDebug, u"one"_s);
     manager.context().set(ckMessageLevel, VLMessageDebug);
-    manager.handleMessage(VLMessageDebug, QStringLiteral("two"));
+    manager.handleMessage(VLMessageDebug, u"two"_s);
     manager.context().set(ckMessageLevel, VLMessageError);
-    manager.handleMessage(VLMessageDebug, QStringLiteral("three"));
-    QCOMPARE(setup.host.messages(VLMessageDebug), QStringList{QStringLiteral("two")});
+    manager.handleMessage(VLMessageDebug, u"three"_s);
+    QCOMPARE(setup.host.messages(VLMessageDebug), QStringList{u"two"_s});
 }
 
 void TestVLManager::handleMessage_isHarmless_whenInterfaceIsNull()
@@ -714,7 +707,7 @@ void TestVLManager::handleMessage_isHarmless_whenInterfaceIsNull()
     VLContext context(nullptr);
     RecordingIndex index;
     VLManager manager(nullptr, context, {}, &index);
-    manager.handleMessage(VLMessageError, QStringLiteral("text"));
+    manager.handleMessage(VLMessageError, u"text"_s);
     QVERIFY(!manager.interface());
 }
 
@@ -744,8 +737,8 @@ void TestVLManager::getScaledSize_multipliesAndTruncates_data()
     row("multiplied as float", 0.29, 0.29F, 100, 29);
     row("beyond the precision of float", 1.0, 1.0F, 16777217, 16777216);
     row("given as int", 2, 2.0F, 10, 20);
-    row("given as string", QStringLiteral("2.5"), 2.5F, 10, 25);
-    row("no number, which reads as 0", QStringLiteral("large"), 0.0F, 10, 10);
+    row("given as string", u"2.5"_s, 2.5F, 10, 25);
+    row("no number, which reads as 0", u"large"_s, 0.0F, 10, 10);
 }
 
 void TestVLManager::getScaledSize_multipliesAndTruncates()
@@ -775,8 +768,8 @@ void TestVLManager::keyForObject_asksHost()
     ManagerSetup setup;
     VLManager& manager = setup.build();
     QObject object;
-    object.setObjectName(QStringLiteral("the key"));
-    QCOMPARE(manager.keyForObject(&object), QStringLiteral("the key"));
+    object.setObjectName(u"the key"_s);
+    QCOMPARE(manager.keyForObject(&object), u"the key"_s);
     QCOMPARE(setup.host.objectsAskedForKey, QList<QPointer<QObject>>{&object});
 }
 
@@ -795,7 +788,7 @@ void TestVLManager::tooltipPosition_addsOffset_data()
     row("none", QSize(0, 0), QPoint(100, 200), QPoint(100, 200));
     row("negative", QSize(-10, -20), QPoint(100, 200), QPoint(90, 180));
     // What is no size reads as the invalid one.
-    row("no size", QStringLiteral("wide"), QPoint(100, 200), QPoint(99, 199));
+    row("no size", u"wide"_s, QPoint(100, 200), QPoint(99, 199));
 }
 
 void TestVLManager::tooltipPosition_addsOffset()
@@ -824,25 +817,20 @@ void TestVLManager::scan_sendsMessagesInOrder()
 {
     ManagerSetup setup;
     setup.listen();
-    const QString file = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString file = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     const QString data = setup.packages.dataPath();
-    const QString package = setup.packages.path(QStringLiteral("a.vidlets"));
+    const QString package = setup.packages.path(u"a.vidlets"_s);
     setup.build();
 
     QStringList messages = setup.host.messages(VLMessageInformation);
     QCOMPARE(messages.size(), setup.host.recordedMessages.size());
     const QString last = messages.takeLast();
-    QCOMPARE(
-        messages,
-        (QStringList{QStringLiteral("indexing packages (*.vidlets) in ") + data + QLatin1Char(' '),
-                     QStringLiteral("indexing control files in ") + package,
-                     QStringLiteral("looking for control files in :") + package
-                         + QStringLiteral("/Control"),
-                     QStringLiteral("found control file :") + file}));
-    QVERIFY(capturedSeconds({last},
-                            QStringLiteral("Indexed packages in ") + secondsPattern()
-                                + QStringLiteral(" seconds"))
+    QCOMPARE(messages,
+             (QStringList{u"indexing packages (*.vidlets) in "_s + data + u' ',
+                          u"indexing control files in "_s + package,
+                          u"looking for control files in :"_s + package + u"/Control"_s,
+                          u"found control file :"_s + file}));
+    QVERIFY(capturedSeconds({last}, u"Indexed packages in "_s + secondsPattern() + u" seconds"_s)
             >= 0.0);
 }
 
@@ -850,10 +838,9 @@ void TestVLManager::scan_sendsDurationInSeconds()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     setup.index.onCall = [](const QString& call) {
-        if (call == QStringLiteral("indexControlFile"))
+        if (call == u"indexControlFile"_s)
             spendMs(20);
     };
     QElapsedTimer timer;
@@ -861,9 +848,9 @@ void TestVLManager::scan_sendsDurationInSeconds()
     setup.build();
     const double limit = static_cast<double>(timer.elapsed()) / 1000.0;
 
-    const double seconds = capturedSeconds(setup.host.messages(VLMessageInformation),
-                                           QStringLiteral("Indexed packages in ") + secondsPattern()
-                                               + QStringLiteral(" seconds"));
+    const double seconds =
+        capturedSeconds(setup.host.messages(VLMessageInformation),
+                        u"Indexed packages in "_s + secondsPattern() + u" seconds"_s);
     QVERIFY2(seconds >= 0.02, qPrintable(QString::number(seconds)));
     QVERIFY2(seconds <= limit, qPrintable(QString::number(seconds)));
 }
@@ -872,15 +859,12 @@ void TestVLManager::scan_takesPathsInOrder()
 {
     ManagerSetup setup;
     PackageBuilder more;
-    const QString first = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                  QStringLiteral("a.xml"), QStringLiteral("k"));
-    const QString second =
-        more.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString first = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    const QString second = more.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     setup.build({more.dataPath(), setup.packages.dataPath()});
     QCOMPARE(setup.index.controlFiles, (QStringList{second, first}));
     QCOMPARE(setup.index.packagePaths,
-             (QStringList{more.path(QStringLiteral("a.vidlets")),
-                          setup.packages.path(QStringLiteral("a.vidlets"))}));
+             (QStringList{more.path(u"a.vidlets"_s), setup.packages.path(u"a.vidlets"_s)}));
 }
 
 void TestVLManager::loadDataPath_doesNothing_whenListIsEmpty()
@@ -899,9 +883,9 @@ void TestVLManager::loadDataPath_doesNothing_whenListIsEmpty()
 void TestVLManager::loadDataPath_isSilent_whenPathIsNoDirectory_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("missing") << QStringLiteral("nowhere");
-    QTest::newRow("file") << QStringLiteral("file.vidlets");
-    QTest::newRow("dead link") << QStringLiteral("dead");
+    QTest::newRow("missing") << u"nowhere"_s;
+    QTest::newRow("file") << u"file.vidlets"_s;
+    QTest::newRow("dead link") << u"dead"_s;
 }
 
 void TestVLManager::loadDataPath_isSilent_whenPathIsNoDirectory()
@@ -909,9 +893,8 @@ void TestVLManager::loadDataPath_isSilent_whenPathIsNoDirectory()
     QFETCH(QString, name);
     ManagerSetup setup;
     setup.listen();
-    setup.packages.write(QStringLiteral("file.vidlets"), "x");
-    QVERIFY(makeLink(setup.packages.path(QStringLiteral("gone")),
-                     setup.packages.path(QStringLiteral("dead"))));
+    setup.packages.write(u"file.vidlets"_s, "x");
+    QVERIFY(makeLink(setup.packages.path(u"gone"_s), setup.packages.path(u"dead"_s)));
     VLManager& manager = setup.build({});
     setup.host.recordedMessages.clear();
     manager.loadDataPath({setup.packages.path(name)});
@@ -926,9 +909,9 @@ void TestVLManager::loadDataPath_sendsMessage_whenPathHasNoPackages()
     VLManager& manager = setup.build({});
     setup.host.recordedMessages.clear();
     manager.loadDataPath({setup.packages.dataPath()});
-    QCOMPARE(setup.host.messages(VLMessageInformation),
-             QStringList{QStringLiteral("indexing packages (*.vidlets) in ")
-                         + setup.packages.dataPath() + QLatin1Char(' ')});
+    QCOMPARE(
+        setup.host.messages(VLMessageInformation),
+        QStringList{u"indexing packages (*.vidlets) in "_s + setup.packages.dataPath() + u' '});
     QCOMPARE(setup.host.recordedMessages.size(), 1);
 }
 
@@ -936,16 +919,14 @@ void TestVLManager::loadDataPath_sendsAbsolutePath_whenPathIsRelative()
 {
     ManagerSetup setup;
     setup.listen();
-    const QString file = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString file = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     const QString before = QDir::currentPath();
     const auto restore = qScopeGuard([&before] { QDir::setCurrent(before); });
     QVERIFY(QDir::setCurrent(setup.packages.dataPath()));
-    setup.build({QStringLiteral(".")});
+    setup.build({u"."_s});
     QCOMPARE(setup.index.controlFiles, QStringList{file});
     QCOMPARE(setup.host.messages(VLMessageInformation).first(),
-             QStringLiteral("indexing packages (*.vidlets) in ") + setup.packages.dataPath()
-                 + QLatin1Char(' '));
+             u"indexing packages (*.vidlets) in "_s + setup.packages.dataPath() + u' ');
 }
 
 void TestVLManager::loadDataPath_scansTwice_whenPathIsThereTwice()
@@ -953,10 +934,8 @@ void TestVLManager::loadDataPath_scansTwice_whenPathIsThereTwice()
     ManagerSetup setup;
     setup.listen();
     PackageBuilder more;
-    const QString file = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
-    const QString other =
-        more.writeTip(QStringLiteral("b.vidlets"), QStringLiteral("b.xml"), QStringLiteral("l"));
+    const QString file = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    const QString other = more.writeTip(u"b.vidlets"_s, u"b.xml"_s, u"l"_s);
     const QString data = setup.packages.dataPath();
     VLManager& manager = setup.build({data, data, more.dataPath()});
     QCOMPARE(setup.index.controlFiles, (QStringList{file, file, other}));
@@ -964,33 +943,31 @@ void TestVLManager::loadDataPath_scansTwice_whenPathIsThereTwice()
     QCOMPARE(messages.size(), 13);
     QCOMPARE(messages.mid(0, 4), messages.mid(4, 4));
     // The index settles that it is there once.
-    QCOMPARE(manager.keys(), (QStringList{QStringLiteral("l"), QStringLiteral("k")}));
+    QCOMPARE(manager.keys(), (QStringList{u"l"_s, u"k"_s}));
 }
 
 void TestVLManager::loadDataPath_addsPackages_withoutDuration()
 {
     ManagerSetup setup;
     setup.listen();
-    const QString file = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString file = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLManager& manager = setup.build({});
     setup.host.recordedMessages.clear();
     manager.loadDataPath({setup.packages.dataPath()});
     QCOMPARE(setup.index.controlFiles, QStringList{file});
     QCOMPARE(setup.host.messages(VLMessageInformation).size(), 4);
-    QCOMPARE(setup.host.messages(VLMessageInformation).last(),
-             QStringLiteral("found control file :") + file);
+    QCOMPARE(setup.host.messages(VLMessageInformation).last(), u"found control file :"_s + file);
 }
 
 void TestVLManager::loadDataPath_passesOver_data()
 {
     QTest::addColumn<QString>("controlFile");
-    QTest::newRow("hidden package") << QStringLiteral(".a.vidlets/Control/a.xml");
-    QTest::newRow("nothing but the extension") << QStringLiteral(".vidlets/Control/a.xml");
-    QTest::newRow("other extension") << QStringLiteral("a.vidlet/Control/a.xml");
-    QTest::newRow("no extension") << QStringLiteral("vidlets/Control/a.xml");
-    QTest::newRow("extension within") << QStringLiteral("a.vidlets.old/Control/a.xml");
-    QTest::newRow("package further down") << QStringLiteral("more/a.vidlets/Control/a.xml");
+    QTest::newRow("hidden package") << u".a.vidlets/Control/a.xml"_s;
+    QTest::newRow("nothing but the extension") << u".vidlets/Control/a.xml"_s;
+    QTest::newRow("other extension") << u"a.vidlet/Control/a.xml"_s;
+    QTest::newRow("no extension") << u"vidlets/Control/a.xml"_s;
+    QTest::newRow("extension within") << u"a.vidlets.old/Control/a.xml"_s;
+    QTest::newRow("package further down") << u"more/a.vidlets/Control/a.xml"_s;
 }
 
 void TestVLManager::loadDataPath_passesOver()
@@ -999,7 +976,7 @@ void TestVLManager::loadDataPath_passesOver()
     ManagerSetup setup;
     setup.listen();
     setup.packages.write(controlFile, controlFileContent());
-    setup.packages.write(QStringLiteral("file.vidlets"), controlFileContent());
+    setup.packages.write(u"file.vidlets"_s, controlFileContent());
     setup.build();
     QVERIFY(setup.index.controlFiles.isEmpty());
     QCOMPARE(setup.host.messages(VLMessageInformation).size(), 2);
@@ -1009,9 +986,8 @@ void TestVLManager::loadDataPath_ignoresLinkToPackage()
 {
     ManagerSetup setup;
     PackageBuilder elsewhere;
-    elsewhere.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"), QStringLiteral("k"));
-    QVERIFY(makeLink(elsewhere.path(QStringLiteral("a.vidlets")),
-                     setup.packages.path(QStringLiteral("a.vidlets"))));
+    elsewhere.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    QVERIFY(makeLink(elsewhere.path(u"a.vidlets"_s), setup.packages.path(u"a.vidlets"_s)));
     setup.build();
     QVERIFY(setup.index.controlFiles.isEmpty());
 }
@@ -1019,8 +995,7 @@ void TestVLManager::loadDataPath_ignoresLinkToPackage()
 void TestVLManager::loadDataPath_matchesExtensionWithoutCase()
 {
     ManagerSetup setup;
-    const QString file = setup.packages.writeTip(QStringLiteral("a.VIDLETS"),
-                                                 QStringLiteral("a.xml"), QStringLiteral("k"));
+    const QString file = setup.packages.writeTip(u"a.VIDLETS"_s, u"a.xml"_s, u"k"_s);
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
 }
@@ -1029,29 +1004,24 @@ void TestVLManager::loadDataPath_usesChangedExtension()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.context.set(ckPackageExtension, QStringLiteral("tips"));
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
-    const QString file = setup.packages.writeTip(QStringLiteral("b.tips"), QStringLiteral("b.xml"),
-                                                 QStringLiteral("k"));
+    setup.context.set(ckPackageExtension, u"tips"_s);
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    const QString file = setup.packages.writeTip(u"b.tips"_s, u"b.xml"_s, u"k"_s);
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
     QCOMPARE(setup.host.messages(VLMessageInformation).first(),
-             QStringLiteral("indexing packages (*.tips) in ") + setup.packages.dataPath()
-                 + QLatin1Char(' '));
+             u"indexing packages (*.tips) in "_s + setup.packages.dataPath() + u' ');
 }
 
 void TestVLManager::loadDataPath_readsExtensionForEachPath()
 {
     ManagerSetup setup;
     PackageBuilder more;
-    const QString first = setup.packages.writeTip(QStringLiteral("a.vidlets"),
-                                                  QStringLiteral("a.xml"), QStringLiteral("k"));
-    const QString second =
-        more.writeTip(QStringLiteral("b.tips"), QStringLiteral("b.xml"), QStringLiteral("k"));
+    const QString first = setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    const QString second = more.writeTip(u"b.tips"_s, u"b.xml"_s, u"k"_s);
     VLManager& manager = setup.build({});
     setup.index.onCall = [&manager](const QString&) {
-        manager.context().set(ckPackageExtension, QStringLiteral("tips"));
+        manager.context().set(ckPackageExtension, u"tips"_s);
     };
     manager.loadDataPath({setup.packages.dataPath(), more.dataPath()});
     QCOMPARE(setup.index.controlFiles, (QStringList{first, second}));
@@ -1062,28 +1032,25 @@ void TestVLManager::loadDataPath_givesCanonicalPaths_whenPathIsLink()
     ManagerSetup setup;
     setup.listen();
     PackageBuilder elsewhere;
-    const QString file = elsewhere.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                                            QStringLiteral("k"));
-    const QString link = setup.packages.path(QStringLiteral("link"));
+    const QString file = elsewhere.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
+    const QString link = setup.packages.path(u"link"_s);
     QVERIFY(makeLink(elsewhere.dataPath(), link));
     setup.build({link});
 
     QCOMPARE(setup.index.controlFiles, QStringList{file});
-    QCOMPARE(setup.index.packagePaths, QStringList{elsewhere.path(QStringLiteral("a.vidlets"))});
+    QCOMPARE(setup.index.packagePaths, QStringList{elsewhere.path(u"a.vidlets"_s)});
     const QStringList messages = setup.host.messages(VLMessageInformation);
     QCOMPARE(messages.mid(0, 4),
-             (QStringList{
-                 QStringLiteral("indexing packages (*.vidlets) in ") + link + QLatin1Char(' '),
-                 QStringLiteral("indexing control files in ") + link + QStringLiteral("/a.vidlets"),
-                 QStringLiteral("looking for control files in :") + link
-                     + QStringLiteral("/a.vidlets/Control"),
-                 QStringLiteral("found control file :") + file}));
+             (QStringList{u"indexing packages (*.vidlets) in "_s + link + u' ',
+                          u"indexing control files in "_s + link + u"/a.vidlets"_s,
+                          u"looking for control files in :"_s + link + u"/a.vidlets/Control"_s,
+                          u"found control file :"_s + file}));
 }
 
 void TestVLManager::searchPaths_givesListOfConstructor()
 {
     ManagerSetup setup;
-    const QStringList paths{setup.packages.dataPath(), QStringLiteral("/no/such/path"),
+    const QStringList paths{setup.packages.dataPath(), u"/no/such/path"_s,
                             setup.packages.dataPath()};
     VLManager& manager = setup.build(paths);
     PackageBuilder more;
@@ -1094,15 +1061,15 @@ void TestVLManager::searchPaths_givesListOfConstructor()
 void TestVLManager::loadPackage_indexesOnlyFilesDirectlyInControlDirectory()
 {
     ManagerSetup setup;
-    const QString package = QStringLiteral("a.vidlets");
+    const QString package = u"a.vidlets"_s;
     const QString first =
-        setup.packages.writeControlFile(package, QStringLiteral("a.xml"), controlFileContent());
+        setup.packages.writeControlFile(package, u"a.xml"_s, controlFileContent());
     const QString second =
-        setup.packages.writeControlFile(package, QStringLiteral("b.xml"), controlFileContent());
-    setup.packages.writeControlFile(package, QStringLiteral("sub/c.xml"), controlFileContent());
-    setup.packages.writeControlFile(package, QStringLiteral("d.xml.bak"), controlFileContent());
-    setup.packages.writeControlFile(package, QStringLiteral("e.txt"), controlFileContent());
-    setup.packages.write(QStringLiteral("a.vidlets/f.xml"), controlFileContent());
+        setup.packages.writeControlFile(package, u"b.xml"_s, controlFileContent());
+    setup.packages.writeControlFile(package, u"sub/c.xml"_s, controlFileContent());
+    setup.packages.writeControlFile(package, u"d.xml.bak"_s, controlFileContent());
+    setup.packages.writeControlFile(package, u"e.txt"_s, controlFileContent());
+    setup.packages.write(u"a.vidlets/f.xml"_s, controlFileContent());
     VLManager& manager = setup.build({});
     manager.loadPackage(QFileInfo(setup.packages.path(package)));
     QCOMPARE(setup.sortedControlFiles(), (QStringList{first, second}));
@@ -1111,8 +1078,8 @@ void TestVLManager::loadPackage_indexesOnlyFilesDirectlyInControlDirectory()
 void TestVLManager::loadPackage_matchesFileNamesWithoutCase()
 {
     ManagerSetup setup;
-    const QString file = setup.packages.writeControlFile(
-        QStringLiteral("a.vidlets"), QStringLiteral("A.XML"), controlFileContent());
+    const QString file =
+        setup.packages.writeControlFile(u"a.vidlets"_s, u"A.XML"_s, controlFileContent());
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
 }
@@ -1120,9 +1087,9 @@ void TestVLManager::loadPackage_matchesFileNamesWithoutCase()
 void TestVLManager::loadPackage_ignoresLinkToControlFile()
 {
     ManagerSetup setup;
-    const QString file = setup.packages.writeControlFile(
-        QStringLiteral("a.vidlets"), QStringLiteral("a.xml"), controlFileContent());
-    QVERIFY(makeLink(file, setup.packages.path(QStringLiteral("a.vidlets/Control/link.xml"))));
+    const QString file =
+        setup.packages.writeControlFile(u"a.vidlets"_s, u"a.xml"_s, controlFileContent());
+    QVERIFY(makeLink(file, setup.packages.path(u"a.vidlets/Control/link.xml"_s)));
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
 }
@@ -1130,8 +1097,7 @@ void TestVLManager::loadPackage_ignoresLinkToControlFile()
 void TestVLManager::loadPackage_ignoresHiddenControlFile()
 {
     ManagerSetup setup;
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral(".a.xml"),
-                                    controlFileContent());
+    setup.packages.writeControlFile(u"a.vidlets"_s, u".a.xml"_s, controlFileContent());
     setup.build();
     QVERIFY(setup.index.controlFiles.isEmpty());
 }
@@ -1140,13 +1106,12 @@ void TestVLManager::loadPackage_ignoresDirectoryNamedLikeControlFile()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral("d.xml/a.xml"),
-                                    controlFileContent());
+    setup.packages.writeControlFile(u"a.vidlets"_s, u"d.xml/a.xml"_s, controlFileContent());
     setup.build();
     QVERIFY(setup.index.controlFiles.isEmpty());
     // One directory was looked through.
     QCOMPARE(setup.host.messages(VLMessageInformation)
-                 .filter(QStringLiteral("looking for control files in :"))
+                 .filter(u"looking for control files in :"_s)
                  .size(),
              1);
 }
@@ -1155,23 +1120,22 @@ void TestVLManager::loadPackage_findsNothing_whenControlDirectoryIsMissing()
 {
     ManagerSetup setup;
     setup.listen();
-    const QString package = setup.packages.packageRoot(QStringLiteral("a.vidlets"));
+    const QString package = setup.packages.packageRoot(u"a.vidlets"_s);
     VLManager& manager = setup.build({});
     setup.host.recordedMessages.clear();
     manager.loadPackage(QFileInfo(package));
     QCOMPARE(setup.host.messages(VLMessageInformation),
-             (QStringList{QStringLiteral("indexing control files in ") + package,
-                          QStringLiteral("looking for control files in :") + package
-                              + QStringLiteral("/Control")}));
+             (QStringList{u"indexing control files in "_s + package,
+                          u"looking for control files in :"_s + package + u"/Control"_s}));
     QVERIFY(setup.index.controlFiles.isEmpty());
 }
 
 void TestVLManager::loadPackage_usesChangedControlDirectory_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("name") << QStringLiteral("Tips");
-    QTest::newRow("path") << QStringLiteral("more/Tips");
-    QTest::newRow("the package itself") << QStringLiteral(".");
+    QTest::newRow("name") << u"Tips"_s;
+    QTest::newRow("path") << u"more/Tips"_s;
+    QTest::newRow("the package itself") << u"."_s;
 }
 
 void TestVLManager::loadPackage_usesChangedControlDirectory()
@@ -1179,38 +1143,34 @@ void TestVLManager::loadPackage_usesChangedControlDirectory()
     QFETCH(QString, name);
     ManagerSetup setup;
     setup.context.set(ckControlDirectory, name);
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                                    controlFileContent());
+    setup.packages.writeControlFile(u"a.vidlets"_s, u"a.xml"_s, controlFileContent());
     const QString file = QDir::cleanPath(
-        setup.packages.write(QStringLiteral("a.vidlets/%1/b.xml").arg(name), controlFileContent()));
-    setup.packages.write(QStringLiteral("a.vidlets/%1/sub/c.xml").arg(name), controlFileContent());
+        setup.packages.write(u"a.vidlets/%1/b.xml"_s.arg(name), controlFileContent()));
+    setup.packages.write(u"a.vidlets/%1/sub/c.xml"_s.arg(name), controlFileContent());
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
-    QCOMPARE(setup.index.packagePaths,
-             QStringList{setup.packages.path(QStringLiteral("a.vidlets"))});
+    QCOMPARE(setup.index.packagePaths, QStringList{setup.packages.path(u"a.vidlets"_s)});
 }
 
 void TestVLManager::loadPackage_usesAbsoluteControlDirectory()
 {
     ManagerSetup setup;
     PackageBuilder elsewhere;
-    const QString file = elsewhere.write(QStringLiteral("tips/a.xml"), controlFileContent());
-    setup.context.set(ckControlDirectory, elsewhere.path(QStringLiteral("tips")));
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                                    controlFileContent());
+    const QString file = elsewhere.write(u"tips/a.xml"_s, controlFileContent());
+    setup.context.set(ckControlDirectory, elsewhere.path(u"tips"_s));
+    setup.packages.writeControlFile(u"a.vidlets"_s, u"a.xml"_s, controlFileContent());
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
-    QCOMPARE(setup.index.packagePaths,
-             QStringList{setup.packages.path(QStringLiteral("a.vidlets"))});
+    QCOMPARE(setup.index.packagePaths, QStringList{setup.packages.path(u"a.vidlets"_s)});
 }
 
 void TestVLManager::loadPackage_givesCanonicalPaths_whenControlDirectoryIsLink()
 {
     ManagerSetup setup;
     PackageBuilder elsewhere;
-    const QString file = elsewhere.write(QStringLiteral("tips/a.xml"), controlFileContent());
-    const QString package = setup.packages.packageRoot(QStringLiteral("a.vidlets"));
-    QVERIFY(makeLink(elsewhere.path(QStringLiteral("tips")), package + QStringLiteral("/Control")));
+    const QString file = elsewhere.write(u"tips/a.xml"_s, controlFileContent());
+    const QString package = setup.packages.packageRoot(u"a.vidlets"_s);
+    QVERIFY(makeLink(elsewhere.path(u"tips"_s), package + u"/Control"_s));
     setup.build();
     QCOMPARE(setup.index.controlFiles, QStringList{file});
     QCOMPARE(setup.index.packagePaths, QStringList{package});
@@ -1220,38 +1180,37 @@ void TestVLManager::indexControFile_forwardsArguments()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build({});
-    manager.indexControFile(QStringLiteral("some/../file"), QStringLiteral("/a/root"));
-    QCOMPARE(setup.index.controlFiles, QStringList{QStringLiteral("some/../file")});
-    QCOMPARE(setup.index.packagePaths, QStringList{QStringLiteral("/a/root")});
+    manager.indexControFile(u"some/../file"_s, u"/a/root"_s);
+    QCOMPARE(setup.index.controlFiles, QStringList{u"some/../file"_s});
+    QCOMPARE(setup.index.packagePaths, QStringList{u"/a/root"_s});
 }
 
 void TestVLManager::keys_areThoseOfIndex()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build({});
-    setup.index.keysToGive = {QStringLiteral("b"), QStringLiteral("a"), QStringLiteral("b")};
+    setup.index.keysToGive = {u"b"_s, u"a"_s, u"b"_s};
     QCOMPARE(manager.keys(), setup.index.keysToGive);
 }
 
 void TestVLManager::retrieve_fillsOutputArguments()
 {
     ManagerSetup setup;
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLManager& manager = setup.build();
     QString path;
     int depth = -1;
     VLXmlElement* root = nullptr;
-    const VLXmlElement* element = manager.retrieve(QStringLiteral("k"), path, depth, root);
+    const VLXmlElement* element = manager.retrieve(u"k"_s, path, depth, root);
     QVERIFY(element);
     const std::unique_ptr<VLXmlElement> owner(root);
-    QCOMPARE(element->attribute(QStringLiteral("key")), QStringLiteral("k"));
+    QCOMPARE(element->attribute(u"key"_s), u"k"_s);
     QCOMPARE(element->parent(), root);
-    QCOMPARE(path, setup.packages.path(QStringLiteral("a.vidlets/Control")));
+    QCOMPARE(path, setup.packages.path(u"a.vidlets/Control"_s));
     QCOMPARE(depth, 2);
 
     VLXmlElement* secondRoot = nullptr;
-    const VLXmlElement* second = manager.retrieve(QStringLiteral("k"), path, depth, secondRoot);
+    const VLXmlElement* second = manager.retrieve(u"k"_s, path, depth, secondRoot);
     const std::unique_ptr<VLXmlElement> secondOwner(secondRoot);
     QVERIFY(second != element);
 }
@@ -1266,16 +1225,15 @@ void TestVLManager::retrieve_asksForBothLocales_data()
                         const QString& first, const QString& second) {
         QTest::newRow(name) << locale << fallback << first << second;
     };
-    const QString english = QStringLiteral("en_US");
-    const QString german = QStringLiteral("de_DE");
-    const QString french = QStringLiteral("fr_FR");
+    const QString english = u"en_US"_s;
+    const QString german = u"de_DE"_s;
+    const QString french = u"fr_FR"_s;
     row("none is set", QVariant(), QVariant(), english, english);
     row("locale is set", german, QVariant(), german, english);
     row("fallback is set", QVariant(), french, english, french);
     row("both are set", german, french, german, french);
-    row("language alone", QStringLiteral("de"), QVariant(), german, english);
-    row("unknown names", QStringLiteral("nonsense"), QStringLiteral("?"), QStringLiteral("C"),
-        QStringLiteral("C"));
+    row("language alone", u"de"_s, QVariant(), german, english);
+    row("unknown names", u"nonsense"_s, u"?"_s, u"C"_s, u"C"_s);
 }
 
 void TestVLManager::retrieve_asksForBothLocales()
@@ -1291,43 +1249,39 @@ void TestVLManager::retrieve_asksForBothLocales()
         setup.context.set(ckFallbackLocale, fallback);
     VLManager& manager = setup.build();
     setup.index.calls.clear();
-    QVERIFY(retrievedTitle(manager, QStringLiteral("k")).isNull());
-    QCOMPARE(setup.index.calls,
-             (QStringList{QStringLiteral("retrieve k ") + first,
-                          QStringLiteral("retrieve k ") + second}));
+    QVERIFY(retrievedTitle(manager, u"k"_s).isNull());
+    QCOMPARE(setup.index.calls, (QStringList{u"retrieve k "_s + first, u"retrieve k "_s + second}));
 }
 
 void TestVLManager::retrieve_takesFirstLocale_whenBothHaveKey()
 {
     ManagerSetup setup;
-    const QString package = QStringLiteral("a.vidlets");
-    setup.packages.writeControlFile(package, QStringLiteral("de.xml"),
-                                    localizedContent("de_DE", "Titel"));
-    setup.packages.writeControlFile(package, QStringLiteral("en.xml"),
-                                    localizedContent("en_US", "Title"));
+    const QString package = u"a.vidlets"_s;
+    setup.packages.writeControlFile(package, u"de.xml"_s, localizedContent("de_DE", "Titel"));
+    setup.packages.writeControlFile(package, u"en.xml"_s, localizedContent("en_US", "Title"));
     VLManager& manager = setup.build();
-    manager.context().set(ckLocale, QStringLiteral("de_DE"));
-    manager.context().set(ckFallbackLocale, QStringLiteral("en_US"));
+    manager.context().set(ckLocale, u"de_DE"_s);
+    manager.context().set(ckFallbackLocale, u"en_US"_s);
     setup.index.calls.clear();
-    QCOMPARE(retrievedTitle(manager, QStringLiteral("k")), QStringLiteral("Titel"));
-    QCOMPARE(setup.index.calls, QStringList{QStringLiteral("retrieve k de_DE")});
+    QCOMPARE(retrievedTitle(manager, u"k"_s), u"Titel"_s);
+    QCOMPARE(setup.index.calls, QStringList{u"retrieve k de_DE"_s});
 
-    manager.context().set(ckLocale, QStringLiteral("en_US"));
-    manager.context().set(ckFallbackLocale, QStringLiteral("de_DE"));
-    QCOMPARE(retrievedTitle(manager, QStringLiteral("k")), QStringLiteral("Title"));
+    manager.context().set(ckLocale, u"en_US"_s);
+    manager.context().set(ckFallbackLocale, u"de_DE"_s);
+    QCOMPARE(retrievedTitle(manager, u"k"_s), u"Title"_s);
 }
 
 void TestVLManager::retrieve_takesFallback_whenOnlyItHasKey()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeControlFile(QStringLiteral("a.vidlets"), QStringLiteral("fr.xml"),
+    setup.packages.writeControlFile(u"a.vidlets"_s, u"fr.xml"_s,
                                     localizedContent("fr_FR", "Titre"));
-    setup.context.set(ckLocale, QStringLiteral("de_DE"));
-    setup.context.set(ckFallbackLocale, QStringLiteral("fr_FR"));
+    setup.context.set(ckLocale, u"de_DE"_s);
+    setup.context.set(ckFallbackLocale, u"fr_FR"_s);
     VLManager& manager = setup.build();
     setup.host.recordedMessages.clear();
-    QCOMPARE(retrievedTitle(manager, QStringLiteral("k")), QStringLiteral("Titre"));
+    QCOMPARE(retrievedTitle(manager, u"k"_s), u"Titre"_s);
     QCOMPARE(setup.host.recordedMessages.size(), 1);
 }
 
@@ -1335,15 +1289,14 @@ void TestVLManager::retrieve_returnsNullSilently_whenNobodyHasKey()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLManager& manager = setup.build();
     setup.host.recordedMessages.clear();
-    QString path = QStringLiteral("as it was");
+    QString path = u"as it was"_s;
     int depth = 17;
     VLXmlElement* root = nullptr;
-    QVERIFY(!manager.retrieve(QStringLiteral("missing"), path, depth, root));
-    QCOMPARE(path, QStringLiteral("as it was"));
+    QVERIFY(!manager.retrieve(u"missing"_s, path, depth, root));
+    QCOMPARE(path, u"as it was"_s);
     QCOMPARE(depth, 17);
     QVERIFY(setup.host.recordedMessages.isEmpty());
 }
@@ -1352,21 +1305,19 @@ void TestVLManager::retrieve_sendsDurationInSeconds()
 {
     ManagerSetup setup;
     setup.listen();
-    setup.packages.writeTip(QStringLiteral("a.vidlets"), QStringLiteral("a.xml"),
-                            QStringLiteral("k"));
+    setup.packages.writeTip(u"a.vidlets"_s, u"a.xml"_s, u"k"_s);
     VLManager& manager = setup.build();
     setup.host.recordedMessages.clear();
     setup.index.onCall = [](const QString&) { spendMs(20); };
     QElapsedTimer timer;
     timer.start();
-    retrievedTitle(manager, QStringLiteral("k"));
+    retrievedTitle(manager, u"k"_s);
     const double limit = static_cast<double>(timer.elapsed()) / 1000.0;
 
     const QStringList messages = setup.host.messages(VLMessageInformation);
     QCOMPARE(messages.size(), 1);
-    const double seconds = capturedSeconds(messages,
-                                           QStringLiteral("Retrieved k in ") + secondsPattern()
-                                               + QStringLiteral(" seconds"));
+    const double seconds =
+        capturedSeconds(messages, u"Retrieved k in "_s + secondsPattern() + u" seconds"_s);
     QVERIFY2(seconds >= 0.02, qPrintable(messages.first()));
     QVERIFY2(seconds <= limit, qPrintable(messages.first()));
 }
@@ -1380,14 +1331,14 @@ void TestVLManager::currentLocale_followsSettings_data()
                         const QString& expected) {
         QTest::newRow(name) << locale << fallback << QLocale(expected);
     };
-    const QString german = QStringLiteral("de_DE");
-    const QString french = QStringLiteral("fr_FR");
+    const QString german = u"de_DE"_s;
+    const QString french = u"fr_FR"_s;
     row("locale alone", german, QVariant(), german);
     row("fallback alone", QVariant(), french, french);
     row("both", german, french, german);
     row("locale empty", QString(), french, french);
-    row("language alone", QStringLiteral("de"), QVariant(), german);
-    row("unknown name", QStringLiteral("nonsense"), french, QStringLiteral("C"));
+    row("language alone", u"de"_s, QVariant(), german);
+    row("unknown name", u"nonsense"_s, french, u"C"_s);
 }
 
 void TestVLManager::currentLocale_followsSettings()
@@ -1408,7 +1359,7 @@ void TestVLManager::currentLocale_isThatOfSystem_whenNothingIsSet()
     const QLocale before;
     const auto restore = qScopeGuard([&before] { QLocale::setDefault(before); });
     // The default locale of the application has no say.
-    QLocale::setDefault(QLocale(QStringLiteral("ja_JP")));
+    QLocale::setDefault(QLocale(u"ja_JP"_s));
     ManagerSetup setup;
     VLManager& manager = setup.build();
     QCOMPARE(manager.currentLocale(), QLocale::system());
@@ -1425,60 +1376,58 @@ void TestVLManager::interpolate_replacesReferences_data()
         QTest::newRow(name) << text << expected;
     };
     const auto unchanged = [&row](const char* name, const QString& text) { row(name, text, text); };
-    row("reference alone", QStringLiteral("%(a)s"), QStringLiteral("A"));
-    row("within text", QStringLiteral("x %(a)s y"), QStringLiteral("x A y"));
-    row("twice", QStringLiteral("%(a)s%(a)s"), QStringLiteral("AA"));
-    row("known and unknown", QStringLiteral("%(a)s %(z)s"), QStringLiteral("A %(z)s"));
-    row("unknown and known", QStringLiteral("%(z)s %(a)s"), QStringLiteral("%(z)s A"));
-    row("all characters of a name", QStringLiteral("%(-_aZ09)s"), QStringLiteral("name"));
-    row("number", QStringLiteral("%(number)s"), QStringLiteral("42"));
-    row("truth value", QStringLiteral("%(yes)s"), QStringLiteral("true"));
-    row("empty value", QStringLiteral("[%(empty)s]"), QStringLiteral("[]"));
-    row("value with a reference", QStringLiteral("%(toA)s"), QStringLiteral("<A>"));
-    row("value with a reference to such a value", QStringLiteral("%(toToA)s"),
-        QStringLiteral("<A>!"));
-    row("value with an unknown reference", QStringLiteral("%(toUnknown)s %(a)s"),
-        QStringLiteral("%(z)s A"));
-    row("reference that a value completes", QStringLiteral("%(open)sa)s"), QStringLiteral("A"));
-    row("scan does not go back", QStringLiteral("%(%(nameOfA)s)s"), QStringLiteral("%(a)s"));
-    row("percent before", QStringLiteral("%%(a)s"), QStringLiteral("%A"));
-    row("s after", QStringLiteral("%(a)ss"), QStringLiteral("As"));
-    row("lines", QStringLiteral("%(a)s\n%(a)s"), QStringLiteral("A\nA"));
-    unchanged("empty text", QStringLiteral(""));
-    unchanged("no reference", QStringLiteral("plain text 100 %"));
-    unchanged("unknown name", QStringLiteral("%(z)s"));
-    unchanged("other case", QStringLiteral("%(A)s"));
-    unchanged("invalid value", QStringLiteral("%(invalid)s"));
-    unchanged("null string", QStringLiteral("%(null)s"));
-    unchanged("value without a string form", QStringLiteral("%(list)s"));
-    unchanged("no s", QStringLiteral("%(a) b"));
-    unchanged("other letter than s", QStringLiteral("%(a)d"));
-    unchanged("capital S", QStringLiteral("%(a)S"));
-    unchanged("blank in the name", QStringLiteral("%(a b)s"));
-    unchanged("letter beyond ASCII", QStringLiteral("%(\u00e4)s"));
-    unchanged("empty name", QStringLiteral("%()s"));
-    unchanged("no parentheses", QStringLiteral("%a s"));
+    row("reference alone", u"%(a)s"_s, u"A"_s);
+    row("within text", u"x %(a)s y"_s, u"x A y"_s);
+    row("twice", u"%(a)s%(a)s"_s, u"AA"_s);
+    row("known and unknown", u"%(a)s %(z)s"_s, u"A %(z)s"_s);
+    row("unknown and known", u"%(z)s %(a)s"_s, u"%(z)s A"_s);
+    row("all characters of a name", u"%(-_aZ09)s"_s, u"name"_s);
+    row("number", u"%(number)s"_s, u"42"_s);
+    row("truth value", u"%(yes)s"_s, u"true"_s);
+    row("empty value", u"[%(empty)s]"_s, u"[]"_s);
+    row("value with a reference", u"%(toA)s"_s, u"<A>"_s);
+    row("value with a reference to such a value", u"%(toToA)s"_s, u"<A>!"_s);
+    row("value with an unknown reference", u"%(toUnknown)s %(a)s"_s, u"%(z)s A"_s);
+    row("reference that a value completes", u"%(open)sa)s"_s, u"A"_s);
+    row("scan does not go back", u"%(%(nameOfA)s)s"_s, u"%(a)s"_s);
+    row("percent before", u"%%(a)s"_s, u"%A"_s);
+    row("s after", u"%(a)ss"_s, u"As"_s);
+    row("lines", u"%(a)s\n%(a)s"_s, u"A\nA"_s);
+    unchanged("empty text", u""_s);
+    unchanged("no reference", u"plain text 100 %"_s);
+    unchanged("unknown name", u"%(z)s"_s);
+    unchanged("other case", u"%(A)s"_s);
+    unchanged("invalid value", u"%(invalid)s"_s);
+    unchanged("null string", u"%(null)s"_s);
+    unchanged("value without a string form", u"%(list)s"_s);
+    unchanged("no s", u"%(a) b"_s);
+    unchanged("other letter than s", u"%(a)d"_s);
+    unchanged("capital S", u"%(a)S"_s);
+    unchanged("blank in the name", u"%(a b)s"_s);
+    unchanged("letter beyond ASCII", u"%(\u00e4)s"_s);
+    unchanged("empty name", u"%()s"_s);
+    unchanged("no parentheses", u"%a s"_s);
 }
 
 void TestVLManager::interpolate_replacesReferences()
 {
     QFETCH(QString, text);
-    const QMap<QString, QVariant> variables{{QStringLiteral("a"), QStringLiteral("A")},
-                                            {QStringLiteral("-_aZ09"), QStringLiteral("name")},
-                                            {QStringLiteral("number"), 42},
-                                            {QStringLiteral("yes"), true},
-                                            {QStringLiteral("empty"), QStringLiteral("")},
-                                            {QStringLiteral("null"), QString()},
-                                            {QStringLiteral("invalid"), QVariant()},
-                                            {QStringLiteral("list"), QVariantList{1, 2}},
-                                            {QStringLiteral("toA"), QStringLiteral("<%(a)s>")},
-                                            {QStringLiteral("toToA"), QStringLiteral("%(toA)s!")},
-                                            {QStringLiteral("toUnknown"), QStringLiteral("%(z)s")},
-                                            {QStringLiteral("open"), QStringLiteral("%(")},
-                                            {QStringLiteral("nameOfA"), QStringLiteral("a")},
-                                            {QStringLiteral("a b"), QStringLiteral("blank")},
-                                            {QStringLiteral("\u00e4"), QStringLiteral("umlaut")},
-                                            {QString(), QStringLiteral("nameless")}};
+    const QMap<QString, QVariant> variables{{u"a"_s, u"A"_s},
+                                            {u"-_aZ09"_s, u"name"_s},
+                                            {u"number"_s, 42},
+                                            {u"yes"_s, true},
+                                            {u"empty"_s, u""_s},
+                                            {u"null"_s, QString()},
+                                            {u"invalid"_s, QVariant()},
+                                            {u"list"_s, QVariantList{1, 2}},
+                                            {u"toA"_s, u"<%(a)s>"_s},
+                                            {u"toToA"_s, u"%(toA)s!"_s},
+                                            {u"toUnknown"_s, u"%(z)s"_s},
+                                            {u"open"_s, u"%("_s},
+                                            {u"nameOfA"_s, u"a"_s},
+                                            {u"a b"_s, u"blank"_s},
+                                            {u"\u00e4"_s, u"umlaut"_s},
+                                            {QString(), u"nameless"_s}};
     ManagerSetup setup;
     VLManager& manager = setup.build();
     QTEST(manager.interpolate(text, variables), "expected");
@@ -1488,36 +1437,36 @@ void TestVLManager::interpolate_usesGlobalProperties_whenNoMapIsGiven()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build();
-    QCOMPARE(manager.interpolate(QStringLiteral("%(a)s")), QStringLiteral("%(a)s"));
-    manager.setGlobalProperty(QStringLiteral("a"), QStringLiteral("%(b)s"));
-    manager.setGlobalProperty(QStringLiteral("b"), 5);
-    QCOMPARE(manager.interpolate(QStringLiteral("%(a)s")), QStringLiteral("5"));
+    QCOMPARE(manager.interpolate(u"%(a)s"_s), u"%(a)s"_s);
+    manager.setGlobalProperty(u"a"_s, u"%(b)s"_s);
+    manager.setGlobalProperty(u"b"_s, 5);
+    QCOMPARE(manager.interpolate(u"%(a)s"_s), u"5"_s);
 }
 
 void TestVLManager::interpolate_usesGivenMapAlone()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build();
-    manager.setGlobalProperty(QStringLiteral("a"), QStringLiteral("A"));
-    QCOMPARE(manager.interpolate(QStringLiteral("%(a)s"), {}), QStringLiteral("%(a)s"));
+    manager.setGlobalProperty(u"a"_s, u"A"_s);
+    QCOMPARE(manager.interpolate(u"%(a)s"_s, {}), u"%(a)s"_s);
 }
 
 void TestVLManager::setGlobalProperty_overwrites()
 {
     ManagerSetup setup;
     VLManager& manager = setup.build();
-    manager.setGlobalProperty(QStringLiteral("a"), QStringLiteral("old"));
-    const QString before = manager.interpolate(QStringLiteral("%(a)s"));
-    manager.setGlobalProperty(QStringLiteral("a"), QStringLiteral("new"));
-    QCOMPARE(before, QStringLiteral("old"));
-    QCOMPARE(manager.interpolate(QStringLiteral("%(a)s")), QStringLiteral("new"));
-    manager.setGlobalProperty(QStringLiteral("a"), QVariant());
-    QCOMPARE(manager.interpolate(QStringLiteral("%(a)s")), QStringLiteral("%(a)s"));
+    manager.setGlobalProperty(u"a"_s, u"old"_s);
+    const QString before = manager.interpolate(u"%(a)s"_s);
+    manager.setGlobalProperty(u"a"_s, u"new"_s);
+    QCOMPARE(before, u"old"_s);
+    QCOMPARE(manager.interpolate(u"%(a)s"_s), u"new"_s);
+    manager.setGlobalProperty(u"a"_s, QVariant());
+    QCOMPARE(manager.interpolate(u"%(a)s"_s), u"%(a)s"_s);
 }
 
 void TestVLManager::interpolate_neverFinishes_whenValueContainsItsOwnReference()
 {
-    const ChildResult result = runInChildProcess(QStringLiteral("selfReference"));
+    const ChildResult result = runInChildProcess(u"selfReference"_s);
     QVERIFY(result.finished);
     QVERIFY(result.crashed);
 }
@@ -1529,25 +1478,24 @@ void TestVLManager::openExternalResource_tellsTypesApart_data()
     const auto row = [](const char* name, const QString& resource, VLExternalResourceType type) {
         QTest::newRow(name) << resource << int(type);
     };
-    row("web address", QStringLiteral("https://example.org/a?b#c"), VLResourceUrl);
-    row("file URL", QStringLiteral("file:///a/b"), VLResourceUrl);
-    row("scheme without a slash", QStringLiteral("mailto:someone@example.org"), VLResourceUrl);
-    row("scheme of nobody", QStringLiteral("topic:brush"), VLResourceUrl);
-    row("drive letter, which reads as a scheme", QStringLiteral("C:/a/b"), VLResourceUrl);
-    row("absolute path", QStringLiteral("/a/b"), VLResourcePath);
-    row("relative path", QStringLiteral("a/b"), VLResourcePath);
-    row("slash alone", QStringLiteral("/"), VLResourcePath);
-    row("slash at the end", QStringLiteral("a/"), VLResourcePath);
-    row("URL that only tolerant parsing takes", QStringLiteral("http://example.org/a b"),
-        VLResourcePath);
-    row("such a URL without a slash", QStringLiteral("topic:a b"), VLResourceDocumentation);
-    row("host that no parsing takes", QStringLiteral("http://exa mple.org/a"), VLResourcePath);
-    row("bare word", QStringLiteral("brush"), VLResourceDocumentation);
-    row("words", QStringLiteral("the brush"), VLResourceDocumentation);
-    row("anchor", QStringLiteral("brush#size"), VLResourceDocumentation);
-    row("backslash", QStringLiteral("a\\b"), VLResourceDocumentation);
-    row("nothing before the colon", QStringLiteral(":brush"), VLResourceDocumentation);
-    row("empty", QStringLiteral(""), VLResourceDocumentation);
+    row("web address", u"https://example.org/a?b#c"_s, VLResourceUrl);
+    row("file URL", u"file:///a/b"_s, VLResourceUrl);
+    row("scheme without a slash", u"mailto:someone@example.org"_s, VLResourceUrl);
+    row("scheme of nobody", u"topic:brush"_s, VLResourceUrl);
+    row("drive letter, which reads as a scheme", u"C:/a/b"_s, VLResourceUrl);
+    row("absolute path", u"/a/b"_s, VLResourcePath);
+    row("relative path", u"a/b"_s, VLResourcePath);
+    row("slash alone", u"/"_s, VLResourcePath);
+    row("slash at the end", u"a/"_s, VLResourcePath);
+    row("URL that only tolerant parsing takes", u"http://example.org/a b"_s, VLResourcePath);
+    row("such a URL without a slash", u"topic:a b"_s, VLResourceDocumentation);
+    row("host that no parsing takes", u"http://exa mple.org/a"_s, VLResourcePath);
+    row("bare word", u"brush"_s, VLResourceDocumentation);
+    row("words", u"the brush"_s, VLResourceDocumentation);
+    row("anchor", u"brush#size"_s, VLResourceDocumentation);
+    row("backslash", u"a\\b"_s, VLResourceDocumentation);
+    row("nothing before the colon", u":brush"_s, VLResourceDocumentation);
+    row("empty", u""_s, VLResourceDocumentation);
 }
 
 void TestVLManager::openExternalResource_tellsTypesApart()
@@ -1571,9 +1519,9 @@ void TestVLManager::openExternalResource_obeysGates_data()
                         const QVariant& documentation, bool opened) {
         QTest::newRow(name) << resource << links << documentation << opened;
     };
-    const QString url = QStringLiteral("topic:brush");
-    const QString path = QStringLiteral("a/b");
-    const QString word = QStringLiteral("brush");
+    const QString url = u"topic:brush"_s;
+    const QString path = u"a/b"_s;
+    const QString word = u"brush"_s;
     row("URL, none set", url, QVariant(), QVariant(), true);
     row("URL, links off", url, false, QVariant(), false);
     row("URL, links off and documentation on", url, false, true, false);
@@ -1610,8 +1558,7 @@ void TestVLManager::openExternalResource_returnsAnswerOfHost()
     ManagerSetup setup;
     setup.host.openResult = false;
     VLManager& manager = setup.build();
-    const QStringList resources{QStringLiteral("topic:brush"), QStringLiteral("a/b"),
-                                QStringLiteral("brush")};
+    const QStringList resources{u"topic:brush"_s, u"a/b"_s, u"brush"_s};
     for (const QString& resource : resources)
         QVERIFY(!manager.openExternalResource(resource));
     QCOMPARE(setup.host.openedResources.size(), 3);

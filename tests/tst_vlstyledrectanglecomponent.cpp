@@ -15,6 +15,8 @@
 #include <QSignalSpy>
 #include <QToolTip>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -132,7 +134,7 @@ private Q_SLOTS:
 void TestVLStyledRectangleComponent::constructor_setsInitialState()
 {
     VLStyledRectangleComponent item;
-    QCOMPARE(item.element(), QStringLiteral("PE_Widget"));
+    QCOMPARE(item.element(), u"PE_Widget"_s);
     QVERIFY(!item.toolTipStyle());
     QVERIFY(item.flags().testFlag(QQuickItem::ItemHasContents));
     QVERIFY(!item.parentItem());
@@ -188,37 +190,35 @@ void TestVLStyledRectangleComponent::setElement_emitsOnEveryCall_whenNameIsKnown
     connect(&item, &VLStyledRectangleComponent::elementChanged, this,
             [&] { seen += item.element(); });
 
-    item.setElement(QStringLiteral("PE_Frame"));
-    item.setElement(QStringLiteral("PE_Frame"));
-    item.setElement(QStringLiteral("PE_Widget"));
-    item.setElement(QStringLiteral("PE_Widget"));
+    item.setElement(u"PE_Frame"_s);
+    item.setElement(u"PE_Frame"_s);
+    item.setElement(u"PE_Widget"_s);
+    item.setElement(u"PE_Widget"_s);
 
-    QCOMPARE(seen,
-             (QStringList{QStringLiteral("PE_Frame"), QStringLiteral("PE_Frame"),
-                          QStringLiteral("PE_Widget"), QStringLiteral("PE_Widget")}));
+    QCOMPARE(seen, (QStringList{u"PE_Frame"_s, u"PE_Frame"_s, u"PE_Widget"_s, u"PE_Widget"_s}));
 }
 
 void TestVLStyledRectangleComponent::setElement_changesNothing_whenNameIsUnknown_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("null") << QString();
-    QTest::newRow("empty") << QStringLiteral("");
-    QTest::newRow("another element") << QStringLiteral("PE_FrameMenu");
-    QTest::newRow("lower case") << QStringLiteral("pe_widget");
-    QTest::newRow("blank at the end") << QStringLiteral("PE_Widget ");
-    QTest::newRow("number") << QStringLiteral("41");
+    QTest::newRow("empty") << u""_s;
+    QTest::newRow("another element") << u"PE_FrameMenu"_s;
+    QTest::newRow("lower case") << u"pe_widget"_s;
+    QTest::newRow("blank at the end") << u"PE_Widget "_s;
+    QTest::newRow("number") << u"41"_s;
 }
 
 void TestVLStyledRectangleComponent::setElement_changesNothing_whenNameIsUnknown()
 {
     QFETCH(QString, name);
     VLStyledRectangleComponent item;
-    item.setElement(QStringLiteral("PE_Frame"));
+    item.setElement(u"PE_Frame"_s);
     QSignalSpy spy(&item, &VLStyledRectangleComponent::elementChanged);
 
     item.setElement(name);
 
-    QCOMPARE(item.element(), QStringLiteral("PE_Frame"));
+    QCOMPARE(item.element(), u"PE_Frame"_s);
     QCOMPARE(spy.count(), 0);
 }
 
@@ -227,18 +227,17 @@ void TestVLStyledRectangleComponent::setToolTipStyle_emitsBothSignalsInOrder_onE
     VLStyledRectangleComponent item;
     QStringList order;
     connect(&item, &VLStyledRectangleComponent::toolTipStyleChanged, this,
-            [&] { order += QStringLiteral("style ") + (item.toolTipStyle() ? u'1' : u'0'); });
+            [&] { order += u"style "_s + (item.toolTipStyle() ? u'1' : u'0'); });
     connect(&item, &VLStyledRectangleComponent::textColorChanged, this,
-            [&] { order += QStringLiteral("colour"); });
+            [&] { order += u"colour"_s; });
 
     item.setToolTipStyle(true);
     item.setToolTipStyle(true);
     item.setToolTipStyle(false);
 
     QCOMPARE(order,
-             (QStringList{QStringLiteral("style 1"), QStringLiteral("colour"),
-                          QStringLiteral("style 1"), QStringLiteral("colour"),
-                          QStringLiteral("style 0"), QStringLiteral("colour")}));
+             (QStringList{u"style 1"_s, u"colour"_s, u"style 1"_s, u"colour"_s, u"style 0"_s,
+                          u"colour"_s}));
 }
 
 void TestVLStyledRectangleComponent::textColor_isBlack_inToolTipStyle()
@@ -270,7 +269,7 @@ void TestVLStyledRectangleComponent::setters_doNotRepaint()
     QCOMPARE(window.grabWindow().pixelColor(centre), ColouredPalettes::window());
 
     item.setToolTipStyle(true);
-    item.setElement(QStringLiteral("PE_Frame"));
+    item.setElement(u"PE_Frame"_s);
     QCOMPARE(window.grabWindow().pixelColor(centre), ColouredPalettes::window());
 
     item.update();
@@ -314,7 +313,7 @@ void TestVLStyledRectangleComponent::paint_isSame_forBothElements()
     widget.setSize(QSizeF(6, 4));
     VLStyledRectangleComponent frame;
     frame.setSize(QSizeF(6, 4));
-    frame.setElement(QStringLiteral("PE_Frame"));
+    frame.setElement(u"PE_Frame"_s);
     for (const bool toolTipStyle : {false, true}) {
         widget.setToolTipStyle(toolTipStyle);
         frame.setToolTipStyle(toolTipStyle);

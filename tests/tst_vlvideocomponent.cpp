@@ -29,6 +29,8 @@
 #include <cmath>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -76,8 +78,8 @@ class Clips
 public:
     Clips()
     {
-        write(QStringLiteral("clip.avi"), clipSize(), kClipFrames, 20);
-        write(QStringLiteral("other.avi"), otherClipSize(), kOtherClipFrames, 20);
+        write(u"clip.avi"_s, clipSize(), kClipFrames, 20);
+        write(u"other.avi"_s, otherClipSize(), kOtherClipFrames, 20);
     }
     QString path(const QString& name) const
     {
@@ -91,8 +93,7 @@ private:
         for (int i = 0; i < frames; ++i)
             images += clipFrame(i, size);
         // Without loss, and without pictures that come out of order.
-        m_writer.imageClip(name, QStringLiteral("rawvideo"), images, fps,
-                           {QStringLiteral("-pix_fmt"), QStringLiteral("bgr24")});
+        m_writer.imageClip(name, u"rawvideo"_s, images, fps, {u"-pix_fmt"_s, u"bgr24"_s});
     }
 
     ClipWriter m_writer;
@@ -104,9 +105,8 @@ class Stage
 public:
     explicit Stage(const Clips& clips, const QVariant& scale = QVariant())
     {
-        m_packages.writeTip(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
-                            QStringLiteral("k"));
-        for (const QString& name : {QStringLiteral("clip.avi"), QStringLiteral("other.avi")})
+        m_packages.writeTip(u"tips.vidlets"_s, u"tips.xml"_s, u"k"_s);
+        for (const QString& name : {u"clip.avi"_s, u"other.avi"_s})
             copyClip(clips.path(name), name);
         if (scale.isValid())
             m_context.set(ckScale, scale);
@@ -114,7 +114,7 @@ public:
                                                 QStringList{m_packages.dataPath()}, &m_index);
         view = std::make_unique<VLView>(m_manager.get(), nullptr);
         auto* content = new VLXmlElement;
-        content->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
         view->setContent(content);
         item = std::make_unique<VLVideoComponent>();
     }
@@ -123,7 +123,7 @@ public:
         item->setParentItem(view->contentItem());
     }
     /// Loads the clip @p name and waits until it is decoded to its end.
-    void load(const QString& name = QStringLiteral("clip.avi"), int frames = kClipFrames) const
+    void load(const QString& name = u"clip.avi"_s, int frames = kClipFrames) const
     {
         enterView();
         ThreadSpy spy(source(), &VLVideoSource::streamEnded);
@@ -134,11 +134,11 @@ public:
     }
     QString write(const QString& name, const QByteArray& content)
     {
-        return m_packages.write(QStringLiteral("tips.vidlets/") + name, content);
+        return m_packages.write(u"tips.vidlets/"_s + name, content);
     }
     QString resource(const QString& name) const
     {
-        return m_packages.path(QStringLiteral("tips.vidlets/Resources/") + name);
+        return m_packages.path(u"tips.vidlets/Resources/"_s + name);
     }
     VLVideoController* controller() const
     {
@@ -164,7 +164,7 @@ private:
         QFile file(from);
         if (!file.open(QIODevice::ReadOnly))
             qFatal("Could not read %s", qPrintable(from));
-        write(QStringLiteral("Resources/") + name, file.readAll());
+        write(u"Resources/"_s + name, file.readAll());
     }
 
     PackageBuilder m_packages;
@@ -202,7 +202,7 @@ public:
     /// What came since the last call.
     QString take()
     {
-        const QString result = m_order.join(QLatin1Char(' '));
+        const QString result = m_order.join(u' ');
         m_order.clear();
         return result;
     }
@@ -222,12 +222,12 @@ QImage pictureWith(const QImage& image)
 
 QString clipName()
 {
-    return QStringLiteral("clip.avi");
+    return u"clip.avi"_s;
 }
 
 QString otherClipName()
 {
-    return QStringLiteral("other.avi");
+    return u"other.avi"_s;
 }
 
 } // namespace
@@ -345,9 +345,9 @@ void TestVLVideoComponent::threads_areNamed()
     const VLVideoComponent item;
     const auto names = [] {
         QByteArrayList result;
-        const QDir tasks(QStringLiteral("/proc/self/task"));
+        const QDir tasks(u"/proc/self/task"_s);
         for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            QFile file(tasks.filePath(task + QStringLiteral("/comm")));
+            QFile file(tasks.filePath(task + u"/comm"_s));
             if (file.open(QIODevice::ReadOnly))
                 result += file.readAll().trimmed();
         }
@@ -475,10 +475,10 @@ void TestVLVideoComponent::setSource_loadsClip_whenItemIsInView()
 void TestVLVideoComponent::setSource_loadsClip_whenNameHasDirectories()
 {
     Stage stage(m_clips);
-    const QString name = QStringLiteral("a # b/100 %?.avi");
+    const QString name = u"a # b/100 %?.avi"_s;
     QFile file(m_clips.path(otherClipName()));
     QVERIFY(file.open(QIODevice::ReadOnly));
-    stage.write(QStringLiteral("Resources/") + name, file.readAll());
+    stage.write(u"Resources/"_s + name, file.readAll());
     stage.load(name, kOtherClipFrames);
     QCOMPARE(stage.item->source(), name);
 }
@@ -496,7 +496,7 @@ void TestVLVideoComponent::setSource_pausesAndRewinds_whenNameIsEmpty_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("inView");
     QTest::newRow("null") << QString() << true;
-    QTest::newRow("empty") << QStringLiteral("") << true;
+    QTest::newRow("empty") << u""_s << true;
     QTest::newRow("without window") << QString() << false;
 }
 
@@ -518,7 +518,7 @@ void TestVLVideoComponent::setSource_pausesAndRewinds_whenNameIsEmpty()
     QCOMPARE(stage.item->source(), QString());
     QCOMPARE(stage.item->state(), VLVideoComponent::pausedState);
     QCOMPARE(stage.item->position(), qlonglong(0));
-    QCOMPARE(record.take(), QStringLiteral("state loadProgress position progress state"));
+    QCOMPARE(record.take(), u"state loadProgress position progress state"_s);
     QCOMPARE(stage.source()->source(), url);
     // The picture comes again from the clip that is still there.
     QTRY_COMPARE(numberOf(stage.painted()), 0);
@@ -527,8 +527,8 @@ void TestVLVideoComponent::setSource_pausesAndRewinds_whenNameIsEmpty()
 void TestVLVideoComponent::setSource_keepsClip_whenNameIsNoFile_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("missing") << QStringLiteral("missing.avi");
-    QTest::newRow("directory") << QStringLiteral(".");
+    QTest::newRow("missing") << u"missing.avi"_s;
+    QTest::newRow("directory") << u"."_s;
 }
 
 void TestVLVideoComponent::setSource_keepsClip_whenNameIsNoFile()
@@ -564,7 +564,7 @@ void TestVLVideoComponent::setSource_keepsPictureOnScreen()
     const QImage before = stage.view->grabWindow();
     QCOMPARE(numberOf(before), 3);
 
-    stage.item->setSource(QStringLiteral("missing.avi"));
+    stage.item->setSource(u"missing.avi"_s);
 
     QCOMPARE(stage.view->grabWindow(), before);
     stage.item->update();
@@ -613,13 +613,12 @@ void TestVLVideoComponent::setSource_rewinds_whenClipIsTheSame()
 void TestVLVideoComponent::setSource_tellsNothing_whenFileIsNoClip()
 {
     Stage stage(m_clips);
-    const QString path = stage.write(QStringLiteral("Resources/text.avi"), "no clip");
+    const QString path = stage.write(u"Resources/text.avi"_s, "no clip");
     stage.enterView();
-    QTest::ignoreMessage(QtDebugMsg,
-                         qPrintable(QStringLiteral("Could not open media at: ") + path));
+    QTest::ignoreMessage(QtDebugMsg, qPrintable(u"Could not open media at: "_s + path));
     ThreadSpy actionSpy(stage.source(), &VLVideoSource::actionChanged);
     ThreadSpy sourceSpy(stage.source(), &VLVideoSource::sourceChanged);
-    stage.item->setSource(QStringLiteral("text.avi"));
+    stage.item->setSource(u"text.avi"_s);
     SignalRecord record(stage.item.get());
 
     QTRY_COMPARE(sourceSpy.count(), 1);
@@ -627,7 +626,7 @@ void TestVLVideoComponent::setSource_tellsNothing_whenFileIsNoClip()
     QTRY_COMPARE(stage.source()->action(), VLVideoSource::ActionIdle);
 
     QCOMPARE(record.take(), QString());
-    QCOMPARE(stage.item->source(), QStringLiteral("text.avi"));
+    QCOMPARE(stage.item->source(), u"text.avi"_s);
     QCOMPARE(stage.item->contentWidth(), 200.0);
     QCOMPARE(numberOf(stage.painted()), -1);
 }
@@ -664,9 +663,9 @@ void TestVLVideoComponent::setSearchPath_emitsOnEveryCall()
 {
     VLVideoComponent item;
     ThreadSpy spy(&item, &VLVideoComponent::searchPathChanged);
-    item.setSearchPath(QStringLiteral("a"));
-    item.setSearchPath(QStringLiteral("a"));
-    QCOMPARE(item.searchPath(), QStringLiteral("a"));
+    item.setSearchPath(u"a"_s);
+    item.setSearchPath(u"a"_s);
+    QCOMPARE(item.searchPath(), u"a"_s);
     QCOMPARE(spy.count(), 2);
 }
 
@@ -685,8 +684,8 @@ void TestVLVideoComponent::setState_asksController_data()
 {
     QTest::addColumn<int>("state");
     QTest::addColumn<QString>("order");
-    QTest::newRow("playing") << 2 << QStringLiteral("state");
-    QTest::newRow("paused") << 1 << QStringLiteral("state");
+    QTest::newRow("playing") << 2 << u"state"_s;
+    QTest::newRow("paused") << 1 << u"state"_s;
 }
 
 void TestVLVideoComponent::setState_asksController()
@@ -715,8 +714,8 @@ void TestVLVideoComponent::setState_resetPauses_data()
     QTest::addColumn<bool>("scrubbing");
     QTest::addColumn<int>("state");
     QTest::addColumn<QString>("order");
-    QTest::newRow("not scrubbing") << false << 1 << QStringLiteral("state loadProgress");
-    QTest::newRow("scrubbing") << true << 2 << QStringLiteral("loadProgress");
+    QTest::newRow("not scrubbing") << false << 1 << u"state loadProgress"_s;
+    QTest::newRow("scrubbing") << true << 2 << u"loadProgress"_s;
 }
 
 void TestVLVideoComponent::setState_resetPauses()
@@ -778,7 +777,7 @@ void TestVLVideoComponent::play_emitsTwice_forFrameThatIsFetched()
     stage.item->play();
     QTRY_COMPARE(stage.item->state(), VLVideoComponent::pausedState);
     // First the frame tells of the progress, then the move does.
-    QVERIFY(record.take().contains(QStringLiteral("progress position position progress")));
+    QVERIFY(record.take().contains(u"progress position position progress"_s));
 }
 
 void TestVLVideoComponent::play_startsAgain_whenAtTheEnd()
@@ -794,7 +793,7 @@ void TestVLVideoComponent::play_startsAgain_whenAtTheEnd()
     SignalRecord record(stage.item.get());
     stage.item->play();
 
-    QVERIFY(record.take().startsWith(QStringLiteral("position progress state")));
+    QVERIFY(record.take().startsWith(u"position progress state"_s));
     QVERIFY(stage.item->position() < kClipFrames);
     QTRY_COMPARE(stage.item->state(), VLVideoComponent::pausedState);
     QCOMPARE(stage.item->position(), qlonglong(kClipFrames));
@@ -880,7 +879,7 @@ void TestVLVideoComponent::frameReady_emits_whenProgressDiffersAlone()
 
     // The first pair comes from the move; the frame tells of no progress but what it has told.
     stage.item->setPosition(6);
-    QCOMPARE(record.take(), QStringLiteral("position progress"));
+    QCOMPARE(record.take(), u"position progress"_s);
     QTRY_COMPARE(numberOf(stage.painted()), 6);
     QCOMPARE(record.take(), QString());
 
@@ -889,7 +888,7 @@ void TestVLVideoComponent::frameReady_emits_whenProgressDiffersAlone()
     stage.controller()->setPosition(9);
     blocker.unblock();
     stage.item->frameReady();
-    QCOMPARE(record.take(), QStringLiteral("progress position"));
+    QCOMPARE(record.take(), u"progress position"_s);
     stage.item->frameReady();
     QCOMPARE(record.take(), QString());
 }
@@ -919,7 +918,7 @@ void TestVLVideoComponent::rewindToStart_emitsInOrder()
     stage.item->setPosition(5);
     SignalRecord record(stage.item.get());
     stage.item->rewindToStart();
-    QCOMPARE(record.take(), QStringLiteral("state position progress progress position"));
+    QCOMPARE(record.take(), u"state position progress progress position"_s);
 }
 
 void TestVLVideoComponent::sourceChangedState_emitsStateChanged()
@@ -927,7 +926,7 @@ void TestVLVideoComponent::sourceChangedState_emitsStateChanged()
     VLVideoComponent item;
     SignalRecord record(&item);
     item.sourceChangedState();
-    QCOMPARE(record.take(), QStringLiteral("state"));
+    QCOMPARE(record.take(), u"state"_s);
 }
 
 void TestVLVideoComponent::controllerPositionChanged_emitsInOrder()
@@ -936,7 +935,7 @@ void TestVLVideoComponent::controllerPositionChanged_emitsInOrder()
     SignalRecord record(&item);
     item.controllerPositionChanged();
     item.controllerPositionChanged();
-    QCOMPARE(record.take(), QStringLiteral("position progress position progress"));
+    QCOMPARE(record.take(), u"position progress position progress"_s);
 }
 
 void TestVLVideoComponent::heightChanged_isSentForFrameOfAnotherHeight()
@@ -1009,7 +1008,7 @@ void TestVLVideoComponent::paint_drawsNothing_whenThereIsNoFrame()
         const Stage stage(m_clips, scale);
         QCOMPARE(stage.painted(), pictureWith(QImage()));
         stage.enterView();
-        stage.item->setSource(QStringLiteral("missing.avi"));
+        stage.item->setSource(u"missing.avi"_s);
         QCOMPARE(stage.painted(), pictureWith(QImage()));
     }
 }
@@ -1072,7 +1071,7 @@ void TestVLVideoComponent::screen_showsFrames()
 void TestVLVideoComponent::scene_playsClip()
 {
     Stage stage(m_clips);
-    const QString scene = stage.write(QStringLiteral("ui/VidletUI.qml"),
+    const QString scene = stage.write(u"ui/VidletUI.qml"_s,
                                       "import QtQuick\n"
                                       "import com.larkspan.vidlets.qml 1.0\n"
                                       "Item {\n"

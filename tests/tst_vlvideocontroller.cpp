@@ -19,6 +19,8 @@
 #include <limits>
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -146,7 +148,7 @@ struct Player
     QString takeOrder()
     {
         const QMutexLocker locker(&mutex);
-        const QString result = order.join(QLatin1Char(' '));
+        const QString result = order.join(u' ');
         order.clear();
         return result;
     }
@@ -173,7 +175,7 @@ public:
 
 QUrl clipUrl()
 {
-    return QUrl(QStringLiteral("file:///clip.mp4"));
+    return QUrl(u"file:///clip.mp4"_s);
 }
 
 } // namespace
@@ -280,7 +282,7 @@ private Q_SLOTS:
 
 int TestVLVideoController::runChild(const QString& name)
 {
-    if (name != QStringLiteral("deleteRunning"))
+    if (name != u"deleteRunning"_s)
         return VidletsTest::runChild(name);
     FakeSource source;
     source.rate = kNeverEndingSleepHz;
@@ -300,7 +302,7 @@ int TestVLVideoController::runChild(const QString& name)
 void TestVLVideoController::constructor_setsInitialState()
 {
     const Player player;
-    QCOMPARE(player->objectName(), QStringLiteral("Controller"));
+    QCOMPARE(player->objectName(), u"Controller"_s);
     QCOMPARE(player->state(), VLVideoController::StatePaused);
     QCOMPARE(player->position(), quint64(0));
     QVERIFY(!player->isScrubbing());
@@ -324,11 +326,11 @@ void TestVLVideoController::constructor_connectsSignalsOfSource_data()
     QTest::addColumn<QString>("order");
     QTest::newRow("frame") << QByteArray("frameReady") << QString();
     QTest::newRow("source") << QByteArray("sourceChanged") << QString();
-    QTest::newRow("end") << QByteArray("streamEnded") << QStringLiteral("state load");
-    QTest::newRow("load") << QByteArray("sourceLoaded") << QStringLiteral("width height load");
+    QTest::newRow("end") << QByteArray("streamEnded") << u"state load"_s;
+    QTest::newRow("load") << QByteArray("sourceLoaded") << u"width height load"_s;
     QTest::newRow("action") << QByteArray("actionChanged") << QString();
     QTest::newRow("position") << QByteArray("positionChanged") << QString();
-    QTest::newRow("progress") << QByteArray("loadProgressChanged") << QStringLiteral("load");
+    QTest::newRow("progress") << QByteArray("loadProgressChanged") << u"load"_s;
 }
 
 void TestVLVideoController::constructor_connectsSignalsOfSource()
@@ -349,7 +351,7 @@ void TestVLVideoController::constructor_connectsSourceByThread()
     QCOMPARE(player.takeOrder(), QString());
 
     QCoreApplication::sendPostedEvents(player.controller);
-    QCOMPARE(player.takeOrder(), QStringLiteral("state load"));
+    QCOMPARE(player.takeOrder(), u"state load"_s);
 }
 
 void TestVLVideoController::finishedThread_deletesController()
@@ -395,8 +397,8 @@ void TestVLVideoController::setSource_emitsInOrder_data()
     QTest::addColumn<bool>("scrubbing");
     QTest::addColumn<QUrl>("url");
     QTest::addColumn<QString>("order");
-    const QString plain = QStringLiteral("state load position state");
-    const QString whileScrubbing = QStringLiteral("load position state");
+    const QString plain = u"state load position state"_s;
+    const QString whileScrubbing = u"load position state"_s;
     QTest::newRow("accepted") << false << clipUrl() << plain;
     QTest::newRow("accepted, scrubbing") << true << clipUrl() << whileScrubbing;
     QTest::newRow("refused") << false << QUrl() << plain;
@@ -439,7 +441,7 @@ void TestVLVideoController::setSource_changesPositionOnly_whenUrlIsRefused_data(
     QTest::addColumn<QUrl>("url");
     QTest::newRow("current") << clipUrl();
     QTest::newRow("empty") << QUrl();
-    QTest::newRow("invalid") << QUrl(QStringLiteral("http://[broken"));
+    QTest::newRow("invalid") << QUrl(u"http://[broken"_s);
 }
 
 void TestVLVideoController::setSource_changesPositionOnly_whenUrlIsRefused()
@@ -508,7 +510,7 @@ void TestVLVideoController::setState_emitsOnEveryCall()
     player->setState(VLVideoController::StatePaused);
     QCOMPARE(player->state(), VLVideoController::StatePaused);
     player->setState(VLVideoController::StatePaused);
-    QCOMPARE(player.takeOrder(), QStringLiteral("state state state state"));
+    QCOMPARE(player.takeOrder(), u"state state state state"_s);
 }
 
 void TestVLVideoController::play_emitsOnEveryCall()
@@ -517,7 +519,7 @@ void TestVLVideoController::play_emitsOnEveryCall()
     player->play();
     player->play();
     QCOMPARE(player->state(), VLVideoController::StatePlaying);
-    QCOMPARE(player.takeOrder(), QStringLiteral("state state"));
+    QCOMPARE(player.takeOrder(), u"state state"_s);
 }
 
 void TestVLVideoController::pause_emitsOnEveryCall()
@@ -527,7 +529,7 @@ void TestVLVideoController::pause_emitsOnEveryCall()
     player->pause();
     player->pause();
     QCOMPARE(player->state(), VLVideoController::StatePaused);
-    QCOMPARE(player.takeOrder(), QStringLiteral("state state state"));
+    QCOMPARE(player.takeOrder(), u"state state state"_s);
 }
 
 void TestVLVideoController::stateChanged_isSentAfterTheChange()
@@ -554,7 +556,7 @@ void TestVLVideoController::play_rewinds_whenPositionIsAtEnd()
 
     QCOMPARE(player->position(), quint64(0));
     QCOMPARE(player->state(), VLVideoController::StatePlaying);
-    QCOMPARE(player.takeOrder(), QStringLiteral("position state"));
+    QCOMPARE(player.takeOrder(), u"position state"_s);
 }
 
 void TestVLVideoController::play_keepsPosition_whenThereAreFramesLeft()
@@ -571,7 +573,7 @@ void TestVLVideoController::play_losesPosition_whenThereAreNoFrames()
     player->play();
     QCOMPARE(player->position(), kNowhere);
     QCOMPARE(player->state(), VLVideoController::StatePlaying);
-    QCOMPARE(player.takeOrder(), QStringLiteral("position state"));
+    QCOMPARE(player.takeOrder(), u"position state"_s);
 }
 
 void TestVLVideoController::setPosition_staysWithinFrames_data()
@@ -612,7 +614,7 @@ void TestVLVideoController::setPosition_emitsAfterTheChange_onEveryCall()
     player->setPosition(4);
     player->setPosition(4);
     QCOMPARE(seen, (QList<quint64>{4, 4}));
-    QCOMPARE(player.takeOrder(), QStringLiteral("position position"));
+    QCOMPARE(player.takeOrder(), u"position position"_s);
 }
 
 void TestVLVideoController::setProgress_cutsToFrame_data()
@@ -645,7 +647,7 @@ void TestVLVideoController::setProgress_cutsToFrame()
     player->setProgress(progress);
 
     QTEST(player->position(), "position");
-    QCOMPARE(player.takeOrder(), QStringLiteral("position"));
+    QCOMPARE(player.takeOrder(), u"position"_s);
 }
 
 void TestVLVideoController::setProgress_wraps_whenThereAreNoFrames()
@@ -689,7 +691,7 @@ void TestVLVideoController::loadProgress_isNotANumber_whenThereAreNoFrames()
 
 void TestVLVideoController::loadProgress_isZero_whenThereIsNoSource()
 {
-    const QRegularExpression warning(QStringLiteral("invalid nullptr parameter"));
+    const QRegularExpression warning(u"invalid nullptr parameter"_s);
     for (int i = 0; i < 3; ++i)
         QTest::ignoreMessage(QtWarningMsg, warning);
     VLVideoController controller(nullptr);
@@ -797,7 +799,7 @@ void TestVLVideoController::streamEnded_pauses()
 
     QCOMPARE(player->state(), VLVideoController::StatePaused);
     QCOMPARE(player->position(), quint64(1));
-    QCOMPARE(player.takeOrder(), QStringLiteral("state load"));
+    QCOMPARE(player.takeOrder(), u"state load"_s);
 }
 
 void TestVLVideoController::streamEnded_doesNotPause_whileScrubbing()
@@ -810,7 +812,7 @@ void TestVLVideoController::streamEnded_doesNotPause_whileScrubbing()
     player->streamEnded();
 
     QCOMPARE(player->state(), VLVideoController::StatePlaying);
-    QCOMPARE(player.takeOrder(), QStringLiteral("load"));
+    QCOMPARE(player.takeOrder(), u"load"_s);
 }
 
 void TestVLVideoController::sourceLoaded_emitsInOrder()
@@ -819,7 +821,7 @@ void TestVLVideoController::sourceLoaded_emitsInOrder()
     player->play();
     player.takeOrder();
     player->sourceLoaded();
-    QCOMPARE(player.takeOrder(), QStringLiteral("width height load"));
+    QCOMPARE(player.takeOrder(), u"width height load"_s);
     QCOMPARE(player->state(), VLVideoController::StatePlaying);
 }
 
@@ -827,7 +829,7 @@ void TestVLVideoController::presentFrame_emitsAlone_whenPaused()
 {
     Player player(3, kNeverEndingSleepHz);
     player->presentFrame();
-    QCOMPARE(player.takeOrder(), QStringLiteral("display"));
+    QCOMPARE(player.takeOrder(), u"display"_s);
     QCOMPARE(player->position(), quint64(0));
     QVERIFY(player->lastFrameDisplayTime().isNull());
 }
@@ -845,7 +847,7 @@ void TestVLVideoController::presentFrame_movesOnByOne_whenPlaying()
     player->presentFrame();
 
     QCOMPARE(seen, (QList<quint64>{1, 2}));
-    QCOMPARE(player.takeOrder(), QStringLiteral("display position display position"));
+    QCOMPARE(player.takeOrder(), u"display position display position"_s);
     QCOMPARE(numberOf(player->currentFrame()), 2);
 }
 
@@ -942,7 +944,7 @@ void TestVLVideoController::thread_isNamed()
     connect(
         player.controller, &VLVideoController::displayFrame, player.controller,
         [&] {
-            QFile file(QStringLiteral("/proc/thread-self/comm"));
+            QFile file(u"/proc/thread-self/comm"_s);
             if (file.open(QIODevice::ReadOnly))
                 name = file.readAll().trimmed();
             done.release();
@@ -962,7 +964,7 @@ void TestVLVideoController::run_showsFrameOnce_whenPaused()
     QVERIFY(!spy.wait(kSomePassesMs));
     QCOMPARE(spy.count(), 1);
     QCOMPARE(player.countFromLoop("display"), 1);
-    QCOMPARE(player.takeOrder(), QStringLiteral("display"));
+    QCOMPARE(player.takeOrder(), u"display"_s);
     QCOMPARE(numberOf(player->currentFrame()), 0);
 }
 
@@ -1088,8 +1090,7 @@ void TestVLVideoController::run_playsEachFrameToTheEnd()
     QCOMPARE(player->position(), quint64(3));
     QCOMPARE(player->progress(), 1.0);
     QCOMPARE(player.countFromLoop("state"), 1);
-    QCOMPARE(player.takeOrder(),
-             QStringLiteral("display position display position display position state"));
+    QCOMPARE(player.takeOrder(), u"display position display position display position state"_s);
     QVERIFY(player->currentFrame().isNull());
     player->quit();
     QCOMPARE(positions, (QList<quint64>{1, 2, 3}));
@@ -1346,7 +1347,7 @@ void TestVLVideoController::quit_givesUp_whenThreadCannotBeTerminated()
 
 void TestVLVideoController::destructor_doesNotWait()
 {
-    const ChildResult result = runInChildProcess(QStringLiteral("deleteRunning"));
+    const ChildResult result = runInChildProcess(u"deleteRunning"_s);
     QVERIFY(result.finished);
     QVERIFY(result.crashed);
     QVERIFY2(result.standardError.contains("Destroyed while thread is still running"),

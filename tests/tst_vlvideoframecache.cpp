@@ -9,6 +9,8 @@
 #include <memory>
 #include <type_traits>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -46,15 +48,15 @@ private Q_SLOTS:
 
 int TestVLVideoFrameCache::runChild(const QString& name)
 {
-    if (name != QStringLiteral("emptyCache"))
+    if (name != u"emptyCache"_s)
         return VidletsTest::runChild(name);
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     return cache.frame(0).isNull() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 void TestVLVideoFrameCache::newCache_isEmptyWithoutParent()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     QCOMPARE(cache.length(), 0U);
     QVERIFY(!cache.parent());
     QCOMPARE(cache.objectName(), QString());
@@ -62,14 +64,14 @@ void TestVLVideoFrameCache::newCache_isEmptyWithoutParent()
 
 void TestVLVideoFrameCache::cache_hasNoMetaObjectOfItsOwn()
 {
-    const VLVideoFrameCache cache(QStringLiteral("clip"));
+    const VLVideoFrameCache cache(u"clip"_s);
     QCOMPARE(cache.metaObject(), &QObject::staticMetaObject);
     static_assert(std::has_virtual_destructor_v<VLVideoFrameCache>);
 }
 
 void TestVLVideoFrameCache::addFrame_appends()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     const VLVideoFrame first = newFrame(0.5);
     cache.addFrame(first);
     QCOMPARE(cache.length(), 1U);
@@ -85,7 +87,7 @@ void TestVLVideoFrameCache::addFrame_appends()
 
 void TestVLVideoFrameCache::addFrame_storesTwoEntries_whenGivenTheSameTwice()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     const VLVideoFrame frame = newFrame(1.0);
     cache.addFrame(frame);
     cache.addFrame(frame);
@@ -95,7 +97,7 @@ void TestVLVideoFrameCache::addFrame_storesTwoEntries_whenGivenTheSameTwice()
 
 void TestVLVideoFrameCache::addFrame_keepsOrderOfArrival_whenStampsFall()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     const QList<double> stamps{3.0, 1.0, 2.0, 1.0};
     for (const double stamp : stamps)
         cache.addFrame(newFrame(stamp));
@@ -105,7 +107,7 @@ void TestVLVideoFrameCache::addFrame_keepsOrderOfArrival_whenStampsFall()
 
 void TestVLVideoFrameCache::frame_sharesPixelsWithWhatWasAdded()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     VLVideoFrame frame = newFrame(1.0);
     cache.addFrame(frame);
     QCOMPARE(cache.frame(0).constBits(), std::as_const(frame).constBits());
@@ -128,7 +130,7 @@ void TestVLVideoFrameCache::frame_isNull_beyondTheLast_data()
 void TestVLVideoFrameCache::frame_isNull_beyondTheLast()
 {
     QFETCH(quint64, index);
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     cache.addFrame(newFrame(1.0));
     const VLVideoFrame frame = cache.frame(index);
     QVERIFY(frame.isNull());
@@ -138,7 +140,7 @@ void TestVLVideoFrameCache::frame_isNull_beyondTheLast()
 
 void TestVLVideoFrameCache::frame_endsProcess_whenCacheIsEmpty()
 {
-    const ChildResult result = runInChildProcess(QStringLiteral("emptyCache"));
+    const ChildResult result = runInChildProcess(u"emptyCache"_s);
     QVERIFY(result.finished);
     QVERIFY(result.crashed);
     QVERIFY2(result.standardError.contains("index out of range"), result.standardError.constData());
@@ -148,7 +150,7 @@ void TestVLVideoFrameCache::frame_staysValid_whenCacheIsGone()
 {
     VLVideoFrame frame;
     {
-        VLVideoFrameCache cache(QStringLiteral("clip"));
+        VLVideoFrameCache cache(u"clip"_s);
         cache.addFrame(newFrame(1.5));
         frame = cache.frame(0);
     }
@@ -159,7 +161,7 @@ void TestVLVideoFrameCache::frame_staysValid_whenCacheIsGone()
 void TestVLVideoFrameCache::cache_goesThroughPointerToBase()
 {
     const VLVideoFrame frame = newFrame(1.0);
-    auto cache = std::make_unique<VLVideoFrameCache>(QStringLiteral("clip"));
+    auto cache = std::make_unique<VLVideoFrameCache>(u"clip"_s);
     cache->addFrame(frame);
     QVERIFY(!frame.isDetached());
 

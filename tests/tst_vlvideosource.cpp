@@ -17,6 +17,8 @@
 #include <type_traits>
 #include <vector>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -43,7 +45,7 @@ public:
     }
     void changeSetAction(Action action) override
     {
-        calls += QStringLiteral("action %1").arg(action);
+        calls += u"action %1"_s.arg(action);
         VLVideoSource::changeSetAction(action);
     }
     void changeSetPosition(quint64) override
@@ -51,7 +53,7 @@ public:
     }
     void changeSetSource(const QUrl& source) override
     {
-        calls += QStringLiteral("source ") + source.toString();
+        calls += u"source "_s + source.toString();
         VLVideoSource::changeSetSource(source);
     }
     double duration() override
@@ -120,12 +122,12 @@ private:
 
 QUrl urlA()
 {
-    return QUrl(QStringLiteral("file:///a.mp4"));
+    return QUrl(u"file:///a.mp4"_s);
 }
 
 QUrl urlB()
 {
-    return QUrl(QStringLiteral("file:///b.mp4"));
+    return QUrl(u"file:///b.mp4"_s);
 }
 
 VLVideoFrame newFrame(double pts)
@@ -199,9 +201,9 @@ private Q_SLOTS:
 int TestVLVideoSource::runChild(const QString& name)
 {
     PassiveSource source;
-    if (name == QStringLiteral("getFrame"))
+    if (name == u"getFrame"_s)
         return source.getFrame(0).isNull() ? EXIT_SUCCESS : EXIT_FAILURE;
-    if (name == QStringLiteral("pushFrame")) {
+    if (name == u"pushFrame"_s) {
         source.pushFrame(newFrame(0.0));
         return EXIT_SUCCESS;
     }
@@ -251,12 +253,11 @@ void TestVLVideoSource::setSource_queuesOnlyNewValidUrl_data()
     QTest::addColumn<QUrl>("url");
     QTest::addColumn<bool>("expectedResult");
     QTest::newRow("new") << urlB() << true;
-    QTest::newRow("new, not a local file")
-        << QUrl(QStringLiteral("http://localhost/b.mp4")) << true;
-    QTest::newRow("new, relative") << QUrl(QStringLiteral("b.mp4")) << true;
+    QTest::newRow("new, not a local file") << QUrl(u"http://localhost/b.mp4"_s) << true;
+    QTest::newRow("new, relative") << QUrl(u"b.mp4"_s) << true;
     QTest::newRow("current") << urlA() << false;
     QTest::newRow("empty") << QUrl() << false;
-    QTest::newRow("invalid") << QUrl(QStringLiteral("http://localhost:port/")) << false;
+    QTest::newRow("invalid") << QUrl(u"http://localhost:port/"_s) << false;
 }
 
 void TestVLVideoSource::setSource_queuesOnlyNewValidUrl()
@@ -269,8 +270,7 @@ void TestVLVideoSource::setSource_queuesOnlyNewValidUrl()
     QCOMPARE(source.setSource(url), expectedResult);
 
     QCOMPARE(source.source(), urlA());
-    const QStringList expectedCalls{QStringLiteral("source ") + url.toString(),
-                                    QStringLiteral("action 1")};
+    const QStringList expectedCalls{u"source "_s + url.toString(), u"action 1"_s};
     QCOMPARE(source.pass(2), expectedResult ? expectedCalls : QStringList());
     QCOMPARE(source.source(), expectedResult ? url : urlA());
 }
@@ -297,7 +297,7 @@ void TestVLVideoSource::setSource_queuesTwoLoads_whenSetTwiceInARow()
     PassiveSource source;
     QVERIFY(source.setSource(urlA()));
     QVERIFY(source.setSource(urlA()));
-    const QStringList once{QStringLiteral("source file:///a.mp4"), QStringLiteral("action 1")};
+    const QStringList once{u"source file:///a.mp4"_s, u"action 1"_s};
     QCOMPARE(source.pass(), once);
     QCOMPARE(source.pass(), once);
     QCOMPARE(source.pass(), QStringList());
@@ -338,9 +338,9 @@ void TestVLVideoSource::setAction_queuesOneRecordEach()
     source.setAction(VLVideoSource::ActionDecode);
     source.setAction(VLVideoSource::ActionDecode);
     QCOMPARE(source.action(), VLVideoSource::ActionIdle);
-    QCOMPARE(source.pass(), QStringList{QStringLiteral("action 4")});
+    QCOMPARE(source.pass(), QStringList{u"action 4"_s});
     QCOMPARE(source.action(), VLVideoSource::ActionDecode);
-    QCOMPARE(source.pass(), QStringList{QStringLiteral("action 4")});
+    QCOMPARE(source.pass(), QStringList{u"action 4"_s});
     QCOMPARE(source.pass(), QStringList());
 }
 
@@ -353,12 +353,11 @@ void TestVLVideoSource::processActionQueue_takesOneRecordAPass()
     source.setAction(VLVideoSource::ActionNone);
     source.setAction(VLVideoSource::ActionClose);
 
-    QCOMPARE(source.pass(), QStringList{QStringLiteral("action 3")});
-    QCOMPARE(source.pass(),
-             (QStringList{QStringLiteral("source file:///a.mp4"), QStringLiteral("action 1")}));
-    QCOMPARE(source.pass(), QStringList{QStringLiteral("action -1")});
+    QCOMPARE(source.pass(), QStringList{u"action 3"_s});
+    QCOMPARE(source.pass(), (QStringList{u"source file:///a.mp4"_s, u"action 1"_s}));
+    QCOMPARE(source.pass(), QStringList{u"action -1"_s});
     QCOMPARE(source.action(), VLVideoSource::ActionLoad);
-    QCOMPARE(source.pass(), QStringList{QStringLiteral("action 2")});
+    QCOMPARE(source.pass(), QStringList{u"action 2"_s});
     QCOMPARE(source.pass(), QStringList());
 }
 
@@ -433,7 +432,7 @@ void TestVLVideoSource::actionRecord_setsAction()
     static_assert(std::has_virtual_destructor_v<VLVideoSourceChange>);
     QCOMPARE(record.changeMask(), 1);
     record.apply(&source);
-    QCOMPARE(source.calls, QStringList{QStringLiteral("action 3")});
+    QCOMPARE(source.calls, QStringList{u"action 3"_s});
 }
 
 void TestVLVideoSource::sourceRecord_setsSourceThenAction()
@@ -446,16 +445,15 @@ void TestVLVideoSource::sourceRecord_setsSourceThenAction()
     VLVideoSourceChange& base = record;
     QCOMPARE(base.changeMask(), 3);
     base.apply(&source);
-    QCOMPARE(source.calls,
-             (QStringList{QStringLiteral("source file:///b.mp4"), QStringLiteral("action 1")}));
+    QCOMPARE(source.calls, (QStringList{u"source file:///b.mp4"_s, u"action 1"_s}));
 }
 
 void TestVLVideoSource::setupSource_queuesActionByUrl_data()
 {
     QTest::addColumn<QUrl>("url");
     QTest::addColumn<QString>("expectedCall");
-    QTest::newRow("url") << urlA() << QStringLiteral("action 4");
-    QTest::newRow("no url") << QUrl() << QStringLiteral("action 5");
+    QTest::newRow("url") << urlA() << u"action 4"_s;
+    QTest::newRow("no url") << QUrl() << u"action 5"_s;
 }
 
 void TestVLVideoSource::setupSource_queuesActionByUrl()
@@ -481,7 +479,7 @@ void TestVLVideoSource::setupSource_emitsSourceChangedWithNewCacheInPlace()
     });
     source.setupSource();
     QCOMPARE(frames, 0U);
-    QCOMPARE(queued, QStringList{QStringLiteral("action 4")});
+    QCOMPARE(queued, QStringList{u"action 4"_s});
 }
 
 void TestVLVideoSource::setupSource_replacesCache_data()
@@ -533,8 +531,8 @@ void TestVLVideoSource::counts_areZero_beforeFirstSource()
 void TestVLVideoSource::cacheAccess_endsProcess_beforeFirstSource_data()
 {
     QTest::addColumn<QString>("operation");
-    QTest::newRow("getFrame") << QStringLiteral("getFrame");
-    QTest::newRow("pushFrame") << QStringLiteral("pushFrame");
+    QTest::newRow("getFrame") << u"getFrame"_s;
+    QTest::newRow("pushFrame") << u"pushFrame"_s;
 }
 
 void TestVLVideoSource::cacheAccess_endsProcess_beforeFirstSource()

@@ -21,22 +21,24 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
 
 constexpr int kTimeoutMs = 30000;
 
-const auto kChanged = QStringLiteral("sourceChanged");
-const auto kLoaded = QStringLiteral("sourceLoaded");
-const auto kEnded = QStringLiteral("streamEnded");
-const auto kPosition = QStringLiteral("positionChanged");
-const auto kReady = QStringLiteral("frameReady");
-const auto kProgress = QStringLiteral("loadProgressChanged");
+const auto kChanged = u"sourceChanged"_s;
+const auto kLoaded = u"sourceLoaded"_s;
+const auto kEnded = u"streamEnded"_s;
+const auto kPosition = u"positionChanged"_s;
+const auto kReady = u"frameReady"_s;
+const auto kProgress = u"loadProgressChanged"_s;
 
 QString actionEvent(VLVideoSource::Action action)
 {
-    return QStringLiteral("action %1").arg(action);
+    return u"action %1"_s.arg(action);
 }
 
 const QString kLoad = actionEvent(VLVideoSource::ActionLoad);
@@ -342,7 +344,7 @@ QByteArray randomBytes(qsizetype size)
 
 QStringList options(const char* text)
 {
-    return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return QString::fromLatin1(text).split(u' ', Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -441,7 +443,7 @@ private:
 
 int TestVLVideoSourceFFMPEG::runChild(const QString& name)
 {
-    if (name != QStringLiteral("logLevel"))
+    if (name != u"logLevel"_s)
         return VidletsTest::runChild(name);
     av_log_set_level(AV_LOG_INFO);
     VLVideoSourceFFMPEG first;
@@ -461,29 +463,26 @@ QString TestVLVideoSourceFFMPEG::plainClip(const QString& fileName, const QStrin
                                            const QByteArray& extraOptions, const QSize& size,
                                            const QByteArray& pictures)
 {
-    const QString input = m_clips.writeBytes(QStringLiteral("pictures.yuv"), pictures);
-    const QString sizeText = QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
-    return m_clips.write(
-        fileName,
-        options("-f rawvideo -pix_fmt yuv420p -framerate 25 -video_size")
-            + QStringList{sizeText, QStringLiteral("-i"), input, QStringLiteral("-c:v"), codec}
-            + options(extraOptions.constData()));
+    const QString input = m_clips.writeBytes(u"pictures.yuv"_s, pictures);
+    const QString sizeText = u"%1x%2"_s.arg(size.width()).arg(size.height());
+    return m_clips.write(fileName,
+                         options("-f rawvideo -pix_fmt yuv420p -framerate 25 -video_size")
+                             + QStringList{sizeText, u"-i"_s, input, u"-c:v"_s, codec}
+                             + options(extraOptions.constData()));
 }
 
 void TestVLVideoSourceFFMPEG::initTestCase()
 {
-    m_clip = clip(QStringLiteral("clip.mp4"), QStringLiteral("mpeg4"), 10);
-    m_otherClip =
-        clip(QStringLiteral("other.avi"), QStringLiteral("mjpeg"), 5, "", QSize(100, 50), 10);
-    m_longClip = clip(QStringLiteral("long.avi"), QStringLiteral("mpeg4"), 300, "", {320, 240});
-    m_groupedClip = clip(QStringLiteral("grouped.mp4"), QStringLiteral("mpeg4"), 50,
-                         "-g 12 -sc_threshold 1000000000");
+    m_clip = clip(u"clip.mp4"_s, u"mpeg4"_s, 10);
+    m_otherClip = clip(u"other.avi"_s, u"mjpeg"_s, 5, "", QSize(100, 50), 10);
+    m_longClip = clip(u"long.avi"_s, u"mpeg4"_s, 300, "", {320, 240});
+    m_groupedClip = clip(u"grouped.mp4"_s, u"mpeg4"_s, 50, "-g 12 -sc_threshold 1000000000");
 }
 
 void TestVLVideoSourceFFMPEG::newSource_answersDefaults()
 {
     RecordedSource source;
-    QCOMPARE(source.objectName(), QStringLiteral("FFMPEG"));
+    QCOMPARE(source.objectName(), u"FFMPEG"_s);
     QCOMPARE(source.action(), VLVideoSource::ActionIdle);
     QCOMPARE(source.source(), QUrl());
     QVERIFY(!source.isOpen());
@@ -513,7 +512,7 @@ void TestVLVideoSourceFFMPEG::getTime_isWallClockInSeconds()
 
 void TestVLVideoSourceFFMPEG::constructor_silencesFFmpegOnce()
 {
-    const ChildResult result = runInChildProcess(QStringLiteral("logLevel"));
+    const ChildResult result = runInChildProcess(u"logLevel"_s);
     QVERIFY(result.finished && !result.crashed);
     QCOMPARE(result.exitCode, EXIT_SUCCESS);
 }
@@ -579,12 +578,9 @@ void TestVLVideoSourceFFMPEG::decoding_lacksWithheldPictures_whenCodecReordersTh
     QTest::addColumn<int>("expectedFrames");
 
     // A decoder is not drained at the end, so what it holds back is lost.
-    QTest::newRow("h264, defaults of the encoder")
-        << QStringLiteral("libx264") << QByteArray() << 88;
-    QTest::newRow("h264, no reordering")
-        << QStringLiteral("libx264") << QByteArrayLiteral("-bf 0") << 90;
-    QTest::newRow("mpeg4, reordering")
-        << QStringLiteral("mpeg4") << QByteArrayLiteral("-bf 2") << 89;
+    QTest::newRow("h264, defaults of the encoder") << u"libx264"_s << QByteArray() << 88;
+    QTest::newRow("h264, no reordering") << u"libx264"_s << QByteArrayLiteral("-bf 0") << 90;
+    QTest::newRow("mpeg4, reordering") << u"mpeg4"_s << QByteArrayLiteral("-bf 2") << 89;
 }
 
 void TestVLVideoSourceFFMPEG::decoding_lacksWithheldPictures_whenCodecReordersThem()
@@ -592,7 +588,7 @@ void TestVLVideoSourceFFMPEG::decoding_lacksWithheldPictures_whenCodecReordersTh
     QFETCH(QString, codec);
     QFETCH(QByteArray, extraOptions);
     QFETCH(int, expectedFrames);
-    const QString path = clip(QStringLiteral("reordered.mp4"), codec, 90, extraOptions.constData());
+    const QString path = clip(u"reordered.mp4"_s, codec, 90, extraOptions.constData());
     RecordedSource source;
 
     QVERIFY(source.decode(path));
@@ -641,8 +637,7 @@ void TestVLVideoSourceFFMPEG::streamEnded_comesWithMediaClosedAndCacheComplete()
 
 void TestVLVideoSourceFFMPEG::properties_tellOfClip()
 {
-    const QString path = clip(QStringLiteral("ntsc.mp4"), QStringLiteral("mpeg4"), 60,
-                              "-r 30000/1001", {160, 90}, 30);
+    const QString path = clip(u"ntsc.mp4"_s, u"mpeg4"_s, 60, "-r 30000/1001", {160, 90}, 30);
     RecordedSource source;
     source.holdAt(kLoaded);
     source.setSource(QUrl::fromLocalFile(path));
@@ -751,8 +746,8 @@ void TestVLVideoSourceFFMPEG::picture_equalsEncodedOne_whenCodecIsLossless()
 void TestVLVideoSourceFFMPEG::picture_isOpaque_whenClipIsTransparent()
 {
     const QImage image = noise({33, 17}, 0, QImage::Format_ARGB32);
-    const QString path = m_clips.imageClip(QStringLiteral("transparent.mkv"), QStringLiteral("png"),
-                                           {image, image}, 25, options("-pix_fmt rgba"));
+    const QString path = m_clips.imageClip(u"transparent.mkv"_s, u"png"_s, {image, image}, 25,
+                                           options("-pix_fmt rgba"));
     RecordedSource source;
 
     QVERIFY(source.decode(path));
@@ -883,14 +878,14 @@ void TestVLVideoSourceFFMPEG::pictures_keepFirstSize_whenStreamChangesIt()
     QFETCH(QSize, secondSize);
     constexpr QSize kFirstSize(160, 96);
     constexpr int kPictures = 10;
-    const QString first = QStringLiteral("first.") + extension;
-    const QString second = QStringLiteral("second.") + extension;
+    const QString first = u"first."_s + extension;
+    const QString second = u"second."_s + extension;
     plainClip(first, codec, extraOptions, kFirstSize,
               plainPicture(kFirstSize, kColors[0]).repeated(kPictures));
     plainClip(second, codec, extraOptions, secondSize,
               plainPicture(secondSize, kColors[1]).repeated(kPictures));
     const QString path =
-        m_clips.writeBytes(QStringLiteral("joined.") + extension,
+        m_clips.writeBytes(u"joined."_s + extension,
                            m_clips.readBytes(first) + m_clips.readBytes(second).mid(headerSize));
     RecordedSource source;
 
@@ -919,8 +914,7 @@ void TestVLVideoSourceFFMPEG::stamps_riseByInverseFrameRate_data()
 void TestVLVideoSourceFFMPEG::stamps_riseByInverseFrameRate()
 {
     QFETCH(int, fps);
-    const QString path =
-        clip(QStringLiteral("rate.mp4"), QStringLiteral("mpeg4"), 12, "", {160, 90}, fps);
+    const QString path = clip(u"rate.mp4"_s, u"mpeg4"_s, 12, "", {160, 90}, fps);
     RecordedSource source;
     QVERIFY(source.decode(path));
     QCOMPARE(source.frameRate(), static_cast<double>(fps));
@@ -931,11 +925,9 @@ void TestVLVideoSourceFFMPEG::stamps_ignoreTimesInFile_whenRateVaries()
 {
     // Pictures at 25 a second for the first half, then every fifth of them.
     const QString path = m_clips.write(
-        QStringLiteral("variable.mkv"),
-        {QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-         QStringLiteral("testsrc=size=160x90:rate=25:duration=4"), QStringLiteral("-vf"),
-         QStringLiteral("select='lt(n,50)+not(mod(n,5))'"), QStringLiteral("-vsync"),
-         QStringLiteral("vfr"), QStringLiteral("-c:v"), QStringLiteral("ffv1")});
+        u"variable.mkv"_s,
+        {u"-f"_s, u"lavfi"_s, u"-i"_s, u"testsrc=size=160x90:rate=25:duration=4"_s, u"-vf"_s,
+         u"select='lt(n,50)+not(mod(n,5))'"_s, u"-vsync"_s, u"vfr"_s, u"-c:v"_s, u"ffv1"_s});
     RecordedSource source;
     QVERIFY(source.decode(path));
     QCOMPARE(source.loadedFrameCount(), 60U);
@@ -955,7 +947,7 @@ void TestVLVideoSourceFFMPEG::stamps_continue_whenAnotherClipIsLoaded()
 void TestVLVideoSourceFFMPEG::stamps_ignoreOtherStreams()
 {
     const QString path = m_clips.write(
-        QStringLiteral("sound.mp4"),
+        u"sound.mp4"_s,
         options("-f lavfi -i sine=duration=2 -f lavfi -i testsrc=size=160x90:rate=25:duration=1 "
                 "-map 0:a -map 1:v -c:a aac -c:v mpeg4"));
     RecordedSource source;
@@ -966,16 +958,16 @@ void TestVLVideoSourceFFMPEG::stamps_ignoreOtherStreams()
 void TestVLVideoSourceFFMPEG::path_mayHoldAnyCharacters_data()
 {
     QTest::addColumn<QString>("name");
-    QTest::newRow("blanks") << QStringLiteral("a clip with  blanks.mp4");
+    QTest::newRow("blanks") << u"a clip with  blanks.mp4"_s;
     QTest::newRow("letters beyond ASCII") << QString::fromUtf8("Größe – Übung 映画.mp4");
-    QTest::newRow("percent and hash") << QStringLiteral("100%20 #1 ?a=b.mp4");
-    QTest::newRow("colon") << QStringLiteral("http:clip.mp4");
+    QTest::newRow("percent and hash") << u"100%20 #1 ?a=b.mp4"_s;
+    QTest::newRow("colon") << u"http:clip.mp4"_s;
 }
 
 void TestVLVideoSourceFFMPEG::path_mayHoldAnyCharacters()
 {
     QFETCH(QString, name);
-    const QString path = m_clips.writeBytes(name, m_clips.readBytes(QStringLiteral("clip.mp4")));
+    const QString path = m_clips.writeBytes(name, m_clips.readBytes(u"clip.mp4"_s));
     RecordedSource source;
     QVERIFY(source.decode(path));
     QCOMPARE(source.loadedFrameCount(), 10U);
@@ -986,14 +978,11 @@ void TestVLVideoSourceFFMPEG::decoding_endsAtLastWholePicture_whenFileIsCutOff_d
     QTest::addColumn<QString>("fileName");
     QTest::addColumn<QString>("codec");
     QTest::addColumn<QByteArray>("extraOptions");
-    QTest::newRow("mpeg4 in avi") << QStringLiteral("whole.avi") << QStringLiteral("mpeg4")
-                                  << QByteArray();
-    QTest::newRow("mpeg4 in mp4") << QStringLiteral("whole.mp4") << QStringLiteral("mpeg4")
+    QTest::newRow("mpeg4 in avi") << u"whole.avi"_s << u"mpeg4"_s << QByteArray();
+    QTest::newRow("mpeg4 in mp4") << u"whole.mp4"_s << u"mpeg4"_s
                                   << QByteArrayLiteral("-movflags +faststart");
-    QTest::newRow("h264 in mkv") << QStringLiteral("whole.mkv") << QStringLiteral("libx264")
-                                 << QByteArrayLiteral("-bf 0");
-    QTest::newRow("vp8 in webm") << QStringLiteral("whole.webm") << QStringLiteral("libvpx")
-                                 << QByteArray();
+    QTest::newRow("h264 in mkv") << u"whole.mkv"_s << u"libx264"_s << QByteArrayLiteral("-bf 0");
+    QTest::newRow("vp8 in webm") << u"whole.webm"_s << u"libvpx"_s << QByteArray();
 }
 
 void TestVLVideoSourceFFMPEG::decoding_endsAtLastWholePicture_whenFileIsCutOff()
@@ -1003,8 +992,7 @@ void TestVLVideoSourceFFMPEG::decoding_endsAtLastWholePicture_whenFileIsCutOff()
     QFETCH(QByteArray, extraOptions);
     clip(fileName, codec, 60, extraOptions.constData());
     const QByteArray whole = m_clips.readBytes(fileName);
-    const QString path =
-        m_clips.writeBytes(QStringLiteral("cut-") + fileName, whole.left(whole.size() / 2));
+    const QString path = m_clips.writeBytes(u"cut-"_s + fileName, whole.left(whole.size() / 2));
     RecordedSource source;
 
     const DebugLines debug;
@@ -1049,7 +1037,7 @@ void TestVLVideoSourceFFMPEG::decoding_survivesRandomBytes()
     const QByteArray good = m_clips.readBytes(fileName);
     const qsizetype start = good.indexOf(marker) + marker.size();
     QVERIFY(start > marker.size());
-    const QString path = m_clips.writeBytes(QStringLiteral("random-") + fileName,
+    const QString path = m_clips.writeBytes(u"random-"_s + fileName,
                                             good.left(start) + randomBytes(good.size() - start));
     RecordedSource source;
 
@@ -1076,46 +1064,44 @@ void TestVLVideoSourceFFMPEG::load_writesOneLineAndSendsNothing_whenItFails_data
         QTest::newRow(name) << QUrl::fromLocalFile(path) << QString::fromLatin1(message).arg(path);
     };
     const char* const notOpened = "Could not open media at: %1";
-    row("missing file", m_clips.path(QStringLiteral("missing \"%1\" %2.avi")), notOpened);
+    row("missing file", m_clips.path(u"missing \"%1\" %2.avi"_s), notOpened);
     row("missing file, letters beyond ASCII", m_clips.path(QString::fromUtf8("fehlt – ü.avi")),
         notOpened);
     row("directory", QFileInfo(m_clip).path(), notOpened);
-    row("empty file", m_clips.writeBytes(QStringLiteral("empty.avi"), {}), notOpened);
-    row("no media", m_clips.writeBytes(QStringLiteral("noise.bin"), randomBytes(5000)), notOpened);
-    QTest::newRow("not a local file") << QUrl(QStringLiteral("http://127.0.0.1/clip.mp4"))
-                                      << QStringLiteral("Could not open media at: ");
+    row("empty file", m_clips.writeBytes(u"empty.avi"_s, {}), notOpened);
+    row("no media", m_clips.writeBytes(u"noise.bin"_s, randomBytes(5000)), notOpened);
+    QTest::newRow("not a local file")
+        << QUrl(u"http://127.0.0.1/clip.mp4"_s) << u"Could not open media at: "_s;
 
     const char* const noVideo = "Could not find a video stream in %1";
-    row("audio only",
-        m_clips.write(QStringLiteral("sound.wav"), options("-f lavfi -i sine=duration=1")),
+    row("audio only", m_clips.write(u"sound.wav"_s, options("-f lavfi -i sine=duration=1")),
         noVideo);
-    clip(QStringLiteral("good.avi"), QStringLiteral("mpeg4"), 5);
+    clip(u"good.avi"_s, u"mpeg4"_s, 5);
     row("unknown codec",
-        m_clips.writeBytes(QStringLiteral("unknown.avi"),
-                           m_clips.readBytes(QStringLiteral("good.avi")).replace("FMP4", "ZZZZ")),
+        m_clips.writeBytes(u"unknown.avi"_s,
+                           m_clips.readBytes(u"good.avi"_s).replace("FMP4", "ZZZZ")),
         noVideo);
 
-    clip(QStringLiteral("good.mkv"), QStringLiteral("ffv1"), 5, "-level 3");
-    QByteArray badSetup = m_clips.readBytes(QStringLiteral("good.mkv"));
+    clip(u"good.mkv"_s, u"ffv1"_s, 5, "-level 3");
+    QByteArray badSetup = m_clips.readBytes(u"good.mkv"_s);
     constexpr qsizetype kSetupOffset = 24; // Of the codec's own header, from its name on.
     constexpr qsizetype kDamageSize = 20;
     badSetup.replace(badSetup.indexOf("FFV1", badSetup.indexOf("\x63\xa2")) + kSetupOffset,
                      kDamageSize, QByteArray(kDamageSize, '\xff'));
-    row("damaged codec header", m_clips.writeBytes(QStringLiteral("setup.mkv"), badSetup),
+    row("damaged codec header", m_clips.writeBytes(u"setup.mkv"_s, badSetup),
         "Could not open codec for stream in: %1");
 
     // Nothing but the pictures would tell the format of a pixel.
-    clip(QStringLiteral("good.avi"), QStringLiteral("libx264"), 5, "-bf 0");
-    QByteArray noPictures = m_clips.readBytes(QStringLiteral("good.avi"));
+    clip(u"good.avi"_s, u"libx264"_s, 5, "-bf 0");
+    QByteArray noPictures = m_clips.readBytes(u"good.avi"_s);
     const qsizetype payload = noPictures.indexOf("movi") + 4;
     const qsizetype payloadSize = noPictures.size() - payload;
     noPictures.replace(payload, payloadSize, QByteArray(payloadSize, '\0'));
     const char* const noScaler = "Could not get a swscale context for %1";
-    row("unknown pixel format", m_clips.writeBytes(QStringLiteral("format.avi"), noPictures),
-        noScaler);
+    row("unknown pixel format", m_clips.writeBytes(u"format.avi"_s, noPictures), noScaler);
     constexpr qsizetype kSizeOffset = 12; // Of width and height in the header of the stream.
     noPictures.replace(noPictures.indexOf("strf") + kSizeOffset, 8, QByteArray(8, '\0'));
-    row("no size", m_clips.writeBytes(QStringLiteral("size.avi"), noPictures), noScaler);
+    row("no size", m_clips.writeBytes(u"size.avi"_s, noPictures), noScaler);
 }
 
 void TestVLVideoSourceFFMPEG::load_writesOneLineAndSendsNothing_whenItFails()
@@ -1141,7 +1127,7 @@ void TestVLVideoSourceFFMPEG::load_succeeds_afterOneThatFailed()
 {
     RecordedSource source;
     const DebugLines debug;
-    QVERIFY(source.failAt(QUrl::fromLocalFile(m_clips.path(QStringLiteral("missing.avi")))));
+    QVERIFY(source.failAt(QUrl::fromLocalFile(m_clips.path(u"missing.avi"_s))));
     QVERIFY(source.decode(m_clip));
     QCOMPARE(source.stamps(), risingStamps(0.0, 25.0, 10));
     QCOMPARE(debug.lines().size(), 1);
@@ -1152,7 +1138,7 @@ void TestVLVideoSourceFFMPEG::frameSize_staysOfLastClip_whenLoadFails()
     RecordedSource source;
     const DebugLines debug;
     QVERIFY(source.decode(m_clip));
-    QVERIFY(source.failAt(QUrl::fromLocalFile(m_clips.path(QStringLiteral("missing.avi")))));
+    QVERIFY(source.failAt(QUrl::fromLocalFile(m_clips.path(u"missing.avi"_s))));
     QCOMPARE(source.frameWidth(), 160.0);
     QCOMPARE(source.frameHeight(), 90.0);
     QCOMPARE(source.loadedFrameCount(), 0U);

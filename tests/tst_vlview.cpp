@@ -28,6 +28,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 using Attributes = QMap<QString, QString>;
@@ -42,13 +44,13 @@ public:
 
     QString translateString(const QString& text, const QString& context) override
     {
-        return context + QLatin1Char('/') + text;
+        return context + u'/' + text;
     }
 };
 
 QString tipsPackage()
 {
-    return QStringLiteral("tips.vidlets");
+    return u"tips.vidlets"_s;
 }
 
 /// A view with everything around it. All messages are recorded.
@@ -56,7 +58,7 @@ struct ViewSetup
 {
     ViewSetup()
     {
-        packages.writeTip(tipsPackage(), QStringLiteral("tips.xml"), QStringLiteral("k"));
+        packages.writeTip(tipsPackage(), u"tips.xml"_s, u"k"_s);
     }
 
     VLView& build()
@@ -73,7 +75,7 @@ struct ViewSetup
     {
         auto* content = new VLXmlElement(&root);
         setAttributes(content, attributes);
-        content->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
         view->setContent(content);
         return content;
     }
@@ -84,7 +86,7 @@ struct ViewSetup
     }
     QString writeScene(const QString& name, const QByteArray& content)
     {
-        return packages.write(tipsPackage() + QLatin1Char('/') + name, content);
+        return packages.write(tipsPackage() + u'/' + name, content);
     }
     QStringList messages() const
     {
@@ -116,7 +118,7 @@ QString errorText(const QString& format, const QQmlError& error)
 QQmlError makeError(int line, int column, const QString& description)
 {
     QQmlError error;
-    error.setUrl(QUrl(QStringLiteral("file:///a/scene.qml")));
+    error.setUrl(QUrl(u"file:///a/scene.qml"_s));
     error.setLine(line);
     error.setColumn(column);
     error.setDescription(description);
@@ -257,8 +259,7 @@ void TestVLView::constructor_givesEngineNoNames()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QStringList names{QStringLiteral("vidlet"), QStringLiteral("dataLocation"),
-                            QStringLiteral("vidletView")};
+    const QStringList names{u"vidlet"_s, u"dataLocation"_s, u"vidletView"_s};
     for (const QString& name : names)
         QVERIFY(!view.rootContext()->contextProperty(name).isValid());
     QCOMPARE(view.engine()->importPathList(), QQmlEngine().importPathList());
@@ -268,16 +269,16 @@ void TestVLView::constructor_connectsWarningsOfEngine()
 {
     ViewSetup setup;
     const VLView& view = setup.build();
-    Q_EMIT view.engine()->warnings({makeError(3, 7, QStringLiteral("broken"))});
-    QCOMPARE(setup.messages(), QStringList{QStringLiteral("QML Warning 3:7:broken")});
+    Q_EMIT view.engine()->warnings({makeError(3, 7, u"broken"_s)});
+    QCOMPARE(setup.messages(), QStringList{u"QML Warning 3:7:broken"_s});
 }
 
 void TestVLView::constructor_doesNotConnectStatus()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString scene = setup.writeScene(QStringLiteral("broken.qml"), "import QtQuick\nItem {");
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken\\.qml:2:")));
+    const QString scene = setup.writeScene(u"broken.qml"_s, "import QtQuick\nItem {");
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"broken\\.qml:2:"_s));
     view.loadQML(scene);
     QCOMPARE(view.status(), QQuickView::Error);
     QVERIFY(setup.host.recordedMessages.isEmpty());
@@ -356,10 +357,10 @@ void TestVLView::destructor_emptiesSceneBeforeContentGoes()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    VLXmlElement* content = setup.setContent({{QStringLiteral("title"), QStringLiteral("A tip")}});
-    view.rootContext()->setContextProperty(QStringLiteral("vidlet"), content);
-    view.rootContext()->setContextProperty(QStringLiteral("vidletView"), &view);
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"),
+    VLXmlElement* content = setup.setContent({{u"title"_s, u"A tip"_s}});
+    view.rootContext()->setContextProperty(u"vidlet"_s, content);
+    view.rootContext()->setContextProperty(u"vidletView"_s, &view);
+    view.loadQML(setup.writeScene(u"scene.qml"_s,
                                   "import QtQuick\nItem {\n"
                                   "    property string title: vidlet.attribute(\"title\")\n"
                                   "    Component.onDestruction: vidletView.debugLog(\"end of \" + "
@@ -367,12 +368,11 @@ void TestVLView::destructor_emptiesSceneBeforeContentGoes()
                                   "}\n"));
     QVERIFY(view.rootObject());
     connect(content, &QObject::destroyed, this,
-            [&setup] { setup.host.handleMessage(VLMessageDebug, QStringLiteral("content gone")); });
+            [&setup] { setup.host.handleMessage(VLMessageDebug, u"content gone"_s); });
 
     setup.view.reset();
 
-    QCOMPARE(setup.messages(),
-             (QStringList{QStringLiteral("end of A tip"), QStringLiteral("content gone")}));
+    QCOMPARE(setup.messages(), (QStringList{u"end of A tip"_s, u"content gone"_s}));
 }
 
 void TestVLView::setStayOpen_emitsOnEveryCall()
@@ -417,12 +417,11 @@ void TestVLView::setPackageRoot_storesAbsolutePath()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.setPackageRoot(QDir(QStringLiteral("some/package.vidlets")));
-    QCOMPARE(view.packageRoot().path(),
-             QDir::currentPath() + QStringLiteral("/some/package.vidlets"));
+    view.setPackageRoot(QDir(u"some/package.vidlets"_s));
+    QCOMPARE(view.packageRoot().path(), QDir::currentPath() + u"/some/package.vidlets"_s);
 
     // Absolute, but not canonical: a link stays one.
-    const QString link = setup.packages.path(QStringLiteral("link"));
+    const QString link = setup.packages.path(u"link"_s);
     QVERIFY(QFile::link(setup.packages.path(tipsPackage()), link));
     view.setPackageRoot(QDir(link));
     QCOMPARE(view.packageRoot().path(), link);
@@ -433,10 +432,10 @@ void TestVLView::setPackageRoot_emitsNothing()
     ViewSetup setup;
     VLView& view = setup.build();
     const QSignalSpy spy(&view, &VLView::resourceDirectoryChanged);
-    setup.setContent({{QStringLiteral("resource"), QStringLiteral("one")}});
+    setup.setContent({{u"resource"_s, u"one"_s}});
     view.setPackageRoot(QDir(setup.packages.path(tipsPackage())));
-    setup.setContent({{QStringLiteral("resource"), QStringLiteral("two")}});
-    setup.manager->context().set(ckResourceDirectory, QStringLiteral("three"));
+    setup.setContent({{u"resource"_s, u"two"_s}});
+    setup.manager->context().set(ckResourceDirectory, u"three"_s);
     QCOMPARE(spy.count(), 0);
 }
 
@@ -481,10 +480,10 @@ void TestVLView::categoryPath_prefersElementToParentToSettingToDefault_data()
     QTest::addColumn<QVariant>("setting");
     QTest::addColumn<QString>("expected");
     const QVariant none;
-    const QVariant empty{QStringLiteral("")};
-    const QVariant element{QStringLiteral("of the element")};
-    const QVariant parent{QStringLiteral("of the parent")};
-    const QVariant setting{QStringLiteral("of the setting")};
+    const QVariant empty{u""_s};
+    const QVariant element{u"of the element"_s};
+    const QVariant parent{u"of the parent"_s};
+    const QVariant setting{u"of the setting"_s};
     const auto row = [](const char* name, const QVariant& inElement, const QVariant& inParent,
                         const QVariant& inSettings, const QVariant& expected) {
         QTest::newRow(name) << inElement << inParent << inSettings << expected.toString();
@@ -494,13 +493,13 @@ void TestVLView::categoryPath_prefersElementToParentToSettingToDefault_data()
     row("no element", none, parent, setting, parent);
     row("parent alone", none, parent, none, parent);
     row("setting alone", none, none, setting, setting);
-    row("none", none, none, none, QStringLiteral("default"));
+    row("none", none, none, none, u"default"_s);
     row("element empty", empty, parent, setting, setting);
-    row("element empty, no setting", empty, parent, none, QStringLiteral("default"));
+    row("element empty, no setting", empty, parent, none, u"default"_s);
     row("parent empty", none, empty, setting, setting);
-    row("parent empty, no setting", none, empty, none, QStringLiteral("default"));
+    row("parent empty, no setting", none, empty, none, u"default"_s);
     row("setting empty", none, none, empty, empty);
-    row("setting a number", none, none, 5, QStringLiteral("5"));
+    row("setting a number", none, none, 5, u"5"_s);
 }
 
 void TestVLView::categoryPath_prefersElementToParentToSettingToDefault()
@@ -508,7 +507,7 @@ void TestVLView::categoryPath_prefersElementToParentToSettingToDefault()
     QFETCH(QVariant, element);
     QFETCH(QVariant, parent);
     QFETCH(QVariant, setting);
-    const QString name = QStringLiteral("ui");
+    const QString name = u"ui"_s;
     ViewSetup setup;
     VLView& view = setup.build();
     VLXmlElement* content = setup.setContent();
@@ -518,18 +517,17 @@ void TestVLView::categoryPath_prefersElementToParentToSettingToDefault()
         setup.root.setAttribute(name, parent.toString());
     if (setting.isValid())
         setup.manager->context().set(ckUiFile, setting);
-    QTEST(view.categoryPath(name, QStringLiteral("default"), ckUiFile), "expected");
+    QTEST(view.categoryPath(name, u"default"_s, ckUiFile), "expected");
 }
 
 void TestVLView::categoryPath_looksOneLevelUpOnly()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.root.setAttribute(QStringLiteral("ui"), QStringLiteral("of the root"));
+    setup.root.setAttribute(u"ui"_s, u"of the root"_s);
     auto* between = new VLXmlElement(&setup.root);
     view.setContent(new VLXmlElement(between));
-    QCOMPARE(view.categoryPath(QStringLiteral("ui"), QStringLiteral("default"), ckUiFile),
-             QStringLiteral("default"));
+    QCOMPARE(view.categoryPath(u"ui"_s, u"default"_s, ckUiFile), u"default"_s);
 }
 
 void TestVLView::categoryPath_usesDefault_whenParentIsNoElement_data()
@@ -543,20 +541,19 @@ void TestVLView::categoryPath_usesDefault_whenParentIsNoElement()
 {
     QFETCH(bool, hasParent);
     QObject parent;
-    parent.setProperty("ui", QStringLiteral("of the object"));
+    parent.setProperty("ui", u"of the object"_s);
     ViewSetup setup;
     VLView& view = setup.build();
     view.setContent(new VLXmlElement(hasParent ? &parent : nullptr));
-    QCOMPARE(view.categoryPath(QStringLiteral("ui"), QStringLiteral("default"), ckUiFile),
-             QStringLiteral("default"));
+    QCOMPARE(view.categoryPath(u"ui"_s, u"default"_s, ckUiFile), u"default"_s);
 }
 
 void TestVLView::categoryPath_isNull_whenThereIsNoContent()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.manager->context().set(ckUiFile, QStringLiteral("of the setting"));
-    QVERIFY(view.categoryPath(QStringLiteral("ui"), QStringLiteral("default"), ckUiFile).isNull());
+    setup.manager->context().set(ckUiFile, u"of the setting"_s);
+    QVERIFY(view.categoryPath(u"ui"_s, u"default"_s, ckUiFile).isNull());
 }
 
 void TestVLView::resourceDirectory_isCategoryByAttributeResource_data()
@@ -564,16 +561,15 @@ void TestVLView::resourceDirectory_isCategoryByAttributeResource_data()
     QTest::addColumn<Attributes>("attributes");
     QTest::addColumn<QVariant>("setting");
     QTest::addColumn<QString>("expected");
-    const QString resource = QStringLiteral("resource");
-    const QString resources = QStringLiteral("resources");
-    QTest::newRow("default") << Attributes() << QVariant() << QStringLiteral("Resources");
-    QTest::newRow("attribute") << Attributes{{resource, QStringLiteral("res")}}
-                               << QVariant(QStringLiteral("of the setting"))
-                               << QStringLiteral("res");
-    QTest::newRow("attribute of findResource") << Attributes{{resources, QStringLiteral("res")}}
-                                               << QVariant() << QStringLiteral("Resources");
-    QTest::newRow("setting") << Attributes() << QVariant(QStringLiteral("of the setting"))
-                             << QStringLiteral("of the setting");
+    const QString resource = u"resource"_s;
+    const QString resources = u"resources"_s;
+    QTest::newRow("default") << Attributes() << QVariant() << u"Resources"_s;
+    QTest::newRow("attribute") << Attributes{{resource, u"res"_s}} << QVariant(u"of the setting"_s)
+                               << u"res"_s;
+    QTest::newRow("attribute of findResource")
+        << Attributes{{resources, u"res"_s}} << QVariant() << u"Resources"_s;
+    QTest::newRow("setting") << Attributes() << QVariant(u"of the setting"_s)
+                             << u"of the setting"_s;
 }
 
 void TestVLView::resourceDirectory_isCategoryByAttributeResource()
@@ -584,7 +580,7 @@ void TestVLView::resourceDirectory_isCategoryByAttributeResource()
     ViewSetup setup;
     VLView& view = setup.build();
     // A directory that is there makes no difference.
-    setup.packages.write(tipsPackage() + QStringLiteral("/Resources/file"), "x");
+    setup.packages.write(tipsPackage() + u"/Resources/file"_s, "x");
     setup.setContent(attributes);
     if (setting.isValid())
         setup.manager->context().set(ckResourceDirectory, setting);
@@ -596,7 +592,7 @@ void TestVLView::resourceDirectory_isEmpty_whenThereIsNoContent()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.manager->context().set(ckResourceDirectory, QStringLiteral("of the setting"));
+    setup.manager->context().set(ckResourceDirectory, u"of the setting"_s);
     QCOMPARE(view.property("resourceDirectory"), QVariant(QString()));
 }
 
@@ -604,15 +600,14 @@ void TestVLView::findComponent_returnsFirstCandidateThatExists()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.index.context().set(ckExtraComponentPath, setup.packages.path(QStringLiteral("extra")));
+    setup.index.context().set(ckExtraComponentPath, setup.packages.path(u"extra"_s));
     setup.setContent();
     const auto find = [&view] {
-        return view.findComponent(QStringLiteral("part"), ckUiFile, QStringLiteral("a/b"),
-                                  QString());
+        return view.findComponent(u"part"_s, ckUiFile, u"a/b"_s, QString());
     };
-    const QString second = setup.packages.write(QStringLiteral("extra/a/b"), "x");
+    const QString second = setup.packages.write(u"extra/a/b"_s, "x");
     QCOMPARE(find(), second);
-    const QString first = setup.packages.write(tipsPackage() + QStringLiteral("/a/b"), "x");
+    const QString first = setup.packages.write(tipsPackage() + u"/a/b"_s, "x");
     QCOMPARE(find(), first);
 }
 
@@ -620,16 +615,13 @@ void TestVLView::findComponent_joinsRelativePath()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.index.context().set(ckExtraComponentPath, setup.packages.path(QStringLiteral("extra")));
+    setup.index.context().set(ckExtraComponentPath, setup.packages.path(u"extra"_s));
     // The directory alone does not count when a file in it is asked for.
-    setup.packages.packageRoot(tipsPackage() + QStringLiteral("/parts"));
-    const QString file = setup.packages.write(QStringLiteral("extra/parts/sub/file"), "x");
-    setup.setContent({{QStringLiteral("part"), QStringLiteral("parts")}});
-    QCOMPARE(
-        view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QStringLiteral("sub/file")),
-        file);
-    QCOMPARE(view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QStringLiteral("sub")),
-             QFileInfo(file).path());
+    setup.packages.packageRoot(tipsPackage() + u"/parts"_s);
+    const QString file = setup.packages.write(u"extra/parts/sub/file"_s, "x");
+    setup.setContent({{u"part"_s, u"parts"_s}});
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), u"sub/file"_s), file);
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), u"sub"_s), QFileInfo(file).path());
 }
 
 void TestVLView::findComponent_findsDirectories_whenRelativePathIsEmpty()
@@ -637,12 +629,10 @@ void TestVLView::findComponent_findsDirectories_whenRelativePathIsEmpty()
     ViewSetup setup;
     VLView& view = setup.build();
     setup.setContent();
-    const QString directory = setup.packages.packageRoot(tipsPackage() + QStringLiteral("/parts"));
-    QCOMPARE(view.findComponent(QStringLiteral("part"), ckUiFile, QStringLiteral("parts"),
-                                QStringLiteral("")),
-             directory);
+    const QString directory = setup.packages.packageRoot(tipsPackage() + u"/parts"_s);
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, u"parts"_s, u""_s), directory);
     // An empty category leaves the package root itself.
-    QCOMPARE(view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QString()),
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), QString()),
              setup.packages.path(tipsPackage()));
 }
 
@@ -650,18 +640,18 @@ void TestVLView::findComponent_usesAbsoluteCategory()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString file = setup.packages.write(QStringLiteral("elsewhere/file"), "x");
-    setup.setContent({{QStringLiteral("part"), file}});
-    QCOMPARE(view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QString()), file);
+    const QString file = setup.packages.write(u"elsewhere/file"_s, "x");
+    setup.setContent({{u"part"_s, file}});
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), QString()), file);
 }
 
 void TestVLView::findComponent_returnsCategory_whenNothingExists_data()
 {
     QTest::addColumn<QString>("package");
     QTest::addColumn<QString>("relativePath");
-    QTest::newRow("no file, no relative path") << QStringLiteral("tips") << QString();
-    QTest::newRow("no file, relative path") << QStringLiteral("tips") << QStringLiteral("file");
-    QTest::newRow("no candidates") << QStringLiteral("other") << QStringLiteral("file");
+    QTest::newRow("no file, no relative path") << u"tips"_s << QString();
+    QTest::newRow("no file, relative path") << u"tips"_s << u"file"_s;
+    QTest::newRow("no candidates") << u"other"_s << u"file"_s;
 }
 
 void TestVLView::findComponent_returnsCategory_whenNothingExists()
@@ -670,27 +660,22 @@ void TestVLView::findComponent_returnsCategory_whenNothingExists()
     QFETCH(QString, relativePath);
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.setContent()->setAttribute(QStringLiteral("VLPackagName"), package);
-    QCOMPARE(
-        view.findComponent(QStringLiteral("part"), ckUiFile, QStringLiteral("parts"), relativePath),
-        QStringLiteral("parts"));
+    setup.setContent()->setAttribute(u"VLPackagName"_s, package);
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, u"parts"_s, relativePath), u"parts"_s);
 }
 
 void TestVLView::findComponent_returnsAbsolutePath_whenCandidateIsRelative()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.setContent()->setAttribute(QStringLiteral("VLPackagName"), QString());
-    const QString file = setup.packages.write(QStringLiteral("extra/file"), "x");
+    setup.setContent()->setAttribute(u"VLPackagName"_s, QString());
+    const QString file = setup.packages.write(u"extra/file"_s, "x");
     const QString before = QDir::currentPath();
     const auto restore = qScopeGuard([&before] { QDir::setCurrent(before); });
     QVERIFY(QDir::setCurrent(setup.packages.dataPath()));
-    setup.index.context().set(ckExtraComponentPath, QStringLiteral("extra"));
-    QCOMPARE(
-        view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QStringLiteral("file")),
-        file);
-    QCOMPARE(view.findComponent(QStringLiteral("part"), ckUiFile, QString(), QString()),
-             QFileInfo(file).path());
+    setup.index.context().set(ckExtraComponentPath, u"extra"_s);
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), u"file"_s), file);
+    QCOMPARE(view.findComponent(u"part"_s, ckUiFile, QString(), QString()), QFileInfo(file).path());
 }
 
 void TestVLView::findComponent_returnsNull_whenThereIsNoContent()
@@ -698,9 +683,7 @@ void TestVLView::findComponent_returnsNull_whenThereIsNoContent()
     ViewSetup setup;
     VLView& view = setup.build();
     setup.index.context().set(ckExtraComponentPath, setup.packages.dataPath());
-    QVERIFY(view.findComponent(QStringLiteral("part"), ckUiFile, QStringLiteral("tips.vidlets"),
-                               QString())
-                .isNull());
+    QVERIFY(view.findComponent(u"part"_s, ckUiFile, u"tips.vidlets"_s, QString()).isNull());
 }
 
 void TestVLView::findResource_findsFile_data()
@@ -710,16 +693,14 @@ void TestVLView::findResource_findsFile_data()
     QTest::addColumn<QVariant>("setting");
     QTest::addColumn<QString>("directory");
     const Attributes none;
-    const Attributes resources{{QStringLiteral("resources"), QStringLiteral("res")}};
-    const Attributes resource{{QStringLiteral("resource"), QStringLiteral("res")}};
-    QTest::newRow("default") << none << none << QVariant() << QStringLiteral("Resources");
-    QTest::newRow("attribute") << resources << none << QVariant() << QStringLiteral("res");
-    QTest::newRow("attribute of the parent")
-        << none << resources << QVariant() << QStringLiteral("res");
+    const Attributes resources{{u"resources"_s, u"res"_s}};
+    const Attributes resource{{u"resource"_s, u"res"_s}};
+    QTest::newRow("default") << none << none << QVariant() << u"Resources"_s;
+    QTest::newRow("attribute") << resources << none << QVariant() << u"res"_s;
+    QTest::newRow("attribute of the parent") << none << resources << QVariant() << u"res"_s;
     QTest::newRow("attribute of resourceDirectory")
-        << resource << none << QVariant() << QStringLiteral("Resources");
-    QTest::newRow("setting") << none << none << QVariant(QStringLiteral("set"))
-                             << QStringLiteral("set");
+        << resource << none << QVariant() << u"Resources"_s;
+    QTest::newRow("setting") << none << none << QVariant(u"set"_s) << u"set"_s;
 }
 
 void TestVLView::findResource_findsFile()
@@ -734,23 +715,22 @@ void TestVLView::findResource_findsFile()
     ViewSetup::setAttributes(&setup.root, parent);
     if (setting.isValid())
         setup.manager->context().set(ckResourceDirectory, setting);
-    const QStringList directories{QStringLiteral("Resources"), QStringLiteral("res"),
-                                  QStringLiteral("set")};
+    const QStringList directories{u"Resources"_s, u"res"_s, u"set"_s};
     for (const QString& name : directories)
-        setup.packages.write(QStringLiteral("%1/%2/clip/a").arg(tipsPackage(), name), "x");
-    QCOMPARE(view.findResource(QStringLiteral("clip/a")),
-             setup.packages.path(QStringLiteral("%1/%2/clip/a").arg(tipsPackage(), directory)));
+        setup.packages.write(u"%1/%2/clip/a"_s.arg(tipsPackage(), name), "x");
+    QCOMPARE(view.findResource(u"clip/a"_s),
+             setup.packages.path(u"%1/%2/clip/a"_s.arg(tipsPackage(), directory)));
 }
 
 void TestVLView::findResource_returnsCategory_whenFileIsMissing()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.packages.packageRoot(tipsPackage() + QStringLiteral("/Resources"));
+    setup.packages.packageRoot(tipsPackage() + u"/Resources"_s);
     setup.setContent();
-    QCOMPARE(view.findResource(QStringLiteral("clip")), QStringLiteral("Resources"));
-    setup.setContent({{QStringLiteral("resources"), QStringLiteral("res")}});
-    QCOMPARE(view.findResource(QStringLiteral("clip")), QStringLiteral("res"));
+    QCOMPARE(view.findResource(u"clip"_s), u"Resources"_s);
+    setup.setContent({{u"resources"_s, u"res"_s}});
+    QCOMPARE(view.findResource(u"clip"_s), u"res"_s);
 }
 
 void TestVLView::uiRootFilePath_picksScene_data()
@@ -765,16 +745,15 @@ void TestVLView::uiRootFilePath_picksScene_data()
         QTest::newRow(name) << simple << element << parent << withSettings << expected;
     };
     const Attributes none;
-    const Attributes both{{QStringLiteral("ui"), QStringLiteral("own.qml")},
-                          {QStringLiteral("simple"), QStringLiteral("ownsimple.qml")}};
-    const QString own = QStringLiteral("own.qml");
-    const QString ownSimple = QStringLiteral("ownsimple.qml");
-    row("default", false, none, none, false, QStringLiteral("ui/VidletUI.qml"));
-    row("setting", false, none, none, true, QStringLiteral("set.qml"));
+    const Attributes both{{u"ui"_s, u"own.qml"_s}, {u"simple"_s, u"ownsimple.qml"_s}};
+    const QString own = u"own.qml"_s;
+    const QString ownSimple = u"ownsimple.qml"_s;
+    row("default", false, none, none, false, u"ui/VidletUI.qml"_s);
+    row("setting", false, none, none, true, u"set.qml"_s);
     row("attribute", false, both, none, true, own);
     row("attribute of the parent", false, none, both, true, own);
-    row("simple, default", true, none, none, false, QStringLiteral("ui/SimpleTooltip.qml"));
-    row("simple, setting", true, none, none, true, QStringLiteral("setsimple.qml"));
+    row("simple, default", true, none, none, false, u"ui/SimpleTooltip.qml"_s);
+    row("simple, setting", true, none, none, true, u"setsimple.qml"_s);
     row("simple, attribute", true, both, none, true, ownSimple);
     row("simple, attribute of the parent", true, none, both, true, ownSimple);
 }
@@ -794,25 +773,23 @@ void TestVLView::uiRootFilePath_picksScene()
     if (simple)
         settings.set(ckSimpleTooltips, true);
     if (withSettings) {
-        settings.set(ckUiFile, QStringLiteral("set.qml"));
-        settings.set(ckSimpleUiFile, QStringLiteral("setsimple.qml"));
+        settings.set(ckUiFile, u"set.qml"_s);
+        settings.set(ckSimpleUiFile, u"setsimple.qml"_s);
     }
-    const QStringList names{
-        QStringLiteral("ui/VidletUI.qml"), QStringLiteral("ui/SimpleTooltip.qml"),
-        QStringLiteral("set.qml"),         QStringLiteral("setsimple.qml"),
-        QStringLiteral("own.qml"),         QStringLiteral("ownsimple.qml")};
+    const QStringList names{u"ui/VidletUI.qml"_s, u"ui/SimpleTooltip.qml"_s,
+                            u"set.qml"_s,         u"setsimple.qml"_s,
+                            u"own.qml"_s,         u"ownsimple.qml"_s};
     for (const QString& name : names)
         setup.writeScene(name, plainScene());
-    QCOMPARE(view.uiRootFilePath(),
-             setup.packages.path(tipsPackage() + QLatin1Char('/') + expected));
+    QCOMPARE(view.uiRootFilePath(), setup.packages.path(tipsPackage() + u'/' + expected));
 }
 
 void TestVLView::uiRootFilePath_isRelativeDefault_whenPackageHasNoScene_data()
 {
     QTest::addColumn<bool>("simple");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("main") << false << QStringLiteral("ui/VidletUI.qml");
-    QTest::newRow("simple") << true << QStringLiteral("ui/SimpleTooltip.qml");
+    QTest::newRow("main") << false << u"ui/VidletUI.qml"_s;
+    QTest::newRow("simple") << true << u"ui/SimpleTooltip.qml"_s;
 }
 
 void TestVLView::uiRootFilePath_isRelativeDefault_whenPackageHasNoScene()
@@ -829,7 +806,7 @@ void TestVLView::loadQML_loadsFile()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString scene = setup.writeScene(QStringLiteral("scene.qml"), plainScene());
+    const QString scene = setup.writeScene(u"scene.qml"_s, plainScene());
     view.loadQML(scene);
     QCOMPARE(view.source(), QUrl::fromLocalFile(scene));
     QCOMPARE(view.status(), QQuickView::Ready);
@@ -841,7 +818,7 @@ void TestVLView::loadQML_loadsFile_whenPathHasSpecialCharacters()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString scene = setup.writeScene(QStringLiteral("a b#c%20?.qml"), plainScene());
+    const QString scene = setup.writeScene(u"a b#c%20?.qml"_s, plainScene());
     view.loadQML(scene);
     QCOMPARE(view.source().toLocalFile(), scene);
     QVERIFY(view.rootObject());
@@ -851,10 +828,10 @@ void TestVLView::loadQML_keepsScene_whenFileIsTheSame()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString scene = setup.writeScene(QStringLiteral("scene.qml"), plainScene());
+    const QString scene = setup.writeScene(u"scene.qml"_s, plainScene());
     view.loadQML(scene);
     const QPointer<QQuickItem> root = view.rootObject();
-    setup.writeScene(QStringLiteral("scene.qml"), "import QtQuick\nRectangle { width: 7 }\n");
+    setup.writeScene(u"scene.qml"_s, "import QtQuick\nRectangle { width: 7 }\n");
     view.loadQML(scene);
     QVERIFY(root);
     QCOMPARE(view.rootObject(), root);
@@ -865,10 +842,10 @@ void TestVLView::loadQML_replacesScene_whenFileIsAnother()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"), plainScene()));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
     const QPointer<QQuickItem> root = view.rootObject();
-    view.loadQML(setup.writeScene(QStringLiteral("other.qml"),
-                                  "import QtQuick\nItem { width: 7; height: 7 }\n"));
+    view.loadQML(
+        setup.writeScene(u"other.qml"_s, "import QtQuick\nItem { width: 7; height: 7 }\n"));
     QVERIFY(!root);
     QCOMPARE(view.rootObject()->width(), 7.0);
 }
@@ -877,10 +854,10 @@ void TestVLView::loadQML_keepsScene_whenFileIsMissing()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    const QString scene = setup.writeScene(QStringLiteral("scene.qml"), plainScene());
+    const QString scene = setup.writeScene(u"scene.qml"_s, plainScene());
     view.loadQML(scene);
     const QPointer<QQuickItem> root = view.rootObject();
-    const QString missing = setup.packages.path(QStringLiteral("no such.qml"));
+    const QString missing = setup.packages.path(u"no such.qml"_s);
     view.loadQML(missing);
     // The file of the present scene may go too.
     QVERIFY(QFile::remove(scene));
@@ -889,8 +866,7 @@ void TestVLView::loadQML_keepsScene_whenFileIsMissing()
     QCOMPARE(view.rootObject(), root);
     QCOMPARE(view.source(), QUrl::fromLocalFile(scene));
     QCOMPARE(setup.messages(),
-             (QStringList{QStringLiteral("Can't find :") + missing,
-                          QStringLiteral("Can't find :") + scene}));
+             (QStringList{u"Can't find :"_s + missing, u"Can't find :"_s + scene}));
     QCOMPARE(setup.host.recordedMessages.size(), 2);
 }
 
@@ -900,7 +876,7 @@ void TestVLView::loadQML_reportsRelativePathAsGiven()
     VLView& view = setup.build();
     setup.setContent();
     view.loadQML(view.uiRootFilePath());
-    QCOMPARE(setup.messages(), QStringList{QStringLiteral("Can't find :ui/VidletUI.qml")});
+    QCOMPARE(setup.messages(), QStringList{u"Can't find :ui/VidletUI.qml"_s});
     QVERIFY(view.source().isEmpty());
 }
 
@@ -908,14 +884,14 @@ void TestVLView::loadQML_dropsSceneAndStaysUsable_whenFileBreaks()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"), plainScene()));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
     const QPointer<QQuickItem> root = view.rootObject();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken\\.qml:2:")));
-    view.loadQML(setup.writeScene(QStringLiteral("broken.qml"), "import QtQuick\nItem {"));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"broken\\.qml:2:"_s));
+    view.loadQML(setup.writeScene(u"broken.qml"_s, "import QtQuick\nItem {"));
     QVERIFY(!root);
     QVERIFY(!view.rootObject());
     // The view stays usable.
-    view.loadQML(setup.packages.path(tipsPackage() + QStringLiteral("/scene.qml")));
+    view.loadQML(setup.packages.path(tipsPackage() + u"/scene.qml"_s));
     QVERIFY(view.rootObject());
 }
 
@@ -923,13 +899,11 @@ void TestVLView::handleWarnings_reportsEachInOrder()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.handleWarnings({makeError(12, 3, QStringLiteral("second %1 is first")),
-                         makeError(1, 100, QStringLiteral("other")),
-                         makeError(1, 100, QStringLiteral("other"))});
+    view.handleWarnings({makeError(12, 3, u"second %1 is first"_s), makeError(1, 100, u"other"_s),
+                         makeError(1, 100, u"other"_s)});
     QCOMPARE(setup.messages(),
-             (QStringList{QStringLiteral("QML Warning 12:3:second %1 is first"),
-                          QStringLiteral("QML Warning 1:100:other"),
-                          QStringLiteral("QML Warning 1:100:other")}));
+             (QStringList{u"QML Warning 12:3:second %1 is first"_s, u"QML Warning 1:100:other"_s,
+                          u"QML Warning 1:100:other"_s}));
     QCOMPARE(setup.host.recordedMessages.size(), 3);
     view.handleWarnings({});
     QCOMPARE(setup.host.recordedMessages.size(), 3);
@@ -940,7 +914,7 @@ void TestVLView::handleWarnings_reportsNothing_byDefault()
     ViewSetup setup;
     VLView& view = setup.build();
     setup.manager->context().set(ckMessageLevel, VLMessageWarning);
-    view.handleWarnings({makeError(1, 2, QStringLiteral("text"))});
+    view.handleWarnings({makeError(1, 2, u"text"_s)});
     QVERIFY(setup.host.recordedMessages.isEmpty());
 }
 
@@ -948,12 +922,12 @@ void TestVLView::sceneWarning_isReported()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("scene\\.qml:3")));
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"),
-                                  "import QtQuick\nItem {\n    width: nonsense\n}\n"));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"scene\\.qml:3"_s));
+    view.loadQML(
+        setup.writeScene(u"scene.qml"_s, "import QtQuick\nItem {\n    width: nonsense\n}\n"));
     QCOMPARE(setup.messages().size(), 1);
     const QRegularExpression pattern(QRegularExpression::anchoredPattern(
-        QStringLiteral("QML Warning 3:\\d+:ReferenceError: nonsense is not defined")));
+        u"QML Warning 3:\\d+:ReferenceError: nonsense is not defined"_s));
     QVERIFY2(pattern.match(setup.messages().first()).hasMatch(),
              qPrintable(setup.messages().first()));
     QVERIFY(view.rootObject());
@@ -964,20 +938,19 @@ void TestVLView::statusHasChanged_reportsErrorsOfView()
     ViewSetup setup;
     VLView& view = setup.build();
     // An error in a type that the scene uses makes two entries.
-    setup.writeScene(QStringLiteral("Part.qml"), "import QtQuick\nItem {\n    nonsense: 1\n}\n");
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("scene\\.qml:3:")));
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Part\\.qml:3:")));
-    view.loadQML(
-        setup.writeScene(QStringLiteral("scene.qml"), "import QtQuick\nItem {\n    Part {}\n}\n"));
+    setup.writeScene(u"Part.qml"_s, "import QtQuick\nItem {\n    nonsense: 1\n}\n");
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"scene\\.qml:3:"_s));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"Part\\.qml:3:"_s));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, "import QtQuick\nItem {\n    Part {}\n}\n"));
     const QList<QQmlError> errors = view.errors();
     QCOMPARE(errors.size(), 2);
 
     view.statusHasChanged(QQuickView::Error);
 
-    const QString format = QStringLiteral("Error %1:%2:%3");
+    const QString format = u"Error %1:%2:%3"_s;
     QCOMPARE(setup.messages(),
              (QStringList{errorText(format, errors.at(0)), errorText(format, errors.at(1))}));
-    QVERIFY(setup.messages().last().startsWith(QStringLiteral("Error 3:5:")));
+    QVERIFY(setup.messages().last().startsWith(u"Error 3:5:"_s));
     QCOMPARE(setup.host.recordedMessages.size(), 2);
 }
 
@@ -994,8 +967,8 @@ void TestVLView::statusHasChanged_isSilent_whenStatusIsNoError()
     QFETCH(int, status);
     ViewSetup setup;
     VLView& view = setup.build();
-    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("broken\\.qml:2:")));
-    view.loadQML(setup.writeScene(QStringLiteral("broken.qml"), "import QtQuick\nItem {"));
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"broken\\.qml:2:"_s));
+    view.loadQML(setup.writeScene(u"broken.qml"_s, "import QtQuick\nItem {"));
     QVERIFY(!view.errors().isEmpty());
     view.statusHasChanged(static_cast<QQuickView::Status>(status));
     QVERIFY(setup.host.recordedMessages.isEmpty());
@@ -1005,10 +978,10 @@ void TestVLView::resetState_setsStateOfRootObject()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"),
+    view.loadQML(setup.writeScene(u"scene.qml"_s,
                                   "import QtQuick\nItem {\n    state: \"open\"\n"
                                   "    states: State { name: \"open\" }\n}\n"));
-    QCOMPARE(view.rootObject()->state(), QStringLiteral("open"));
+    QCOMPARE(view.rootObject()->state(), u"open"_s);
     view.resetState();
     QCOMPARE(view.rootObject()->state(), QString());
 }
@@ -1062,13 +1035,13 @@ void TestVLView::setItemCursor_mapsShape_data()
 {
     QTest::addColumn<QString>("shape");
     QTest::addColumn<int>("cursor");
-    QTest::newRow("pointing hand") << QStringLiteral("PointingHandCursor") << 13;
-    QTest::newRow("arrow") << QStringLiteral("ArrowCursor") << 0;
-    QTest::newRow("text beam") << QStringLiteral("IBeamCursor") << 4;
-    QTest::newRow("blank") << QStringLiteral("BlankCursor") << 10;
-    QTest::newRow("other shape of Qt's") << QStringLiteral("WaitCursor") << 0;
-    QTest::newRow("other case") << QStringLiteral("ibeamcursor") << 0;
-    QTest::newRow("blank at the end") << QStringLiteral("IBeamCursor ") << 0;
+    QTest::newRow("pointing hand") << u"PointingHandCursor"_s << 13;
+    QTest::newRow("arrow") << u"ArrowCursor"_s << 0;
+    QTest::newRow("text beam") << u"IBeamCursor"_s << 4;
+    QTest::newRow("blank") << u"BlankCursor"_s << 10;
+    QTest::newRow("other shape of Qt's") << u"WaitCursor"_s << 0;
+    QTest::newRow("other case") << u"ibeamcursor"_s << 0;
+    QTest::newRow("blank at the end") << u"IBeamCursor "_s << 0;
 }
 
 void TestVLView::setItemCursor_mapsShape()
@@ -1081,7 +1054,7 @@ void TestVLView::setItemCursor_mapsShape()
     view.setItemCursor(&item, shape, QString());
     QTEST(int(item.cursor().shape()), "cursor");
     item.setCursor(Qt::SizeAllCursor);
-    view.setItemCursor(&item, shape, QStringLiteral("any tag"));
+    view.setItemCursor(&item, shape, u"any tag"_s);
     QTEST(int(item.cursor().shape()), "cursor");
 }
 
@@ -1089,24 +1062,24 @@ void TestVLView::setItemCursor_unsetsCursor_whenShapeIsEmpty()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"),
+    view.loadQML(setup.writeScene(u"scene.qml"_s,
                                   "import QtQuick\nItem {\n    width: 100; height: 100\n"
                                   "    Item { anchors.fill: parent }\n}\n"));
     QQuickItem* below = view.rootObject();
     QQuickItem* item = below->childItems().first();
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));
-    view.setItemCursor(below, QStringLiteral("PointingHandCursor"), QString());
-    view.setItemCursor(item, QStringLiteral("IBeamCursor"), QString());
+    view.setItemCursor(below, u"PointingHandCursor"_s, QString());
+    view.setItemCursor(item, u"IBeamCursor"_s, QString());
     QTest::mouseMove(&view, QPoint(50, 50));
     QTRY_COMPARE(view.cursor().shape(), Qt::IBeamCursor);
 
     // An item without a cursor of its own shows that of the item below, and no arrow.
-    view.setItemCursor(item, QString(), QStringLiteral("tag"));
+    view.setItemCursor(item, QString(), u"tag"_s);
     QTest::mouseMove(&view, QPoint(51, 50));
     QTRY_COMPARE(view.cursor().shape(), Qt::PointingHandCursor);
 
-    view.setItemCursor(item, QStringLiteral("unknown"), QString());
+    view.setItemCursor(item, u"unknown"_s, QString());
     QTest::mouseMove(&view, QPoint(52, 50));
     QTRY_COMPARE(view.cursor().shape(), Qt::ArrowCursor);
 }
@@ -1116,7 +1089,7 @@ void TestVLView::setItemCursor_doesNothing_whenObjectIsNoItem()
     ViewSetup setup;
     VLView& view = setup.build();
     QObject object;
-    const QStringList shapes{QStringLiteral("PointingHandCursor"), QString()};
+    const QStringList shapes{u"PointingHandCursor"_s, QString()};
     for (const QString& shape : shapes) {
         view.setItemCursor(&object, shape, QString());
         view.setItemCursor(nullptr, shape, QString());
@@ -1150,8 +1123,8 @@ void TestVLView::restoreOverrideCursor_undoesOne()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.setOverrideCursor(QStringLiteral("IBeamCursor"));
-    view.setOverrideCursor(QStringLiteral("BlankCursor"));
+    view.setOverrideCursor(u"IBeamCursor"_s);
+    view.setOverrideCursor(u"BlankCursor"_s);
     view.restoreOverrideCursor();
     QCOMPARE(QGuiApplication::overrideCursor()->shape(), Qt::IBeamCursor);
     view.restoreOverrideCursor();
@@ -1161,8 +1134,8 @@ void TestVLView::restoreOverrideCursor_undoesOne()
 void TestVLView::debugLog_sendsDebugMessage()
 {
     ViewSetup setup;
-    setup.build().debugLog(QStringLiteral(" 100 %1 "));
-    QCOMPARE(setup.messages(), QStringList{QStringLiteral(" 100 %1 ")});
+    setup.build().debugLog(u" 100 %1 "_s);
+    QCOMPARE(setup.messages(), QStringList{u" 100 %1 "_s});
     QCOMPARE(setup.host.recordedMessages.size(), 1);
 }
 
@@ -1171,18 +1144,18 @@ void TestVLView::openExternalResource_asksHost()
     ViewSetup setup;
     VLView& view = setup.build();
     setup.host.openResult = false;
-    view.openExternalResource(QStringLiteral("a/b"));
+    view.openExternalResource(u"a/b"_s);
     QCOMPARE(setup.host.openedResources.size(), 1);
     QCOMPARE(setup.host.openedResources.first().type, VLResourcePath);
-    QCOMPARE(setup.host.openedResources.first().locator, QStringLiteral("a/b"));
+    QCOMPARE(setup.host.openedResources.first().locator, u"a/b"_s);
 }
 
 void TestVLView::interpolate_usesVariablesOfManager()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    setup.manager->setGlobalProperty(QStringLiteral("a"), QStringLiteral("A"));
-    QCOMPARE(view.interpolate(QStringLiteral("%(a)s %(b)s")), QStringLiteral("A %(b)s"));
+    setup.manager->setGlobalProperty(u"a"_s, u"A"_s);
+    QCOMPARE(view.interpolate(u"%(a)s %(b)s"_s), u"A %(b)s"_s);
 }
 
 void TestVLView::getScaledSize_usesScaleOfManager()
@@ -1195,8 +1168,7 @@ void TestVLView::getScaledSize_usesScaleOfManager()
 void TestVLView::translate_asksHost()
 {
     ViewSetup setup;
-    QCOMPARE(setup.build().translate(QStringLiteral("Hello"), QStringLiteral("Scene")),
-             QStringLiteral("Scene/Hello"));
+    QCOMPARE(setup.build().translate(u"Hello"_s, u"Scene"_s), u"Scene/Hello"_s);
 }
 
 void TestVLView::translate_returnsText_whenThereIsNoInterface()
@@ -1205,16 +1177,14 @@ void TestVLView::translate_returnsText_whenThereIsNoInterface()
     VLIndex index(nullptr, {});
     VLManager manager(nullptr, context, {}, &index);
     const VLView view(&manager, nullptr);
-    QCOMPARE(view.translate(QStringLiteral("Hello"), QStringLiteral("Scene")),
-             QStringLiteral("Hello"));
+    QCOMPARE(view.translate(u"Hello"_s, u"Scene"_s), u"Hello"_s);
 }
 
 void TestVLView::translate_returnsText_whenThereIsNoManager()
 {
     const VLView view(nullptr, nullptr);
     QVERIFY(!view.manager());
-    QCOMPARE(view.translate(QStringLiteral("Hello"), QStringLiteral("Scene")),
-             QStringLiteral("Hello"));
+    QCOMPARE(view.translate(u"Hello"_s, u"Scene"_s), u"Hello"_s);
 }
 
 void TestVLView::scene_reachesAllOfTheView()
@@ -1223,13 +1193,12 @@ void TestVLView::scene_reachesAllOfTheView()
     setup.context.set(ckScale, 2);
     VLView& view = setup.build();
     setup.manager->context().set(ckDocumentationEnabled, true);
-    setup.manager->setGlobalProperty(QStringLiteral("a"), QStringLiteral("A"));
-    const QString clip =
-        setup.packages.write(tipsPackage() + QStringLiteral("/Resources/clip"), "x");
-    setup.setContent({{QStringLiteral("title"), QStringLiteral("A tip")}});
-    view.rootContext()->setContextProperty(QStringLiteral("vidletView"), &view);
+    setup.manager->setGlobalProperty(u"a"_s, u"A"_s);
+    const QString clip = setup.packages.write(tipsPackage() + u"/Resources/clip"_s, "x");
+    setup.setContent({{u"title"_s, u"A tip"_s}});
+    view.rootContext()->setContextProperty(u"vidletView"_s, &view);
     view.loadQML(
-        setup.writeScene(QStringLiteral("scene.qml"),
+        setup.writeScene(u"scene.qml"_s,
                          "import QtQuick\nItem {\n"
                          "    id: scene\n"
                          "    property string result\n"
@@ -1249,12 +1218,12 @@ void TestVLView::scene_reachesAllOfTheView()
                          "    }\n}\n"));
     QVERIFY(view.rootObject());
     QCOMPARE(view.rootObject()->property("result").toString(),
-             QStringLiteral("A tip,true,Resources,A,Scene/Hello,%1,8").arg(clip));
+             u"A tip,true,Resources,A,Scene/Hello,%1,8"_s.arg(clip));
     QCOMPARE(view.rootObject()->cursor().shape(), Qt::IBeamCursor);
     QCOMPARE(setup.host.openedResources.size(), 1);
     QVERIFY(view.stayOpen());
     QVERIFY(view.reserved());
-    QCOMPARE(setup.messages(), QStringList{QStringLiteral("done")});
+    QCOMPARE(setup.messages(), QStringList{u"done"_s});
 }
 
 void TestVLView::resizeEvent_emitsContentSizeChanged()
@@ -1274,7 +1243,7 @@ void TestVLView::resizeEvent_repaints()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"), plainScene()));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
     QSignalSpy frames(&view, &QQuickWindow::frameSwapped);
     view.show();
     QTRY_VERIFY(frames.count() > 0);
@@ -1290,7 +1259,7 @@ void TestVLView::resizeEvent_leavesBaseClassOut()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"), plainScene()));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
     // In this mode the base class would have the scene follow.
     view.setResizeMode(QQuickView::SizeRootObjectToView);
     const QSizeF before = view.rootObject()->size();
@@ -1306,7 +1275,7 @@ void TestVLView::window_followsSizeOfScene()
 {
     ViewSetup setup;
     VLView& view = setup.build();
-    view.loadQML(setup.writeScene(QStringLiteral("scene.qml"), plainScene()));
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
     QCOMPARE(view.size(), QSize(120, 80));
     view.show();
     QVERIFY(QTest::qWaitForWindowExposed(&view));

@@ -19,6 +19,8 @@
 
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -173,7 +175,7 @@ private Q_SLOTS:
 
 int TestVLWidget::runChild(const QString& name)
 {
-    if (name != QStringLiteral("second screen"))
+    if (name != u"second screen"_s)
         return VidletsTest::runChild(name);
 
     const QList<QScreen*> screens = QGuiApplication::screens();
@@ -261,7 +263,7 @@ void TestVLWidget::destructor_deletesViewAndContent()
     PopupStage stage;
     auto* popup = new VLWidget(stage.manager.get(), nullptr);
     const QPointer<VLView> view = new VLView(stage.manager.get(), nullptr);
-    const QPointer<VLXmlElement> content = PopupStage::newContent(QStringLiteral("open"));
+    const QPointer<VLXmlElement> content = PopupStage::newContent(u"open"_s);
     view->setContent(content);
     popup->setView(view);
 
@@ -320,7 +322,7 @@ void TestVLWidget::showWithContent_changesNothing_whenContentIsNull()
     const QPoint position = stage.popup()->pos();
     QWidget other;
 
-    stage.popup()->showWithContent(&other, QPoint(10, 10), nullptr, QStringLiteral("elsewhere"));
+    stage.popup()->showWithContent(&other, QPoint(10, 10), nullptr, u"elsewhere"_s);
 
     QCOMPARE(stage.popup()->referenceWidget(), &stage.control);
     QCOMPARE(stage.view()->content(), content);
@@ -380,10 +382,10 @@ void TestVLWidget::showWithContent_choosesSceneByNewContent()
 {
     PopupStage stage;
     stage.showContent();
-    const QString other = stage.packages.write(QStringLiteral("tips.vidlets/ui/Other.qml"),
+    const QString other = stage.packages.write(u"tips.vidlets/ui/Other.qml"_s,
                                                "import QtQuick\nItem { width: 30; height: 20 }\n");
-    VLXmlElement* content = PopupStage::newContent(QStringLiteral("save"));
-    content->setAttribute(QStringLiteral("ui"), QStringLiteral("ui/Other.qml"));
+    VLXmlElement* content = PopupStage::newContent(u"save"_s);
+    content->setAttribute(u"ui"_s, u"ui/Other.qml"_s);
 
     stage.popup()->showWithContent(&stage.control, QPoint(300, 300), content, stage.packageRoot);
 
@@ -395,8 +397,7 @@ void TestVLWidget::showWithContent_movesPopup()
 {
     PopupStage stage;
     stage.popup()->showWithContent(&stage.control, QPoint(321, 234),
-                                   PopupStage::newContent(QStringLiteral("open")),
-                                   stage.packageRoot);
+                                   PopupStage::newContent(u"open"_s), stage.packageRoot);
     QCOMPARE(stage.popup()->pos(), QPoint(321, 234));
     stage.popup()->showWithContent(&stage.control, QPoint(400, 200), stage.view()->content(),
                                    stage.packageRoot);
@@ -420,21 +421,21 @@ void TestVLWidget::showWithContent_setsContextNames()
 {
     PopupStage stage;
     // The path reaches the scene as it was given.
-    const QString rootPath = stage.packageRoot + QStringLiteral("/../tips.vidlets/");
-    VLXmlElement* content = PopupStage::newContent(QStringLiteral("open"));
+    const QString rootPath = stage.packageRoot + u"/../tips.vidlets/"_s;
+    VLXmlElement* content = PopupStage::newContent(u"open"_s);
 
     stage.popup()->showWithContent(&stage.control, QPoint(300, 300), content, rootPath);
 
     const QQmlContext* names = stage.view()->rootContext();
-    QCOMPARE(names->contextProperty(QStringLiteral("vidlet")).value<QObject*>(), content);
-    QCOMPARE(names->contextProperty(QStringLiteral("dataLocation")), QVariant(rootPath));
-    QCOMPARE(names->contextProperty(QStringLiteral("vidletView")).value<QObject*>(), stage.view());
+    QCOMPARE(names->contextProperty(u"vidlet"_s).value<QObject*>(), content);
+    QCOMPARE(names->contextProperty(u"dataLocation"_s), QVariant(rootPath));
+    QCOMPARE(names->contextProperty(u"vidletView"_s).value<QObject*>(), stage.view());
 }
 
 void TestVLWidget::showWithContent_setsContextNamesBeforeSceneLoads()
 {
     PopupStage stage;
-    stage.packages.write(QStringLiteral("tips.vidlets/ui/Early.qml"), R"(import QtQuick
+    stage.packages.write(u"tips.vidlets/ui/Early.qml"_s, R"(import QtQuick
 Item {
     property string seen
     width: 10
@@ -442,12 +443,12 @@ Item {
     Component.onCompleted: seen = vidlet.attribute("key") + "|" + dataLocation + "|" + vidletView.stayOpen
 }
 )");
-    VLXmlElement* content = PopupStage::newContent(QStringLiteral("open"));
-    content->setAttribute(QStringLiteral("ui"), QStringLiteral("ui/Early.qml"));
+    VLXmlElement* content = PopupStage::newContent(u"open"_s);
+    content->setAttribute(u"ui"_s, u"ui/Early.qml"_s);
 
-    stage.popup()->showWithContent(&stage.control, QPoint(300, 300), content, QStringLiteral("/r"));
+    stage.popup()->showWithContent(&stage.control, QPoint(300, 300), content, u"/r"_s);
 
-    QCOMPARE(stage.scene()->property("seen").toString(), QStringLiteral("open|/r|false"));
+    QCOMPARE(stage.scene()->property("seen").toString(), u"open|/r|false"_s);
 }
 
 void TestVLWidget::showWithContent_keepsSceneAlive_whenFileIsSame()
@@ -455,15 +456,14 @@ void TestVLWidget::showWithContent_keepsSceneAlive_whenFileIsSame()
     PopupStage stage;
     stage.showContent();
     const QPointer<QObject> scene = stage.scene();
-    QCOMPARE(scene->property("shownKey").toString(), QStringLiteral("open"));
+    QCOMPARE(scene->property("shownKey").toString(), u"open"_s);
 
     stage.popup()->showWithContent(&stage.control, QPoint(300, 300),
-                                   PopupStage::newContent(QStringLiteral("save")),
-                                   stage.packageRoot);
+                                   PopupStage::newContent(u"save"_s), stage.packageRoot);
 
     QVERIFY(scene);
     QCOMPARE(stage.scene(), scene.data());
-    QCOMPARE(scene->property("shownKey").toString(), QStringLiteral("save"));
+    QCOMPARE(scene->property("shownKey").toString(), u"save"_s);
 }
 
 void TestVLWidget::showWithContent_showsPopup_whenSceneIsMissing()
@@ -472,16 +472,16 @@ void TestVLWidget::showWithContent_showsPopup_whenSceneIsMissing()
     stage.showContent();
     const QPointer<QObject> scene = stage.scene();
     stage.popup()->hide();
-    VLXmlElement* content = PopupStage::newContent(QStringLiteral("save"));
-    content->setAttribute(QStringLiteral("ui"), QStringLiteral("ui/Missing.qml"));
+    VLXmlElement* content = PopupStage::newContent(u"save"_s);
+    content->setAttribute(u"ui"_s, u"ui/Missing.qml"_s);
 
     stage.popup()->showWithContent(&stage.control, QPoint(300, 300), content, stage.packageRoot);
 
     QVERIFY(stage.popup()->isVisible());
     QVERIFY(scene);
-    QCOMPARE(stage.interface.messages(VLMessageDebug),
-             QStringList{QStringLiteral("Can't find :")
-                         + QDir::current().absoluteFilePath(QStringLiteral("ui/Missing.qml"))});
+    QCOMPARE(
+        stage.interface.messages(VLMessageDebug),
+        QStringList{u"Can't find :"_s + QDir::current().absoluteFilePath(u"ui/Missing.qml"_s)});
 }
 
 void TestVLWidget::showWithContent_leavesTimerRunning_whenVisible()
@@ -721,7 +721,7 @@ void TestVLWidget::endOfFadeOut_resetsStateAndHides()
     QCOMPARE(stage.scene()->property("resets").toInt(), 1);
 
     // The end of the next fade must not hide the popup again.
-    stage.scene()->setProperty("state", QStringLiteral("open"));
+    stage.scene()->setProperty("state", u"open"_s);
     stage.set(ckShowDuration, kEndlessMs);
     stage.showContent();
     stage.finishFade();
@@ -774,7 +774,7 @@ void TestVLWidget::setTimer_takesStayDuration_data()
     QTest::addColumn<int>("intervalMs");
     QTest::newRow("whole") << QVariant(1500) << 1500;
     QTest::newRow("truncated") << QVariant(1500.9) << 1500;
-    QTest::newRow("text") << QVariant(QStringLiteral("250")) << 250;
+    QTest::newRow("text") << QVariant(u"250"_s) << 250;
     QTest::newRow("below one") << QVariant(0.5) << 0;
     QTest::newRow("zero") << QVariant(0) << -1;
     QTest::newRow("negative") << QVariant(-5) << -1;
@@ -966,8 +966,7 @@ void TestVLWidget::isSafe_holdsOverReference_farFromPopup()
 {
     PopupStage stage;
     stage.popup()->showWithContent(&stage.control, QPoint(800, 600),
-                                   PopupStage::newContent(QStringLiteral("open")),
-                                   stage.packageRoot);
+                                   PopupStage::newContent(u"open"_s), stage.packageRoot);
     QVERIFY(stage.popup()->isSafe(centerOf(stage.control)));
     const QRect control(stage.control.mapToGlobal(QPoint(0, 0)), stage.control.size());
     QVERIFY(stage.popup()->isSafe(control.bottomRight()));
@@ -981,16 +980,14 @@ void TestVLWidget::isSafe_failsOverChildOfReference_farFromPopup()
     child.setGeometry(0, 0, 20, 20);
     child.show();
     stage.popup()->showWithContent(&stage.control, QPoint(800, 600),
-                                   PopupStage::newContent(QStringLiteral("open")),
-                                   stage.packageRoot);
+                                   PopupStage::newContent(u"open"_s), stage.packageRoot);
     QVERIFY(!stage.popup()->isSafe(centerOf(child)));
 }
 
 void TestVLWidget::isSafe_holdsOverNoWidget_withoutReference()
 {
     PopupStage stage;
-    stage.popup()->showWithContent(nullptr, QPoint(800, 600),
-                                   PopupStage::newContent(QStringLiteral("open")),
+    stage.popup()->showWithContent(nullptr, QPoint(800, 600), PopupStage::newContent(u"open"_s),
                                    stage.packageRoot);
     QVERIFY(stage.popup()->isSafe(QPoint(500, 50)));
     QVERIFY(!stage.popup()->isSafe(centerOf(stage.control)));
@@ -1061,8 +1058,7 @@ void TestVLWidget::findVisibleGeometry_takesPopupsScreen_withoutLivingReference(
     QCOMPARE(stage.popup()->findVisibleGeometry(outside), inside);
 
     auto* reference = new QWidget;
-    stage.popup()->showWithContent(reference, QPoint(300, 300),
-                                   PopupStage::newContent(QStringLiteral("open")),
+    stage.popup()->showWithContent(reference, QPoint(300, 300), PopupStage::newContent(u"open"_s),
                                    stage.packageRoot);
     delete reference;
     QCOMPARE(stage.popup()->findVisibleGeometry(outside), inside);
@@ -1071,7 +1067,7 @@ void TestVLWidget::findVisibleGeometry_takesPopupsScreen_withoutLivingReference(
 void TestVLWidget::findVisibleGeometry_takesScreenOfReference()
 {
     QTemporaryDir directory;
-    QFile screens(directory.filePath(QStringLiteral("screens.json")));
+    QFile screens(directory.filePath(u"screens.json"_s));
     QVERIFY(screens.open(QIODevice::WriteOnly));
     screens.write(R"({"screens": [
         {"name": "a", "x": 0, "y": 0, "width": 800, "height": 600, "logicalDpi": 96,
@@ -1081,7 +1077,7 @@ void TestVLWidget::findVisibleGeometry_takesScreenOfReference()
     screens.close();
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + screens.fileName().toUtf8());
-    const ChildResult result = runInChildProcess(QStringLiteral("second screen"));
+    const ChildResult result = runInChildProcess(u"second screen"_s);
     qputenv("QT_QPA_PLATFORM", platform);
     QVERIFY2(result.finished && !result.crashed, result.standardError.constData());
     QCOMPARE(result.exitCode, 0);
@@ -1271,8 +1267,7 @@ void TestVLWidget::referenceDestroyed_hidesAndResets()
 {
     PopupStage stage;
     auto* reference = new QWidget;
-    stage.popup()->showWithContent(reference, QPoint(300, 300),
-                                   PopupStage::newContent(QStringLiteral("open")),
+    stage.popup()->showWithContent(reference, QPoint(300, 300), PopupStage::newContent(u"open"_s),
                                    stage.packageRoot);
     delete reference;
 
@@ -1286,8 +1281,7 @@ void TestVLWidget::referenceDestroyed_hides_whenReferenceIsAnEarlierOne()
 {
     PopupStage stage;
     auto* reference = new QWidget;
-    stage.popup()->showWithContent(reference, QPoint(300, 300),
-                                   PopupStage::newContent(QStringLiteral("open")),
+    stage.popup()->showWithContent(reference, QPoint(300, 300), PopupStage::newContent(u"open"_s),
                                    stage.packageRoot);
     stage.showContent();
     QVERIFY(stage.popup()->isVisible());
@@ -1305,8 +1299,7 @@ void TestVLWidget::referenceDestroyed_isHarmless_afterManyShows()
     auto* reference = new QWidget;
     for (int i = 0; i < 3; ++i) {
         stage.popup()->showWithContent(reference, QPoint(300, 300),
-                                       PopupStage::newContent(QStringLiteral("open")),
-                                       stage.packageRoot);
+                                       PopupStage::newContent(u"open"_s), stage.packageRoot);
     }
     delete reference;
     QVERIFY(!stage.popup()->isVisible());
@@ -1317,8 +1310,7 @@ void TestVLWidget::referenceDestroyed_leavesPopupUsable()
 {
     PopupStage stage;
     auto* reference = new QWidget;
-    stage.popup()->showWithContent(reference, QPoint(300, 300),
-                                   PopupStage::newContent(QStringLiteral("open")),
+    stage.popup()->showWithContent(reference, QPoint(300, 300), PopupStage::newContent(u"open"_s),
                                    stage.packageRoot);
     delete reference;
 

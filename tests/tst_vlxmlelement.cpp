@@ -11,6 +11,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -27,7 +29,7 @@ std::unique_ptr<QJSEngine> engineFor(VLXmlElement* element)
 {
     auto engine = std::make_unique<QJSEngine>();
     QJSEngine::setObjectOwnership(element, QJSEngine::CppOwnership);
-    engine->globalObject().setProperty(QStringLiteral("element"), engine->newQObject(element));
+    engine->globalObject().setProperty(u"element"_s, engine->newQObject(element));
     return engine;
 }
 
@@ -126,34 +128,33 @@ void TestVLXmlElement::constructor_takesParent()
 void TestVLXmlElement::constructor_takesAttributesByQualifiedName()
 {
     QXmlStreamAttributes attributes;
-    attributes.append(QStringLiteral("plain"), QStringLiteral("1"));
-    attributes += QXmlStreamAttribute(QStringLiteral("urn:example"), QStringLiteral("local"),
-                                      QStringLiteral("2"));
-    attributes.append(QStringLiteral("p:prefixed"), QStringLiteral("3"));
+    attributes.append(u"plain"_s, u"1"_s);
+    attributes += QXmlStreamAttribute(u"urn:example"_s, u"local"_s, u"2"_s);
+    attributes.append(u"p:prefixed"_s, u"3"_s);
 
     const VLXmlElement element(nullptr, attributes);
 
-    QCOMPARE(element.attribute(QStringLiteral("plain")), QStringLiteral("1"));
-    QCOMPARE(element.attribute(QStringLiteral("p:prefixed")), QStringLiteral("3"));
-    QVERIFY(!element.hasAttribute(QStringLiteral("prefixed")));
+    QCOMPARE(element.attribute(u"plain"_s), u"1"_s);
+    QCOMPARE(element.attribute(u"p:prefixed"_s), u"3"_s);
+    QVERIFY(!element.hasAttribute(u"prefixed"_s));
     QCOMPARE(element.attributeNames().size(), 3);
 }
 
 void TestVLXmlElement::constructor_keepsLastValue_whenAttributeIsGivenTwice()
 {
     QXmlStreamAttributes attributes;
-    attributes.append(QStringLiteral("a"), QStringLiteral("first"));
-    attributes.append(QStringLiteral("a"), QStringLiteral("last"));
+    attributes.append(u"a"_s, u"first"_s);
+    attributes.append(u"a"_s, u"last"_s);
     const VLXmlElement element(nullptr, attributes);
-    QCOMPARE(element.attribute(QStringLiteral("a")), QStringLiteral("last"));
+    QCOMPARE(element.attribute(u"a"_s), u"last"_s);
     QCOMPARE(element.attributeNames().size(), 1);
 }
 
 void TestVLXmlElement::destructor_deletesSubtree()
 {
     auto root = std::make_unique<VLXmlElement>();
-    const QPointer<VLXmlElement> child = addChild(root.get(), QStringLiteral("child"));
-    const QPointer<VLXmlElement> grandchild = addChild(child, QStringLiteral("grandchild"));
+    const QPointer<VLXmlElement> child = addChild(root.get(), u"child"_s);
+    const QPointer<VLXmlElement> grandchild = addChild(child, u"grandchild"_s);
     root.reset();
     QVERIFY(child.isNull());
     QVERIFY(grandchild.isNull());
@@ -162,7 +163,7 @@ void TestVLXmlElement::destructor_deletesSubtree()
 void TestVLXmlElement::destructor_leavesParentWithoutTheChild()
 {
     VLXmlElement root;
-    delete addChild(&root, QStringLiteral("child"));
+    delete addChild(&root, u"child"_s);
     QVERIFY(root.children().isEmpty());
 }
 
@@ -179,7 +180,7 @@ void TestVLXmlElement::newInstance_makesElement_withEachConstructor()
 {
     QObject parent;
     QXmlStreamAttributes attributes;
-    attributes.append(QStringLiteral("a"), QStringLiteral("1"));
+    attributes.append(u"a"_s, u"1"_s);
     const QMetaObject& type = VLXmlElement::staticMetaObject;
 
     const QObject* full =
@@ -188,7 +189,7 @@ void TestVLXmlElement::newInstance_makesElement_withEachConstructor()
     const std::unique_ptr<QObject> lone(type.newInstance());
 
     QCOMPARE(parent.children().size(), 2);
-    QVERIFY(qobject_cast<const VLXmlElement*>(full)->hasAttribute(QStringLiteral("a")));
+    QVERIFY(qobject_cast<const VLXmlElement*>(full)->hasAttribute(u"a"_s));
     QCOMPARE(child->parent(), &parent);
     QVERIFY(qobject_cast<VLXmlElement*>(lone.get()));
     QVERIFY(!lone->parent());
@@ -267,47 +268,47 @@ void TestVLXmlElement::metaType_isPointerToObject()
 void TestVLXmlElement::attribute_isNull_whenAbsent()
 {
     const VLXmlElement element;
-    QVERIFY(element.attribute(QStringLiteral("a")).isNull());
-    QVERIFY(!element.hasAttribute(QStringLiteral("a")));
+    QVERIFY(element.attribute(u"a"_s).isNull());
+    QVERIFY(!element.hasAttribute(u"a"_s));
 }
 
 void TestVLXmlElement::attribute_isEmpty_whenSetToEmpty()
 {
     VLXmlElement element;
-    element.setAttribute(QStringLiteral("a"), QStringLiteral(""));
-    QVERIFY(element.attribute(QStringLiteral("a")).isEmpty());
-    QVERIFY(!element.attribute(QStringLiteral("a")).isNull());
-    QVERIFY(element.hasAttribute(QStringLiteral("a")));
+    element.setAttribute(u"a"_s, u""_s);
+    QVERIFY(element.attribute(u"a"_s).isEmpty());
+    QVERIFY(!element.attribute(u"a"_s).isNull());
+    QVERIFY(element.hasAttribute(u"a"_s));
 }
 
 void TestVLXmlElement::attribute_isFoundByExactName_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("found");
-    QTest::newRow("same") << QStringLiteral("title") << true;
-    QTest::newRow("other case") << QStringLiteral("Title") << false;
-    QTest::newRow("beginning") << QStringLiteral("tit") << false;
-    QTest::newRow("with blank") << QStringLiteral("title ") << false;
+    QTest::newRow("same") << u"title"_s << true;
+    QTest::newRow("other case") << u"Title"_s << false;
+    QTest::newRow("beginning") << u"tit"_s << false;
+    QTest::newRow("with blank") << u"title "_s << false;
     QTest::newRow("empty") << QString() << false;
 }
 
 void TestVLXmlElement::attribute_isFoundByExactName()
 {
     VLXmlElement element;
-    element.setAttribute(QStringLiteral("title"), QStringLiteral("value"));
+    element.setAttribute(u"title"_s, u"value"_s);
     QFETCH(QString, name);
     QFETCH(bool, found);
     QCOMPARE(element.hasAttribute(name), found);
-    QCOMPARE(element.attribute(name), found ? QStringLiteral("value") : QString());
+    QCOMPARE(element.attribute(name), found ? u"value"_s : QString());
 }
 
 void TestVLXmlElement::setAttribute_replacesValue()
 {
     VLXmlElement element;
-    element.setAttribute(QStringLiteral("a"), QStringLiteral("1"));
-    element.setAttribute(QStringLiteral("a"), QStringLiteral("2"));
-    QCOMPARE(element.attribute(QStringLiteral("a")), QStringLiteral("2"));
-    QCOMPARE(element.attributeNames(), QList<QString>{QStringLiteral("a")});
+    element.setAttribute(u"a"_s, u"1"_s);
+    element.setAttribute(u"a"_s, u"2"_s);
+    QCOMPARE(element.attribute(u"a"_s), u"2"_s);
+    QCOMPARE(element.attributeNames(), QList<QString>{u"a"_s});
 }
 
 void TestVLXmlElement::setAttribute_emitsNothing()
@@ -316,7 +317,7 @@ void TestVLXmlElement::setAttribute_emitsNothing()
     const QSignalSpy tagName(&element, &VLXmlElement::tagNameChanged);
     const QSignalSpy tagNameSpace(&element, &VLXmlElement::tagNameSpaceChanged);
     const QSignalSpy content(&element, &VLXmlElement::contentChanged);
-    element.setAttribute(QStringLiteral("a"), QStringLiteral("1"));
+    element.setAttribute(u"a"_s, u"1"_s);
     QCOMPARE(tagName.count() + tagNameSpace.count() + content.count(), 0);
 }
 
@@ -325,9 +326,7 @@ void TestVLXmlElement::attributeNames_areSorted()
     VLXmlElement element;
     for (const char* name : {"b", "a", "B", "a1"})
         element.setAttribute(QString::fromLatin1(name), QString());
-    QCOMPARE(element.attributeNames(),
-             (QList<QString>{QStringLiteral("B"), QStringLiteral("a"), QStringLiteral("a1"),
-                             QStringLiteral("b")}));
+    QCOMPARE(element.attributeNames(), (QList<QString>{u"B"_s, u"a"_s, u"a1"_s, u"b"_s}));
 }
 
 void TestVLXmlElement::attributeNames_areEmpty_withoutAttributes()
@@ -339,41 +338,41 @@ void TestVLXmlElement::attributeNames_areEmpty_withoutAttributes()
 void TestVLXmlElement::tagName_isObjectName()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("p:title"));
-    QCOMPARE(element.objectName(), QStringLiteral("p:title"));
-    element.setObjectName(QStringLiteral("text"));
-    QCOMPARE(element.getTagName(), QStringLiteral("text"));
+    element.setTagName(u"p:title"_s);
+    QCOMPARE(element.objectName(), u"p:title"_s);
+    element.setObjectName(u"text"_s);
+    QCOMPARE(element.getTagName(), u"text"_s);
 }
 
 void TestVLXmlElement::setTagName_emits_alsoWhenUnchanged()
 {
     VLXmlElement element;
     const QSignalSpy spy(&element, &VLXmlElement::tagNameChanged);
-    element.setTagName(QStringLiteral("title"));
-    element.setTagName(QStringLiteral("title"));
+    element.setTagName(u"title"_s);
+    element.setTagName(u"title"_s);
     QCOMPARE(spy.count(), 2);
-    QCOMPARE(element.getTagName(), QStringLiteral("title"));
+    QCOMPARE(element.getTagName(), u"title"_s);
 }
 
 void TestVLXmlElement::setTagNameSpace_emits_alsoWhenUnchanged()
 {
     VLXmlElement element;
     const QSignalSpy spy(&element, &VLXmlElement::tagNameSpaceChanged);
-    element.setTagNameSpace(QStringLiteral("urn:example"));
-    element.setTagNameSpace(QStringLiteral("urn:example"));
+    element.setTagNameSpace(u"urn:example"_s);
+    element.setTagNameSpace(u"urn:example"_s);
     QCOMPARE(spy.count(), 2);
-    QCOMPARE(element.getTagNameSpace(), QStringLiteral("urn:example"));
+    QCOMPARE(element.getTagNameSpace(), u"urn:example"_s);
 }
 
 void TestVLXmlElement::setContent_replacesAndEmits_alsoWhenUnchanged()
 {
     VLXmlElement element;
-    element.appendContent(QStringLiteral("old"));
+    element.appendContent(u"old"_s);
     const QSignalSpy spy(&element, &VLXmlElement::contentChanged);
-    element.setContent(QStringLiteral("new"));
-    element.setContent(QStringLiteral("new"));
+    element.setContent(u"new"_s);
+    element.setContent(u"new"_s);
     QCOMPARE(spy.count(), 2);
-    QCOMPARE(element.content(), QStringLiteral("new"));
+    QCOMPARE(element.content(), u"new"_s);
 }
 
 void TestVLXmlElement::appendContent_joinsWithoutSeparatorAndEmitsEachTime()
@@ -382,114 +381,111 @@ void TestVLXmlElement::appendContent_joinsWithoutSeparatorAndEmitsEachTime()
     QStringList seen;
     connect(&element, &VLXmlElement::contentChanged, this,
             [&element, &seen] { seen += element.content(); });
-    element.appendContent(QStringLiteral(" one\n"));
-    element.appendContent(QStringLiteral("two "));
-    QCOMPARE(seen, (QStringList{QStringLiteral(" one\n"), QStringLiteral(" one\ntwo ")}));
+    element.appendContent(u" one\n"_s);
+    element.appendContent(u"two "_s);
+    QCOMPARE(seen, (QStringList{u" one\n"_s, u" one\ntwo "_s}));
 }
 
 void TestVLXmlElement::contentProperty_isReadOnly()
 {
     VLXmlElement element;
-    element.setContent(QStringLiteral("text"));
-    QVERIFY(!element.setProperty("content", QStringLiteral("other")));
-    QCOMPARE(element.property("content"), QVariant(QStringLiteral("text")));
+    element.setContent(u"text"_s);
+    QVERIFY(!element.setProperty("content", u"other"_s));
+    QCOMPARE(element.property("content"), QVariant(u"text"_s));
 }
 
 void TestVLXmlElement::tagNameProperties_areWritable()
 {
     VLXmlElement element;
-    QVERIFY(element.setProperty("tagName", QStringLiteral("title")));
-    QVERIFY(element.setProperty("tagNameSpace", QStringLiteral("urn:example")));
-    QCOMPARE(element.getTagName(), QStringLiteral("title"));
-    QCOMPARE(element.getTagNameSpace(), QStringLiteral("urn:example"));
-    QCOMPARE(element.property("tagName"), QVariant(QStringLiteral("title")));
-    QCOMPARE(element.property("tagNameSpace"), QVariant(QStringLiteral("urn:example")));
+    QVERIFY(element.setProperty("tagName", u"title"_s));
+    QVERIFY(element.setProperty("tagNameSpace", u"urn:example"_s));
+    QCOMPARE(element.getTagName(), u"title"_s);
+    QCOMPARE(element.getTagNameSpace(), u"urn:example"_s);
+    QCOMPARE(element.property("tagName"), QVariant(u"title"_s));
+    QCOMPARE(element.property("tagNameSpace"), QVariant(u"urn:example"_s));
 }
 
 void TestVLXmlElement::childElement_findsDirectChild()
 {
     VLXmlElement root;
-    addChild(&root, QStringLiteral("other"));
-    VLXmlElement* wanted = addChild(&root, QStringLiteral("wanted"));
-    addChild(&root, QStringLiteral("wanted"));
-    QCOMPARE(root.childElement(QStringLiteral("wanted")), wanted);
+    addChild(&root, u"other"_s);
+    VLXmlElement* wanted = addChild(&root, u"wanted"_s);
+    addChild(&root, u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
 }
 
 void TestVLXmlElement::childElement_findsGrandchild_whenNoChildHasTheName()
 {
     VLXmlElement root;
-    VLXmlElement* wanted =
-        addChild(addChild(&root, QStringLiteral("child")), QStringLiteral("wanted"));
-    QCOMPARE(root.childElement(QStringLiteral("wanted")), wanted);
+    VLXmlElement* wanted = addChild(addChild(&root, u"child"_s), u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
 }
 
 void TestVLXmlElement::childElement_prefersChildOverEarlierGrandchild()
 {
     VLXmlElement root;
-    addChild(addChild(&root, QStringLiteral("child")), QStringLiteral("wanted"));
-    VLXmlElement* wanted = addChild(&root, QStringLiteral("wanted"));
-    QCOMPARE(root.childElement(QStringLiteral("wanted")), wanted);
+    addChild(addChild(&root, u"child"_s), u"wanted"_s);
+    VLXmlElement* wanted = addChild(&root, u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
 }
 
 void TestVLXmlElement::childElement_searchesSubtreesInTurn()
 {
     VLXmlElement root;
-    VLXmlElement* first = addChild(&root, QStringLiteral("child"));
-    VLXmlElement* wanted =
-        addChild(addChild(first, QStringLiteral("deeper")), QStringLiteral("wanted"));
-    addChild(addChild(&root, QStringLiteral("child")), QStringLiteral("wanted"));
-    QCOMPARE(root.childElement(QStringLiteral("wanted")), wanted);
+    VLXmlElement* first = addChild(&root, u"child"_s);
+    VLXmlElement* wanted = addChild(addChild(first, u"deeper"_s), u"wanted"_s);
+    addChild(addChild(&root, u"child"_s), u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
 }
 
 void TestVLXmlElement::childElement_isNull_whenNothingMatches()
 {
     VLXmlElement root;
-    root.setTagName(QStringLiteral("wanted"));
-    addChild(&root, QStringLiteral("child"));
-    QVERIFY(!root.childElement(QStringLiteral("wanted")));
+    root.setTagName(u"wanted"_s);
+    addChild(&root, u"child"_s);
+    QVERIFY(!root.childElement(u"wanted"_s));
 }
 
 void TestVLXmlElement::childElement_isCaseSensitive()
 {
     VLXmlElement root;
-    addChild(&root, QStringLiteral("Wanted"));
-    QVERIFY(!root.childElement(QStringLiteral("wanted")));
+    addChild(&root, u"Wanted"_s);
+    QVERIFY(!root.childElement(u"wanted"_s));
 }
 
 void TestVLXmlElement::childElement_passesOverOtherObjects()
 {
     VLXmlElement root;
     QObject other(&root);
-    other.setObjectName(QStringLiteral("wanted"));
-    QVERIFY(!root.childElement(QStringLiteral("wanted")));
-    VLXmlElement* wanted = addChild(&other, QStringLiteral("wanted"));
-    QCOMPARE(root.childElement(QStringLiteral("wanted")), wanted);
+    other.setObjectName(u"wanted"_s);
+    QVERIFY(!root.childElement(u"wanted"_s));
+    VLXmlElement* wanted = addChild(&other, u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
 }
 
 void TestVLXmlElement::childElementList_givesNestedMatchesInDocumentOrder()
 {
     VLXmlElement root;
-    QObject* first = addChild(&root, QStringLiteral("item"));
-    QObject* nested = addChild(first, QStringLiteral("item"));
-    QObject* deep = addChild(addChild(&root, QStringLiteral("group")), QStringLiteral("item"));
-    QObject* last = addChild(&root, QStringLiteral("item"));
-    QCOMPARE(root.childElementList(QStringLiteral("item")),
-             (QList<QObject*>{first, nested, deep, last}));
+    QObject* first = addChild(&root, u"item"_s);
+    QObject* nested = addChild(first, u"item"_s);
+    QObject* deep = addChild(addChild(&root, u"group"_s), u"item"_s);
+    QObject* last = addChild(&root, u"item"_s);
+    QCOMPARE(root.childElementList(u"item"_s), (QList<QObject*>{first, nested, deep, last}));
 }
 
 void TestVLXmlElement::childElementList_givesAllDescendants_whenNameIsEmpty_data()
 {
     QTest::addColumn<QString>("name");
     QTest::newRow("null") << QString();
-    QTest::newRow("empty") << QStringLiteral("");
+    QTest::newRow("empty") << u""_s;
 }
 
 void TestVLXmlElement::childElementList_givesAllDescendants_whenNameIsEmpty()
 {
     VLXmlElement root;
-    QObject* child = addChild(&root, QStringLiteral("child"));
-    QObject* grandchild = addChild(child, QStringLiteral("grandchild"));
-    QObject* second = addChild(&root, QStringLiteral("second"));
+    QObject* child = addChild(&root, u"child"_s);
+    QObject* grandchild = addChild(child, u"grandchild"_s);
+    QObject* second = addChild(&root, u"second"_s);
     QFETCH(QString, name);
     QCOMPARE(root.childElementList(name), (QList<QObject*>{child, grandchild, second}));
 }
@@ -498,49 +494,49 @@ void TestVLXmlElement::childElementList_includesOtherObjects()
 {
     VLXmlElement root;
     QObject other(&root);
-    other.setObjectName(QStringLiteral("item"));
-    QCOMPARE(root.childElementList(QStringLiteral("item")), QList<QObject*>{&other});
+    other.setObjectName(u"item"_s);
+    QCOMPARE(root.childElementList(u"item"_s), QList<QObject*>{&other});
     QCOMPARE(root.childElementList(QString()), QList<QObject*>{&other});
 }
 
 void TestVLXmlElement::childElementList_isEmpty_whenNothingMatches()
 {
     VLXmlElement root;
-    addChild(&root, QStringLiteral("Item"));
-    QCOMPARE(root.childElementList(QStringLiteral("item")), QList<QObject*>());
+    addChild(&root, u"Item"_s);
+    QCOMPARE(root.childElementList(u"item"_s), QList<QObject*>());
 }
 
 void TestVLXmlElement::toXml_writesLeafOnOneLineWithoutText()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("title"));
-    element.setContent(QStringLiteral("some text"));
-    QCOMPARE(element.toXml(), QStringLiteral("<title/>"));
+    element.setTagName(u"title"_s);
+    element.setContent(u"some text"_s);
+    QCOMPARE(element.toXml(), u"<title/>"_s);
 }
 
 void TestVLXmlElement::toXml_sortsAttributes()
 {
     QXmlStreamAttributes attributes;
-    attributes.append(QStringLiteral("b"), QStringLiteral("1"));
-    attributes.append(QStringLiteral("a"), QStringLiteral("2"));
+    attributes.append(u"b"_s, u"1"_s);
+    attributes.append(u"a"_s, u"2"_s);
     VLXmlElement element(nullptr, attributes);
-    element.setTagName(QStringLiteral("tag"));
-    QCOMPARE(element.toXml(), QStringLiteral("<tag a=\"2\" b=\"1\"/>"));
+    element.setTagName(u"tag"_s);
+    QCOMPARE(element.toXml(), u"<tag a=\"2\" b=\"1\"/>"_s);
 }
 
 void TestVLXmlElement::toXml_indentsByTwo_data()
 {
     QTest::addColumn<int>("index");
     QTest::addColumn<QString>("text");
-    QTest::newRow("0") << 0 << QStringLiteral("<a>\n  <b>\n    <c/>\n  </b>\n</a>");
-    QTest::newRow("3") << 3 << QStringLiteral("   <a>\n     <b>\n       <c/>\n     </b>\n   </a>");
+    QTest::newRow("0") << 0 << u"<a>\n  <b>\n    <c/>\n  </b>\n</a>"_s;
+    QTest::newRow("3") << 3 << u"   <a>\n     <b>\n       <c/>\n     </b>\n   </a>"_s;
 }
 
 void TestVLXmlElement::toXml_indentsByTwo()
 {
     VLXmlElement root;
-    root.setTagName(QStringLiteral("a"));
-    addChild(addChild(&root, QStringLiteral("b")), QStringLiteral("c"));
+    root.setTagName(u"a"_s);
+    addChild(addChild(&root, u"b"_s), u"c"_s);
     QFETCH(int, index);
     QTEST(root.toXml(index), "text");
     if (index == 0)
@@ -550,35 +546,35 @@ void TestVLXmlElement::toXml_indentsByTwo()
 void TestVLXmlElement::toXml_writesChildrenInOrder()
 {
     VLXmlElement root;
-    root.setTagName(QStringLiteral("root"));
-    addChild(&root, QStringLiteral("z"));
-    addChild(&root, QStringLiteral("a"))->setAttribute(QStringLiteral("n"), QStringLiteral("1"));
-    QCOMPARE(root.toXml(), QStringLiteral("<root>\n  <z/>\n  <a n=\"1\"/>\n</root>"));
+    root.setTagName(u"root"_s);
+    addChild(&root, u"z"_s);
+    addChild(&root, u"a"_s)->setAttribute(u"n"_s, u"1"_s);
+    QCOMPARE(root.toXml(), u"<root>\n  <z/>\n  <a n=\"1\"/>\n</root>"_s);
 }
 
 void TestVLXmlElement::toXml_leavesOutNamespace()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("p:tag"));
-    element.setTagNameSpace(QStringLiteral("urn:example"));
-    QCOMPARE(element.toXml(), QStringLiteral("<p:tag/>"));
+    element.setTagName(u"p:tag"_s);
+    element.setTagNameSpace(u"urn:example"_s);
+    QCOMPARE(element.toXml(), u"<p:tag/>"_s);
 }
 
 void TestVLXmlElement::toXml_passesOverOtherObjects()
 {
     VLXmlElement root;
-    root.setTagName(QStringLiteral("root"));
+    root.setTagName(u"root"_s);
     QObject other(&root);
-    addChild(&other, QStringLiteral("hidden"));
-    QCOMPARE(root.toXml(), QStringLiteral("<root/>"));
+    addChild(&other, u"hidden"_s);
+    QCOMPARE(root.toXml(), u"<root/>"_s);
 }
 
 void TestVLXmlElement::toXml_escapesNothing()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("tag"));
-    element.setAttribute(QStringLiteral("a"), QStringLiteral("\"<&>'\n"));
-    QCOMPARE(element.toXml(), QStringLiteral("<tag a=\"\"<&>'\n\"/>"));
+    element.setTagName(u"tag"_s);
+    element.setAttribute(u"a"_s, u"\"<&>'\n"_s);
+    QCOMPARE(element.toXml(), u"<tag a=\"\"<&>'\n\"/>"_s);
 }
 
 void TestVLXmlElement::toXml_fillsPlaceMarkersInNamesAndValues_data()
@@ -588,20 +584,15 @@ void TestVLXmlElement::toXml_fillsPlaceMarkersInNamesAndValues_data()
     QTest::addColumn<QString>("value");
     QTest::addColumn<QString>("text");
     QTest::newRow("attribute name, by its value")
-        << QStringLiteral("tag") << QStringLiteral("a%2") << QStringLiteral("v")
-        << QStringLiteral("<tag av=\"v\"/>");
+        << u"tag"_s << u"a%2"_s << u"v"_s << u"<tag av=\"v\"/>"_s;
     QTest::newRow("value, by the closing mark")
-        << QStringLiteral("tag") << QStringLiteral("a") << QStringLiteral("50%4")
-        << QStringLiteral("<tag a=\"50/\"/>");
+        << u"tag"_s << u"a"_s << u"50%4"_s << u"<tag a=\"50/\"/>"_s;
     QTest::newRow("value with the lowest marker, which alone is filled")
-        << QStringLiteral("tag") << QStringLiteral("a") << QStringLiteral("%1")
-        << QStringLiteral("<tag a=\"/\"%4>");
+        << u"tag"_s << u"a"_s << u"%1"_s << u"<tag a=\"/\"%4>"_s;
     QTest::newRow("value with a higher marker, which stays")
-        << QStringLiteral("tag") << QStringLiteral("a") << QStringLiteral("%5")
-        << QStringLiteral("<tag a=\"%5\"/>");
+        << u"tag"_s << u"a"_s << u"%5"_s << u"<tag a=\"%5\"/>"_s;
     QTest::newRow("tag name, by the attributes")
-        << QStringLiteral("t%3") << QStringLiteral("a") << QStringLiteral("v")
-        << QStringLiteral("<t a=\"v\" a=\"v\"/>");
+        << u"t%3"_s << u"a"_s << u"v"_s << u"<t a=\"v\" a=\"v\"/>"_s;
 }
 
 void TestVLXmlElement::toXml_fillsPlaceMarkersInNamesAndValues()
@@ -618,10 +609,10 @@ void TestVLXmlElement::toXml_fillsPlaceMarkersInNamesAndValues()
 void TestVLXmlElement::toXml_fillsPlaceMarkersInClosingTag()
 {
     VLXmlElement root;
-    root.setTagName(QStringLiteral("t%4"));
-    addChild(&root, QStringLiteral("c"));
+    root.setTagName(u"t%4"_s);
+    addChild(&root, u"c"_s);
     // The closing mark of an element with children is empty; the closing tag has no fourth value.
-    QCOMPARE(root.toXml(), QStringLiteral("<t>\n  <c/>\n</t%4>"));
+    QCOMPARE(root.toXml(), u"<t>\n  <c/>\n</t%4>"_s);
 }
 
 void TestVLXmlElement::script_readsElement_data()
@@ -631,25 +622,25 @@ void TestVLXmlElement::script_readsElement_data()
     const auto row = [](const char* name, const char* script, const QVariant& result) {
         QTest::newRow(name) << QString::fromLatin1(script) << result;
     };
-    row("tag name", "element.tagName", QStringLiteral("tip"));
-    row("content", "element.content", QStringLiteral("text"));
-    row("attribute", "element.attribute('a')", QStringLiteral("1"));
-    row("missing attribute", "element.attribute('b')", QStringLiteral(""));
+    row("tag name", "element.tagName", u"tip"_s);
+    row("content", "element.content", u"text"_s);
+    row("attribute", "element.attribute('a')", u"1"_s);
+    row("missing attribute", "element.attribute('b')", u""_s);
     row("hasAttribute", "element.hasAttribute('a')", true);
-    row("child", "element.childElement('child').tagName", QStringLiteral("child"));
+    row("child", "element.childElement('child').tagName", u"child"_s);
     row("missing child", "element.childElement('missing') === null", true);
     row("list", "element.childElementList('').length", 1);
-    row("toXml", "element.childElement('child').toXml()", QStringLiteral("<child/>"));
-    row("toXml with indent", "element.childElement('child').toXml(1)", QStringLiteral(" <child/>"));
+    row("toXml", "element.childElement('child').toXml()", u"<child/>"_s);
+    row("toXml with indent", "element.childElement('child').toXml(1)", u" <child/>"_s);
 }
 
 void TestVLXmlElement::script_readsElement()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("tip"));
-    element.setContent(QStringLiteral("text"));
-    element.setAttribute(QStringLiteral("a"), QStringLiteral("1"));
-    addChild(&element, QStringLiteral("child"));
+    element.setTagName(u"tip"_s);
+    element.setContent(u"text"_s);
+    element.setAttribute(u"a"_s, u"1"_s);
+    addChild(&element, u"child"_s);
     const auto engine = engineFor(&element);
     QFETCH(QString, script);
     QTEST(engine->evaluate(script).toVariant(), "result");
@@ -658,21 +649,20 @@ void TestVLXmlElement::script_readsElement()
 void TestVLXmlElement::script_cannotWriteContent()
 {
     VLXmlElement element;
-    element.setContent(QStringLiteral("text"));
+    element.setContent(u"text"_s);
     const auto engine = engineFor(&element);
-    const QJSValue result =
-        engine->evaluate(QStringLiteral("'use strict'; element.content = 'other'"));
+    const QJSValue result = engine->evaluate(u"'use strict'; element.content = 'other'"_s);
     QVERIFY(result.isError());
-    QCOMPARE(element.content(), QStringLiteral("text"));
+    QCOMPARE(element.content(), u"text"_s);
 }
 
 void TestVLXmlElement::script_appendsContent()
 {
     VLXmlElement element;
-    element.setContent(QStringLiteral("one"));
+    element.setContent(u"one"_s);
     const auto engine = engineFor(&element);
-    QVERIFY(!engine->evaluate(QStringLiteral("element.appendContent('two')")).isError());
-    QCOMPARE(element.content(), QStringLiteral("onetwo"));
+    QVERIFY(!engine->evaluate(u"element.appendContent('two')"_s).isError());
+    QCOMPARE(element.content(), u"onetwo"_s);
 }
 
 void TestVLXmlElement::script_cannotCallPlainFunctions_data()
@@ -688,8 +678,8 @@ void TestVLXmlElement::script_cannotCallPlainFunctions()
     VLXmlElement element;
     const auto engine = engineFor(&element);
     QFETCH(QString, function);
-    const QJSValue kind = engine->evaluate(QStringLiteral("typeof element.%1").arg(function));
-    QCOMPARE(kind.toString(), QStringLiteral("undefined"));
+    const QJSValue kind = engine->evaluate(u"typeof element.%1"_s.arg(function));
+    QCOMPARE(kind.toString(), u"undefined"_s);
 }
 
 int main(int argc, char** argv)

@@ -15,6 +15,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -51,7 +53,7 @@ public:
     {
         PackageBuilder files;
         VLXmlParser parser(answers ? answeringFilter : nullptr, answers);
-        m_elements = parseFile(parser, files.write(QStringLiteral("document.xml"), xml));
+        m_elements = parseFile(parser, files.write(u"document.xml"_s, xml));
     }
     ~Document()
     {
@@ -91,7 +93,7 @@ struct BrokenParse
         : parser(std::make_unique<VLXmlParser>(answers ? answeringFilter : nullptr, answers))
     {
         PackageBuilder files;
-        elements = parseFile(*parser, files.write(QStringLiteral("broken.xml"), xml));
+        elements = parseFile(*parser, files.write(u"broken.xml"_s, xml));
         root = qobject_cast<VLXmlElement*>(elements.value(0));
     }
 
@@ -174,12 +176,12 @@ namespace {
 /// Files that break, by the name of the test row.
 QHash<QString, QByteArray> brokenDocuments()
 {
-    return {{QStringLiteral("premature end"), "<root>\n  <a/>\n"},
-            {QStringLiteral("wrong end tag"), "<root>\n  <a></b>\n</root>\n"},
-            {QStringLiteral("missing quote"), "<root>\n\n <a key=\"1/>\n</root>\n"},
-            {QStringLiteral("undeclared prefix"), "<root><p:a/></root>"},
-            {QStringLiteral("undeclared entity"), "<root>&nothing;</root>"},
-            {QStringLiteral("attribute twice"), "<root><a b=\"1\" b=\"2\"/></root>"}};
+    return {{u"premature end"_s, "<root>\n  <a/>\n"},
+            {u"wrong end tag"_s, "<root>\n  <a></b>\n</root>\n"},
+            {u"missing quote"_s, "<root>\n\n <a key=\"1/>\n</root>\n"},
+            {u"undeclared prefix"_s, "<root><p:a/></root>"},
+            {u"undeclared entity"_s, "<root>&nothing;</root>"},
+            {u"attribute twice"_s, "<root><a b=\"1\" b=\"2\"/></root>"}};
 }
 
 /// The line for @p path, with the position that a reader of its own finds.
@@ -202,8 +204,8 @@ QByteArray expectedReport(const QString& path, const QByteArray& shownName)
 int TestVLXmlParser::runChild(const QString& name)
 {
     // The path comes from the parent, which cleans up also where this process is ended.
-    const QString path = name.section(QLatin1Char(':'), 1);
-    if (name.startsWith(QStringLiteral("parse:"))) {
+    const QString path = name.section(u':', 1);
+    if (name.startsWith(u"parse:"_s)) {
         const ObjectCensus census;
         qsizetype rootCount = 0;
         {
@@ -213,9 +215,9 @@ int TestVLXmlParser::runChild(const QString& name)
         census.deleteLiving<VLXmlElement>();
         return rootCount == 1 ? EXIT_SUCCESS : EXIT_FAILURE;
     }
-    if (name.startsWith(QStringLiteral("dropRoot:"))) {
+    if (name.startsWith(u"dropRoot:"_s)) {
         Answers answers;
-        answers.flags.insert(QStringLiteral("root"), NoElement | SkipChildren);
+        answers.flags.insert(u"root"_s, NoElement | SkipChildren);
         VLXmlParser parser(answeringFilter, &answers);
         return parseFile(parser, path).isEmpty() ? EXIT_SUCCESS : EXIT_FAILURE;
     }
@@ -235,7 +237,7 @@ void TestVLXmlParser::parse_buildsWholeDocument_withoutFilter()
     const Document document("<root a=\"1\"><b><c d=\"2\"/></b><e/></root>");
     QCOMPARE(document.size(), 1);
     QCOMPARE(document.root()->toXml(),
-             QStringLiteral("<root a=\"1\">\n  <b>\n    <c d=\"2\"/>\n  </b>\n  <e/>\n</root>"));
+             u"<root a=\"1\">\n  <b>\n    <c d=\"2\"/>\n  </b>\n  <e/>\n</root>"_s);
 }
 
 void TestVLXmlParser::parse_givesRootWithoutParent()
@@ -248,7 +250,7 @@ void TestVLXmlParser::parse_givesRootWithoutParent()
 void TestVLXmlParser::parse_leavesFileOpen()
 {
     PackageBuilder files;
-    QFile file(files.write(QStringLiteral("document.xml"), "<root/>"));
+    QFile file(files.write(u"document.xml"_s, "<root/>"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     VLXmlParser parser;
     qDeleteAll(parser.parse(file));
@@ -258,40 +260,38 @@ void TestVLXmlParser::parse_leavesFileOpen()
 void TestVLXmlParser::parse_takesFileByPointer()
 {
     PackageBuilder files;
-    QFile file(files.write(QStringLiteral("document.xml"), "<root/>"));
+    QFile file(files.write(u"document.xml"_s, "<root/>"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     VLXmlParser parser;
     const QList<QObject*> elements = parser.parse(&file);
-    QCOMPARE(tagNames(elements), QStringList{QStringLiteral("root")});
+    QCOMPARE(tagNames(elements), QStringList{u"root"_s});
     qDeleteAll(elements);
 }
 
 void TestVLXmlParser::parse_readsFromPositionOfFile()
 {
     PackageBuilder files;
-    QFile file(files.write(QStringLiteral("document.xml"), "rubbish<root/>"));
+    QFile file(files.write(u"document.xml"_s, "rubbish<root/>"));
     QVERIFY(file.open(QIODevice::ReadOnly));
     file.skip(7);
     VLXmlParser parser;
     const QList<QObject*> elements = parser.parse(file);
-    QCOMPARE(tagNames(elements), QStringList{QStringLiteral("root")});
+    QCOMPARE(tagNames(elements), QStringList{u"root"_s});
     qDeleteAll(elements);
 }
 
 void TestVLXmlParser::parse_keepsDocumentOrder()
 {
     const Document document("<root><c/><a/><b/><a/></root>");
-    QCOMPARE(tagNames(document.root()->children()),
-             (QStringList{QStringLiteral("c"), QStringLiteral("a"), QStringLiteral("b"),
-                          QStringLiteral("a")}));
+    QCOMPARE(tagNames(document.root()->children()), (QStringList{u"c"_s, u"a"_s, u"b"_s, u"a"_s}));
 }
 
 void TestVLXmlParser::parse_keepsWhiteSpaceInContent()
 {
     const Document document("<root>\n  <a> x </a>\n\t<b>\n</b>tail\n</root>\n");
-    QCOMPARE(document.root()->content(), QStringLiteral("\n  \n\ttail\n"));
-    QCOMPARE(document.child("a")->content(), QStringLiteral(" x "));
-    QCOMPARE(document.child("b")->content(), QStringLiteral("\n"));
+    QCOMPARE(document.root()->content(), u"\n  \n\ttail\n"_s);
+    QCOMPARE(document.child("a")->content(), u" x "_s);
+    QCOMPARE(document.child("b")->content(), u"\n"_s);
 }
 
 void TestVLXmlParser::parse_joinsTextAroundOtherNodes_data()
@@ -307,13 +307,13 @@ void TestVLXmlParser::parse_joinsTextAroundOtherNodes()
 {
     QFETCH(QByteArray, between);
     const Document document("<root>left" + between + "right</root>");
-    QCOMPARE(document.root()->content(), QStringLiteral("leftright"));
+    QCOMPARE(document.root()->content(), u"leftright"_s);
 }
 
 void TestVLXmlParser::parse_takesCdataAsText()
 {
     const Document document("<root>a<![CDATA[<b> & </b>]]>c</root>");
-    QCOMPARE(document.root()->content(), QStringLiteral("a<b> & </b>c"));
+    QCOMPARE(document.root()->content(), u"a<b> & </b>c"_s);
     QVERIFY(document.root()->children().isEmpty());
 }
 
@@ -321,11 +321,10 @@ void TestVLXmlParser::parse_resolvesReferences_data()
 {
     QTest::addColumn<QByteArray>("written");
     QTest::addColumn<QString>("read");
-    QTest::newRow("predefined entities")
-        << QByteArray("&lt;&gt;&amp;&quot;&apos;") << QStringLiteral("<>&\"'");
-    QTest::newRow("decimal") << QByteArray("&#65;") << QStringLiteral("A");
-    QTest::newRow("hexadecimal") << QByteArray("&#x20AC;") << QStringLiteral(u"\u20AC");
-    QTest::newRow("declared entity") << QByteArray("&own;") << QStringLiteral("of the file");
+    QTest::newRow("predefined entities") << QByteArray("&lt;&gt;&amp;&quot;&apos;") << u"<>&\"'"_s;
+    QTest::newRow("decimal") << QByteArray("&#65;") << u"A"_s;
+    QTest::newRow("hexadecimal") << QByteArray("&#x20AC;") << u"\u20AC"_s;
+    QTest::newRow("declared entity") << QByteArray("&own;") << u"of the file"_s;
 }
 
 void TestVLXmlParser::parse_resolvesReferences()
@@ -334,7 +333,7 @@ void TestVLXmlParser::parse_resolvesReferences()
     const Document document("<!DOCTYPE root [<!ENTITY own \"of the file\">]>\n<root a=\"" + written
                             + "\">" + written + "</root>");
     QTEST(document.root()->content(), "read");
-    QTEST(document.root()->attribute(QStringLiteral("a")), "read");
+    QTEST(document.root()->attribute(u"a"_s), "read");
 }
 
 void TestVLXmlParser::parse_dropsUnresolvedEntityReference()
@@ -342,18 +341,18 @@ void TestVLXmlParser::parse_dropsUnresolvedEntityReference()
     // The reader reports an entity whose text lies in another file by a token of its own.
     const Document document("<!DOCTYPE root [<!ENTITY far SYSTEM \"far.ent\">]>\n"
                             "<root>left&far;right</root>");
-    QCOMPARE(document.root()->content(), QStringLiteral("leftright"));
+    QCOMPARE(document.root()->content(), u"leftright"_s);
 }
 
 void TestVLXmlParser::parse_keepsPrefixesAndNamespaces()
 {
     const Document document("<p:root xmlns:p=\"urn:p\" xmlns=\"urn:default\" p:a=\"1\" a=\"2\">"
                             "<b/></p:root>");
-    QCOMPARE(document.root()->getTagName(), QStringLiteral("p:root"));
-    QCOMPARE(document.root()->getTagNameSpace(), QStringLiteral("urn:p"));
-    QCOMPARE(document.root()->attribute(QStringLiteral("p:a")), QStringLiteral("1"));
-    QCOMPARE(document.root()->attribute(QStringLiteral("a")), QStringLiteral("2"));
-    QCOMPARE(document.child("b")->getTagNameSpace(), QStringLiteral("urn:default"));
+    QCOMPARE(document.root()->getTagName(), u"p:root"_s);
+    QCOMPARE(document.root()->getTagNameSpace(), u"urn:p"_s);
+    QCOMPARE(document.root()->attribute(u"p:a"_s), u"1"_s);
+    QCOMPARE(document.root()->attribute(u"a"_s), u"2"_s);
+    QCOMPARE(document.child("b")->getTagNameSpace(), u"urn:default"_s);
 }
 
 void TestVLXmlParser::parse_leavesNamespaceEmpty_withoutOne()
@@ -365,7 +364,7 @@ void TestVLXmlParser::parse_leavesNamespaceEmpty_withoutOne()
 void TestVLXmlParser::parse_trimsNamespace()
 {
     const Document document("<p:root xmlns:p=\"  urn:p \"/>");
-    QCOMPARE(document.root()->getTagNameSpace(), QStringLiteral("urn:p"));
+    QCOMPARE(document.root()->getTagNameSpace(), u"urn:p"_s);
 }
 
 void TestVLXmlParser::parse_takesNamespaceDeclarationsAsNoAttributes()
@@ -377,27 +376,27 @@ void TestVLXmlParser::parse_takesNamespaceDeclarationsAsNoAttributes()
 void TestVLXmlParser::parse_readsOtherEncodings()
 {
     const Document document("<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><root>\xE9</root>");
-    QCOMPARE(document.root()->content(), QStringLiteral(u"\u00E9"));
+    QCOMPARE(document.root()->content(), u"\u00E9"_s);
 }
 
 void TestVLXmlParser::filter_getsQualifiedNameAndAttributes()
 {
     Answers answers;
     const Document document("<p:root xmlns:p=\"urn:p\" p:a=\"1\"><b c=\"2\"/></p:root>", &answers);
-    QCOMPARE(answers.asked, (QStringList{QStringLiteral("p:root"), QStringLiteral("b")}));
-    QCOMPARE(answers.attributes.at(0).value(QStringLiteral("p:a")), QStringLiteral("1"));
-    QCOMPARE(answers.attributes.at(1).value(QStringLiteral("c")), QStringLiteral("2"));
+    QCOMPARE(answers.asked, (QStringList{u"p:root"_s, u"b"_s}));
+    QCOMPARE(answers.attributes.at(0).value(u"p:a"_s), u"1"_s);
+    QCOMPARE(answers.attributes.at(1).value(u"c"_s), u"2"_s);
 }
 
 void TestVLXmlParser::filter_isAskedFromTheRoot_inEachParse()
 {
     PackageBuilder files;
-    const QString path = files.write(QStringLiteral("document.xml"), "<root><a/></root>");
+    const QString path = files.write(u"document.xml"_s, "<root><a/></root>");
     Answers answers;
     VLXmlParser parser(answeringFilter, &answers);
     qDeleteAll(parseFile(parser, path));
     qDeleteAll(parseFile(parser, path));
-    const QStringList once{QStringLiteral("root"), QStringLiteral("a")};
+    const QStringList once{u"root"_s, u"a"_s};
     QCOMPARE(answers.asked, once + once);
 }
 
@@ -432,16 +431,16 @@ void TestVLXmlParser::filter_decidesByFlagsInOrder()
     QFETCH(bool, asksForChildren);
     QFETCH(bool, buildsChildren);
     Answers answers;
-    answers.flags.insert(QStringLiteral("x"), flags);
+    answers.flags.insert(u"x"_s, flags);
     const ObjectCensus census;
 
     const Document document("<root><x><child><grandchild/></child></x></root>", &answers);
 
     // A child of a dropped tag has no owner, so it is looked for among all elements that live.
-    QStringList built{QStringLiteral("root")};
+    QStringList built{u"root"_s};
     if (isBuilt)
-        built += QStringLiteral("x");
-    const QStringList inner{QStringLiteral("child"), QStringLiteral("grandchild")};
+        built += u"x"_s;
+    const QStringList inner{u"child"_s, u"grandchild"_s};
     if (buildsChildren)
         built += inner;
     QStringList living;
@@ -455,49 +454,48 @@ void TestVLXmlParser::filter_decidesByFlagsInOrder()
 
     QCOMPARE(living, built);
     QCOMPARE(ownerless.size(), !isBuilt && buildsChildren ? 1 : 0);
-    const QStringList outer{QStringLiteral("root"), QStringLiteral("x")};
+    const QStringList outer{u"root"_s, u"x"_s};
     QCOMPARE(answers.asked, asksForChildren ? outer + inner : outer);
 }
 
 void TestVLXmlParser::filter_isNotAsked_insideSkippedSubtree()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("skipped"), NoElement | SkipChildren);
+    answers.flags.insert(u"skipped"_s, NoElement | SkipChildren);
     const Document document("<root><skipped><a><b/></a><skipped/></skipped></root>", &answers);
-    QCOMPARE(answers.asked, (QStringList{QStringLiteral("root"), QStringLiteral("skipped")}));
+    QCOMPARE(answers.asked, (QStringList{u"root"_s, u"skipped"_s}));
     QVERIFY(document.root()->children().isEmpty());
 }
 
 void TestVLXmlParser::filter_isNotAsked_belowKeptElement()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("kept"), KeepChildren);
-    answers.flags.insert(QStringLiteral("inner"), NoElement | SkipChildren);
+    answers.flags.insert(u"kept"_s, KeepChildren);
+    answers.flags.insert(u"inner"_s, NoElement | SkipChildren);
     const Document document("<root><kept><inner><inner/></inner></kept></root>", &answers);
-    QCOMPARE(answers.asked, (QStringList{QStringLiteral("root"), QStringLiteral("kept")}));
-    QCOMPARE(document.child("kept")->childElementList(QStringLiteral("inner")).size(), 2);
+    QCOMPARE(answers.asked, (QStringList{u"root"_s, u"kept"_s}));
+    QCOMPARE(document.child("kept")->childElementList(u"inner"_s).size(), 2);
 }
 
 void TestVLXmlParser::filter_isAskedAgain_afterSkippedAndKeptSiblings()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("skipped"), NoElement | SkipChildren);
-    answers.flags.insert(QStringLiteral("kept"), FilterChildren | KeepChildren);
+    answers.flags.insert(u"skipped"_s, NoElement | SkipChildren);
+    answers.flags.insert(u"kept"_s, FilterChildren | KeepChildren);
     const Document document(
         "<root><skipped><a/></skipped><kept><b/></kept><skipped/><kept><c/></kept></root>",
         &answers);
     QCOMPARE(answers.asked,
-             (QStringList{QStringLiteral("root"), QStringLiteral("skipped"), QStringLiteral("kept"),
-                          QStringLiteral("skipped"), QStringLiteral("kept")}));
+             (QStringList{u"root"_s, u"skipped"_s, u"kept"_s, u"skipped"_s, u"kept"_s}));
     QCOMPARE(document.root()->toXml(),
-             QStringLiteral("<root>\n  <kept>\n    <b/>\n  </kept>\n  <kept>\n    <c/>\n"
-                            "  </kept>\n</root>"));
+             u"<root>\n  <kept>\n    <b/>\n  </kept>\n  <kept>\n    <c/>\n"
+             "  </kept>\n</root>"_s);
 }
 
 void TestVLXmlParser::droppedRoot_leavesChildWithoutOwner()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("root"), NoElement);
+    answers.flags.insert(u"root"_s, NoElement);
     const ObjectCensus census;
 
     const Document document("<root><child/></root>", &answers);
@@ -505,7 +503,7 @@ void TestVLXmlParser::droppedRoot_leavesChildWithoutOwner()
     const QList<VLXmlElement*> elements = census.living<VLXmlElement>();
     QCOMPARE(elements.size(), 1);
     const std::unique_ptr<VLXmlElement> child(elements.first());
-    QCOMPARE(child->getTagName(), QStringLiteral("child"));
+    QCOMPARE(child->getTagName(), u"child"_s);
     QVERIFY(!child->parent());
     QCOMPARE(document.size(), 0);
 }
@@ -513,9 +511,8 @@ void TestVLXmlParser::droppedRoot_leavesChildWithoutOwner()
 void TestVLXmlParser::droppedRoot_givesEmptyListWithoutMessage()
 {
     PackageBuilder files;
-    const QString path =
-        files.write(QStringLiteral("document.xml"), "<root a=\"1\"><a>text</a></root>");
-    const ChildResult result = runInChildProcess(QStringLiteral("dropRoot:") + path);
+    const QString path = files.write(u"document.xml"_s, "<root a=\"1\"><a>text</a></root>");
+    const ChildResult result = runInChildProcess(u"dropRoot:"_s + path);
     QVERIFY(result.finished && !result.crashed);
     QCOMPARE(result.exitCode, EXIT_SUCCESS);
     QCOMPARE(result.standardOutput, QByteArray());
@@ -524,25 +521,25 @@ void TestVLXmlParser::droppedRoot_givesEmptyListWithoutMessage()
 void TestVLXmlParser::droppedTag_takesItsTextAlong()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("dropped"), NoElement);
+    answers.flags.insert(u"dropped"_s, NoElement);
     const Document document("<root>a<dropped>b</dropped>c</root>", &answers);
-    QCOMPARE(document.root()->content(), QStringLiteral("ac"));
+    QCOMPARE(document.root()->content(), u"ac"_s);
 }
 
 void TestVLXmlParser::skippedTag_takesItsTextAlong()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("skipped"), SkipChildren);
+    answers.flags.insert(u"skipped"_s, SkipChildren);
     const Document document("<root>a<skipped>b<c>d</c>e</skipped>f</root>", &answers);
-    QCOMPARE(document.root()->content(), QStringLiteral("af"));
+    QCOMPARE(document.root()->content(), u"af"_s);
     // Only what is inside is passed over: the tag itself is built, and takes its own text.
-    QCOMPARE(document.child("skipped")->content(), QStringLiteral("be"));
+    QCOMPARE(document.child("skipped")->content(), u"be"_s);
 }
 
 void TestVLXmlParser::skippedSubtree_makesNoElements()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("skipped"), NoElement | SkipChildren);
+    answers.flags.insert(u"skipped"_s, NoElement | SkipChildren);
     int withoutSubtree = 0;
     {
         const ObjectCensus census;
@@ -558,11 +555,9 @@ void TestVLXmlParser::parser_readsSeveralFiles()
 {
     PackageBuilder files;
     VLXmlParser parser;
-    const QList<QObject*> first =
-        parseFile(parser, files.write(QStringLiteral("1.xml"), "<one><a/></one>"));
-    const QList<QObject*> second =
-        parseFile(parser, files.write(QStringLiteral("2.xml"), "<two><b/></two>"));
-    QCOMPARE(tagNames(first + second), (QStringList{QStringLiteral("one"), QStringLiteral("two")}));
+    const QList<QObject*> first = parseFile(parser, files.write(u"1.xml"_s, "<one><a/></one>"));
+    const QList<QObject*> second = parseFile(parser, files.write(u"2.xml"_s, "<two><b/></two>"));
+    QCOMPARE(tagNames(first + second), (QStringList{u"one"_s, u"two"_s}));
     qDeleteAll(first + second);
 }
 
@@ -571,7 +566,7 @@ void TestVLXmlParser::parser_deletesNothing_afterWholeFile()
     PackageBuilder files;
     auto parser = std::make_unique<VLXmlParser>();
     const QList<QObject*> elements =
-        parseFile(*parser, files.write(QStringLiteral("document.xml"), "<root><a/></root>"));
+        parseFile(*parser, files.write(u"document.xml"_s, "<root><a/></root>"));
     const QPointer<QObject> root = elements.first();
     parser.reset();
     QVERIFY(root);
@@ -583,7 +578,7 @@ void TestVLXmlParser::laterParse_dropsOpenElementsWithoutDeletingThem()
     PackageBuilder files;
     BrokenParse broken("<root><child>");
     QVERIFY(broken.root);
-    qDeleteAll(parseFile(*broken.parser, files.write(QStringLiteral("document.xml"), "<other/>")));
+    qDeleteAll(parseFile(*broken.parser, files.write(u"document.xml"_s, "<other/>")));
     broken.parser.reset();
     QVERIFY(broken.root);
     delete broken.root.data();
@@ -593,14 +588,14 @@ void TestVLXmlParser::laterParse_startsFiltering_afterBrokenFile()
 {
     PackageBuilder files;
     Answers answers;
-    answers.flags.insert(QStringLiteral("kept"), KeepChildren);
+    answers.flags.insert(u"kept"_s, KeepChildren);
     BrokenParse broken("<kept><a><b>", &answers);
     answers.asked.clear();
     const std::unique_ptr<VLXmlElement> root(broken.root.data());
 
-    qDeleteAll(parseFile(*broken.parser, files.write(QStringLiteral("document.xml"), "<c/>")));
+    qDeleteAll(parseFile(*broken.parser, files.write(u"document.xml"_s, "<c/>")));
 
-    QCOMPARE(answers.asked, QStringList{QStringLiteral("c")});
+    QCOMPARE(answers.asked, QStringList{u"c"_s});
 }
 
 void TestVLXmlParser::brokenFile_givesOneLine_data()
@@ -609,9 +604,8 @@ void TestVLXmlParser::brokenFile_givesOneLine_data()
     QTest::addColumn<QString>("fileName");
     const QHash<QString, QByteArray> documents = brokenDocuments();
     for (auto it = documents.cbegin(); it != documents.cend(); ++it)
-        QTest::newRow(qPrintable(it.key())) << it.value() << QStringLiteral("broken.xml");
-    QTest::newRow("file name beyond ASCII")
-        << QByteArray("<root>") << QStringLiteral(u"br\u00FCchig.xml");
+        QTest::newRow(qPrintable(it.key())) << it.value() << u"broken.xml"_s;
+    QTest::newRow("file name beyond ASCII") << QByteArray("<root>") << u"br\u00FCchig.xml"_s;
 }
 
 void TestVLXmlParser::brokenFile_givesOneLine()
@@ -621,7 +615,7 @@ void TestVLXmlParser::brokenFile_givesOneLine()
     PackageBuilder files;
     const QString path = files.write(fileName, xml);
 
-    const ChildResult result = runInChildProcess(QStringLiteral("parse:") + path);
+    const ChildResult result = runInChildProcess(u"parse:"_s + path);
 
     QVERIFY(result.finished && !result.crashed);
     QCOMPARE(result.exitCode, EXIT_SUCCESS);
@@ -649,19 +643,17 @@ void TestVLXmlParser::brokenFile_givesChildrenBeforeFault_whichOutliveParser()
 
     QVERIFY(broken.root);
     const std::unique_ptr<VLXmlElement> root(broken.root.data());
-    QCOMPARE(tagNames(root->children()), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
-    QCOMPARE(root->childElement(QStringLiteral("b"))->content(), QStringLiteral("text"));
+    QCOMPARE(tagNames(root->children()), (QStringList{u"a"_s, u"b"_s}));
+    QCOMPARE(root->childElement(u"b"_s)->content(), u"text"_s);
 }
 
 void TestVLXmlParser::brokenFile_givesRootThatDiesWithParser_whenChildIsOpen_data()
 {
     QTest::addColumn<QByteArray>("xml");
     QTest::addColumn<QStringList>("children");
-    const QString a = QStringLiteral("a");
-    QTest::newRow("child") << QByteArray("<root><a/><child>")
-                           << QStringList{a, QStringLiteral("child")};
-    QTest::newRow("grandchild") << QByteArray("<root><a/><child><b>")
-                                << QStringList{a, QStringLiteral("child")};
+    const QString a = u"a"_s;
+    QTest::newRow("child") << QByteArray("<root><a/><child>") << QStringList{a, u"child"_s};
+    QTest::newRow("grandchild") << QByteArray("<root><a/><child><b>") << QStringList{a, u"child"_s};
     QTest::newRow("dropped tag") << QByteArray("<root><a/><dropped>") << QStringList{a};
     QTest::newRow("skipped tag") << QByteArray("<root><a/><skipped>") << QStringList{a};
     QTest::newRow("tag inside a skipped one")
@@ -671,8 +663,8 @@ void TestVLXmlParser::brokenFile_givesRootThatDiesWithParser_whenChildIsOpen_dat
 void TestVLXmlParser::brokenFile_givesRootThatDiesWithParser_whenChildIsOpen()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("dropped"), NoElement);
-    answers.flags.insert(QStringLiteral("skipped"), NoElement | SkipChildren);
+    answers.flags.insert(u"dropped"_s, NoElement);
+    answers.flags.insert(u"skipped"_s, NoElement | SkipChildren);
     QFETCH(QByteArray, xml);
     BrokenParse broken(xml, &answers);
     QVERIFY(broken.root);
@@ -688,9 +680,8 @@ void TestVLXmlParser::brokenFile_givesRootThatDiesWithParser_whenChildIsOpen()
 void TestVLXmlParser::brokenFile_keepsTextUpToFault()
 {
     const BrokenParse broken("<root>left<child>inner</wrong></root>");
-    QCOMPARE(broken.root->content(), QStringLiteral("left"));
-    QCOMPARE(broken.root->childElement(QStringLiteral("child"))->content(),
-             QStringLiteral("inner"));
+    QCOMPARE(broken.root->content(), u"left"_s);
+    QCOMPARE(broken.root->childElement(u"child"_s)->content(), u"inner"_s);
 }
 
 void TestVLXmlParser::destructor_passesOverElementsThatAreGone()
@@ -716,9 +707,9 @@ void TestVLXmlParser::brokenFile_endsProcess_withoutOpenElement()
 {
     QFETCH(QByteArray, xml);
     PackageBuilder files;
-    const QString path = files.write(QStringLiteral("broken.xml"), xml);
+    const QString path = files.write(u"broken.xml"_s, xml);
 
-    const ChildResult result = runInChildProcess(QStringLiteral("parse:") + path);
+    const ChildResult result = runInChildProcess(u"parse:"_s + path);
 
     QVERIFY(result.finished);
     QVERIFY(result.crashed);
@@ -733,35 +724,32 @@ void TestVLXmlParser::startElement_buildsBelowInnermostElement()
 {
     BrokenParse broken("<root><child>");
     QXmlStreamAttributes attributes;
-    attributes.append(QStringLiteral("a"), QStringLiteral("1"));
+    attributes.append(u"a"_s, u"1"_s);
 
-    QVERIFY(broken.parser->startElement(QString(), QStringLiteral("new"), QStringLiteral("new"),
-                                        attributes));
-    QVERIFY(broken.parser->startElement(QString(), QStringLiteral("inner"), QStringLiteral("inner"),
-                                        {}));
+    QVERIFY(broken.parser->startElement(QString(), u"new"_s, u"new"_s, attributes));
+    QVERIFY(broken.parser->startElement(QString(), u"inner"_s, u"inner"_s, {}));
 
     QCOMPARE(broken.root->toXml(),
-             QStringLiteral("<root>\n  <child/>\n  <new a=\"1\">\n    <inner/>\n  </new>\n"
-                            "</root>"));
+             u"<root>\n  <child/>\n  <new a=\"1\">\n    <inner/>\n  </new>\n"
+             "</root>"_s);
 }
 
 void TestVLXmlParser::startElement_trimsNames()
 {
     BrokenParse broken("<root><child>");
-    QVERIFY(broken.parser->startElement(QStringLiteral(" urn:p\n"), QStringLiteral("b"),
-                                        QStringLiteral("\tp:b "), {}));
-    const auto* element = broken.root->childElement(QStringLiteral("p:b"));
+    QVERIFY(broken.parser->startElement(u" urn:p\n"_s, u"b"_s, u"\tp:b "_s, {}));
+    const auto* element = broken.root->childElement(u"p:b"_s);
     QVERIFY(element);
-    QCOMPARE(element->getTagNameSpace(), QStringLiteral("urn:p"));
+    QCOMPARE(element->getTagNameSpace(), u"urn:p"_s);
 }
 
 void TestVLXmlParser::startElement_isTrue_whenTagIsDroppedOrSkipped()
 {
     Answers answers;
-    answers.flags.insert(QStringLiteral("skipped"), NoElement | SkipChildren);
+    answers.flags.insert(u"skipped"_s, NoElement | SkipChildren);
     BrokenParse broken("<root><child>", &answers);
     answers.asked.clear();
-    const QString skipped = QStringLiteral("skipped");
+    const QString skipped = u"skipped"_s;
     QVERIFY(broken.parser->startElement(QString(), skipped, skipped, {}));
     QVERIFY(broken.parser->startElement(QString(), skipped, skipped, {}));
     QCOMPARE(answers.asked, QStringList{skipped});
@@ -771,8 +759,8 @@ void TestVLXmlParser::startElement_isTrue_whenTagIsDroppedOrSkipped()
 void TestVLXmlParser::endElement_restoresStateOfEnclosingElement()
 {
     Answers answers;
-    const QString kept = QStringLiteral("kept");
-    const QString other = QStringLiteral("other");
+    const QString kept = u"kept"_s;
+    const QString other = u"other"_s;
     answers.flags.insert(kept, KeepChildren);
     BrokenParse broken("<root><child>", &answers);
     answers.asked.clear();
@@ -791,23 +779,23 @@ void TestVLXmlParser::endElement_restoresStateOfEnclosingElement()
 void TestVLXmlParser::characters_goToInnermostElement()
 {
     BrokenParse broken("<root>a<child>b");
-    QVERIFY(broken.parser->characters(QStringLiteral(" c")));
-    QCOMPARE(broken.root->content(), QStringLiteral("a c"));
+    QVERIFY(broken.parser->characters(u" c"_s));
+    QCOMPARE(broken.root->content(), u"a c"_s);
 }
 
 void TestVLXmlParser::ignorableWhitespace_isTakenAsCharacters()
 {
     BrokenParse broken("<root>a<child>b");
-    QVERIFY(broken.parser->ignorableWhitespace(QStringLiteral(" \n")));
-    QCOMPARE(broken.root->content(), QStringLiteral("a \n"));
+    QVERIFY(broken.parser->ignorableWhitespace(u" \n"_s));
+    QCOMPARE(broken.root->content(), u"a \n"_s);
 }
 
 void TestVLXmlParser::characters_areTrueAndGoNowhere_withoutElement()
 {
     BrokenParse broken("<root>a<child>b");
     delete broken.root.data();
-    QVERIFY(broken.parser->characters(QStringLiteral("c")));
-    QVERIFY(broken.parser->ignorableWhitespace(QStringLiteral(" ")));
+    QVERIFY(broken.parser->characters(u"c"_s));
+    QVERIFY(broken.parser->ignorableWhitespace(u" "_s));
 }
 
 int main(int argc, char** argv)

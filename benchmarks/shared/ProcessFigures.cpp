@@ -10,6 +10,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace ProcessFigures {
 
 namespace {
@@ -34,7 +36,7 @@ double usedSeconds(int who)
 double residentBytes()
 {
     malloc_trim(0);
-    QFile file(QStringLiteral("/proc/self/statm"));
+    QFile file(u"/proc/self/statm"_s);
     if (!file.open(QIODevice::ReadOnly))
         qFatal("There is no /proc/self/statm");
     const double pages = file.readAll().split(' ').value(1).toDouble();

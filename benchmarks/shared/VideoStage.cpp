@@ -12,9 +12,11 @@
 #include <QQuickItem>
 #include <QWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
-const QString kPackage = QStringLiteral("Clips.vidlets");
+const QString kPackage = u"Clips.vidlets"_s;
 
 QByteArray scene()
 {
@@ -34,18 +36,17 @@ VideoStage::VideoStage(int frames, float scale)
 {
     for (const char* key : {"even", "odd"}) {
         const QString name = QString::fromLatin1(key);
-        m_packages.writeTip(kPackage, name + QStringLiteral(".xml"), name);
+        m_packages.writeTip(kPackage, name + u".xml"_s, name);
     }
-    m_packages.write(kPackage + QStringLiteral("/ui/VidletUI.qml"), scene());
+    m_packages.write(kPackage + u"/ui/VidletUI.qml"_s, scene());
     const auto addClip = [this](const QString& name, int length) {
-        const QString clip =
-            m_clips.testClip(name, QStringLiteral("libx264"), clipSizePx(), kFramesPerSecond,
-                             length, {QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")});
-        m_packages.write(kPackage + QStringLiteral("/Resources/") + name, m_clips.readBytes(name));
+        const QString clip = m_clips.testClip(name, u"libx264"_s, clipSizePx(), kFramesPerSecond,
+                                              length, {u"-pix_fmt"_s, u"yuv420p"_s});
+        m_packages.write(kPackage + u"/Resources/"_s + name, m_clips.readBytes(name));
         QFile::remove(clip);
     };
-    addClip(QStringLiteral("first.mp4"), frames);
-    addClip(QStringLiteral("tiny.mp4"), kTinyFrames);
+    addClip(u"first.mp4"_s, frames);
+    addClip(u"tiny.mp4"_s, kTinyFrames);
 
     m_control.setGeometry(100, 100, 200, 100);
     m_control.show();
@@ -62,7 +63,7 @@ VideoStage::~VideoStage() = default;
 
 void VideoStage::showScene()
 {
-    const QString key = ++m_shows % 2 == 0 ? QStringLiteral("even") : QStringLiteral("odd");
+    const QString key = ++m_shows % 2 == 0 ? u"even"_s : u"odd"_s;
     Report::verify(m_manager->show(key, QPoint(110, 110), &m_control), "the key has a tip");
     FrameWatch frames;
     frames.watch(view());
@@ -73,7 +74,7 @@ void VideoStage::showScene()
 
 void VideoStage::setClip()
 {
-    item()->setSource(QStringLiteral("first.mp4"));
+    item()->setSource(u"first.mp4"_s);
 }
 
 void VideoStage::releaseClip()
@@ -81,10 +82,10 @@ void VideoStage::releaseClip()
     bool isReplaced = false;
     const auto connection = QObject::connect(
         source(), &Vidlets::VLVideoSource::streamEnded, item(), [this, &isReplaced] {
-            isReplaced = source()->source().fileName() == QLatin1String("tiny.mp4")
+            isReplaced = source()->source().fileName() == "tiny.mp4"_L1
                 && source()->loadedFrameCount() <= kTinyFrames;
         });
-    item()->setSource(QStringLiteral("tiny.mp4"));
+    item()->setSource(u"tiny.mp4"_s);
     waitUntil([&isReplaced] { return isReplaced; }, "the tiny clip");
     QObject::disconnect(connection);
     waitUntilDecoded(*source(), 1);

@@ -7,13 +7,15 @@
 #include <QApplication>
 #include <QPushButton>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
 
     // The object name is the key of the tip.
-    QPushButton button(QStringLiteral("Rest the pointer here"));
-    button.setObjectName(QStringLiteral("greeting"));
+    QPushButton button(u"Rest the pointer here"_s);
+    button.setObjectName(u"greeting"_s);
     button.resize(320, 120);
 
     // Let the library watch the application for tooltip events.

@@ -7,6 +7,8 @@
 #include <QPalette>
 #include <QToolTip>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -46,7 +48,7 @@ QPalette darkPalette()
 void useDarkColors()
 {
     // The native styles of some platforms paint with the system's colours and ignore a palette.
-    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setStyle(u"Fusion"_s);
     QApplication::setPalette(darkPalette());
     QToolTip::setPalette(darkPalette());
 }

@@ -14,6 +14,8 @@
 #include <QSlider>
 #include <QToolButton>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -34,18 +36,18 @@ BrushPanel::BrushPanel(const Brush& brush, QAction* smaller, QAction* bigger, QW
     : QDockWidget(tr("Brush"), parent)
     , m_form(new QFormLayout)
 {
-    setObjectName(QStringLiteral("brush"));
+    setObjectName(u"brush"_s);
     auto* contents = new QWidget(this);
     contents->setLayout(m_form);
     setWidget(contents);
 
     addColor(brush);
     addSize(brush, smaller, bigger);
-    QSlider* opacity = addSlider(QStringLiteral("brush.opacity"), tr("Opacity"),
-                                 QStringLiteral("%1 %"), 5, 100, brush.opacityPercent);
+    QSlider* opacity =
+        addSlider(u"brush.opacity"_s, tr("Opacity"), u"%1 %"_s, 5, 100, brush.opacityPercent);
     connect(opacity, &QSlider::valueChanged, this, &BrushPanel::opacityChanged);
-    QSlider* smoothing = addSlider(QStringLiteral("brush.smoothing"), tr("Smoothing"),
-                                   QStringLiteral("%1 %"), 0, 100, brush.smoothingPercent);
+    QSlider* smoothing =
+        addSlider(u"brush.smoothing"_s, tr("Smoothing"), u"%1 %"_s, 0, 100, brush.smoothingPercent);
     connect(smoothing, &QSlider::valueChanged, this, &BrushPanel::smoothingChanged);
     addMirror();
 }
@@ -87,8 +89,8 @@ QSlider* BrushPanel::addSlider(const QString& key, const QString& text, const QS
 
 void BrushPanel::addSize(const Brush& brush, QAction* smaller, QAction* bigger)
 {
-    m_size = addSlider(QStringLiteral("brush.size"), tr("Size"), QStringLiteral("%1 px"),
-                       kMinimumBrushSizePx, kMaximumBrushSizePx, brush.sizePx);
+    m_size = addSlider(u"brush.size"_s, tr("Size"), u"%1 px"_s, kMinimumBrushSizePx,
+                       kMaximumBrushSizePx, brush.sizePx);
     connect(m_size, &QSlider::valueChanged, this, &BrushPanel::sizeChanged);
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(buttonFor(smaller));
@@ -100,7 +102,7 @@ void BrushPanel::addSize(const Brush& brush, QAction* smaller, QAction* bigger)
 void BrushPanel::addColor(const Brush& brush)
 {
     auto* button = new ColorButton(brush.color);
-    button->setObjectName(QStringLiteral("brush.color"));
+    button->setObjectName(u"brush.color"_s);
     connect(button, &ColorButton::colorPicked, this, &BrushPanel::colorPicked);
     QHBoxLayout* row = addRow(button->objectName(), tr("Colour"));
     row->addWidget(button);
@@ -111,7 +113,7 @@ void BrushPanel::addColor(const Brush& brush)
 void BrushPanel::addMirror()
 {
     auto* mirror = new QCheckBox(tr("Mirror"));
-    mirror->setObjectName(QStringLiteral("tool.mirror"));
+    mirror->setObjectName(u"tool.mirror"_s);
     connect(mirror, &QCheckBox::toggled, this, &BrushPanel::mirroredChanged);
     m_form->addRow(QString(), mirror);
 }

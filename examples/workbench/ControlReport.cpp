@@ -9,6 +9,8 @@
 #include <QSaveFile>
 #include <QWidget>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -67,8 +69,7 @@ QString ControlReport::lineFor(QWidget& control) const
     const qreal ratio = control.devicePixelRatioF();
     const QPoint corner = (QPointF(control.mapToGlobal(QPoint(0, 0))) * ratio).toPoint();
     const QSize size = (QSizeF(control.size()) * ratio).toSize();
-    return QStringLiteral("%1 %2 %3 %4 %5\n")
-        .arg(key)
+    return u"%1 %2 %3 %4 %5\n"_s.arg(key)
         .arg(corner.x())
         .arg(corner.y())
         .arg(size.width())

@@ -9,6 +9,8 @@
 #include <QCursor>
 #include <QEvent>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -67,8 +69,7 @@ void ControlTitle::update()
     }
     // Only now: unless the tip is up its file is read, and each reading leaves a little memory.
     m_key = key;
-    setText(key.isEmpty() ? QString()
-                          : m_vidlets->vidletAttribute(key, QStringLiteral("title"), QString()));
+    setText(key.isEmpty() ? QString() : m_vidlets->vidletAttribute(key, u"title"_s, QString()));
 }
 
 } // namespace Workbench

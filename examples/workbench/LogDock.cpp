@@ -7,6 +7,8 @@
 #include <QPlainTextEdit>
 #include <QTime>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -19,7 +21,7 @@ LogDock::LogDock(QWidget* parent)
     : QDockWidget(tr("Messages"), parent)
     , m_lines(new QPlainTextEdit(this))
 {
-    setObjectName(QStringLiteral("log"));
+    setObjectName(u"log"_s);
     m_lines->setReadOnly(true);
     m_lines->setMaximumBlockCount(kKeptLines);
     m_lines->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -29,9 +31,8 @@ LogDock::LogDock(QWidget* parent)
 
 void LogDock::append(const QString& label, const QString& message)
 {
-    const QString time = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    m_lines->appendPlainText(QStringLiteral("%1  %2  ").arg(time, label.leftJustified(11))
-                             + message);
+    const QString time = QTime::currentTime().toString(u"HH:mm:ss.zzz"_s);
+    m_lines->appendPlainText(u"%1  %2  "_s.arg(time, label.leftJustified(11)) + message);
 }
 
 } // namespace Workbench

@@ -19,6 +19,8 @@
 #include <QStatusBar>
 #include <QToolBar>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -36,9 +38,9 @@ MainWindow::MainWindow()
     , m_log(new LogDock(this))
     , m_tools(new QActionGroup(this))
 {
-    setObjectName(QStringLiteral("mainWindow"));
+    setObjectName(u"mainWindow"_s);
     setWindowTitle(tr("Workbench"));
-    m_canvas->setObjectName(QStringLiteral("canvas"));
+    m_canvas->setObjectName(u"canvas"_s);
     setCentralWidget(m_canvas);
 
     makeFileActions();
@@ -62,9 +64,9 @@ void MainWindow::attach(WorkbenchInterface& vidlets)
     m_controlTitle->attach(vidlets);
 
     // Text variables of the tips.
-    vidlets.setGlobalProperty(QStringLiteral("product"), windowTitle());
-    vidlets.setGlobalProperty(QStringLiteral("undoLimit"), m_canvas->undoStack()->undoLimit());
-    vidlets.setGlobalProperty(QStringLiteral("largestBrush"), kMaximumBrushSizePx);
+    vidlets.setGlobalProperty(u"product"_s, windowTitle());
+    vidlets.setGlobalProperty(u"undoLimit"_s, m_canvas->undoStack()->undoLimit());
+    vidlets.setGlobalProperty(u"largestBrush"_s, kMaximumBrushSizePx);
     publishBrush(vidlets);
     connect(m_canvas, &Canvas::brushChanged, &vidlets, [this, &vidlets] { publishBrush(vidlets); });
 }
@@ -90,10 +92,10 @@ QAction* MainWindow::makeToolAction(const QString& name, const QString& text,
 void MainWindow::makeFileActions()
 {
     QMenu* menu = menuBar()->addMenu(tr("&File"));
-    QAction* save = makeAction(QStringLiteral("file.save"), tr("&Save as PNG..."),
-                               Qt::CTRL | Qt::SHIFT | Qt::Key_S);
+    QAction* save =
+        makeAction(u"file.save"_s, tr("&Save as PNG..."), Qt::CTRL | Qt::SHIFT | Qt::Key_S);
     connect(save, &QAction::triggered, this, &MainWindow::saveSheet);
-    QAction* quit = makeAction(QStringLiteral("file.quit"), tr("&Quit"), QKeySequence::Quit);
+    QAction* quit = makeAction(u"file.quit"_s, tr("&Quit"), QKeySequence::Quit);
     connect(quit, &QAction::triggered, this, &MainWindow::close);
     menu->addActions({save, quit});
 }
@@ -103,18 +105,17 @@ void MainWindow::makeEditActions()
     QMenu* menu = menuBar()->addMenu(tr("&Edit"));
     QUndoStack* stack = m_canvas->undoStack();
 
-    QAction* undo = makeAction(QStringLiteral("edit.undo"), tr("&Undo"), QKeySequence::Undo);
+    QAction* undo = makeAction(u"edit.undo"_s, tr("&Undo"), QKeySequence::Undo);
     undo->setEnabled(false);
     connect(undo, &QAction::triggered, stack, &QUndoStack::undo);
     connect(stack, &QUndoStack::canUndoChanged, undo, &QAction::setEnabled);
 
-    QAction* redo = makeAction(QStringLiteral("edit.redo"), tr("&Redo"), QKeySequence::Redo);
+    QAction* redo = makeAction(u"edit.redo"_s, tr("&Redo"), QKeySequence::Redo);
     redo->setEnabled(false);
     connect(redo, &QAction::triggered, stack, &QUndoStack::redo);
     connect(stack, &QUndoStack::canRedoChanged, redo, &QAction::setEnabled);
 
-    QAction* clear =
-        makeAction(QStringLiteral("edit.clear"), tr("&Clear"), Qt::CTRL | Qt::Key_Delete);
+    QAction* clear = makeAction(u"edit.clear"_s, tr("&Clear"), Qt::CTRL | Qt::Key_Delete);
     connect(clear, &QAction::triggered, m_canvas, &Canvas::clear);
     menu->addActions({undo, redo, clear});
 }
@@ -122,20 +123,19 @@ void MainWindow::makeEditActions()
 void MainWindow::makeToolActions()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Tools"));
-    QAction* pen = makeToolAction(QStringLiteral("tool.pen"), tr("&Pen"), Qt::Key_P, Tool::Pen);
+    QAction* pen = makeToolAction(u"tool.pen"_s, tr("&Pen"), Qt::Key_P, Tool::Pen);
     pen->setChecked(true);
-    makeToolAction(QStringLiteral("tool.line"), tr("&Line"), Qt::Key_L, Tool::Line);
-    makeToolAction(QStringLiteral("tool.rectangle"), tr("&Rectangle"), Qt::Key_R, Tool::Rectangle);
-    makeToolAction(QStringLiteral("tool.ellipse"), tr("&Ellipse"), Qt::SHIFT | Qt::Key_R,
-                   Tool::Ellipse);
-    makeToolAction(QStringLiteral("tool.eraser"), tr("E&raser"), Qt::Key_E, Tool::Eraser);
+    makeToolAction(u"tool.line"_s, tr("&Line"), Qt::Key_L, Tool::Line);
+    makeToolAction(u"tool.rectangle"_s, tr("&Rectangle"), Qt::Key_R, Tool::Rectangle);
+    makeToolAction(u"tool.ellipse"_s, tr("&Ellipse"), Qt::SHIFT | Qt::Key_R, Tool::Ellipse);
+    makeToolAction(u"tool.eraser"_s, tr("E&raser"), Qt::Key_E, Tool::Eraser);
     menu->addActions(m_tools->actions());
 }
 
 void MainWindow::makeViewActions()
 {
     m_viewMenu = menuBar()->addMenu(tr("&View"));
-    QAction* grid = makeAction(QStringLiteral("view.grid"), tr("&Grid"), Qt::CTRL | Qt::Key_G);
+    QAction* grid = makeAction(u"view.grid"_s, tr("&Grid"), Qt::CTRL | Qt::Key_G);
     grid->setCheckable(true);
     connect(grid, &QAction::toggled, m_canvas, &Canvas::setGridVisible);
     m_viewMenu->addAction(grid);
@@ -145,9 +145,8 @@ void MainWindow::makeViewActions()
 void MainWindow::makeBrushPanel()
 {
     QAction* smaller =
-        makeAction(QStringLiteral("brush.smaller"), tr("&Smaller brush"), Qt::CTRL | Qt::Key_Minus);
-    QAction* bigger =
-        makeAction(QStringLiteral("brush.bigger"), tr("&Bigger brush"), Qt::CTRL | Qt::Key_Plus);
+        makeAction(u"brush.smaller"_s, tr("&Smaller brush"), Qt::CTRL | Qt::Key_Minus);
+    QAction* bigger = makeAction(u"brush.bigger"_s, tr("&Bigger brush"), Qt::CTRL | Qt::Key_Plus);
     addActions({smaller, bigger});
     m_brushPanel = new BrushPanel(m_canvas->brush(), smaller, bigger, this);
     addDockWidget(Qt::RightDockWidgetArea, m_brushPanel);
@@ -165,14 +164,12 @@ void MainWindow::makeBrushPanel()
 void MainWindow::makeToolBar()
 {
     QToolBar* bar = addToolBar(tr("Tools"));
-    bar->setObjectName(QStringLiteral("toolBar"));
+    bar->setObjectName(u"toolBar"_s);
     bar->setMovable(false);
     for (const QLatin1String name :
-         {QLatin1String("file.save"), QLatin1String(), QLatin1String("edit.undo"),
-          QLatin1String("edit.redo"), QLatin1String("edit.clear"), QLatin1String(),
-          QLatin1String("tool.pen"), QLatin1String("tool.line"), QLatin1String("tool.rectangle"),
-          QLatin1String("tool.ellipse"), QLatin1String("tool.eraser"), QLatin1String(),
-          QLatin1String("view.grid")}) {
+         {"file.save"_L1, QLatin1String(), "edit.undo"_L1, "edit.redo"_L1, "edit.clear"_L1,
+          QLatin1String(), "tool.pen"_L1, "tool.line"_L1, "tool.rectangle"_L1, "tool.ellipse"_L1,
+          "tool.eraser"_L1, QLatin1String(), "view.grid"_L1}) {
         if (name.isEmpty()) {
             bar->addSeparator();
         } else {
@@ -186,7 +183,7 @@ void MainWindow::makeStatusBar()
 {
     auto* paper = new QLabel(tr("Paper: endless"));
     paper->setToolTip(tr("The sheet grows with the window. This is an ordinary tooltip."));
-    statusBar()->setObjectName(QStringLiteral("statusBar"));
+    statusBar()->setObjectName(u"statusBar"_s);
     statusBar()->addWidget(m_controlTitle, 1);
     statusBar()->addPermanentWidget(paper);
 }
@@ -203,8 +200,8 @@ void MainWindow::makeWindowMenu(PinnedTips& pinnedTips)
 
 void MainWindow::saveSheet()
 {
-    const QString file = QFileDialog::getSaveFileName(
-        this, tr("Save as PNG"), QStringLiteral("sketch.png"), tr("Pictures (*.png)"));
+    const QString file = QFileDialog::getSaveFileName(this, tr("Save as PNG"), u"sketch.png"_s,
+                                                      tr("Pictures (*.png)"));
     if (file.isEmpty()) {
         return;
     }
@@ -215,10 +212,10 @@ void MainWindow::saveSheet()
 void MainWindow::publishBrush(WorkbenchInterface& vidlets) const
 {
     const Brush& brush = m_canvas->brush();
-    vidlets.setGlobalProperty(QStringLiteral("brushSize"), brush.sizePx);
-    vidlets.setGlobalProperty(QStringLiteral("brushOpacity"), brush.opacityPercent);
-    vidlets.setGlobalProperty(QStringLiteral("brushSmoothing"), brush.smoothingPercent);
-    vidlets.setGlobalProperty(QStringLiteral("brushColor"), brush.color.name());
+    vidlets.setGlobalProperty(u"brushSize"_s, brush.sizePx);
+    vidlets.setGlobalProperty(u"brushOpacity"_s, brush.opacityPercent);
+    vidlets.setGlobalProperty(u"brushSmoothing"_s, brush.smoothingPercent);
+    vidlets.setGlobalProperty(u"brushColor"_s, brush.color.name());
 }
 
 } // namespace Workbench

@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QDir>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -28,7 +30,7 @@ QString ownPackages()
 {
     const QDir program(QCoreApplication::applicationDirPath());
     for (const QLatin1String candidate :
-         {QLatin1String("packages"), QLatin1String("../share/vidlets/workbench/packages")}) {
+         {"packages"_L1, "../share/vidlets/workbench/packages"_L1}) {
         if (program.exists(candidate)) {
             return QDir::cleanPath(program.absoluteFilePath(candidate));
         }
@@ -60,7 +62,7 @@ Options readOptions(const QCoreApplication& application)
     const auto geometry =
         valued("geometry-file", "Write a line per control that has a key: key x y w h.", "file");
     const auto popup = valued("popup-file", "Write the popups that are up, line by line.", "file");
-    locale.setDefaultValue(QStringLiteral("en_US"));
+    locale.setDefaultValue(u"en_US"_s);
     stay.setDefaultValue(QString::number(Options().stayMs));
 
     QCommandLineParser parser;
@@ -70,9 +72,9 @@ Options readOptions(const QCoreApplication& application)
     parser.addVersionOption();
     parser.addOptions({noFilter, simple, dark, noTips, locale, stay, geometry, popup});
     parser.addPositionalArgument(
-        QStringLiteral("data-path"),
+        u"data-path"_s,
         QCoreApplication::translate("Options", "Directories with packages (*.vidlets)."),
-        QStringLiteral("[data-path...]"));
+        u"[data-path...]"_s);
     parser.process(application);
 
     Options options;

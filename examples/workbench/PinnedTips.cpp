@@ -16,6 +16,8 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -37,7 +39,7 @@ void endFade(Vidlets::VLWidget& tip)
 void giveTitle(Vidlets::VLWidget& tip)
 {
     Vidlets::VLXmlElement* content = tip.view()->content();
-    content->setProperty("title", content->attribute(QStringLiteral("title")));
+    content->setProperty("title", content->attribute(u"title"_s));
 }
 
 void fitToScene(Vidlets::VLWidget& tip)

@@ -14,6 +14,8 @@
 #include <QSaveFile>
 #include <QWindow>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -44,15 +46,14 @@ bool isClip(const QQuickItem* item)
 
 bool isPin(const QQuickItem* item)
 {
-    return item->objectName() == QLatin1String("pin") && item->isEnabled();
+    return item->objectName() == "pin"_L1 && item->isEnabled();
 }
 
 QString placeOf(const QQuickItem& item, qreal ratio)
 {
     const QRectF place = item.mapRectToScene(item.boundingRect());
     const QRect pixels = QRectF(place.topLeft() * ratio, place.size() * ratio).toRect();
-    return QStringLiteral("%1 %2 %3 %4")
-        .arg(pixels.x())
+    return u"%1 %2 %3 %4"_s.arg(pixels.x())
         .arg(pixels.y())
         .arg(pixels.width())
         .arg(pixels.height());
@@ -61,9 +62,9 @@ QString placeOf(const QQuickItem& item, qreal ratio)
 QString stateOf(Vidlets::VLWidget& popup)
 {
     if (!popup.view()->reserved()) {
-        return QStringLiteral("tip");
+        return u"tip"_s;
     }
-    return popup.isWindow() ? QStringLiteral("window") : QStringLiteral("dock");
+    return popup.isWindow() ? u"window"_s : u"dock"_s;
 }
 
 // A popup in a dock shares its window with all else in there. The widget itself may still tell the
@@ -77,7 +78,7 @@ WId windowOf(Vidlets::VLWidget& popup)
 QString localeOf(const Vidlets::VLXmlElement& content)
 {
     const auto* file = qobject_cast<const Vidlets::VLXmlElement*>(content.parent());
-    return file ? file->attribute(QStringLiteral("locale")) : QString();
+    return file ? file->attribute(u"locale"_s) : QString();
 }
 
 QString linesFor(Vidlets::VLWidget& popup)
@@ -87,19 +88,16 @@ QString linesFor(Vidlets::VLWidget& popup)
     if (!content || !scene) {
         return QString();
     }
-    const QString key = content->attribute(QStringLiteral("key"));
+    const QString key = content->attribute(u"key"_s);
     const QString state = stateOf(popup);
-    QString lines = QStringLiteral("%1 %2 %3 %4\n")
-                        .arg(state, key)
-                        .arg(windowOf(popup))
-                        .arg(localeOf(*content));
+    QString lines = u"%1 %2 %3 %4\n"_s.arg(state, key).arg(windowOf(popup)).arg(localeOf(*content));
     const qreal ratio = popup.view()->devicePixelRatio();
     if (const QQuickItem* clip = findItem(scene, isClip)) {
-        lines += QStringLiteral("%1-clip %2 %3\n").arg(state, key, placeOf(*clip, ratio));
+        lines += u"%1-clip %2 %3\n"_s.arg(state, key, placeOf(*clip, ratio));
     }
     if (const QQuickItem* pin = findItem(scene, isPin)) {
-        lines += QStringLiteral("%1-pin %2 %3 %4\n")
-                     .arg(state, key, placeOf(*pin, ratio), pin->property("label").toString());
+        lines += u"%1-pin %2 %3 %4\n"_s.arg(state, key, placeOf(*pin, ratio),
+                                            pin->property("label").toString());
     }
     return lines;
 }

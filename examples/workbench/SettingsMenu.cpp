@@ -9,6 +9,8 @@
 
 #include <QActionGroup>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -64,8 +66,8 @@ void SettingsMenu::addSwitches()
 {
     addSwitch(tr("&Rich tooltips"), Vidlets::ckDisabled, false, true, false);
     addSwitch(tr("&Simple tooltips"), Vidlets::ckSimpleTooltips, true, false, false);
-    addSwitch(tr("&Fallback tip"), Vidlets::ckFallbackKey, QStringLiteral("workbench.fallback"),
-              QString(), QString());
+    addSwitch(tr("&Fallback tip"), Vidlets::ckFallbackKey, u"workbench.fallback"_s, QString(),
+              QString());
     addSwitch(tr("Open &links"), Vidlets::ckExternalLinksEnabled, true, false, true);
     addSwitch(tr("Open &documentation"), Vidlets::ckDocumentationEnabled, true, false, true);
 }
@@ -74,10 +76,9 @@ void SettingsMenu::addSwitches()
 void SettingsMenu::addLanguage()
 {
     addChoices(tr("La&nguage"), Vidlets::ckLocale, kPresetLocale,
-               {{QStringLiteral("&English"), QStringLiteral("en_US")},
-                {QStringLiteral("&Deutsch"), QStringLiteral("de_DE")},
-                {QStringLiteral("\u0627\u0644\u0639\u0631\u0628\u064a\u0629 (&A)"),
-                 QStringLiteral("ar_EG")}});
+               {{u"&English"_s, u"en_US"_s},
+                {u"&Deutsch"_s, u"de_DE"_s},
+                {u"\u0627\u0644\u0639\u0631\u0628\u064a\u0629 (&A)"_s, u"ar_EG"_s}});
 }
 
 void SettingsMenu::addPinnedTips()

@@ -9,6 +9,8 @@
 #include <QPainterPath>
 #include <QPalette>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -108,18 +110,18 @@ void drawPlus(QPainter& painter)
 Drawer drawerFor(const QString& name)
 {
     static const QHash<QString, Drawer> drawers = {
-        {QStringLiteral("tool.pen"), drawPen},
-        {QStringLiteral("tool.line"), drawLine},
-        {QStringLiteral("tool.rectangle"), drawRectangle},
-        {QStringLiteral("tool.ellipse"), drawEllipse},
-        {QStringLiteral("tool.eraser"), drawEraser},
-        {QStringLiteral("edit.undo"), drawUndo},
-        {QStringLiteral("edit.redo"), drawRedo},
-        {QStringLiteral("edit.clear"), drawClear},
-        {QStringLiteral("file.save"), drawSave},
-        {QStringLiteral("view.grid"), drawGrid},
-        {QStringLiteral("brush.smaller"), drawMinus},
-        {QStringLiteral("brush.bigger"), drawPlus},
+        {u"tool.pen"_s, drawPen},
+        {u"tool.line"_s, drawLine},
+        {u"tool.rectangle"_s, drawRectangle},
+        {u"tool.ellipse"_s, drawEllipse},
+        {u"tool.eraser"_s, drawEraser},
+        {u"edit.undo"_s, drawUndo},
+        {u"edit.redo"_s, drawRedo},
+        {u"edit.clear"_s, drawClear},
+        {u"file.save"_s, drawSave},
+        {u"view.grid"_s, drawGrid},
+        {u"brush.smaller"_s, drawMinus},
+        {u"brush.bigger"_s, drawPlus},
     };
     return drawers.value(name, nullptr);
 }

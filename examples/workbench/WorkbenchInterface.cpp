@@ -11,6 +11,8 @@
 #include <QToolButton>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 namespace Workbench {
 
 namespace {
@@ -19,13 +21,13 @@ QString labelFor(Vidlets::VLMessageType type)
 {
     switch (type) {
     case Vidlets::VLMessageError:
-        return QStringLiteral("Error");
+        return u"Error"_s;
     case Vidlets::VLMessageWarning:
-        return QStringLiteral("Warning");
+        return u"Warning"_s;
     case Vidlets::VLMessageInformation:
-        return QStringLiteral("Information");
+        return u"Information"_s;
     case Vidlets::VLMessageDebug:
-        return QStringLiteral("Debug");
+        return u"Debug"_s;
     }
     return QString::number(type);
 }
@@ -69,7 +71,7 @@ QString WorkbenchInterface::keyForObject(QObject* object)
         return action->objectName();
     }
     // Qt names the parts of its own widgets like this; they have no tips.
-    if (!object->isWidgetType() || object->objectName().startsWith(QLatin1String("qt_"))) {
+    if (!object->isWidgetType() || object->objectName().startsWith("qt_"_L1)) {
         return QString();
     }
     return object->objectName();
@@ -85,7 +87,7 @@ bool WorkbenchInterface::openExternalResource(Vidlets::VLExternalResourceType ty
     case Vidlets::VLResourcePath:
         return openPackageFile(resource);
     case Vidlets::VLResourceDocumentation:
-        return openPackageFile(QStringLiteral("docs/%1.html").arg(resource));
+        return openPackageFile(u"docs/%1.html"_s.arg(resource));
     }
     return false;
 }
@@ -121,10 +123,10 @@ bool WorkbenchInterface::openPackageFile(const QString& relativePath)
 QString WorkbenchInterface::findPackageFile(const QString& relativePath) const
 {
     for (const QString& dataPath : m_dataPaths) {
-        const QFileInfoList packages = QDir(dataPath).entryInfoList(
-            {QStringLiteral("*.vidlets")}, QDir::Dirs | QDir::NoDotAndDotDot);
+        const QFileInfoList packages =
+            QDir(dataPath).entryInfoList({u"*.vidlets"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
         for (const QFileInfo& package : packages) {
-            const QString root = package.canonicalFilePath() + QLatin1Char('/');
+            const QString root = package.canonicalFilePath() + u'/';
             const QString file = QFileInfo(root + relativePath).canonicalFilePath();
             if (file.startsWith(root)) {
                 return file;

@@ -14,6 +14,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 using namespace Workbench;
 
 namespace {
@@ -35,8 +37,8 @@ void fillContext(VLContext& context, const Options& options)
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("workbench"));
-    QApplication::setApplicationVersion(QStringLiteral("1.0"));
+    QApplication::setApplicationName(u"workbench"_s);
+    QApplication::setApplicationVersion(u"1.0"_s);
     const Options options = readOptions(application);
     if (options.isDark) {
         useDarkColors();

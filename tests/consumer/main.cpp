@@ -21,6 +21,8 @@
 
 #include <cstdio>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -38,14 +40,14 @@ void expect(bool condition, const char* what)
 void touchContent()
 {
     VLXmlElement element;
-    element.setTagName(QStringLiteral("vidlet"));
-    expect(element.toXml() == QStringLiteral("<vidlet/>"), "VLXmlElement");
+    element.setTagName(u"vidlet"_s);
+    expect(element.toXml() == u"<vidlet/>"_s, "VLXmlElement");
     const VLXmlParser parser;
 }
 
 void touchVideo()
 {
-    VLVideoFrameCache cache(QStringLiteral("clip"));
+    VLVideoFrameCache cache(u"clip"_s);
     cache.addFrame(VLVideoFrame(2, 2, QImage::Format_RGB32, 7));
     expect(cache.length() == 1 && cache.frame(0).pts() == 7.0, "VLVideoFrameCache");
 

@@ -6,10 +6,12 @@
 #include <QCoreApplication>
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 ChildResult runInChildProcess(const QString& name, int timeoutMs)
 {
     QProcess process;
-    process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--child"), name});
+    process.start(QCoreApplication::applicationFilePath(), {u"--child"_s, name});
     ChildResult result;
     result.finished = process.waitForFinished(timeoutMs);
     if (!result.finished) {

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QProcess>
 
+using namespace Qt::StringLiterals;
+
 ClipWriter::ClipWriter()
 {
     if (!m_directory.isValid())
@@ -21,16 +23,14 @@ QString ClipWriter::path(const QString& fileName) const
 QString ClipWriter::write(const QString& fileName, const QStringList& ffmpegArguments)
 {
     const QString filePath = path(fileName);
-    const QStringList arguments =
-        QStringList{QStringLiteral("-nostdin"), QStringLiteral("-loglevel"),
-                    QStringLiteral("error"), QStringLiteral("-y")}
+    const QStringList arguments = QStringList{u"-nostdin"_s, u"-loglevel"_s, u"error"_s, u"-y"_s}
         + ffmpegArguments + QStringList{filePath};
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("ffmpeg"), arguments);
+    process.start(u"ffmpeg"_s, arguments);
     if (!process.waitForFinished(-1) || process.exitStatus() != QProcess::NormalExit
         || process.exitCode() != 0 || !QFileInfo::exists(filePath))
-        qFatal("ffmpeg %s: %s %s", qPrintable(arguments.join(QLatin1Char(' '))),
+        qFatal("ffmpeg %s: %s %s", qPrintable(arguments.join(u' ')),
                qPrintable(process.errorString()), process.readAll().constData());
     return filePath;
 }
@@ -39,11 +39,10 @@ QString ClipWriter::testClip(const QString& fileName, const QString& codec, cons
                              int fps, int frames, const QStringList& extraArguments)
 {
     const QString pattern =
-        QStringLiteral("testsrc=size=%1x%2:rate=%3").arg(size.width()).arg(size.height()).arg(fps);
+        u"testsrc=size=%1x%2:rate=%3"_s.arg(size.width()).arg(size.height()).arg(fps);
     return write(fileName,
-                 QStringList{QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                             pattern, QStringLiteral("-frames:v"), QString::number(frames),
-                             QStringLiteral("-c:v"), codec}
+                 QStringList{u"-f"_s, u"lavfi"_s, u"-i"_s, pattern, u"-frames:v"_s,
+                             QString::number(frames), u"-c:v"_s, codec}
                      + extraArguments);
 }
 
@@ -52,14 +51,13 @@ QString ClipWriter::imageClip(const QString& fileName, const QString& codec,
                               const QStringList& extraArguments)
 {
     for (qsizetype i = 0; i < images.size(); ++i) {
-        const QString filePath = path(QStringLiteral("%1-%2.png").arg(fileName).arg(i));
+        const QString filePath = path(u"%1-%2.png"_s.arg(fileName).arg(i));
         if (!images.at(i).save(filePath))
             qFatal("Could not write %s", qPrintable(filePath));
     }
     return write(fileName,
-                 QStringList{QStringLiteral("-framerate"), QString::number(fps),
-                             QStringLiteral("-i"), path(fileName + QStringLiteral("-%d.png")),
-                             QStringLiteral("-c:v"), codec}
+                 QStringList{u"-framerate"_s, QString::number(fps), u"-i"_s,
+                             path(fileName + u"-%d.png"_s), u"-c:v"_s, codec}
                      + extraArguments);
 }
 

@@ -7,8 +7,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+using namespace Qt::StringLiterals;
+
 PackageBuilder::PackageBuilder()
-    : m_root(QFileInfo(m_directory.path()).canonicalFilePath() + QStringLiteral("/data"))
+    : m_root(QFileInfo(m_directory.path()).canonicalFilePath() + u"/data"_s)
 {
     QDir().mkpath(m_root);
 }
@@ -43,7 +45,7 @@ QString PackageBuilder::write(const QString& relativePath, const QByteArray& con
 QString PackageBuilder::writeControlFile(const QString& package, const QString& fileName,
                                          const QByteArray& content)
 {
-    return write(package + QStringLiteral("/Control/") + fileName, content);
+    return write(package + u"/Control/"_s + fileName, content);
 }
 
 QString PackageBuilder::writeTip(const QString& package, const QString& fileName,
@@ -59,5 +61,5 @@ QString PackageBuilder::writeScene(const QString& package, int width, int height
     const QByteArray scene =
         "import QtQuick\n\nRectangle {\n    width: " + QByteArray::number(width)
         + "\n    height: " + QByteArray::number(height) + "\n    color: \"steelblue\"\n}\n";
-    return write(package + QStringLiteral("/ui/VidletUI.qml"), scene);
+    return write(package + u"/ui/VidletUI.qml"_s, scene);
 }

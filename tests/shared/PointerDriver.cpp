@@ -7,16 +7,18 @@
 #include <QString>
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 bool run(const QStringList& arguments)
 {
-    return QProcess::execute(QStringLiteral("xdotool"), arguments) == 0;
+    return QProcess::execute(u"xdotool"_s, arguments) == 0;
 }
 
 QStringList moveArguments(const QPoint& position)
 {
-    return {QStringLiteral("mousemove"), QStringLiteral("--sync"), QString::number(position.x()),
+    return {u"mousemove"_s, u"--sync"_s, QString::number(position.x()),
             QString::number(position.y())};
 }
 
@@ -29,5 +31,5 @@ bool PointerDriver::moveTo(const QPoint& position)
 
 bool PointerDriver::click()
 {
-    return run({QStringLiteral("click"), QStringLiteral("1")});
+    return run({u"click"_s, u"1"_s});
 }

@@ -9,6 +9,8 @@
 #include <QQuickItem>
 #include <QTest>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -70,7 +72,7 @@ RecordingIndex::~RecordingIndex()
 VLXmlElement* RecordingIndex::retrieve(const QString& key, const QLocale& locale, QString& path,
                                        int& depth, VLXmlElement*& root)
 {
-    requests += key + QLatin1Char('@') + locale.name();
+    requests += key + u'@' + locale.name();
     if (!answer) {
         VLXmlElement* element = VLIndex::retrieve(key, locale, path, depth, root);
         if (element)
@@ -89,13 +91,13 @@ VLXmlElement* RecordingIndex::retrieve(const QString& key, const QLocale& locale
 }
 
 PopupStage::PopupStage(const QMap<int, QVariant>& settings)
-    : packageRoot(packages.packageRoot(QStringLiteral("tips.vidlets")))
+    : packageRoot(packages.packageRoot(u"tips.vidlets"_s))
     , index(&storeWith(context, settings))
     // The interface brings a manager of its own, which must not react to anything.
     , interface(emptyStore(), {}, &index)
 {
-    packages.write(QStringLiteral("tips.vidlets/ui/VidletUI.qml"), kScene);
-    packages.writeControlFile(QStringLiteral("tips.vidlets"), QStringLiteral("tips.xml"),
+    packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kScene);
+    packages.writeControlFile(u"tips.vidlets"_s, u"tips.xml"_s,
                               "<vidlets>\n"
                               "  <vidlet key=\"open\" shortcut=\"Ctrl+O\"/>\n"
                               "  <vidlet key=\"save\"/>\n"
@@ -105,7 +107,7 @@ PopupStage::PopupStage(const QMap<int, QVariant>& settings)
 
     QCursor::setPos(farAway());
     control.setWindowFlag(Qt::FramelessWindowHint);
-    control.setObjectName(QStringLiteral("open"));
+    control.setObjectName(u"open"_s);
     control.setGeometry(100, 100, 150, 60);
     if (!bringUp(&control))
         qFatal("The control did not come up");
@@ -131,15 +133,15 @@ void PopupStage::rescan()
 VLXmlElement* PopupStage::newContent(const QString& key)
 {
     auto* element = new VLXmlElement;
-    element->setTagName(QStringLiteral("vidlet"));
-    element->setAttribute(QStringLiteral("key"), key);
-    element->setAttribute(QStringLiteral("VLPackagName"), QStringLiteral("tips"));
+    element->setTagName(u"vidlet"_s);
+    element->setAttribute(u"key"_s, key);
+    element->setAttribute(u"VLPackagName"_s, u"tips"_s);
     return element;
 }
 
 VLXmlElement* PopupStage::showContent()
 {
-    VLXmlElement* content = newContent(QStringLiteral("open"));
+    VLXmlElement* content = newContent(u"open"_s);
     popup()->showWithContent(&control, QPoint(300, 300), content, packageRoot);
     return content;
 }

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+using namespace Qt::StringLiterals;
+
 int VidletsTest::runChild(const QString& name)
 {
     qCritical("There is no child scenario %s", qPrintable(name));
@@ -19,8 +21,7 @@ int VidletsTest::runChild(const QString& name)
 void VidletsTest::init()
 {
     // The platform plugin "offscreen" says what it cannot do at each show of a popup.
-    QTest::failOnWarning(
-        QRegularExpression(QStringLiteral("^(?!This plugin does not support ).*")));
+    QTest::failOnWarning(QRegularExpression(u"^(?!This plugin does not support ).*"_s));
 }
 
 void VidletsTest::cleanup()

@@ -25,6 +25,8 @@
 // Last, since it defines common words.
 #include <X11/Xlib.h>
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 
 namespace {
@@ -70,12 +72,12 @@ Rectangle {
 
 QString package()
 {
-    return QStringLiteral("soak.vidlets");
+    return u"soak.vidlets"_s;
 }
 
 QString clipName()
 {
-    return QStringLiteral("clip.avi");
+    return u"clip.avi"_s;
 }
 
 } // namespace
@@ -103,7 +105,7 @@ bool HoverStage::hasClip(int hover)
 
 QString HoverStage::keyOf(int number)
 {
-    return QStringLiteral("control-%1").arg(number % kControls, 2, 10, QLatin1Char('0'));
+    return u"control-%1"_s.arg(number % kControls, 2, 10, QChar(u'0'));
 }
 
 HoverStage::HoverStage()
@@ -130,7 +132,7 @@ HoverStage::HoverStage()
     m_pulse.start(kPulseMs);
 
     // The first request makes the popup, through which a host finds its manager.
-    m_interface->show(QStringLiteral("none"), QPoint(), nullptr);
+    m_interface->show(u"none"_s, QPoint(), nullptr);
     const QWidgetList widgets = QApplication::topLevelWidgets();
     for (QWidget* widget : widgets) {
         if (auto* popup = qobject_cast<VLWidget*>(widget))
@@ -145,14 +147,13 @@ void HoverStage::writePackage()
         tips += "  <vidlet key=\"" + keyOf(i).toUtf8() + "\" ui=\"ui/"
             + (hasClip(i) ? "Clip" : "Text") + ".qml\"><text>A tip.</text></vidlet>\n";
     }
-    m_packages.writeControlFile(package(), QStringLiteral("tips.xml"), tips + "</vidlets>\n");
-    m_packages.write(package() + QStringLiteral("/ui/Text.qml"), kTextScene);
-    m_packages.write(package() + QStringLiteral("/ui/Clip.qml"), kClipScene);
+    m_packages.writeControlFile(package(), u"tips.xml"_s, tips + "</vidlets>\n");
+    m_packages.write(package() + u"/ui/Text.qml"_s, kTextScene);
+    m_packages.write(package() + u"/ui/Clip.qml"_s, kClipScene);
     // Every picture of this codec stands for itself, so that none is withheld at the end.
-    m_clips.testClip(clipName(), QStringLiteral("ffv1"), clipSize(), kClipFps, kClipFrames,
-                     {QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")});
-    m_packages.write(package() + QStringLiteral("/Resources/") + clipName(),
-                     m_clips.readBytes(clipName()));
+    m_clips.testClip(clipName(), u"ffv1"_s, clipSize(), kClipFps, kClipFrames,
+                     {u"-pix_fmt"_s, u"yuv420p"_s});
+    m_packages.write(package() + u"/Resources/"_s + clipName(), m_clips.readBytes(clipName()));
 }
 
 void HoverStage::hover(int number)
@@ -222,7 +223,7 @@ void HoverStage::pin(int number)
 
 QString HoverStage::clipPath() const
 {
-    return m_packages.path(package() + QStringLiteral("/Resources/") + clipName());
+    return m_packages.path(package() + u"/Resources/"_s + clipName());
 }
 
 VLIndex& HoverStage::index()
@@ -253,7 +254,7 @@ void HoverStage::showTip(int number)
     waitUntil([this, &drawn] { return drawn && popup()->windowHandle()->isExposed(); },
               "a tip is on the screen");
     QObject::disconnect(connection);
-    const QVariant key = popup()->view()->content()->attribute(QStringLiteral("key"));
+    const QVariant key = popup()->view()->content()->attribute(u"key"_s);
     if (key != keyOf(number) || !popup()->view()->rootObject())
         qFatal("The tip is not that of %s", qPrintable(keyOf(number)));
     if (hasClip(number))

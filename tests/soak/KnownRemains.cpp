@@ -27,6 +27,8 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+using namespace Qt::StringLiterals;
+
 using namespace Vidlets;
 using AllocationCounter::leftBy;
 using AllocationCounter::Remains;
@@ -47,7 +49,7 @@ public:
 
 qsizetype threadCount()
 {
-    return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size();
+    return QDir(u"/proc/self/task"_s).entryList(QDir::Dirs).size();
 }
 
 struct Names
@@ -175,9 +177,7 @@ Remains sceneName()
 {
     QQmlEngine engine;
     QObject view;
-    const auto setOnce = [&] {
-        engine.rootContext()->setContextProperty(QStringLiteral("vidletView"), &view);
-    };
+    const auto setOnce = [&] { engine.rootContext()->setContextProperty(u"vidletView"_s, &view); };
     setOnce();
     // The least of several: a new engine has a thread of its own that is still starting.
     constexpr int kTries = 20;
@@ -196,7 +196,7 @@ Remains contentRoot(VLIndex& index, const QString& key)
     const Remains remains = leftBy([&] {
         QString path;
         int depth = 0;
-        delete index.retrieve(key, QLocale(QStringLiteral("en_US")), path, depth, root);
+        delete index.retrieve(key, QLocale(u"en_US"_s), path, depth, root);
     });
     delete root;
     return remains;

@@ -11,12 +11,14 @@
 #include <malloc.h>
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 long long residentBytes()
 {
     malloc_trim(0);
-    QFile file(QStringLiteral("/proc/self/statm"));
+    QFile file(u"/proc/self/statm"_s);
     if (!file.open(QIODevice::ReadOnly))
         qFatal("There is no /proc/self/statm");
     return file.readAll().split(' ').value(1).toLongLong() * sysconf(_SC_PAGESIZE);
@@ -32,7 +34,7 @@ long long entries(const QString& directory)
 long long windowsOnDisplay()
 {
     QProcess process;
-    process.start(QStringLiteral("xwininfo"), {QStringLiteral("-root"), QStringLiteral("-tree")});
+    process.start(u"xwininfo"_s, {u"-root"_s, u"-tree"_s});
     if (!process.waitForFinished() || process.exitCode() != 0)
         qFatal("xwininfo: %s", qPrintable(process.errorString()));
     return process.readAll().count("\n     ");
@@ -47,7 +49,7 @@ void ProcessState::take()
     resident = residentBytes();
     const struct mallinfo2 info = mallinfo2();
     allocatorUse = static_cast<long long>(info.uordblks + info.hblkhd);
-    threads = entries(QStringLiteral("/proc/self/task"));
-    descriptors = entries(QStringLiteral("/proc/self/fd"));
+    threads = entries(u"/proc/self/task"_s);
+    descriptors = entries(u"/proc/self/fd"_s);
     windows = windowsOnDisplay();
 }
