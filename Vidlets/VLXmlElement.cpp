@@ -7,7 +7,9 @@
 #include <QMap>
 #include <QStringList>
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -28,12 +30,48 @@ QString fillInTurn(QString format, std::initializer_list<QString> arguments)
 // Qt deletes a tree by recursion: content that nests without bounds must not fill the stack.
 constexpr int kMaxDeletionDepth = 1000;
 
+constexpr int kIndentPerLevel = 2;
+
+/// A line of an outline that is still to be written.
+struct OutlineLine
+{
+    const VLXmlElement* element;
+    int indent;
+    bool isClosingTag;
+};
+
+/// Puts @p items on top of @p pending, the first of them topmost: the way to walk a tree in
+/// document order without recursion.
+template <typename T> void pushReversed(QList<T>& pending, const QList<T>& items)
+{
+    std::copy(items.crbegin(), items.crend(), std::back_inserter(pending));
+}
+
+QList<OutlineLine> linesOfChildren(const QObject* parent, int indent)
+{
+    QList<OutlineLine> lines;
+    for (const QObject* child : parent->children()) {
+        if (const auto* element = qobject_cast<const VLXmlElement*>(child))
+            lines.append({element, indent, false});
+    }
+    return lines;
+}
+
+void appendLine(QString& outline, int indent, const QString& text)
+{
+    if (!outline.isEmpty())
+        outline += u'\n';
+    outline.resize(outline.size() + qMax(indent, 0), u' ');
+    outline += text;
+}
+
 } // namespace
 
 class VLXmlElementPrivate
 {
 public:
     QString attributeText() const;
+    QString openingTag(const QString& name, bool hasChildren) const;
 
     QMap<QString, QString> attributes;
     QString tagNameSpace;
@@ -54,6 +92,14 @@ QString VLXmlElementPrivate::attributeText() const
     return u' ' + items.join(u' ');
 }
 
+QString VLXmlElementPrivate::openingTag(const QString& name, bool hasChildren) const
+{
+    // The markers count from 2, as they do in the closing tag: a marker within the name or an
+    // attribute is filled or left by its number.
+    const QString closingMark = hasChildren ? QString() : u"/"_s;
+    return fillInTurn(u"<%2%3%4>"_s, {name, attributeText(), closingMark});
+}
+
 VLXmlElement::VLXmlElement(QObject* parent, const QXmlStreamAttributes& attributes)
     : QObject(parent)
     , d(std::make_unique<VLXmlElementPrivate>())
@@ -66,6 +112,12 @@ VLXmlElement::~VLXmlElement()
 {
     if (d->isWithinReach)
         return;
+    // QObject's destructor, which runs after this one, deletes the children and they theirs, one
+    // call inside the other. So the topmost element of the deletion first cuts off what lies too
+    // deep for that. It walks its subtree level by level down to the greatest depth and marks what
+    // it meets, so that those elements do not walk again. What lies just below the last level is
+    // deleted here, each as a topmost element of its own, whose walk goes on from there: calls nest
+    // once for that many levels.
     QList<std::pair<QObject*, int>> reached{{this, 0}};
     QList<QObject*> tooDeep;
     for (qsizetype i = 0; i < reached.size(); ++i) {
@@ -84,13 +136,33 @@ VLXmlElement::~VLXmlElement()
 
 VLXmlElement* VLXmlElement::childElement(const QString& name) const
 {
-    return findChild<VLXmlElement*>(name, Qt::FindChildrenRecursively);
+    // QObject::findChild() goes the same way with a call per level: too many for deep content.
+    QObjectList pending;
+    for (const QObject* parent = this; parent;
+         parent = pending.isEmpty() ? nullptr : pending.takeLast()) {
+        for (QObject* child : parent->children()) {
+            auto* element = qobject_cast<VLXmlElement*>(child);
+            // A null name matches every element, an empty one only elements without a name.
+            if (element && (name.isNull() || element->objectName() == name))
+                return element;
+        }
+        pushReversed(pending, parent->children());
+    }
+    return nullptr;
 }
 
 QList<QObject*> VLXmlElement::childElementList(const QString& name) const
 {
-    // A null name matches every object, an empty one only objects without a name.
-    return findChildren<QObject*>(name.isEmpty() ? QString() : name, Qt::FindChildrenRecursively);
+    QList<QObject*> found;
+    QObjectList pending;
+    pushReversed(pending, children());
+    while (!pending.isEmpty()) {
+        QObject* object = pending.takeLast();
+        if (name.isEmpty() || object->objectName() == name)
+            found.append(object);
+        pushReversed(pending, object->children());
+    }
+    return found;
 }
 
 QString VLXmlElement::attribute(const QString& name) const
@@ -111,22 +183,23 @@ void VLXmlElement::appendContent(const QString& content)
 
 QString VLXmlElement::toXml(int index)
 {
-    QStringList childLines;
-    for (QObject* child : children()) {
-        if (auto* element = qobject_cast<VLXmlElement*>(child))
-            childLines += element->toXml(index + 2);
+    QString outline;
+    QList<OutlineLine> pending{{this, index, false}};
+    while (!pending.isEmpty()) {
+        const auto [element, indent, isClosingTag] = pending.takeLast();
+        const QString name = element->getTagName();
+        if (isClosingTag) {
+            appendLine(outline, indent, fillInTurn(u"</%2>"_s, {name}));
+            continue;
+        }
+        const QList<OutlineLine> children = linesOfChildren(element, indent + kIndentPerLevel);
+        appendLine(outline, indent, element->d->openingTag(name, !children.isEmpty()));
+        if (children.isEmpty())
+            continue;
+        pending.append({element, indent, true});
+        pushReversed(pending, children);
     }
-
-    const QString indent(index, u' ');
-    const QString closingMark = childLines.isEmpty() ? u"/"_s : QString();
-
-    QStringList lines(
-        fillInTurn(u"%1<%2%3%4>"_s, {indent, getTagName(), d->attributeText(), closingMark}));
-    if (!childLines.isEmpty()) {
-        lines += childLines;
-        lines += fillInTurn(u"%1</%2>"_s, {indent, getTagName()});
-    }
-    return lines.join(u'\n');
+    return outline;
 }
 
 QList<QString> VLXmlElement::attributeNames() const

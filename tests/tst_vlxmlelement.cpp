@@ -7,6 +7,7 @@
 #include <QJSEngine>
 #include <QMetaProperty>
 #include <QPointer>
+#include <QRandomGenerator>
 #include <QSignalSpy>
 
 #include <memory>
@@ -31,6 +32,36 @@ std::unique_ptr<QJSEngine> engineFor(VLXmlElement* element)
     QJSEngine::setObjectOwnership(element, QJSEngine::CppOwnership);
     engine->globalObject().setProperty(u"element"_s, engine->newQObject(element));
     return engine;
+}
+
+/// Far more levels than calls fit on a stack.
+constexpr int kVeryDeepLevels = 200'000;
+
+/// Elements with the tag name "a", each the only child of the one before; gives the innermost.
+VLXmlElement* nest(VLXmlElement* root, int levels)
+{
+    VLXmlElement* innermost = root;
+    for (int level = 0; level < levels; ++level)
+        innermost = addChild(innermost, u"a"_s);
+    return innermost;
+}
+
+/// A tree that branches as @p generator has it, with few names and some objects that are no
+/// elements.
+void grow(QObject* parent, QRandomGenerator& generator, int levels)
+{
+    constexpr int kMaxChildren = 4;
+    const int children = levels == 0 ? 0 : generator.bounded(kMaxChildren);
+    for (int child = 0; child < children; ++child) {
+        const QString name = QString(QChar(u'a' + generator.bounded(3)));
+        if (generator.bounded(5) == 0) {
+            auto* other = new QObject(parent);
+            other->setObjectName(name);
+            grow(other, generator, levels - 1);
+        } else {
+            grow(addChild(parent, name), generator, levels - 1);
+        }
+    }
 }
 
 } // namespace
@@ -85,6 +116,16 @@ private Q_SLOTS:
     void childElementList_givesAllDescendants_whenNameIsEmpty();
     void childElementList_includesOtherObjects();
     void childElementList_isEmpty_whenNothingMatches();
+    void childElement_takesFirstOfAnyName_whenNameIsNull();
+    void childElement_takesNameless_whenNameIsEmpty();
+    void childElement_agreesWithQt_data();
+    void childElement_agreesWithQt();
+
+    void deepTree_isSearchedToTheEnd();
+    void deepTree_isListedInDocumentOrder();
+    void deepTree_isWrittenAsText_whenIndentIsHeldBack();
+    void deepTree_isWrittenAsText_withEachIndent();
+    void deepTree_isDeleted();
 
     void toXml_writesLeafOnOneLineWithoutText();
     void toXml_sortsAttributes();
@@ -97,6 +138,7 @@ private Q_SLOTS:
     void toXml_fillsPlaceMarkersInNamesAndValues_data();
     void toXml_fillsPlaceMarkersInNamesAndValues();
     void toXml_fillsPlaceMarkersInClosingTag();
+    void toXml_doesNotIndent_whenIndentIsNegative();
 
     void script_readsElement_data();
     void script_readsElement();
@@ -506,6 +548,100 @@ void TestVLXmlElement::childElementList_isEmpty_whenNothingMatches()
     QCOMPARE(root.childElementList(u"item"_s), QList<QObject*>());
 }
 
+void TestVLXmlElement::childElement_takesFirstOfAnyName_whenNameIsNull()
+{
+    VLXmlElement root;
+    VLXmlElement* first = addChild(&root, u"first"_s);
+    addChild(&root, u"last"_s);
+    QCOMPARE(root.childElement(QString()), first);
+}
+
+void TestVLXmlElement::childElement_takesNameless_whenNameIsEmpty()
+{
+    VLXmlElement root;
+    addChild(&root, u"first"_s);
+    VLXmlElement* nameless = addChild(&root, QString());
+    QCOMPARE(root.childElement(u""_s), nameless);
+}
+
+void TestVLXmlElement::childElement_agreesWithQt_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 100; ++seed)
+        QTest::addRow("tree %u", seed) << seed;
+}
+
+void TestVLXmlElement::childElement_agreesWithQt()
+{
+    QFETCH(quint32, seed);
+    QRandomGenerator generator(seed);
+    VLXmlElement root;
+    grow(&root, generator, 6);
+    for (const QString& name : {u"a"_s, u"b"_s, u"c"_s, u"d"_s, u""_s, QString()}) {
+        QCOMPARE(root.childElement(name), root.findChild<VLXmlElement*>(name));
+        const QString listed = name.isEmpty() ? QString() : name;
+        QCOMPARE(root.childElementList(name), root.findChildren<QObject*>(listed));
+    }
+}
+
+void TestVLXmlElement::deepTree_isSearchedToTheEnd()
+{
+    VLXmlElement root;
+    VLXmlElement* wanted = addChild(nest(&root, kVeryDeepLevels), u"wanted"_s);
+    QCOMPARE(root.childElement(u"wanted"_s), wanted);
+    QCOMPARE(root.childElement(u"missing"_s), nullptr);
+}
+
+void TestVLXmlElement::deepTree_isListedInDocumentOrder()
+{
+    VLXmlElement root;
+    QObject* innermost = nest(&root, kVeryDeepLevels);
+    QObject* last = addChild(&root, u"a"_s);
+    const QList<QObject*> all = root.childElementList(QString());
+    QCOMPARE(all.size(), kVeryDeepLevels + 1);
+    QCOMPARE(all.at(kVeryDeepLevels - 1), innermost);
+    QCOMPARE(all.constLast(), last);
+    QCOMPARE(root.childElementList(u"a"_s), all);
+}
+
+/// The blanks of so many levels fit in no memory. An indent that stays below zero leaves them out
+/// and nothing else, so this outline is as long as its tags; work by the square of the depth would
+/// not end.
+void TestVLXmlElement::deepTree_isWrittenAsText_whenIndentIsHeldBack()
+{
+    VLXmlElement root;
+    root.setTagName(u"a"_s);
+    nest(&root, kVeryDeepLevels);
+    const QString expected =
+        u"<a>\n"_s.repeated(kVeryDeepLevels) + u"<a/>"_s + u"\n</a>"_s.repeated(kVeryDeepLevels);
+    // Not by QCOMPARE, which would print megabytes.
+    QVERIFY(root.toXml(-2 * (kVeryDeepLevels + 1)) == expected);
+}
+
+void TestVLXmlElement::deepTree_isWrittenAsText_withEachIndent()
+{
+    constexpr int kLevels = 3000;
+    VLXmlElement root;
+    root.setTagName(u"a"_s);
+    nest(&root, kLevels);
+    const QStringList lines = root.toXml().split(u'\n');
+    QCOMPARE(lines.size(), 2 * kLevels + 1);
+    for (int level = 0; level < kLevels; ++level) {
+        const QString indent(2 * level, u' ');
+        QVERIFY(lines.at(level) == indent + u"<a>"_s);
+        QVERIFY(lines.at(2 * kLevels - level) == indent + u"</a>"_s);
+    }
+    QVERIFY(lines.at(kLevels) == QString(2 * kLevels, u' ') + u"<a/>"_s);
+}
+
+void TestVLXmlElement::deepTree_isDeleted()
+{
+    auto root = std::make_unique<VLXmlElement>();
+    const QPointer<VLXmlElement> innermost = nest(root.get(), kVeryDeepLevels);
+    root.reset();
+    QVERIFY(!innermost);
+}
+
 void TestVLXmlElement::toXml_writesLeafOnOneLineWithoutText()
 {
     VLXmlElement element;
@@ -613,6 +749,14 @@ void TestVLXmlElement::toXml_fillsPlaceMarkersInClosingTag()
     addChild(&root, u"c"_s);
     // The closing mark of an element with children is empty; the closing tag has no fourth value.
     QCOMPARE(root.toXml(), u"<t>\n  <c/>\n</t%4>"_s);
+}
+
+void TestVLXmlElement::toXml_doesNotIndent_whenIndentIsNegative()
+{
+    VLXmlElement root;
+    root.setTagName(u"a"_s);
+    addChild(addChild(&root, u"b"_s), u"c"_s);
+    QCOMPARE(root.toXml(-3), u"<a>\n<b>\n <c/>\n</b>\n</a>"_s);
 }
 
 void TestVLXmlElement::script_readsElement_data()
