@@ -3,11 +3,23 @@
 
 #include "VLContext.h"
 
+namespace {
+
+/// Connections and calls that are made by name and wait in the event loop look up the types of
+/// their arguments by the names in the signature. Each needs a store first, and each store was made
+/// by the constructor that calls this or copied from one that was.
+void registerKeyTypes()
+{
+    qRegisterMetaType<Vidlets::contextKey>("Vidlets::contextKey");
+    qRegisterMetaType<VLContextKey>("VLContextKey");
+}
+
+} // namespace
+
 VLContext::VLContext(QObject* parent)
     : QObject(parent)
 {
-    // By name, so that connections and invocations by name find the type whichever comes first.
-    qRegisterMetaType<Vidlets::contextKey>("Vidlets::contextKey");
+    registerKeyTypes();
 }
 
 VLContext::VLContext(const VLContext& other)

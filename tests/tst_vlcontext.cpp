@@ -11,6 +11,25 @@ using namespace Qt::StringLiterals;
 
 using namespace Vidlets;
 
+namespace {
+
+/// Has a slot with the signature of the store's signals.
+class KeyReceiver : public QObject
+{
+    Q_OBJECT
+
+public:
+    QList<int> keys;
+
+public Q_SLOTS:
+    void take(const VLContextKey& key)
+    {
+        keys += key;
+    }
+};
+
+} // namespace
+
 class TestVLContext : public VidletsTest
 {
     Q_OBJECT
@@ -28,6 +47,8 @@ private Q_SLOTS:
     void assignment_keepsValues_whenAssignedToItself();
     void keys_areInAscendingOrder();
     void contextKey_isRegisteredByName();
+    void signals_reachQueuedSlot_whenConnectedByName_data();
+    void signals_reachQueuedSlot_whenConnectedByName();
     void contextKey_hasFixedNumbers_data();
     void contextKey_hasFixedNumbers();
 };
@@ -161,6 +182,34 @@ void TestVLContext::contextKey_isRegisteredByName()
     const VLContext context(nullptr);
     QCOMPARE(QMetaType::fromName("Vidlets::contextKey"), QMetaType::fromType<contextKey>());
     QCOMPARE(QMetaType::fromType<contextKey>().name(), "Vidlets::contextKey");
+}
+
+void TestVLContext::signals_reachQueuedSlot_whenConnectedByName_data()
+{
+    QTest::addColumn<QByteArray>("signal");
+    QTest::addColumn<bool>("isCopy");
+    const QByteArray didChange(SIGNAL(settingDidChange(VLContextKey)));
+    const QByteArray willChange(SIGNAL(settingWillChange(VLContextKey)));
+    QTest::newRow("did change") << didChange << false;
+    QTest::newRow("will change") << willChange << false;
+    QTest::newRow("did change, of a copy") << didChange << true;
+    QTest::newRow("will change, of a copy") << willChange << true;
+}
+
+void TestVLContext::signals_reachQueuedSlot_whenConnectedByName()
+{
+    QFETCH(QByteArray, signal);
+    QFETCH(bool, isCopy);
+    VLContext original(nullptr);
+    VLContext copy(original);
+    VLContext& context = isCopy ? copy : original;
+    KeyReceiver receiver;
+    QVERIFY(QObject::connect(&context, signal.constData(), &receiver, SLOT(take(VLContextKey)),
+                             Qt::QueuedConnection));
+    context.set(ckLocale, u"de_DE"_s);
+    context.set(-5, 1);
+    QVERIFY(receiver.keys.isEmpty());
+    QTRY_COMPARE(receiver.keys, (QList<int>{ckLocale, -5}));
 }
 
 void TestVLContext::contextKey_hasFixedNumbers_data()
