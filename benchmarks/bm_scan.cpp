@@ -37,7 +37,7 @@ void writePackages(PackageBuilder& packages)
             content += "  <vidlet key=\"" + key + "\" title=\"A tip\">\n    <text>Tip " + key
                 + " of the scan</text>\n  </vidlet>\n";
         }
-        packages.writeControlFile(u"Package%1.vidlets"_s.arg(file % kPackages, 2, 10, u'0'),
+        packages.writeControlFile(u"Package%1.vidlets"_s.arg(file % kPackages, 2, 10, QChar(u'0')),
                                   u"tips-%1.xml"_s.arg(file), content + "</vidlets>\n");
     }
 }
