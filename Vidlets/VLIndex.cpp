@@ -69,12 +69,22 @@ QString firstTag(const QString& filePath)
     return QString();
 }
 
+bool isTextuallyBelow(const QString& root, const QString& file)
+{
+    return file.size() > root.size() && file.at(root.size()) == u'/' && file.startsWith(root);
+}
+
+/// Between canonical paths each step up is one in the text, and asks nothing of the disk.
+int stepsUp(const QString& root, const QString& file)
+{
+    return static_cast<int>(QStringView(file).mid(root.size()).count(u'/'));
+}
+
 int depthBelow(const QString& root, const QString& file)
 {
     const QString rootPath = QDir(root).canonicalPath();
-    // Without links on the way each step up is one in the text, and asks nothing of the disk.
-    if (QDir(file).canonicalPath() == file && file.startsWith(rootPath + u'/'))
-        return static_cast<int>(QStringView(file).mid(rootPath.size()).count(u'/'));
+    if (QDir(file).canonicalPath() == file && isTextuallyBelow(rootPath, file))
+        return stepsUp(rootPath, file);
 
     QDir dir(file);
     int depth = 0;
@@ -96,6 +106,11 @@ public:
         return knownPaths.contains(entry.location) && locations.contains(entry);
     }
 
+    bool isResolved(const QString& file, const QString& root) const
+    {
+        return file == resolvedFile && root == resolvedRoot && isTextuallyBelow(root, file);
+    }
+
     /// The given store, or one of the index's own once that is gone.
     QPointer<VLContext> context;
     QList<QString> paths;
@@ -107,6 +122,11 @@ public:
     QMap<QString, QList<QString>> packages;
     bool inUpdate = false;
     QRegularExpression keySeparators;
+    /// Where the walk of the manager is; null outside of one.
+    QString resolvedFile;
+    QString resolvedRoot;
+    /// Whether the walk has recorded resolvedRoot for its package.
+    bool isResolvedRootMapped = false;
 };
 
 VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
@@ -206,7 +226,8 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
 {
     if (!file.startsWith(root))
         return;
-    const int depth = depthBelow(root, file);
+    const bool isResolved = d->isResolved(file, root);
+    const int depth = isResolved ? stepsUp(root, file) : depthBelow(root, file);
     if (firstTag(file) != kControlFileTag)
         return;
 
@@ -215,7 +236,18 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
         return;
     d->locations.prepend(entry);
     d->knownPaths.insert(file);
+    if (isResolved && d->isResolvedRootMapped)
+        return;
     mapControlFile(file, root);
+    d->isResolvedRootMapped = isResolved;
+}
+
+void VLIndex::setResolvedPaths(const QString& file, const QString& root)
+{
+    if (root != d->resolvedRoot)
+        d->isResolvedRootMapped = false;
+    d->resolvedFile = file;
+    d->resolvedRoot = root;
 }
 
 VLContext& VLIndex::context()

@@ -190,6 +190,16 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLIndex)
 
+    friend class VLManager;
+
+    /**
+     * Says that @p file and @p root are canonical paths, until the next call.
+     *
+     * The walk of the manager resolves each directory once and lists no links, so nothing of it
+     * need be asked of the disk again for each file. Null strings end a walk.
+     */
+    void setResolvedPaths(const QString& file, const QString& root);
+
     VLIndexPrivate* const d;
 };
 

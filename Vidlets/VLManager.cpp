@@ -69,6 +69,16 @@ void renewViewWindow(VLWidget* widget)
     widget->view()->show();
 }
 
+/// The canonical path of a file that is no link, by that of its directory: what is no link needs
+/// no look at the disk. Null where the directory has none.
+QString pathIn(const QString& canonicalDirectory, const QString& fileName)
+{
+    if (canonicalDirectory.isEmpty())
+        return QString();
+    return canonicalDirectory.endsWith(u'/') ? canonicalDirectory + fileName
+                                             : canonicalDirectory + u'/' + fileName;
+}
+
 QString packageRoot(const QString& controlDirectory, int depth)
 {
     QDir dir(controlDirectory);
@@ -250,29 +260,31 @@ void VLManager::loadPackage(const QFileInfo& package)
     const QDir dir(package.absoluteFilePath());
     handleMessage(VLMessageInformation, u"indexing control files in %1"_s.arg(dir.absolutePath()));
     const QString controlDirectory = Settings::controlDirectory(d->settings);
+    const QString packagePath = package.canonicalFilePath();
 
     QFileInfoList pending{QFileInfo(dir.absoluteFilePath(controlDirectory))};
     while (!pending.isEmpty()) {
         const QFileInfo current = pending.takeFirst();
         handleMessage(VLMessageInformation,
                       u"looking for control files in :%1"_s.arg(current.absoluteFilePath()));
+        const QDir directory(current.absoluteFilePath());
+        const QString directoryPath = directory.canonicalPath();
         // The filter lets no directory through, so the walk ends with the control directory itself.
-        const QFileInfoList entries =
-            QDir(current.absoluteFilePath())
-                .entryInfoList({u"*.xml"_s},
-                               QDir::Files | QDir::NoSymLinks | QDir::Readable
-                                   | QDir::NoDotAndDotDot,
-                               QDir::NoSort);
+        const QFileInfoList entries = directory.entryInfoList(
+            {u"*.xml"_s}, QDir::Files | QDir::NoSymLinks | QDir::Readable | QDir::NoDotAndDotDot,
+            QDir::NoSort);
         for (const QFileInfo& entry : entries) {
             if (entry.isDir()) {
                 pending.append(entry);
             } else if (entry.isFile()) {
-                const QString controlFile = entry.canonicalFilePath();
+                const QString controlFile = pathIn(directoryPath, entry.fileName());
                 handleMessage(VLMessageInformation, u"found control file :%1"_s.arg(controlFile));
-                indexControFile(controlFile, package.canonicalFilePath());
+                d->index->setResolvedPaths(controlFile, packagePath);
+                indexControFile(controlFile, packagePath);
             }
         }
     }
+    d->index->setResolvedPaths(QString(), QString());
 }
 
 void VLManager::indexControFile(const QString& controlFile, const QString& packagePath)

@@ -7,6 +7,7 @@
 #include "VidletsTest.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLIndex.h>
+#include <Vidlets/VLInterface.h>
 #include <Vidlets/VLXmlElement.h>
 #include <Vidlets/VLXmlParser.h>
 
@@ -45,6 +46,20 @@ QString str(const char* text)
 {
     return QString::fromUtf8(text);
 }
+
+/// An index that records each file under a second path too, which leads back to the package's root
+/// on its way.
+class DetouringIndex : public VLIndex
+{
+public:
+    using VLIndex::VLIndex;
+
+    void indexControlFile(const QString& file, const QString& root) override
+    {
+        VLIndex::indexControlFile(file, root);
+        VLIndex::indexControlFile(root + str("/self") + file.mid(root.size()), root);
+    }
+};
 
 /// Packages on disk and an index over them. What the index hands out goes with this object.
 class Fixture
@@ -225,6 +240,8 @@ private Q_SLOTS:
     void indexControlFile_recordsNothing_outsideRoot_data();
     void indexControlFile_recordsNothing_outsideRoot();
     void indexControlFile_takesRootBehindLink();
+    void indexControlFile_findsDepthOnTheDisk_whenScanLeadsThroughLink();
+    void scan_recordsOneRoot_forFilesOfOnePackage();
     void indexControlFile_neverEnds_inSiblingOfLikeName();
     void indexControlFile_leavesOneEntry_whenCalledTwice();
     void indexControlFile_addsEntry_whenRootDiffers();
@@ -1100,6 +1117,39 @@ void TestVLIndex::indexControlFile_takesRootBehindLink()
     QCOMPARE(fixture.foundDepth, 2);
     // Paths are kept as they are handed in.
     QCOMPARE(fixture.roots("B"), QStringList{link});
+}
+
+void TestVLIndex::indexControlFile_findsDepthOnTheDisk_whenScanLeadsThroughLink()
+{
+    Fixture fixture;
+    const QString root = fixture.files.packageRoot(str("A.vidlets"));
+    fixture.files.writeControlFile(str("A.vidlets"), str("a.xml"), tips(tip("k", "1")));
+    QVERIFY(QFile::link(root, root + str("/self")));
+    DetouringIndex index(&fixture.context, {});
+    const VLInterface host(fixture.context, {fixture.files.dataPath()}, &index);
+
+    QString path;
+    int depth = 0;
+    VLXmlElement* tree = nullptr;
+    QVERIFY(index.retrieve(str("k"), QLocale::c(), path, depth, tree));
+    const std::unique_ptr<VLXmlElement> owned(tree);
+    QCOMPARE(path, root + str("/self/Control"));
+    QCOMPARE(depth, 2);
+}
+
+void TestVLIndex::scan_recordsOneRoot_forFilesOfOnePackage()
+{
+    Fixture fixture;
+    for (const char* package : {"A.vidlets", "B.vidlets"}) {
+        for (const char* file : {"a.xml", "b.xml", "c.xml"})
+            fixture.files.writeControlFile(str(package), str(file), tips(tip("k", "1")));
+    }
+    const QStringList dataPath{fixture.files.dataPath()};
+    const VLInterface host(fixture.context, dataPath, fixture.index.get());
+    const VLInterface second(fixture.context, dataPath, fixture.index.get());
+    QCOMPARE(fixture.roots("A"), QStringList{fixture.files.path(str("A.vidlets"))});
+    QCOMPARE(fixture.roots("B"), QStringList{fixture.files.path(str("B.vidlets"))});
+    QCOMPARE(fixture.keys().size(), 6);
 }
 
 void TestVLIndex::indexControlFile_neverEnds_inSiblingOfLikeName()
