@@ -8,9 +8,9 @@
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
-#include <QMetaMethod>
 #include <QMetaProperty>
 #include <QPointer>
+#include <QStringView>
 #include <QTextStream>
 #include <QXmlStreamReader>
 
@@ -51,42 +51,50 @@ public:
         int state;
     };
 
-    void readDocument(VLXmlParser* parser, QXmlStreamReader& reader);
-    QObject* createElement(const QString& name, const QXmlStreamAttributes& attributes) const;
+    void readDocument(QXmlStreamReader& reader);
+    void readStartTag(const QXmlStreamReader& reader);
+    void readText(const QXmlStreamReader& reader);
+    const QString& inBuffer(QStringView text);
+
+    bool isSkipping() const;
+    bool openTag(QStringView namespaceUri, QStringView name, const QString& qualifiedName,
+                 const QXmlStreamAttributes& attributes);
+    int askFilter(const QString& qualifiedName, const QXmlStreamAttributes& attributes) const;
+    void closeTag();
+    void push(QObject* element);
+    void appendText(QObject* element, const QString& text);
+
+    QObject* createElement(QStringView name, const QXmlStreamAttributes& attributes) const;
     bool writeAttributes(QObject* object, const QXmlStreamAttributes& attributes) const;
-    void pushSkipped();
-    QMetaMethod appendMethodOf(const QMetaObject* type);
+    int appendMethodOf(const QMetaObject* type);
 
     const QMetaObject* metaObject = &VLXmlElement::staticMetaObject;
     QList<ElementStackEntry> stack;
     ShouldGenerateElementFunction filter = nullptr;
     void* userData = nullptr;
-    /// The method that takes character data, and the class that it was found in: text is frequent,
-    /// and the search for a method by its name costs more than the rest of its way.
-    QMetaMethod appendMethod;
+    /// The index of the method that takes character data, and the class that it was found in: text
+    /// is frequent, and the search for a method by its name costs more than the rest of its way.
+    int appendMethod = -1;
     const QMetaObject* appendMethodOwner = nullptr;
+    /// The string of the document that is being handed on. Kept from one to the next, which saves
+    /// an allocation for each; who keeps a copy shares it until then.
+    QString buffer;
     /// What governs the next start tag: FilterChildren, KeepChildren or SkipChildren.
     int state = FilterChildren;
 };
 
-void VLXmlParserPrivate::readDocument(VLXmlParser* parser, QXmlStreamReader& reader)
+void VLXmlParserPrivate::readDocument(QXmlStreamReader& reader)
 {
     while (!reader.atEnd()) {
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
-            // A control file of many tips is mostly skipped tags: they take no copies of strings.
-            if (state & SkipChildren)
-                pushSkipped();
-            else
-                parser->startElement(reader.namespaceUri().toString(), reader.name().toString(),
-                                     reader.qualifiedName().toString(), reader.attributes());
+            readStartTag(reader);
             break;
         case QXmlStreamReader::Characters:
-            if (!stack.constLast().element.isNull())
-                parser->characters(reader.text().toString());
+            readText(reader);
             break;
         case QXmlStreamReader::EndElement:
-            parser->endElement();
+            closeTag();
             break;
         default:
             break;
@@ -94,7 +102,88 @@ void VLXmlParserPrivate::readDocument(VLXmlParser* parser, QXmlStreamReader& rea
     }
 }
 
-QObject* VLXmlParserPrivate::createElement(const QString& name,
+void VLXmlParserPrivate::readStartTag(const QXmlStreamReader& reader)
+{
+    // A control file of many tips is mostly skipped tags: they take no copies of strings.
+    if (isSkipping())
+        push(nullptr);
+    else
+        openTag(reader.namespaceUri(), reader.name(), inBuffer(reader.qualifiedName()),
+                reader.attributes());
+}
+
+void VLXmlParserPrivate::readText(const QXmlStreamReader& reader)
+{
+    if (QObject* element = stack.constLast().element)
+        appendText(element, inBuffer(reader.text()));
+}
+
+const QString& VLXmlParserPrivate::inBuffer(QStringView text)
+{
+    return buffer.setUnicode(text.data(), text.size());
+}
+
+bool VLXmlParserPrivate::isSkipping() const
+{
+    return state & SkipChildren;
+}
+
+/// Opens a tag that is not within a skipped one. False where no object could be made.
+bool VLXmlParserPrivate::openTag(QStringView namespaceUri, QStringView name,
+                                 const QString& qualifiedName,
+                                 const QXmlStreamAttributes& attributes)
+{
+    const int flags = askFilter(qualifiedName, attributes);
+    if (flags & SkipChildren)
+        state = SkipChildren;
+    else if (flags & KeepChildren)
+        state = KeepChildren;
+    else
+        state = FilterChildren;
+
+    if (flags & NoElement) {
+        push(nullptr);
+        return true;
+    }
+
+    QObject* object = createElement(name, attributes);
+    if (!object)
+        return false;
+    writePropertyIfPresent(object, "tagNameSpace", namespaceUri.trimmed().toString());
+    writePropertyIfPresent(object, "tagName", qualifiedName.trimmed());
+    push(object);
+    return true;
+}
+
+int VLXmlParserPrivate::askFilter(const QString& qualifiedName,
+                                  const QXmlStreamAttributes& attributes) const
+{
+    return (state & FilterChildren) && filter ? filter(qualifiedName, attributes, userData) : state;
+}
+
+void VLXmlParserPrivate::closeTag()
+{
+    stack.removeLast();
+    state = stack.constLast().state;
+}
+
+/// Makes a tag the innermost; @p element is null where it has none.
+void VLXmlParserPrivate::push(QObject* element)
+{
+    stack.append({QPointer<QObject>(element), state});
+}
+
+void VLXmlParserPrivate::appendText(QObject* element, const QString& text)
+{
+    const int method = appendMethodOf(element->metaObject());
+    if (method < 0)
+        return;
+    // The first argument is the result, of which there is none.
+    void* arguments[] = {nullptr, const_cast<QString*>(&text)};
+    QMetaObject::metacall(element, QMetaObject::InvokeMetaMethod, method, arguments);
+}
+
+QObject* VLXmlParserPrivate::createElement(QStringView name,
                                            const QXmlStreamAttributes& attributes) const
 {
     // The parent of an element beneath a dropped tag is null: such an element reaches no result.
@@ -136,17 +225,12 @@ bool VLXmlParserPrivate::writeAttributes(QObject* object,
     return true;
 }
 
-void VLXmlParserPrivate::pushSkipped()
-{
-    stack.append({QPointer<QObject>(), SkipChildren});
-}
-
-QMetaMethod VLXmlParserPrivate::appendMethodOf(const QMetaObject* type)
+int VLXmlParserPrivate::appendMethodOf(const QMetaObject* type)
 {
     if (type != appendMethodOwner) {
         const QByteArray signature =
             QMetaObject::normalizedSignature("appendContent(const QString&)");
-        appendMethod = type->method(type->indexOfMethod(signature.constData()));
+        appendMethod = type->indexOfMethod(signature.constData());
         appendMethodOwner = type;
     }
     return appendMethod;
@@ -181,12 +265,12 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
     d->stack.append({QPointer<QObject>(sentinel), FilterChildren});
 
     QXmlStreamReader reader(file);
-    d->readDocument(this, reader);
+    d->readDocument(reader);
     if (reader.error() != QXmlStreamReader::NoError) {
         reportInvalidXml(*file, reader);
         // One entry goes, however many are open. Where only the sentinel is, the stack runs empty
         // and the list's assertion ends the process: intended, and not to be guarded.
-        endElement();
+        d->closeTag();
     }
 
     QList<QObject*> elements = sentinel->children();
@@ -200,51 +284,22 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
 bool VLXmlParser::startElement(const QString& namespaceUri, const QString& name,
                                const QString& qualifiedName, const QXmlStreamAttributes& attributes)
 {
-    int flags = d->state;
-    if (flags & SkipChildren) {
-        d->pushSkipped();
-        return true;
-    }
-    if ((flags & FilterChildren) && d->filter)
-        flags = d->filter(qualifiedName, attributes, d->userData);
-
-    if (flags & SkipChildren)
-        d->state = SkipChildren;
-    else if (flags & KeepChildren)
-        d->state = KeepChildren;
-    else
-        d->state = FilterChildren;
-
-    if (flags & NoElement) {
-        d->stack.append({QPointer<QObject>(), d->state});
-        return true;
-    }
-
-    QObject* object = d->createElement(name, attributes);
-    if (!object)
-        return false;
-    writePropertyIfPresent(object, "tagNameSpace", namespaceUri.trimmed());
-    writePropertyIfPresent(object, "tagName", qualifiedName.trimmed());
-    d->stack.append({QPointer<QObject>(object), d->state});
+    if (!d->isSkipping())
+        return d->openTag(namespaceUri, name, qualifiedName, attributes);
+    d->push(nullptr);
     return true;
 }
 
 bool VLXmlParser::endElement()
 {
-    d->stack.removeLast();
-    d->state = d->stack.constLast().state;
+    d->closeTag();
     return true;
 }
 
 bool VLXmlParser::characters(const QString& text)
 {
-    QObject* element = d->stack.constLast().element;
-    if (!element)
-        return true;
-
-    const QMetaMethod method = d->appendMethodOf(element->metaObject());
-    if (method.isValid())
-        method.invoke(element, Qt::DirectConnection, Q_ARG(QString, text));
+    if (QObject* element = d->stack.constLast().element)
+        d->appendText(element, text);
     return true;
 }
 
