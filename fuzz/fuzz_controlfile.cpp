@@ -55,7 +55,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         index.store(nullptr, QLocale(), file, 2);
         index.mapControlFile(file, root);
         const QLocale locale(u"en_US"_s);
-        for (const QString& key : {u"open"_s, u"save"_s, QString()})
+        // "bad" is the key in the broken files of the tests, which are seeds too.
+        for (const QString& key : {u"open"_s, u"save"_s, u"bad"_s, QString()})
             lookUp(index, census, key, locale);
         lookUp(index, census, u"open"_s, QLocale(u"de_DE"_s));
         if (survey.rootTag == kControlFileTag || survey.rootTag == kTipTag)

@@ -1,4 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The Vidlets developers
 # SPDX-License-Identifier: MIT
 
-vidlets_add_test(NAME tst_badcontent SOURCES shared/ObjectCensus.cpp)
+foreach(kind IN ITEMS badclip badcontent badpackage)
+  vidlets_add_test(NAME tst_${kind} SOURCES shared/BadContentTest.cpp shared/BadPackage.cpp
+                                            shared/ObjectCensus.cpp)
+endforeach()
