@@ -114,13 +114,15 @@ public:
     VLContext(const VLContext& other);
     ~VLContext() override;
 
-    /// Takes over the values of @p other. The parent stays, and no signal tells of the change.
+    /// Takes over the values of @p other. The parent stays, and no signal tells of it, although any
+    /// value may have changed.
     VLContext& operator=(const VLContext& other);
 
     /**
-     * The value stored under @p key, or @p defaultValue where there is no entry.
+     * Reads the entry for @p key.
      *
-     * An entry that holds an invalid QVariant counts as one and is returned.
+     * @return The stored value, also where it is an invalid QVariant; @p defaultValue where there
+     *         is no entry.
      */
     QVariant get(const VLContextKey& key, const QVariant& defaultValue) const;
 
@@ -131,16 +133,16 @@ public:
      */
     void set(const VLContextKey& key, const QVariant& value);
 
-    /// Whether there is an entry for @p key, also one with an invalid value.
+    /// Returns whether there is an entry for @p key. One with an invalid value counts.
     bool contains(const VLContextKey& key);
 
-    /// All keys with an entry, in ascending order.
+    /// Returns the keys of all entries in ascending order.
     QList<int> keys();
 
 Q_SIGNALS:
-    /// Sent after a set() on this object, when get() gives the new value.
+    /// Sent after a set() on this object, when get() returns the new value.
     void settingDidChange(const VLContextKey& key);
-    /// Sent before a set() on this object, when get() still gives the old value.
+    /// Sent before a set() on this object, when get() still returns the old value.
     void settingWillChange(const VLContextKey& key);
 
 private:

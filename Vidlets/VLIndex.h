@@ -55,8 +55,8 @@ struct IndexedLocation
  *
  * A host may derive an index of its own: all operations of a storage back end are virtual, and most
  * do nothing here. The library deletes no index, neither the host's nor one of its own. Failures
- * show as null or as a shorter list, and of invalid XML the parser tells on standard output; the
- * faults that end the process are told at VLXmlParser. An index belongs to the user-interface
+ * show as null or as a shorter list, and the parser reports invalid XML on standard output. The
+ * faults that end the process are described at VLXmlParser. An index belongs to the user-interface
  * thread.
  */
 class VIDLETS_EXPORT VLIndex : public QObject
@@ -75,38 +75,43 @@ public:
     /// Leaves the record of the index allocated.
     ~VLIndex() override;
 
-    /// Hook for a back end: called by the manager before it scans. True.
+    /// Hook for a back end: the manager calls it before it scans. Always returns true.
     virtual bool open();
     /// Hook for a back end: calls clear() if ckClearIndexOnSetup is set. The library does not call
-    /// it. True.
+    /// it. Always returns true.
     virtual bool setup();
-    /// Hook for a back end: does nothing here, so control files stay recorded. True.
+    /// Hook for a back end: does nothing here, so that control files stay recorded. Always returns
+    /// true.
     virtual bool clear();
-    /// Hook for a back end: does nothing here. True.
+    /// Hook for a back end: does nothing here. Always returns true.
     virtual bool close();
-    /// Hook for a back end: does nothing here. True.
+    /// Hook for a back end: does nothing here. Always returns true.
     virtual bool remove();
 
     /**
-     * Finds the content for @p key in @p locale, matched exactly.
-     *
-     * @param[out] path The absolute path of the control file's directory; untouched on failure.
-     * @param[out] depth Steps from the control file up to the package root; untouched on failure.
-     * @param[out] root The top of the tree that the result is part of. The caller owns it, and with
-     *             it the result; it means something only when the result is not null.
-     * @return The content, or null where no control file has it.
+     * Finds the content for @p key in @p locale. Both are matched exactly.
      *
      * A file that breaks while a tag below its root is open, once the wanted one was begun, gives
      * addresses of objects that have been deleted.
+     *
+     * @param[out] path The absolute path of the control file's directory. It is left untouched on
+     *             failure.
+     * @param[out] depth How many steps lead from the control file up to the package root. It is
+     *             left untouched on failure.
+     * @param[out] root The top of the tree that the result is part of. The caller owns it, and with
+     *             it the result. It means something only when the result is not null.
+     * @return The content, or null where no control file has it.
      */
     virtual VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path,
                                    int& depth, VLXmlElement*& root);
 
     /**
-     * Records the control file @p location at the end of the search order unless it is there with
-     * the same @p depth. True.
+     * Records the control file @p location at the end of the search order, unless it is recorded
+     * with the same @p depth already.
      *
      * @p element and @p locale are for a back end and are ignored here.
+     *
+     * @return Always true.
      */
     virtual bool store(VLXmlElement* element, const QLocale& locale, const QString& location,
                        int depth);
@@ -117,25 +122,31 @@ public:
     virtual void endUpdate();
 
     /**
-     * The keys of all control files in search order, then document order; neither sorted nor freed
-     * of duplicates.
+     * Reads every control file and lists the keys in it.
      *
-     * Reads every control file and leaves the parsed trees allocated, at each call. A file that can
-     * be read and whose root is no longer of a control file ends the process.
+     * Each call leaves the trees that it parsed allocated. A file that can be read and whose root
+     * is no longer that of a control file ends the process.
+     *
+     * @return The keys in search order, then document order. They are neither sorted nor freed of
+     *         duplicates.
      */
     virtual QList<QString> keys();
 
     /**
      * Records @p file at the front of the search order if its first tag marks it as a control file.
      *
-     * @param file Path of the file; must begin with @p root.
-     * @param root The package root. Both are compared as strings first: a directory whose name
-     *             merely begins with that of @p root passes that test. The search for the root then
-     *             never ends, as for any file that does not truly lie below it.
+     * The two paths are compared as strings first. A file in a directory whose name merely begins
+     * with that of @p root passes this test, and the search for the root then never ends, as for
+     * any file that does not truly lie below it.
+     *
+     * @param file The path of the file, which begins with @p root. Of any other nothing is
+     * recorded.
+     * @param root The package root.
      */
     virtual void indexControlFile(const QString& file, const QString& root);
 
-    /// The settings. Where the given store is gone, a new and empty one, owned by the index.
+    /// Returns the settings. Where the given store is gone, that is a new and empty one, which the
+    /// index owns.
     VLContext& context();
     /// @overload
     const VLContext& context() const;
@@ -143,10 +154,10 @@ public:
     /**
      * Reads the one control file @p location for @p key in @p locale.
      *
-     * @param[out] root The top of the tree, owned by the caller. Left untouched, set to null or
-     * left with the address of a deleted object where the result is null.
+     * @param[out] root The top of the tree, which the caller owns. Where the result is null it is
+     *             left untouched, set to null, or left with the address of a deleted object.
      * @return The content with the key data and the reserved attributes, or null. See retrieve()
-     * for a file that is broken.
+     *         for a file that is broken.
      */
     VLXmlElement* load(const QString& key, const QString& location, const QLocale& locale,
                        VLXmlElement*& root);
@@ -155,36 +166,40 @@ public:
     /// record the small tree that was read for it stays allocated.
     void loadKeyData(const QString& key, VLXmlElement* element);
 
-    /// Records @p root as a root of its package; @p file is not used.
+    /// Records @p root as a root of its package. @p file is not used.
     void mapControlFile(const QString& file, const QString& root);
 
-    /// The name of the innermost package directory that is or contains @p location, or a null
-    /// string.
+    /// Returns the name of the innermost package directory that is or contains @p location, or a
+    /// null string where there is none.
     QString packageNameForLocation(const QString& location) const;
 
-    /// The directories in which a component of the package @p name may lie, in search order: the
-    /// package's roots, then the one of ckExtraComponentPath.
+    /// Returns the directories in which a component of the package @p name may lie, in search
+    /// order: the package's roots, then the one of ckExtraComponentPath.
     QList<QString> componentPathsForPackageNamed(const QString& name) const;
 
     /**
-     * The places in which a component of @p element may lie, in search order: those of its own
-     * package, then the roots of the packages that its control file names in "search".
+     * Lists the places in which a component of @p element may lie. Whether anything is there is not
+     * looked at.
      *
-     * @param element Content from retrieve(); null gives an empty list.
-     * @param category A relative path to be added to each directory; an empty one adds nothing, an
+     * @param element Content from retrieve(), or null.
+     * @param category A relative path to be added to each directory. An empty one adds nothing, an
      *                 absolute one replaces each.
+     * @return The places in search order: those of the element's own package, then the roots of the
+     *         packages that its control file names in "search". Null has none.
      */
     QList<QString> componentPathsForElement(const VLXmlElement* element,
                                             const QString& category) const;
 
-    /// The element filter of keys(): builds control file roots and tips, wherever they stand, and
-    /// nothing else.
+    /// The element filter of keys(), which builds control file roots and tips, wherever they stand,
+    /// and nothing else.
+    /// @return ElementFilterFlag values.
     static int indexDataShouldGenerateElement(const QString& tag,
                                               const QXmlStreamAttributes& attributes,
                                               void* userData);
 
 protected:
-    /// Whether startUpdate() was called and endUpdate() was not; for derived classes.
+    /// Returns whether startUpdate() was called and endUpdate() was not. This is for derived
+    /// classes.
     bool isInUpdate() const;
 
 private:

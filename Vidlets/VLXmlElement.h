@@ -49,53 +49,60 @@ public:
     ~VLXmlElement() override;
 
     /**
-     * The first descendant with the tag name @p name, or null.
+     * Searches the descendants for the tag name @p name: the direct children first, then the
+     * subtree of each child in turn.
      *
-     * Direct children are tried first, then the subtree of each child in turn. The element stays
-     * owned by its parent.
+     * @return The first match, which stays owned by its parent, or null where there is none.
      */
     Q_INVOKABLE Vidlets::VLXmlElement* childElement(const QString& name) const;
 
-    /// All descendants with the tag name @p name in document order; with an empty name, all
-    /// descendants. They stay owned by their parents.
+    /**
+     * Searches the descendants for the tag name @p name. An empty name matches all of them.
+     *
+     * @return The matches in document order. They stay owned by their parents.
+     */
     Q_INVOKABLE QList<QObject*> childElementList(const QString& name) const;
 
-    /// The value of the attribute @p name, or a null string where there is no such attribute.
+    /// Returns the value of the attribute @p name, or a null string where there is none.
     Q_INVOKABLE QString attribute(const QString& name) const;
 
-    /// Whether there is an attribute @p name, also one with an empty value.
+    /// Returns whether there is an attribute @p name. One with an empty value counts.
     Q_INVOKABLE bool hasAttribute(const QString& name) const;
 
-    /// Appends @p content to the character data, with nothing in between.
+    /// Appends @p content to the character data, with nothing in between, and sends the signal.
     Q_INVOKABLE void appendContent(const QString& content);
 
     /**
-     * An outline of the tree for people: tags and attributes, indented by @p index blanks and two
-     * more per level, without a line feed at the end.
+     * Writes an outline of the tree for people: tags and attributes, one tag to a line.
      *
      * It is not an inverse of the parser: character data and namespaces are left out, attributes
-     * are sorted by name, and nothing is escaped.
+     * are sorted by name, and nothing is escaped. It takes time by the length of the outline, which
+     * grows by the square of the depth.
+     *
+     * @param index How many blanks come before the outermost tag; each level has two more. Where
+     *              the number is below zero there are none.
+     * @return The lines, without a line feed at the end.
      */
     Q_INVOKABLE QString toXml(int index = 0);
 
-    /// The names of all attributes, sorted.
+    /// Returns the names of all attributes, sorted.
     QList<QString> attributeNames() const;
 
     /// Inserts or replaces the attribute @p name. No signal tells of it.
     void setAttribute(const QString& name, const QString& value);
 
-    /// The tag name.
+    /// Returns the tag name.
     QString getTagName() const;
-    /// The namespace URI.
+    /// Returns the namespace URI, which is empty where there is none.
     QString getTagNameSpace() const;
-    /// The character data.
+    /// Returns the character data directly inside the element, with all its white space.
     QString content() const;
 
-    /// Sets the tag name; the signal is sent also when it stays the same.
+    /// Sets the tag name. The signal is sent also when the name stays the same.
     void setTagName(const QString& name);
-    /// Sets the namespace URI; the signal is sent also when it stays the same.
+    /// Sets the namespace URI. The signal is sent also when the URI stays the same.
     void setTagNameSpace(const QString& nameSpace);
-    /// Replaces the character data; the signal is sent also when it stays the same.
+    /// Replaces the character data. The signal is sent also when the data stays the same.
     void setContent(const QString& content);
 
 Q_SIGNALS:

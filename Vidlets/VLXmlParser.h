@@ -33,10 +33,10 @@ enum ElementFilterFlag {
 };
 
 /**
- * An element filter: decides tag by tag what the parser builds.
+ * An element filter, which decides tag by tag what the parser builds.
  *
- * It gets the qualified name of the tag, its attributes and the user data of the parser, and gives
- * ElementFilterFlag values.
+ * It is given the qualified name of the tag, its attributes and the user data of the parser, and
+ * returns ElementFilterFlag values.
  */
 using ShouldGenerateElementFunction = int (*)(const QString& tag,
                                               const QXmlStreamAttributes& attributes,
@@ -61,7 +61,7 @@ public:
     /// Without a filter everything is built.
     explicit VLXmlParser(ShouldGenerateElementFunction filter = nullptr, void* userData = nullptr);
 
-    /// Deletes the elements that the last, failed parse left open.
+    /// Deletes the elements that the last parse left open, if it failed.
     ~VLXmlParser();
 
     /// @overload
@@ -75,16 +75,19 @@ public:
      */
     QList<QObject*> parse(QFile* file);
 
-    /// Handles a start tag. Called by parse(), but for the tags in a subtree that it passes over.
-    /// False where no object could be made.
+    /**
+     * Handles a start tag as parse() does: asks the filter and builds an element if it says so.
+     *
+     * @return Whether all went well: false where an element was wanted and could not be made.
+     */
     bool startElement(const QString& namespaceUri, const QString& name,
                       const QString& qualifiedName, const QXmlStreamAttributes& attributes);
-    /// Handles an end tag. Called by parse(). Always true.
+    /// Handles an end tag as parse() does, whichever tag it is of. Always returns true.
     bool endElement();
-    /// Handles character data, which goes to the innermost element if it was built. Called by
-    /// parse(). Always true.
+    /// Handles character data as parse() does: it goes to the innermost tag if an element was built
+    /// for that. Always returns true.
     bool characters(const QString& text);
-    /// Handles white space as characters() does. Always true.
+    /// Handles white space as characters() does. Always returns true.
     bool ignorableWhitespace(const QString& text);
 
 private:
