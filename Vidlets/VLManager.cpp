@@ -22,6 +22,7 @@
 #include <QPointer>
 #include <QRegularExpression>
 #include <QSize>
+#include <QStringBuilder>
 #include <QTranslator>
 #include <QUrl>
 
@@ -70,13 +71,15 @@ void renewViewWindow(VLWidget* widget)
 }
 
 /// The canonical path of a file that is no link, by that of its directory: what is no link needs
-/// no look at the disk. Null where the directory has none.
+/// no look at the disk. Null where the directory has none. Built at once, since the index keeps it:
+/// a string that grew has room to spare.
 QString pathIn(const QString& canonicalDirectory, const QString& fileName)
 {
     if (canonicalDirectory.isEmpty())
         return QString();
-    return canonicalDirectory.endsWith(u'/') ? canonicalDirectory + fileName
-                                             : canonicalDirectory + u'/' + fileName;
+    if (canonicalDirectory.endsWith(u'/'))
+        return canonicalDirectory % fileName;
+    return canonicalDirectory % u'/' % fileName;
 }
 
 QString packageRoot(const QString& controlDirectory, int depth)
