@@ -79,8 +79,9 @@ inline BadCase bad(const char* name)
 /**
  * The base of tests of bad content.
  *
- * Each case is shown to do no harm: its tip comes or does not, as told, and a good tip of another
- * package can be shown after that, although the bad file is still recorded and is searched first.
+ * Each case is shown to do no harm: its tip comes or does not, as the case says, and a good tip of
+ * another package can be shown after that, although the bad file is still recorded and is searched
+ * first.
  */
 class BadContentTest : public VidletsTest
 {
