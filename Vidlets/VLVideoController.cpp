@@ -3,13 +3,17 @@
 
 #include "VLVideoController.h"
 
+#include "VLFramePacing.h"
+#include "VLNumbers.h"
 #include "VLVideoSource.h"
 
 #include <QDebug>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
-#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
@@ -19,25 +23,21 @@ namespace {
 
 constexpr unsigned long kQuitTimeoutMs = 10000;
 constexpr unsigned long kIdleSleepMs = 100;
-constexpr int kLockTimeoutMs = 100;
-constexpr double kMsPerDay = 86400000.0;
-constexpr double kMsPerSecond = 1000.0;
-constexpr double kMicrosecondsPerMs = 1000.0;
+constexpr std::chrono::milliseconds kLockTimeout(100);
 
 } // namespace
 
 class VLVideoControllerPrivate
 {
 public:
-    double frameDelaySeconds() const;
-
-    /// Not owned.
+    /// Not owned; never replaced.
     VLVideoSource* source = nullptr;
     /// The frame that the item last fetched.
     quint64 shownPosition = 0;
-    /// The frame that the item is to fetch next. Raised and read without the lock in two places.
-    quint64 position = 0;
-    /// Guards everything here.
+    /// The frame that the item is to fetch next. Set under the mutex, but raised by the step and
+    /// read by position() without it.
+    std::atomic<quint64> position = 0;
+    /// Guards everything here but source and, in part, position.
     QRecursiveMutex controllerMutex;
     bool shouldQuit = false;
     /// A frame must be shown although the position does not walk.
@@ -46,25 +46,6 @@ public:
     QDateTime lastFrameDisplayTime;
     VLVideoController::State state = VLVideoController::StatePaused;
 };
-
-/**
- * How long to sleep after a frame: one frame interval, or, where the last frame was shown within
- * the same millisecond or never, one for each frame that was not fetched yet.
- *
- * The wanted time is in seconds and the elapsed one in microseconds. That mix is what makes the
- * pacing even, and it stays: no frame is caught up with, and none is skipped.
- */
-double VLVideoControllerPrivate::frameDelaySeconds() const
-{
-    const double frameDelay = 1.0 / source->frameRate();
-    const double wanted = static_cast<double>(position - shownPosition) * frameDelay;
-    const QDateTime now = QDateTime::currentDateTime();
-    const auto days = static_cast<double>(lastFrameDisplayTime.daysTo(now));
-    const double msecs = lastFrameDisplayTime.time().msecsTo(now.time());
-    const double elapsed = (msecs + days * kMsPerDay) * kMicrosecondsPerMs;
-    const double remaining = wanted - std::min(wanted, elapsed);
-    return std::max(remaining, frameDelay);
-}
 
 VLVideoController::VLVideoController(VLVideoSource* source, QObject* parent)
     : QThread(parent)
@@ -174,9 +155,10 @@ double VLVideoController::progress()
 
 void VLVideoController::setProgress(double progress)
 {
-    // Through 32 signed bits, and widened with the sign.
-    const auto index =
-        static_cast<qint32>(static_cast<double>(d->source->totalFrameCount()) * progress);
+    // Kept: through 32 signed bits, and widened with the sign. What does not fit or is not a number
+    // is the least of them, and so leads to the last frame.
+    const qint32 index =
+        truncatedToInt32(static_cast<double>(d->source->totalFrameCount()) * progress);
     setPosition(static_cast<quint64>(static_cast<qint64>(index)));
 }
 
@@ -213,8 +195,10 @@ VLVideoFrame VLVideoController::getFrame(quint64 index)
 VLVideoFrame VLVideoController::currentFrame()
 {
     const QMutexLocker locker(&d->controllerMutex);
-    const VLVideoFrame frame = d->source->getFrame(static_cast<unsigned int>(d->position));
-    d->shownPosition = d->position;
+    // Read once: the step may raise it meanwhile.
+    const quint64 position = d->position;
+    const VLVideoFrame frame = d->source->getFrame(static_cast<unsigned int>(position));
+    d->shownPosition = position;
     return frame;
 }
 
@@ -256,11 +240,8 @@ void VLVideoController::setShouldQuit()
 
 bool VLVideoController::shouldQuit()
 {
-    if (!d->controllerMutex.tryLock(kLockTimeoutMs))
-        return false;
-    const bool result = d->shouldQuit;
-    d->controllerMutex.unlock();
-    return result;
+    const std::unique_lock lock(d->controllerMutex, kLockTimeout);
+    return lock.owns_lock() && d->shouldQuit;
 }
 
 void VLVideoController::quit()
@@ -277,27 +258,30 @@ void VLVideoController::quit()
 
 void VLVideoController::presentFrame()
 {
-    QMutexLocker locker(&d->controllerMutex);
+    std::unique_lock lock(d->controllerMutex);
     if (d->state != StatePlaying) {
-        locker.unlock();
+        lock.unlock();
         Q_EMIT displayFrame();
         return;
     }
-    if (d->shownPosition == d->position && d->position >= d->source->loadedFrameCount())
+    const quint64 position = d->position;
+    const quint64 loaded = d->source->loadedFrameCount();
+    if (d->shownPosition == position && position >= loaded)
         return;
+    const double delaySeconds =
+        VLFramePacing::delaySeconds({position, d->shownPosition, d->source->frameRate(),
+                                     d->lastFrameDisplayTime, QDateTime::currentDateTime()});
+    lock.unlock();
 
-    const double delaySeconds = d->frameDelaySeconds();
-    const bool hasFrame = d->position < d->source->loadedFrameCount();
-    locker.unlock();
-    if (hasFrame) {
-        // Raised without the lock, which is accepted: a reader gets the old or the new position.
+    if (position < loaded) {
+        // Kept: raised without the lock. A reader gets the old or the new position.
         ++d->position;
         Q_EMIT displayFrame();
         Q_EMIT positionChanged();
         setLastFrameDisplayTime(QDateTime::currentDateTime());
     }
     if (delaySeconds > 0.0)
-        msleep(static_cast<unsigned long>(delaySeconds * kMsPerSecond));
+        msleep(VLFramePacing::sleepMs(delaySeconds));
 }
 
 void VLVideoController::streamEnded()
@@ -319,33 +303,40 @@ void VLVideoController::sourceLoaded()
 void VLVideoController::run()
 {
     while (!shouldQuit()) {
-        // Without the lock the pass has nothing to do and no sleep: the try itself has waited.
-        if (d->controllerMutex.tryLock(kLockTimeoutMs) && !step())
+        std::unique_lock lock(d->controllerMutex, kLockTimeout);
+        // The pass has nothing to do then, and no sleep: the try itself has waited.
+        if (!lock.owns_lock())
+            continue;
+        const bool plays = step();
+        lock.unlock();
+        if (plays)
+            presentFrame();
+        else
             msleep(kIdleSleepMs);
     }
 }
 
-/// One pass of the loop, entered with the mutex held and left without it. False where there was
-/// nothing to play.
+/// One pass of the loop, with the mutex held throughout. Returns whether there is a frame to be
+/// played, which the caller presents without the mutex.
 bool VLVideoController::step()
 {
+    const quint64 position = d->position;
     if (d->state == StatePaused) {
-        if (d->needFrame && d->source->isFrameAvailable(d->position)) {
-            // The first frame, wherever the position is: only looked at for being there. The item
-            // fetches the one at the position.
+        if (d->needFrame && d->source->isFrameAvailable(position)) {
+            // Kept: the first frame, wherever the position is. It is only looked at for being
+            // there; the item fetches the one at the position.
             if (!d->source->getFrame(0).isNull())
                 d->needFrame = false;
             presentFrame();
         }
-    } else if (d->source->isFrameAvailable(d->position)) {
-        d->needFrame = false;
-        d->controllerMutex.unlock();
-        presentFrame();
-        return true;
-    } else if (d->source->totalFrameCount() >= d->position) {
-        pause();
+        return false;
     }
-    d->controllerMutex.unlock();
+    if (d->source->isFrameAvailable(position)) {
+        d->needFrame = false;
+        return true;
+    }
+    if (d->source->totalFrameCount() >= position)
+        pause();
     return false;
 }
 

@@ -28,9 +28,10 @@ class VLVideoSource;
  * when it pauses by itself, stateChanged(). The object itself, with its slots, stays on the thread
  * that made it.
  *
- * Locks: the controller mutex guards the private record, but for position(), which reads without
- * it, and the step, which raises the position without it. It is taken before the source's cache
- * mutex or media mutex, and recursively. The loop waits for it for 100 milliseconds at most.
+ * Locks: the controller mutex guards the private record, but for the position, an atomic number:
+ * position() reads it, and the step raises it, without the mutex. The mutex is taken before the
+ * source's cache mutex or media mutex, and recursively. The loop waits for it for 100 milliseconds
+ * at most.
  * play() may send positionChanged() with the mutex held: a slot that deletes the controller there
  * waits for the thread in vain.
  *
@@ -77,7 +78,8 @@ public:
     void setPosition(quint64 position);
     /// The position divided by the number of frames; 0.0 with none.
     double progress();
-    /// Moves to @p progress, from 0.0 for the first to 1.0 for the last frame.
+    /// Moves to @p progress, from 0.0 for the first to 1.0 for the last frame. What lies outside,
+    /// and what is not a number, leads to the last frame too; less than a frame below 0.0 is 0.0.
     void setProgress(double progress);
     /// 1.0, or not a number while there are no frames: loaded and total count are the same.
     double loadProgress() const;

@@ -249,6 +249,8 @@ private Q_SLOTS:
     void presentFrame_onlySleeps_whenEndWasNotFetched();
     void presentFrame_sleepsOneInterval_atLeast();
     void presentFrame_sleepsForUnfetchedFrames_whenNothingWasShownYet();
+    void run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate_data();
+    void run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate();
 
     void thread_isNamed();
     void run_showsFrameOnce_whenPaused();
@@ -635,6 +637,15 @@ void TestVLVideoController::setProgress_cutsToFrame_data()
     // Widened with the sign: a huge position.
     QTest::newRow("negative") << -0.1 << quint64(9);
     QTest::newRow("far below zero") << -1e8 << quint64(9);
+    // What 32 bits do not hold, and what is no number, is the least that they hold.
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    QTest::newRow("last that fits") << 214748364.7 << quint64(9);
+    QTest::newRow("too large") << 214748364.8 << quint64(9);
+    QTest::newRow("too large, its low bits are few") << 429496729.8 << quint64(9);
+    QTest::newRow("too small") << -429496729.4 << quint64(9);
+    QTest::newRow("infinite") << kInfinity << quint64(9);
+    QTest::newRow("negative, infinite") << -kInfinity << quint64(9);
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN() << quint64(9);
 }
 
 void TestVLVideoController::setProgress_cutsToFrame()
@@ -934,6 +945,24 @@ void TestVLVideoController::presentFrame_sleepsForUnfetchedFrames_whenNothingWas
 
     QVERIFY2(timer.elapsed() >= 150, qPrintable(QString::number(timer.elapsed())));
     QCOMPARE(player->position(), quint64(3));
+}
+
+void TestVLVideoController::run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate_data()
+{
+    QTest::addColumn<double>("rate");
+    QTest::newRow("zero") << 0.0;
+    QTest::newRow("not a number") << std::numeric_limits<double>::quiet_NaN();
+}
+
+void TestVLVideoController::run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate()
+{
+    QFETCH(double, rate);
+    Player player(20, rate);
+    player->play();
+    player->start();
+    QTRY_COMPARE(player->state(), VLVideoController::StatePaused);
+    QCOMPARE(player->position(), quint64(20));
+    QCOMPARE(player.countFromLoop("display"), 20);
 }
 
 void TestVLVideoController::thread_isNamed()
