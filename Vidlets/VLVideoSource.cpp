@@ -11,11 +11,51 @@
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
+#include <algorithm>
+#include <atomic>
+#include <iterator>
+
 namespace Vidlets {
 
 namespace {
 
 constexpr unsigned long kQuitTimeoutMs = 10000;
+
+/**
+ * Where change records arrive: any thread adds one without waiting for another, and whoever takes
+ * them takes all.
+ */
+class ChangeInbox
+{
+public:
+    /// Takes ownership of @p change.
+    void add(VLVideoSourceChange* change)
+    {
+        auto* node = new Node{change, m_newest.load()};
+        while (!m_newest.compare_exchange_weak(node->older, node)) { }
+    }
+    /// Takes all records out and appends them to @p changes, oldest first.
+    void moveTo(QList<VLVideoSourceChange*>& changes)
+    {
+        const qsizetype before = changes.size();
+        for (Node* node = m_newest.exchange(nullptr); node;) {
+            changes.append(node->change);
+            const Node* taken = node;
+            node = node->older;
+            delete taken;
+        }
+        std::reverse(std::next(changes.begin(), before), changes.end());
+    }
+
+private:
+    struct Node
+    {
+        VLVideoSourceChange* change;
+        Node* older;
+    };
+
+    std::atomic<Node*> m_newest = nullptr;
+};
 
 } // namespace
 
@@ -28,15 +68,36 @@ public:
     bool shouldQuit = false;
     /// Guarded by stateMutex.
     VLVideoSource::Action action = VLVideoSource::ActionIdle;
+    /// Held also while an old cache is deleted with all its frames.
     QRecursiveMutex cacheMutex;
+    /// Held while two URLs are compared, and while a record is added or deleted.
     QRecursiveMutex stateMutex;
-    /// The queue, oldest first; owns the records. Guarded by stateMutex, but for setAction().
+    /// The queue, oldest first; owns the records. Guarded by stateMutex.
     QList<VLVideoSourceChange*> changes;
+    /// The end of the queue, which records come in by. Needs no lock.
+    ChangeInbox inbox;
     /// Owned; null until the first source is set up. Guarded by cacheMutex.
     VLVideoFrameCache* cache = nullptr;
     /// Always empty: a clip that comes back after another one is decoded again.
     QMap<QString, VLVideoFrameCache*> cachesByUrl;
+
+    bool makeCacheCurrent(const QString& name);
 };
+
+/// Replaces the current cache by the known one of that name, or by a new one. Returns whether there
+/// was a known one.
+bool VLVideoSourcePrivate::makeCacheCurrent(const QString& name)
+{
+    const QMutexLocker locker(&cacheMutex);
+    const auto known = cachesByUrl.constFind(name);
+    if (known != cachesByUrl.constEnd()) {
+        cache = known.value();
+        return true;
+    }
+    delete cache;
+    cache = new VLVideoFrameCache(name);
+    return false;
+}
 
 VLVideoSource::VLVideoSource(QObject* parent)
     : QThread(parent)
@@ -77,7 +138,7 @@ bool VLVideoSource::setSource(const QUrl& url)
     const QMutexLocker locker(&d->stateMutex);
     if (!url.isValid() || url == d->source)
         return false;
-    d->changes.append(new VLVideoSourceSourceChange(ActionLoad, url));
+    d->inbox.add(new VLVideoSourceSourceChange(ActionLoad, url));
     return true;
 }
 
@@ -95,31 +156,22 @@ VLVideoSource::Action VLVideoSource::action()
 
 void VLVideoSource::setAction(Action action)
 {
-    // Without the lock on purpose: only the source thread comes here.
-    d->changes.append(new VLVideoSourceChange(action));
+    // Kept: without the lock, which setSource() takes. Only the source thread comes here.
+    d->inbox.add(new VLVideoSourceChange(action));
 }
 
 void VLVideoSource::clearChanges()
 {
     const QMutexLocker locker(&d->stateMutex);
+    d->inbox.moveTo(d->changes);
     while (!d->changes.isEmpty())
         delete d->changes.takeFirst();
 }
 
 void VLVideoSource::setupSource()
 {
-    const QString name = source().toString();
-    QMutexLocker locker(&d->cacheMutex);
-    const auto known = d->cachesByUrl.constFind(name);
-    if (known != d->cachesByUrl.constEnd()) {
-        d->cache = known.value();
-        locker.unlock();
-    } else {
-        delete d->cache;
-        d->cache = new VLVideoFrameCache(name);
-        locker.unlock();
+    if (!d->makeCacheCurrent(source().toString()))
         setAction(source().isEmpty() ? ActionIdle : ActionDecode);
-    }
     Q_EMIT sourceChanged();
 }
 
@@ -193,6 +245,7 @@ bool VLVideoSource::loadSource()
 void VLVideoSource::processActionQueue()
 {
     QMutexLocker locker(&d->stateMutex);
+    d->inbox.moveTo(d->changes);
     if (d->changes.isEmpty())
         return;
     VLVideoSourceChange* change = d->changes.takeFirst();

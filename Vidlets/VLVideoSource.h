@@ -22,8 +22,10 @@ class VLVideoSourcePrivate;
  * sleeps in steps of 100 milliseconds when idle, and polls; there is no condition variable.
  *
  * Locks: the state mutex guards the source URL, the quit flag, the action and the queue; the cache
- * mutex guards the pointer to the cache and every call on it. Each is held for a few instructions,
- * and never both at once. Code that holds the cache mutex calls nothing outside.
+ * mutex guards the pointer to the cache and every call on it. They are never held both at once, and
+ * code that holds the cache mutex calls nothing outside. The state mutex is held for short moments;
+ * the cache mutex also while the frames of the clip before are deleted, which takes longer the more
+ * there are. setSource() appends to the queue under the state mutex, setAction() without any lock.
  *
  * The thread ends by the quit flag: quit() before the object goes, while the derived class is still
  * whole. The private record, the queue and the cache stay allocated then.
@@ -73,7 +75,9 @@ public:
     virtual double frameHeight() const = 0;
 
     /**
-     * Asks the source thread to load @p url. On any thread.
+     * Asks the source thread to load @p url. On any thread: the URLs are compared and the change
+     * record is appended under the state mutex. The records of setAction() are appended without it,
+     * and all are carried out in the order in which they came.
      *
      * The current URL changes later, when the source thread gets to it.
      *
@@ -86,8 +90,7 @@ public:
     Action action();
     /// Appends a change of the action. On the source thread alone: it takes no lock.
     void setAction(Action action);
-    /// Drops all changes that have not been carried out. Not while the source thread may append one
-    /// by setAction().
+    /// Drops all changes that have not been carried out. On any thread.
     void clearChanges();
     /// Puts a fresh cache in place and has the thread decode into it. On the source thread.
     void setupSource();

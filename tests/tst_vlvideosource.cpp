@@ -160,6 +160,7 @@ private Q_SLOTS:
     void setSource_mayComeFromAnyThread();
     void close_queuesNothing();
     void setAction_queuesOneRecordEach();
+    void setAction_needsNoLock_whileOtherThreadsSetSource();
     void processActionQueue_takesOneRecordAPass();
     void processActionQueue_holdsNoLock_whileRecordIsCarriedOut();
     void clearChanges_dropsAllRecords();
@@ -342,6 +343,24 @@ void TestVLVideoSource::setAction_queuesOneRecordEach()
     QCOMPARE(source.action(), VLVideoSource::ActionDecode);
     QCOMPARE(source.pass(), QStringList{u"action 4"_s});
     QCOMPARE(source.pass(), QStringList());
+}
+
+void TestVLVideoSource::setAction_needsNoLock_whileOtherThreadsSetSource()
+{
+    constexpr int kRecords = 20000;
+    PassiveSource source;
+    const std::unique_ptr<QThread> thread(QThread::create([&source] {
+        for (int i = 0; i < kRecords; ++i)
+            source.setSource(urlA());
+    }));
+    thread->start();
+    for (int i = 0; i < kRecords; ++i)
+        source.setAction(VLVideoSource::ActionNone);
+    QVERIFY(thread->wait());
+
+    const QStringList calls = source.pass(2 * kRecords + 5);
+    QCOMPARE(calls.count(u"action -1"_s), kRecords);
+    QCOMPARE(calls.count(u"action 1"_s), kRecords);
 }
 
 void TestVLVideoSource::processActionQueue_takesOneRecordAPass()
