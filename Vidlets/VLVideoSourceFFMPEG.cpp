@@ -3,11 +3,14 @@
 
 #include "VLVideoSourceFFMPEG.h"
 
+#include "VLNumbers.h"
+
 #include <QDebug>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 #include <QtEndian>
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 
@@ -31,17 +34,44 @@ constexpr double kMicrosecondsPerSecond = 1000000.0;
 constexpr unsigned long kIdleSleepMs = 100;
 constexpr int kBytesPerRgb24Pixel = 3;
 constexpr QRgb kOpaque = 0xFF000000U;
+// A decoder refuses a packet while it has others to finish: as many as a packet of VP9 has parts,
+// and some more.
+constexpr int kSendAttempts = 32;
 // The scaler works in blocks of pixels: it leaves the last columns unwritten where a row has no
 // room for a whole block, and may write its last block past the end of the picture.
 constexpr int kRowBlockPx = 16;
 constexpr int kRowAlignment = 64;
 constexpr size_t kScalerOverrunBytes = 256;
 
-// Unguarded on purpose: sources are made on the user-interface thread.
-bool ffmpegInitialised = false;
+std::atomic_bool ffmpegInitialised = false;
 
-// Shared by all sources without protection, which is harmless: nothing reads the blocks it goes to.
-int64_t currentPacketPts = 0;
+// Kept: shared by all sources, so a picture may get the stamp of another one's packet. That is
+// harmless, as nothing reads the blocks it goes to.
+std::atomic<int64_t> currentPacketPts = 0;
+
+/**
+ * The tick that the codec itself counts in, by what its headers say of it: half a frame's time
+ * where a frame may be coded as two fields. A codec that says nothing counts in the ticks of the
+ * stream.
+ */
+AVRational codecTick(const AVStream* stream)
+{
+// Up to FFmpeg 6.0 the context that found the stream's properties holds the tick; from 6.1 on it is
+// left to be derived from the frame rate that the context found.
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 11, 100)
+    const AVRational tick = av_stream_get_codec_timebase(stream);
+    return tick.num > 0 && tick.den > 0 ? tick : stream->time_base;
+#else
+    const AVCodecParameters* parameters = stream->codecpar;
+    const AVRational rate = parameters->framerate;
+    const AVRational tick = rate.num > 0 && rate.den > 0 ? av_inv_q(rate) : stream->time_base;
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(parameters->codec_id);
+    // MPEG-1 is marked for the sake of FFmpeg's parser, and knows no fields.
+    const bool hasFields = descriptor && descriptor->props & AV_CODEC_PROP_FIELDS
+        && parameters->codec_id != AV_CODEC_ID_MPEG1VIDEO;
+    return hasFields ? av_mul_q(tick, AVRational{1, 2}) : tick;
+#endif
+}
 
 struct PacketDeleter
 {
@@ -59,9 +89,10 @@ int packetPtsGetBuffer(AVCodecContext* context, AVFrame* picture, int flags)
     if (result < 0)
         return result;
     av_buffer_unref(&picture->opaque_ref);
-    picture->opaque_ref = av_buffer_alloc(sizeof(currentPacketPts));
+    const int64_t pts = currentPacketPts;
+    picture->opaque_ref = av_buffer_alloc(sizeof(pts));
     if (picture->opaque_ref)
-        std::memcpy(picture->opaque_ref->data, &currentPacketPts, sizeof(currentPacketPts));
+        std::memcpy(picture->opaque_ref->data, &pts, sizeof(pts));
     return result;
 }
 
@@ -121,7 +152,10 @@ public:
     int scalerWidth = 0;
     int scalerHeight = 0;
     int scalerFormat = AV_PIX_FMT_NONE;
-    /// Guards everything above.
+    /// Guards everything above but owner against the queries and close(), which come from other
+    /// threads. The source thread holds it while a file is opened, and for at most one packet after
+    /// that. It goes without it for what it alone writes: it reads endOfStream, moves videoClock,
+    /// and stamps and pushes workingFrame.
     QRecursiveMutex mediaMutex;
 
 private:
@@ -133,6 +167,7 @@ private:
     bool fail(const char* message) const;
     bool readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
     bool decodePacket(const AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
+    bool fetchPictures(QMutexLocker<QRecursiveMutex>& locker);
     bool convertPicture();
     bool deliverPicture(QMutexLocker<QRecursiveMutex>& locker);
     double synchronizeClock(int repeatCount, double stamp);
@@ -182,11 +217,6 @@ bool VLVideoSourceFFMPEGPrivate::openDecoder()
         return fail("Could not open codec for stream in: %1");
     // More threads would withhold more pictures at the end of the clip.
     codecContext->thread_count = 1;
-    // Newer decoders leave the tick to the caller.
-    AVStream* chosen = formatContext->streams[videoStream];
-    codecContext->framerate = av_guess_frame_rate(formatContext, chosen, nullptr);
-    if (codecContext->framerate.num > 0 && codecContext->framerate.den > 0)
-        codecContext->time_base = av_inv_q(codecContext->framerate);
     if (avcodec_open2(codecContext, codec, nullptr) < 0)
         return fail("Could not open codec for stream in: %1");
 
@@ -246,7 +276,7 @@ void VLVideoSourceFFMPEGPrivate::readStreamProperties()
     workingFrame =
         new VLVideoFrame(codecContext->width, codecContext->height, QImage::Format_RGB32, 0);
     duration = av_q2d(stream->time_base) * static_cast<double>(stream->duration);
-    timeBase = av_q2d(codecContext->time_base);
+    timeBase = av_q2d(codecTick(stream));
     frameRate = av_q2d(stream->r_frame_rate);
     // The clock and the progress are not reset: the stamps go on from the clip before.
     endOfStream = false;
@@ -288,7 +318,8 @@ bool VLVideoSourceFFMPEGPrivate::decodeNextFrame()
     }
 }
 
-/// Reads one packet; at the end of the file closes the media and tells of it, unlocked.
+/// Reads one packet. Enters locked; leaves locked where it returns true. Otherwise the file has
+/// ended: closes the media, leaves unlocked, and tells of it.
 bool VLVideoSourceFFMPEGPrivate::readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker)
 {
     if (av_read_frame(formatContext, packet) >= 0)
@@ -302,19 +333,32 @@ bool VLVideoSourceFFMPEGPrivate::readPacket(AVPacket* packet, QMutexLocker<QRecu
     return false;
 }
 
-/// Decodes one packet and delivers the pictures that it finishes; false where it finishes none.
+/// Decodes one packet and delivers the pictures that it finishes. Returns whether there were any.
+/// Enters and leaves locked, and lets go of the lock on the way.
 bool VLVideoSourceFFMPEGPrivate::decodePacket(const AVPacket* packet,
                                               QMutexLocker<QRecursiveMutex>& locker)
 {
     currentPacketPts = packet->pts;
     if (packet->stream_index != videoStream)
         return false;
-    // The result tells nothing of this packet's pictures: a decoder may have some in spite of an
-    // error, and keeps refusing packets until they are fetched.
-    avcodec_send_packet(codecContext, packet);
 
     bool finished = false;
-    // The media may be gone after each delivery, which lets go of the lock.
+    // The media may be gone after each delivery.
+    for (int i = 0; i < kSendAttempts && codecContext; ++i) {
+        const int result = avcodec_send_packet(codecContext, packet);
+        // Whatever the result: a decoder may have pictures in spite of an error.
+        finished = fetchPictures(locker) || finished;
+        if (result != AVERROR(EAGAIN))
+            break;
+    }
+    return finished;
+}
+
+/// Delivers the pictures that the decoder has finished. Returns whether there were any. Enters and
+/// leaves locked, and lets go of the lock at each.
+bool VLVideoSourceFFMPEGPrivate::fetchPictures(QMutexLocker<QRecursiveMutex>& locker)
+{
+    bool finished = false;
     while (codecContext && avcodec_receive_frame(codecContext, frame) >= 0) {
         if (convertPicture())
             finished = deliverPicture(locker) || finished;
@@ -334,8 +378,9 @@ bool VLVideoSourceFFMPEGPrivate::convertPicture()
     return true;
 }
 
-/// Stamps the converted picture and puts it into the cache; false where the media was closed
-/// meanwhile.
+/// Stamps the converted picture and puts it into the cache. Returns false where the media was
+/// closed meanwhile. Enters and leaves locked, and lets go of the lock for the clock and for the
+/// cache.
 bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& locker)
 {
     // Of the converted picture, where it is never set.
@@ -411,10 +456,8 @@ VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
     , d(new VLVideoSourceFFMPEGPrivate(this))
 {
     setObjectName(u"FFMPEG"_s);
-    if (!ffmpegInitialised) {
+    if (!ffmpegInitialised.exchange(true))
         av_log_set_level(AV_LOG_QUIET);
-        ffmpegInitialised = true;
-    }
 }
 
 // The base stops the thread; the media is not closed, and the record stays.
@@ -444,7 +487,7 @@ void VLVideoSourceFFMPEG::changeSetPosition(quint64 frameIndex)
         if (d->stream && d->formatContext) {
             const double oldClock = d->videoClock;
             d->videoClock = static_cast<double>(frameIndex) / frameRate();
-            const auto target = static_cast<quint64>(d->videoClock / av_q2d(d->stream->time_base));
+            const quint64 target = truncatedToUInt64(d->videoClock / av_q2d(d->stream->time_base));
             av_seek_frame(d->formatContext, d->videoStream, static_cast<int64_t>(target),
                           oldClock > d->videoClock ? AVSEEK_FLAG_BACKWARD : 0);
             avcodec_flush_buffers(d->codecContext);

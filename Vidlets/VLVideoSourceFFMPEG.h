@@ -51,7 +51,9 @@ public:
     void changeSetPosition(quint64 frameIndex) override;
     /// Length of the clip that was loaded last, in seconds; 0.0 before.
     double duration() override;
-    /// Seconds per tick of the codec; 0.0 before the first load.
+    /// Seconds per tick of the codec of the clip that was loaded last; 0.0 before. What the codec's
+    /// headers tell, which is half a frame's time for H.264 and MPEG-2; a tick of the stream where
+    /// they know of no rate, as for VP8.
     double timeBase() override;
     /// Frames per second of the clip that was loaded last; 0.0 before.
     double frameRate() override;

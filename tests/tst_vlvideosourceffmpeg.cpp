@@ -13,6 +13,7 @@
 #include <QMutexLocker>
 #include <QRandomGenerator>
 #include <QSemaphore>
+#include <QtEndian>
 
 #include <atomic>
 #include <iterator>
@@ -342,6 +343,32 @@ QByteArray randomBytes(qsizetype size)
     return result;
 }
 
+/// A packet of eight pictures for a VP9 decoder, of which none is one.
+QByteArray brokenParts()
+{
+    constexpr int kParts = 8;
+    constexpr char kPartSize = 4;
+    const QByteArray marker(1, char(0xC0 | (kParts - 1)));
+    return QByteArray(kParts * kPartSize, '\0') + marker + QByteArray(kParts, kPartSize) + marker;
+}
+
+/// @p clip, a file of the format "ivf", with @p content for the packet at @p index.
+QByteArray withPacket(const QByteArray& clip, int index, const QByteArray& content)
+{
+    constexpr qsizetype kFileHeaderSize = 32;
+    constexpr qsizetype kPacketHeaderSize = 12;
+    const auto sizeAt = [&clip](qsizetype offset) {
+        return static_cast<qsizetype>(qFromLittleEndian<quint32>(clip.constData() + offset));
+    };
+    qsizetype offset = kFileHeaderSize;
+    for (int i = 0; i < index; ++i)
+        offset += kPacketHeaderSize + sizeAt(offset);
+    const quint32 size = qToLittleEndian(static_cast<quint32>(content.size()));
+    QByteArray result = clip;
+    result.replace(offset + kPacketHeaderSize, sizeAt(offset), content);
+    return result.replace(offset, sizeof(size), reinterpret_cast<const char*>(&size), sizeof(size));
+}
+
 QStringList options(const char* text)
 {
     return QString::fromLatin1(text).split(u' ', Qt::SkipEmptyParts);
@@ -372,6 +399,8 @@ private Q_SLOTS:
     void loadSource_runsOnSourceThread();
     void streamEnded_comesWithMediaClosedAndCacheComplete();
     void properties_tellOfClip();
+    void timeBase_isTickOfCodec_data();
+    void timeBase_isTickOfCodec();
     void properties_stay_whenClipHasEnded();
     void progress_isNewestStampByDuration();
     void position_isAlwaysZero();
@@ -396,6 +425,7 @@ private Q_SLOTS:
     void path_mayHoldAnyCharacters();
     void decoding_endsAtLastWholePicture_whenFileIsCutOff_data();
     void decoding_endsAtLastWholePicture_whenFileIsCutOff();
+    void decoding_sendsPacketAgain_whenDecoderRefusesIt();
     void decoding_survivesRandomBytes_data();
     void decoding_survivesRandomBytes();
 
@@ -647,11 +677,51 @@ void TestVLVideoSourceFFMPEG::properties_tellOfClip()
     QVERIFY(source.isOpen());
     QCOMPARE(source.loadedFrameCount(), 0U);
     QCOMPARE(source.frameRate(), 30000.0 / 1001.0);
-    QCOMPARE(source.timeBase(), 1001.0 / 30000.0);
+    // The clip counts in ticks of which each frame takes 1001.
+    QCOMPARE(source.timeBase(), 1.0 / 30000.0);
     QCOMPARE(source.duration(), 60.0 * 1001.0 / 30000.0);
     QCOMPARE(source.frameWidth(), 160.0);
     QCOMPARE(source.frameHeight(), 90.0);
     QCOMPARE(source.progress(), 0.0);
+}
+
+void TestVLVideoSourceFFMPEG::timeBase_isTickOfCodec_data()
+{
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<QByteArray>("extraOptions");
+    QTest::addColumn<double>("expectedSeconds");
+
+    const auto row = [](const char* name, const char* fileName, const char* codec,
+                        const QByteArray& extraOptions, double expectedSeconds) {
+        QTest::newRow(name) << QString::fromLatin1(fileName) << QString::fromLatin1(codec)
+                            << extraOptions << expectedSeconds;
+    };
+    // A frame may be two fields.
+    row("h264 in mp4", "tick.mp4", "libx264", "", 1.0 / 60.0);
+    row("h264 in mkv", "tick.mkv", "libx264", "", 1.0 / 60.0);
+    row("h264 in avi", "tick.avi", "libx264", "-bf 0", 1.0 / 60.0);
+    row("h264, ntsc", "ntsc.mp4", "libx264", "-r 30000/1001", 1001.0 / 60000.0);
+    row("mpeg2", "tick.mkv", "mpeg2video", "", 1.0 / 60.0);
+    row("mpeg1", "tick.mpg", "mpeg1video", "", 1.0 / 30.0);
+    row("mpeg4 in mp4", "tick.mp4", "mpeg4", "", 1.0 / 30.0);
+    row("mpeg4 in avi", "tick.avi", "mpeg4", "", 1.0 / 30.0);
+    // The codec knows of no rate, and the stream counts in these.
+    row("vp8", "tick.webm", "libvpx", "-deadline realtime", 1.0 / 1000.0);
+    row("mjpeg in avi", "tick.avi", "mjpeg", "", 1.0 / 30.0);
+}
+
+void TestVLVideoSourceFFMPEG::timeBase_isTickOfCodec()
+{
+    QFETCH(QString, fileName);
+    QFETCH(QString, codec);
+    QFETCH(QByteArray, extraOptions);
+    const QString path = clip(fileName, codec, 10, extraOptions.constData(), {160, 90}, 30);
+    RecordedSource source;
+
+    QVERIFY(source.decode(path));
+
+    QTEST(source.timeBase(), "expectedSeconds");
 }
 
 void TestVLVideoSourceFFMPEG::properties_stay_whenClipHasEnded()
@@ -1002,6 +1072,23 @@ void TestVLVideoSourceFFMPEG::decoding_endsAtLastWholePicture_whenFileIsCutOff()
     QVERIFY(source.loadedFrameCount() < 60);
     QVERIFY(!source.isOpen());
     QCOMPARE(debug.lines(), QStringList());
+}
+
+void TestVLVideoSourceFFMPEG::decoding_sendsPacketAgain_whenDecoderRefusesIt()
+{
+    constexpr int kFrames = 20;
+    constexpr int kDamaged = 10;
+    clip(u"good.ivf"_s, u"libvpx-vp9"_s, kFrames,
+         "-deadline realtime -cpu-used 8 -lag-in-frames 0 -auto-alt-ref 0");
+    // The parts of the damaged packet fail one by one, and while some are left the decoder takes
+    // no more than one packet behind them.
+    const QString path = m_clips.writeBytes(
+        u"refused.ivf"_s, withPacket(m_clips.readBytes(u"good.ivf"_s), kDamaged, brokenParts()));
+    RecordedSource source;
+
+    QVERIFY(source.decode(path));
+
+    QCOMPARE(source.loadedFrameCount(), quint64(kFrames - 1));
 }
 
 void TestVLVideoSourceFFMPEG::decoding_survivesRandomBytes_data()
