@@ -8,7 +8,6 @@
 #include <QDebug>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
-#include <QtEndian>
 
 #include <atomic>
 #include <cstring>
@@ -32,8 +31,6 @@ constexpr double kDefaultWidthPx = 200.0;
 constexpr double kDefaultHeightPx = 150.0;
 constexpr double kMicrosecondsPerSecond = 1000000.0;
 constexpr unsigned long kIdleSleepMs = 100;
-constexpr int kBytesPerRgb24Pixel = 3;
-constexpr QRgb kOpaque = 0xFF000000U;
 // A decoder refuses a packet while it has others to finish: as many as a packet of VP9 has parts,
 // and some more.
 constexpr int kSendAttempts = 32;
@@ -171,7 +168,7 @@ private:
     bool convertPicture();
     bool deliverPicture(QMutexLocker<QRecursiveMutex>& locker);
     double synchronizeClock(int repeatCount, double stamp);
-    static void copyToImage(const AVFrame& picture, QImage& image, int width, int height);
+    QImage convertedImage() const;
 };
 
 // Nothing runs it: the record stays allocated when its source goes.
@@ -390,7 +387,8 @@ bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& l
     locker.relock();
     if (!frameRGB)
         return false;
-    copyToImage(*frameRGB, *workingFrame, clipWidth, clipHeight);
+    // An image of its own each time: the one before shares its pixels with the cache.
+    *workingFrame = VLVideoFrame(convertedImage(), 0);
     progress = stamp / duration;
     locker.unlock();
 
@@ -428,27 +426,13 @@ void VLVideoSourceFFMPEGPrivate::seek()
     owner->setAction(VLVideoSource::ActionIdle);
 }
 
-/**
- * Copies the picture into an image that the newest cached frame shares the pixels of.
- *
- * Each pixel is read with the byte behind it, which the buffer has room for: one load instead of
- * three. The non-const scanLine() is the point: the first write detaches, so that each cached frame
- * keeps pixels of its own.
- */
-void VLVideoSourceFFMPEGPrivate::copyToImage(const AVFrame& picture, QImage& image, int width,
-                                             int height)
+/// Returns the converted picture as an image with pixels of its own; a null one where there is no
+/// memory for it.
+QImage VLVideoSourceFFMPEGPrivate::convertedImage() const
 {
-    const uint8_t* source = picture.data[0];
-    for (int y = 0; y < height; ++y) {
-        auto* target = reinterpret_cast<QRgb*>(image.scanLine(y));
-        // There was no memory for a picture of that size.
-        if (!target)
-            return;
-        const uint8_t* pixel = source;
-        for (int x = 0; x < width; ++x, pixel += kBytesPerRgb24Pixel)
-            target[x] = kOpaque | (qFromBigEndian<quint32>(pixel) >> 8);
-        source += picture.linesize[0];
-    }
+    const QImage picture(frameRGB->data[0], clipWidth, clipHeight, frameRGB->linesize[0],
+                         QImage::Format_RGB888);
+    return picture.convertToFormat(QImage::Format_RGB32);
 }
 
 VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
