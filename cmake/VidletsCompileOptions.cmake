@@ -46,6 +46,14 @@ if(VIDLETS_SANITIZE)
   target_link_options(vidlets_warnings INTERFACE ${vidlets_sanitizer_flags})
 endif()
 
+if(VIDLETS_SANITIZE_THREADS)
+  set(vidlets_thread_sanitizer_flags -fsanitize=thread -fno-omit-frame-pointer)
+  # -Wnull-dereference reports paths that only the instrumentation makes.
+  target_compile_options(vidlets_warnings INTERFACE ${vidlets_thread_sanitizer_flags}
+                                                    -Wno-null-dereference)
+  target_link_options(vidlets_warnings INTERFACE ${vidlets_thread_sanitizer_flags})
+endif()
+
 if(VIDLETS_COVERAGE)
   # Several threads raise the same counters.
   set(vidlets_coverage_flags --coverage -fprofile-update=atomic)

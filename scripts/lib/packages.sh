@@ -32,6 +32,10 @@ vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
 )
 
+vidlets_tsan_packages=(
+    libtsan2 util-linux
+)
+
 vidlets_coverage_packages=(
     gcovr
 )
