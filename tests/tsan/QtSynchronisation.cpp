@@ -12,6 +12,7 @@
 #include <QThread>
 
 #include <dlfcn.h>
+#include <pthread.h>
 #include <sanitizer/tsan_interface.h>
 
 // Not declared in any header of the compiler.
@@ -19,7 +20,9 @@ extern "C" {
 void __tsan_acquire(void* address); // NOLINT(bugprone-reserved-identifier)
 void __tsan_release(void* address); // NOLINT(bugprone-reserved-identifier)
 void AnnotateIgnoreReadsBegin(const char* file, int line);
+void AnnotateIgnoreReadsEnd(const char* file, int line);
 void AnnotateIgnoreWritesBegin(const char* file, int line);
+void AnnotateIgnoreWritesEnd(const char* file, int line);
 }
 
 using namespace Qt::StringLiterals;
@@ -37,8 +40,26 @@ template <typename Function> Function realFunction(const char* mangledName)
 
 constexpr unsigned kMutexFlags = __tsan_mutex_write_reentrant;
 
+void endToIgnore(void*)
+{
+    AnnotateIgnoreWritesEnd(__FILE__, __LINE__);
+    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+}
+
+/**
+ * Has the sanitizer take no note of what this thread does to memory from now on.
+ *
+ * Up to its very end: Qt frees what was the thread's own when the values of its keys are destroyed.
+ * That is done in the order in which the keys were made, and Qt's is the older one.
+ */
 void ignoreThisThread()
 {
+    static const pthread_key_t key = [] {
+        pthread_key_t result = 0;
+        pthread_key_create(&result, &endToIgnore);
+        return result;
+    }();
+    pthread_setspecific(key, &key);
     AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
     AnnotateIgnoreWritesBegin(__FILE__, __LINE__);
 }
@@ -116,8 +137,7 @@ void QThread::start(Priority priority)
     connect(this, &QObject::destroyed, [](QObject* thread) { __tsan_acquire(thread); });
     // Loads QML files for the library, and runs nothing of the project's.
     if (objectName().startsWith("QQml"_L1))
-        connect(
-            this, &QThread::started, this, [] { ignoreThisThread(); }, Qt::DirectConnection);
+        connect(this, &QThread::started, this, &ignoreThisThread, Qt::DirectConnection);
     real(this, priority);
 }
 
