@@ -39,18 +39,26 @@ Item {
     readonly property int playingState: 2
 
     // Before a clip is opened the item names a size that nothing has.
-    readonly property size clipSize: isOpen ? Qt.size(video.contentWidth, video.contentHeight)
-                                            : hasFile ? expectedSize : Qt.size(0, 0)
+    readonly property size clipSize: isOnShow() ? Qt.size(video.contentWidth, video.contentHeight)
+                                                : mayOpen() ? expectedSize : Qt.size(0, 0)
     readonly property int fullWidth: vidletView.getScaledSize(Math.ceil(clipSize.width))
     readonly property int fullHeight: vidletView.getScaledSize(Math.ceil(clipSize.height))
     readonly property real fit: width > 0 && fullWidth > width ? width / fullWidth : 1
 
     readonly property bool isShown: Window.window !== null && Window.window.visible
+    // Whether the package has a file for the source.
     property bool hasFile: false
+
+    // The item keeps a clip until it is asked for another one, so what follows is about the clip
+    // that it was asked for last. That is another than the source where the source is empty, where
+    // there is no such file, and while the clip before is still being opened.
+    property string asked
     property bool isOpen: false
     property bool isOpening: false
+    property bool hasFailed: false
     // Until then the number of pictures grows, and a pause may mean that the next is not there yet.
     property bool isDecoded: false
+
     // What the user wants; the item pauses for reasons of its own.
     property bool isWanted: true
 
@@ -76,8 +84,11 @@ Item {
     // The item does not tell of a file that it cannot open.
     Timer {
         interval: 3000
-        running: player.isShown && player.hasFile && !player.isOpen
-        onTriggered: player.hasFile = false
+        running: player.isShown && player.asked !== "" && !player.isOpen && !player.hasFailed
+        onTriggered: {
+            player.hasFailed = true;
+            player.open();
+        }
     }
 
     function px(size) {
@@ -89,19 +100,42 @@ Item {
         return vidletView.translate(text, "VidletUI") || text;
     }
 
+    function isCurrent() {
+        return hasFile && asked === source;
+    }
+
+    function isOnShow() {
+        return isCurrent() && isOpen;
+    }
+
+    function mayOpen() {
+        return hasFile && !(asked === source && hasFailed);
+    }
+
     function open() {
-        if (Window.window === null || video.source === source) {
+        if (Window.window === null) {
             return;
         }
-        video.pause();
-        isOpen = false;
-        isDecoded = false;
-        isWanted = true;
         // A resource that no package has is answered with the name of the directory alone.
         hasFile = source !== "" && vidletView.findResource(source).endsWith("/" + source);
-        if (hasFile) {
-            video.source = source;
+        if (!isCurrent()) {
+            rewind();
+            ask();
         }
+        goOn();
+    }
+
+    // The item tells of an opened clip without saying which. So it gets one at a time: asked for
+    // the next while one is being opened, it could not be told whose size and pictures came.
+    function ask() {
+        if (!hasFile || (asked !== "" && !isOpen && !hasFailed)) {
+            return;
+        }
+        isOpen = false;
+        hasFailed = false;
+        isDecoded = false;
+        asked = source;
+        video.source = source;
     }
 
     // Asked to play before there is a picture, the item would lose its place.
@@ -112,7 +146,7 @@ Item {
     // Plays if it should and does not.
     function goOn() {
         // Asks the item: the property of the player may be about to change at this moment.
-        if (!isShown || !isWanted || video.state === playingState || scrubber.pressed
+        if (!isShown || !isCurrent() || !isWanted || video.state === playingState || scrubber.pressed
                 || !hasPictures()) {
             return;
         }
@@ -160,6 +194,10 @@ Item {
             onContentWidthChanged: {
                 player.isOpening = true;
                 player.isOpen = true;
+                player.hasFailed = false;
+                player.isDecoded = false;
+                // The source may have changed meanwhile.
+                player.open();
             }
             // Comes twice, when the clip has been opened and when its last picture is decoded.
             onLoadProgressChanged: {
