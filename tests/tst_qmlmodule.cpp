@@ -61,6 +61,7 @@ private Q_SLOTS:
     void everyEngine_findsTypes_withoutAnyCall_data();
     void everyEngine_findsTypes_withoutAnyCall();
     void scene_usesTypesTogether();
+    void stateNames_areKnown_whereTheyStandAloneBehindTheColon();
     void import_fails_whenVersionIsAnother_data();
     void import_fails_whenVersionIsAnother();
     void otherClasses_areNoTypes_data();
@@ -131,6 +132,27 @@ void TestQmlModule::scene_usesTypesTogether()
     auto* video = qobject_cast<VLVideoComponent*>(rectangle->childItems().constFirst());
     QVERIFY(video);
     QVERIFY(video->isScrubbing());
+}
+
+void TestQmlModule::stateNames_areKnown_whereTheyStandAloneBehindTheColon()
+{
+    // They begin with a small letter: the compiler of QML sees to the first, scripts to the rest.
+    const Scene scene("import QtQml 2.0\n"
+                      "import com.larkspan.vidlets.qml 1.0\n"
+                      "VLVideoComponent {\n"
+                      "    state: VLVideoComponent.pausedState\n"
+                      "    property int alone: VLVideoComponent.playingState\n"
+                      "    property var untyped: VLVideoComponent.playingState\n"
+                      "    property bool compared: state === VLVideoComponent.pausedState\n"
+                      "    property bool inScript: called() === undefined\n"
+                      "    function called() { return VLVideoComponent.playingState }\n"
+                      "}\n");
+
+    QVERIFY2(scene.object, qPrintable(scene.error));
+    QCOMPARE(scene.object->property("alone"), QVariant(2));
+    QVERIFY(!scene.object->property("untyped").isValid());
+    QCOMPARE(scene.object->property("compared"), QVariant(false));
+    QCOMPARE(scene.object->property("inScript"), QVariant(true));
 }
 
 void TestQmlModule::import_fails_whenVersionIsAnother_data()

@@ -34,9 +34,9 @@ Item {
     readonly property bool isPlaying: video.state === playingState
     readonly property bool isEmpty: clipSize.width <= 0 || clipSize.height <= 0
 
-    // QML does not reach the item's own names for these, which begin with a small letter.
-    readonly property int pausedState: 1
-    readonly property int playingState: 2
+    // The item's own names for these are undefined in a script; only alone behind a colon, as the
+    // value of a number, they are known.
+    readonly property int playingState: VLVideoComponent.playingState
 
     // Before a clip is opened the item names a size that nothing has.
     readonly property size clipSize: isOnShow() ? Qt.size(video.contentWidth, video.contentHeight)
