@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "RememberingIndex.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLInterface.h>
+
+#include <QApplication>
+#include <QPushButton>
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+
+    QPushButton button(QStringLiteral("Rest the pointer here"));
+    button.setObjectName(QStringLiteral("greeting"));
+    button.resize(320, 120);
+
+    const QStringList dataPaths = {QStringLiteral(EXAMPLE_PACKAGES)};
+    VLContext context;
+    context.set(Vidlets::ckInstallEventFilter, true);
+    RememberingIndex index(&context, dataPaths);
+    Vidlets::VLInterface vidlets(context, dataPaths, &index);
+
+    button.show();
+    return QApplication::exec();
+}

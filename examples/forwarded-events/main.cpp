@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "HoverForwarder.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLInterface.h>
+
+#include <QApplication>
+#include <QPushButton>
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+
+    QPushButton button(QStringLiteral("Rest the pointer here, or press F1 or the button"));
+    button.setObjectName(QStringLiteral("greeting"));
+    button.setShortcut(Qt::Key_F1);
+    button.resize(480, 120);
+
+    // Without ckInstallEventFilter: what the library gets to see is the host's decision.
+    VLContext context;
+    const QStringList dataPaths = {QStringLiteral(EXAMPLE_PACKAGES)};
+    Vidlets::VLInterface vidlets(context, dataPaths, nullptr);
+
+    HoverForwarder forwarder(vidlets);
+    application.installEventFilter(&forwarder);
+
+    // A tip can be asked for without any event as well.
+    QObject::connect(&button, &QPushButton::clicked, &vidlets, [&vidlets, &button] {
+        vidlets.show(QStringLiteral("greeting"), QCursor::pos(), &button);
+    });
+
+    button.show();
+    return QApplication::exec();
+}
