@@ -12,6 +12,9 @@ import com.larkspan.vidlets.qml 1.0
 Item {
     id: player
 
+    // The name comes from outside this file, so qmllint cannot know it.
+    readonly property var view: vidletView // qmllint disable unqualified
+
     // The name of the clip within the resource directory of the package.
     property string source
     // Whether the clip begins anew at its end.
@@ -34,15 +37,14 @@ Item {
     readonly property bool isPlaying: video.state === playingState
     readonly property bool isEmpty: clipSize.width <= 0 || clipSize.height <= 0
 
-    // The item's own names for these are undefined in a script; only alone behind a colon, as the
-    // value of a number, they are known.
-    readonly property int playingState: VLVideoComponent.playingState
+    // The item's own name for it is undefined in scripts.
+    readonly property int playingState: 2
 
     // Before a clip is opened the item names a size that nothing has.
     readonly property size clipSize: isOnShow() ? Qt.size(video.contentWidth, video.contentHeight)
                                                 : mayOpen() ? expectedSize : Qt.size(0, 0)
-    readonly property int fullWidth: vidletView.getScaledSize(Math.ceil(clipSize.width))
-    readonly property int fullHeight: vidletView.getScaledSize(Math.ceil(clipSize.height))
+    readonly property int fullWidth: view.getScaledSize(Math.ceil(clipSize.width))
+    readonly property int fullHeight: view.getScaledSize(Math.ceil(clipSize.height))
     readonly property real fit: width > 0 && fullWidth > width ? width / fullWidth : 1
 
     readonly property bool isShown: Window.window !== null && Window.window.visible
@@ -92,12 +94,12 @@ Item {
     }
 
     function px(size) {
-        return vidletView.getScaledSize(size);
+        return view.getScaledSize(size);
     }
 
     // A translation file without an entry for the text answers with nothing.
     function translated(text) {
-        return vidletView.translate(text, "VidletUI") || text;
+        return view.translate(text, "VidletUI") || text;
     }
 
     function isCurrent() {
@@ -117,7 +119,7 @@ Item {
             return;
         }
         // A resource that no package has is answered with the name of the directory alone.
-        hasFile = source !== "" && vidletView.findResource(source).endsWith("/" + source);
+        hasFile = source !== "" && view.findResource(source).endsWith("/" + source);
         if (!isCurrent()) {
             rewind();
             ask();
@@ -250,7 +252,7 @@ Item {
             id: button
             width: player.px(20)
             height: parent.height
-            Component.onCompleted: vidletView.setItemCursor(button, "PointingHandCursor", "clip")
+            Component.onCompleted: player.view.setItemCursor(button, "PointingHandCursor", "clip")
 
             Accessible.role: Accessible.Button
             Accessible.name: player.isWanted ? player.pauseLabel : player.playLabel
@@ -285,14 +287,16 @@ Item {
                 visible: player.isWanted
                 spacing: player.px(3)
 
-                Repeater {
-                    model: 2
+                Rectangle {
+                    width: player.px(3)
+                    height: button.side
+                    color: button.ink
+                }
 
-                    Rectangle {
-                        width: player.px(3)
-                        height: button.side
-                        color: button.ink
-                    }
+                Rectangle {
+                    width: player.px(3)
+                    height: button.side
+                    color: button.ink
                 }
             }
 
@@ -345,7 +349,7 @@ Item {
                 Accessible.role: Accessible.Slider
                 Accessible.name: player.positionLabel
                 Component.onCompleted:
-                    vidletView.setItemCursor(scrubber, "PointingHandCursor", "clip")
+                    player.view.setItemCursor(scrubber, "PointingHandCursor", "clip")
 
                 function move(x) {
                     if (player.hasPictures()) {
