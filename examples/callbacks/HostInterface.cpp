@@ -14,6 +14,8 @@
 #include <QToolButton>
 #include <QUrl>
 
+using namespace Qt::StringLiterals;
+
 QString HostInterface::keyForObject(QObject* object)
 {
     const auto* button = qobject_cast<QToolButton*>(object);
@@ -23,10 +25,11 @@ QString HostInterface::keyForObject(QObject* object)
         return keyInMenu(*menu);
     if (const auto* tabs = qobject_cast<QTabBar*>(object))
         return keyInTabBar(*tabs);
-    if (const auto* view = qobject_cast<QAbstractItemView*>(object->parent()))
+    const auto* view = qobject_cast<QAbstractItemView*>(object->parent());
+    if (view && object == view->viewport())
         return keyInView(*view);
     // Qt's names for the parts of a spin box and the like: the box itself is asked next.
-    return object->objectName().startsWith(QLatin1String("qt_")) ? QString() : object->objectName();
+    return object->objectName().startsWith("qt_"_L1) ? QString() : object->objectName();
 }
 
 QString HostInterface::shortCutForObject(const QString& key, QObject* object,
@@ -42,7 +45,7 @@ bool HostInterface::openExternalResource(Vidlets::VLExternalResourceType type,
 {
     if (type == Vidlets::VLResourceDocumentation)
         return QDesktopServices::openUrl(
-            QUrl(QStringLiteral("https://example.org/manual/%1.html").arg(resource)));
+            QUrl(u"https://example.org/manual/%1.html"_s.arg(resource)));
     return VLInterface::openExternalResource(type, resource);
 }
 

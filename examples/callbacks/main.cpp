@@ -12,29 +12,31 @@
 #include <QTabWidget>
 #include <QTreeWidget>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// Each control here asks for the one tip of the package.
 void fill(QMainWindow& window)
 {
-    const QString key = QStringLiteral("greeting");
-    QMenu* menu = window.menuBar()->addMenu(QStringLiteral("&Menu"));
-    menu->addAction(QStringLiteral("Rest the pointer here"))->setObjectName(key);
+    const QString key = u"greeting"_s;
+    QMenu* menu = window.menuBar()->addMenu(u"&Menu"_s);
+    menu->addAction(u"Rest the pointer here"_s)->setObjectName(key);
     auto* tabs = new QTabWidget(&window);
     auto* tree = new QTreeWidget;
-    tree->setHeaderLabel(QStringLiteral("On this header"));
+    tree->setHeaderLabel(u"On this header"_s);
     tree->headerItem()->setData(0, kKeyRole, key);
-    auto* item = new QTreeWidgetItem(tree, {QStringLiteral("Or on this row")});
+    auto* item = new QTreeWidgetItem(tree, {u"Or on this row"_s});
     item->setData(0, kKeyRole, key);
-    tabs->addTab(tree, QStringLiteral("On this tab"));
+    tabs->addTab(tree, u"On this tab"_s);
     tabs->tabBar()->setTabData(0, key);
     window.setCentralWidget(tabs);
 }
 
 void addPinMenu(QMainWindow& window)
 {
-    QMenu* menu = window.menuBar()->addMenu(QStringLiteral("&Pinned tips"));
-    QAction* onTop = menu->addAction(QStringLiteral("Keep on &top"));
+    QMenu* menu = window.menuBar()->addMenu(u"&Pinned tips"_s);
+    QAction* onTop = menu->addAction(u"Keep on &top"_s);
     onTop->setCheckable(true);
     QObject::connect(onTop, &QAction::toggled, &window, [](bool checked) {
         if (Vidlets::VLManager* manager = vidletsManager())
@@ -44,11 +46,11 @@ void addPinMenu(QMainWindow& window)
 
 void addTipsMenu(QMainWindow& window, Vidlets::VLInterface& vidlets)
 {
-    QMenu* menu = window.menuBar()->addMenu(QStringLiteral("&Tips"));
-    QObject::connect(menu->addAction(QStringLiteral("&Never")), &QAction::triggered, &vidlets,
+    QMenu* menu = window.menuBar()->addMenu(u"&Tips"_s);
+    QObject::connect(menu->addAction(u"&Never"_s), &QAction::triggered, &vidlets,
                      [&vidlets] { vidlets.context().set(Vidlets::ckDisabled, true); });
-    QObject::connect(menu->addAction(QStringLiteral("Only with &Shift")), &QAction::triggered,
-                     &vidlets, [&vidlets] {
+    QObject::connect(menu->addAction(u"Only with &Shift"_s), &QAction::triggered, &vidlets,
+                     [&vidlets] {
                          vidlets.context().set(Vidlets::ckDisabled, false);
                          vidlets.context().set(Vidlets::ckRequiredModifiers,
                                                static_cast<int>(Qt::ShiftModifier));

@@ -8,12 +8,14 @@
 #include <QApplication>
 #include <QPushButton>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
 
-    QPushButton button(QStringLiteral("Rest the pointer here"));
-    button.setObjectName(QStringLiteral("greeting"));
+    QPushButton button(u"Rest the pointer here"_s);
+    button.setObjectName(u"greeting"_s);
     button.resize(320, 120);
 
     const QStringList dataPaths = {QStringLiteral(EXAMPLE_PACKAGES)};

@@ -8,12 +8,14 @@
 #include <QApplication>
 #include <QPushButton>
 
+using namespace Qt::StringLiterals;
+
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
 
-    QPushButton button(QStringLiteral("Rest the pointer here, or press F1 or the button"));
-    button.setObjectName(QStringLiteral("greeting"));
+    QPushButton button(u"Rest the pointer here, or press F1 or the button"_s);
+    button.setObjectName(u"greeting"_s);
     button.setShortcut(Qt::Key_F1);
     button.resize(480, 120);
 
@@ -25,9 +27,9 @@ int main(int argc, char* argv[])
     HoverForwarder forwarder(vidlets);
     application.installEventFilter(&forwarder);
 
-    // A tip can be asked for without any event as well.
     QObject::connect(&button, &QPushButton::clicked, &vidlets, [&vidlets, &button] {
-        vidlets.show(QStringLiteral("greeting"), QCursor::pos(), &button);
+        // A tip can be asked for without any event as well.
+        vidlets.show(u"greeting"_s, QCursor::pos(), &button);
     });
 
     button.show();

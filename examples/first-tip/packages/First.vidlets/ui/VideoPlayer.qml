@@ -1,0 +1,1 @@
+../../../../workbench/packages/Workbench.vidlets/ui/VideoPlayer.qml
