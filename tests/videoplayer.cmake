@@ -5,4 +5,5 @@ vidlets_add_test(NAME tst_videoplayer)
 target_compile_definitions(
   tst_videoplayer
   PRIVATE
-    VIDEO_PLAYER="${PROJECT_SOURCE_DIR}/examples/workbench/packages/Workbench.vidlets/ui/VideoPlayer.qml")
+    VIDEO_PLAYER="${PROJECT_SOURCE_DIR}/examples/workbench/packages/Workbench.vidlets/ui/VideoPlayer.qml"
+)
