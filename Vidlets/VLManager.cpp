@@ -6,6 +6,7 @@
 #include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLIndex.h"
+#include "VLNumbers.h"
 #include "VLSettings.h"
 #include "VLView.h"
 #include "VLWidget.h"
@@ -215,7 +216,7 @@ int VLManager::getScaledSize(int size)
 {
     if (d->scaleValue == 0.0F)
         return size;
-    return static_cast<int>(static_cast<float>(size) * d->scaleValue);
+    return truncatedToInt32(static_cast<double>(static_cast<float>(size) * d->scaleValue));
 }
 
 QString VLManager::keyForObject(QObject* object)

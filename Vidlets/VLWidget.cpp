@@ -6,6 +6,7 @@
 #include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLManager.h"
+#include "VLNumbers.h"
 #include "VLSettings.h"
 #include "VLView.h"
 #include "VLXmlElement.h"
@@ -219,7 +220,7 @@ void VLWidget::setTimer()
         return;
     const float delayMs = Settings::stayDurationMs(m_manager->context());
     if (delayMs > 0.0F)
-        m_timer->start(static_cast<int>(delayMs));
+        m_timer->start(truncatedToInt32(static_cast<double>(delayMs)));
 }
 
 void VLWidget::contentReservedChanged()
@@ -273,7 +274,7 @@ void VLWidget::contentResized()
     m_resizing = true;
 
     const QRectF bounds = m_view->rootObject()->boundingRect();
-    const QSize contentSize(static_cast<int>(bounds.width()), static_cast<int>(bounds.height()));
+    const QSize contentSize(truncatedToInt32(bounds.width()), truncatedToInt32(bounds.height()));
     if (!hasSizeFor(contentSize))
         takeContentSize(contentSize);
     if (m_containerWidget && !isWindow() && !isVisible()) {

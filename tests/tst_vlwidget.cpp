@@ -18,6 +18,7 @@
 #include <QTemporaryDir>
 
 #include <cmath>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -129,6 +130,8 @@ private Q_SLOTS:
     // Timer
     void setTimer_takesStayDuration_data();
     void setTimer_takesStayDuration();
+    void setTimer_neverFires_whenStayDurationIsBeyondNumbers_data();
+    void setTimer_neverFires_whenStayDurationIsBeyondNumbers();
     void setTimer_startsAnew_whenRunning();
     void setTimer_stops_whenStayOpen();
     void timeout_hidesPopup();
@@ -796,6 +799,29 @@ void TestVLWidget::setTimer_takesStayDuration()
     QCOMPARE(stage.timer()->isActive(), intervalMs >= 0);
     if (intervalMs >= 0)
         QCOMPARE(stage.timer()->interval(), intervalMs);
+}
+
+void TestVLWidget::setTimer_neverFires_whenStayDurationIsBeyondNumbers_data()
+{
+    QTest::addColumn<double>("setting");
+    QTest::newRow("one too many") << 2147483648.0;
+    QTest::newRow("many") << 1e10;
+    QTest::newRow("infinite") << std::numeric_limits<double>::infinity();
+}
+
+void TestVLWidget::setTimer_neverFires_whenStayDurationIsBeyondNumbers()
+{
+    QFETCH(double, setting);
+    PopupStage stage;
+    stage.popup();
+    stage.set(ckStayDuration, setting);
+    QTest::ignoreMessage(QtWarningMsg,
+                         "QObject::startTimer: Timers cannot have negative intervals");
+
+    stage.popup()->setTimer();
+
+    QCOMPARE(stage.timer()->interval(), std::numeric_limits<int>::min());
+    QCOMPARE(stage.timer()->remainingTime(), -1);
 }
 
 void TestVLWidget::setTimer_startsAnew_whenRunning()
