@@ -10,6 +10,7 @@
 #include "VLSettings.h"
 #include "VLView.h"
 #include "VLWidget.h"
+#include "VLWidgetPrivate.h"
 #include "VLXmlElement.h"
 
 #include <QApplication>
@@ -51,24 +52,40 @@ void setAlwaysShowToolTips(bool on)
         widget->setAttribute(Qt::WA_AlwaysShowToolTips, on);
 }
 
-bool isContentWithKey(const VLXmlElement* content, const QString& key)
+/// A tip as the index hands it out: owned by nobody yet, and not there if @c element is null.
+struct FoundTip
 {
+    /// The package directory: that of the control file is @c depth - 1 levels below.
+    QString packageRoot() const
+    {
+        QDir dir(path);
+        for (int step = 1; step < depth; ++step)
+            dir.cdUp();
+        return dir.canonicalPath();
+    }
+
+    VLXmlElement* element = nullptr;
+    /// The top of the tree that the element is in.
+    VLXmlElement* root = nullptr;
+    /// The directory of the control file.
+    QString path;
+    int depth = 0;
+};
+
+VLXmlElement* contentOf(VLWidget* popup)
+{
+    return popup && popup->view() ? popup->view()->content() : nullptr;
+}
+
+bool hasContentWithKey(VLWidget* popup, const QString& key)
+{
+    const VLXmlElement* content = contentOf(popup);
     return content && content->attribute(keyAttribute()) == key;
 }
 
 QString attributeOr(const VLXmlElement* element, const QString& name, const QString& defaultValue)
 {
     return element->hasAttribute(name) ? element->attribute(name) : defaultValue;
-}
-
-/// New flags may give a popup a new window in the window system, and the view's goes with the old
-/// one without Qt noticing: the popup would be empty.
-void renewViewWindow(VLWidget* widget)
-{
-    if (!widget->isWindow() || !widget->view())
-        return;
-    widget->view()->destroy();
-    widget->view()->show();
 }
 
 /// The canonical path of a file that is no link, by that of its directory: what is no link needs
@@ -81,14 +98,6 @@ QString pathIn(const QString& canonicalDirectory, const QString& fileName)
     if (canonicalDirectory.endsWith(u'/'))
         return canonicalDirectory % fileName;
     return canonicalDirectory % u'/' % fileName;
-}
-
-QString packageRoot(const QString& controlDirectory, int depth)
-{
-    QDir dir(controlDirectory);
-    for (int step = 1; step < depth; ++step)
-        dir.cdUp();
-    return dir.canonicalPath();
 }
 
 } // namespace
@@ -105,14 +114,22 @@ public:
     {
     }
 
-    void forEachReserved(void (*action)(VLWidget* widget, bool argument), bool argument);
+    template <typename Action> void forEachReserved(Action action);
+    bool isAllowedToShow() const;
+    bool isOnShow(const QString& key) const;
+    bool isFallbackOnShow(const QString& key) const;
+    FoundTip findFallback(const QString& key);
+    bool showWithoutContent(const QPoint& position, const QWidget* widget);
+    void replaceContent(VLXmlElement* element);
+    void askForShortcut(const QString& key, QObject* reference, VLXmlElement* element) const;
 
     VLInterface* interface;
     QStringList searchPaths;
     /// The canonical path of each scanned directory, the latest first. Only ever written.
     QStringList indexedPaths;
     VLContext settings;
-    VLWidget* tooltipWindow = nullptr;
+    /// The current popup, or null.
+    QPointer<VLWidget> tooltipWindow;
     VLIndex* index;
     /// Popups given up to the user, in the order of reserving; entries die with their window.
     QList<QPointer<VLWidget>> reservedWindows;
@@ -126,15 +143,84 @@ public:
 };
 
 /// Walks the reserved windows from the last to the first and forgets the dead ones.
-void VLManagerPrivate::forEachReserved(void (*action)(VLWidget* widget, bool argument),
-                                       bool argument)
+template <typename Action> void VLManagerPrivate::forEachReserved(Action action)
 {
     for (qsizetype i = reservedWindows.size() - 1; i >= 0; --i) {
         if (VLWidget* widget = reservedWindows.at(i))
-            action(widget, argument);
+            action(widget);
         else
             reservedWindows.removeAt(i);
     }
+}
+
+bool VLManagerPrivate::isAllowedToShow() const
+{
+    if (Settings::disabled(settings))
+        return false;
+    // Compared as a whole: one modifier too many fails like one that is missing.
+    const Qt::KeyboardModifiers required = Settings::requiredModifiers(settings);
+    return !required || QGuiApplication::keyboardModifiers() == required;
+}
+
+bool VLManagerPrivate::isOnShow(const QString& key) const
+{
+    return tooltipWindow->isVisible() && hasContentWithKey(tooltipWindow, key);
+}
+
+/// Unlike isOnShow() this takes a popup without content for one that shows the empty key.
+bool VLManagerPrivate::isFallbackOnShow(const QString& key) const
+{
+    const VLXmlElement* content = contentOf(tooltipWindow);
+    const QString keyOnShow = content ? content->attribute(keyAttribute()) : QString();
+    return tooltipWindow->isVisible() && keyOnShow == key;
+}
+
+/// Asks the index alone, in the fallback's own locale. A null key names no tip.
+FoundTip VLManagerPrivate::findFallback(const QString& key)
+{
+    FoundTip tip;
+    if (key.isNull())
+        return tip;
+    const QLocale locale(Settings::contentFallbackLocale(settings));
+    tip.element = index->retrieve(key, locale, tip.path, tip.depth, tip.root);
+    return tip;
+}
+
+/// Gives whether the popup that is up, if one is, may stay.
+bool VLManagerPrivate::showWithoutContent(const QPoint& position, const QWidget* widget)
+{
+    if (!tooltipWindow->isVisible())
+        return false;
+    if (tooltipWindow->isSafe(position) && (!widget || widget->toolTip().isEmpty()))
+        return true;
+    tooltipWindow->hideAnimated();
+    return false;
+}
+
+void VLManagerPrivate::replaceContent(VLXmlElement* element)
+{
+    VLView* view = tooltipWindow->view();
+    VLXmlElement* old = view->content();
+    if (old && old != element) {
+        // The scene must let go of the old tree before it dies.
+        view->setSource(QUrl());
+        view->setContent(nullptr);
+        if (old->parent())
+            delete old->parent();
+        else
+            delete old;
+    }
+    view->setContent(element);
+}
+
+/// @p key is the one that was asked for, also where @p element is the fallback.
+void VLManagerPrivate::askForShortcut(const QString& key, QObject* reference,
+                                      VLXmlElement* element) const
+{
+    const QString shortcut =
+        interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute()));
+    if (!shortcut.isEmpty())
+        element->setAttribute(shortcutAttribute(), shortcut);
 }
 
 VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringList& dataPaths,
@@ -443,86 +529,34 @@ bool VLManager::eventFilter(QObject* object, QEvent* event)
 bool VLManager::show(const QString& key, const QPoint& position, QObject* reference)
 {
     handleMessage(VLMessageInformation, u"looking for Vidlet for key:%1"_s.arg(key));
-    if (Settings::disabled(d->settings))
+    if (!d->isAllowedToShow())
         return false;
-    // Compared as a whole: one modifier too many fails like one that is missing.
-    const Qt::KeyboardModifiers required = Settings::requiredModifiers(d->settings);
-    if (required && QGuiApplication::keyboardModifiers() != required)
-        return false;
-
-    auto* widget =
-        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
     initializeTooltipWindow();
-    if (isOnShow(key))
+    if (d->isOnShow(key))
         return true;
 
-    QString path;
-    int depth = 0;
-    VLXmlElement* root = nullptr;
-    VLXmlElement* element = retrieve(key, path, depth, root);
-    if (!element) {
+    FoundTip tip;
+    tip.element = retrieve(key, tip.path, tip.depth, tip.root);
+    if (!tip.element) {
         const QString fallback = Settings::fallbackKey(d->settings);
-        if (d->tooltipWindow->isVisible() && keyOnShow() == fallback)
-            return d->tooltipWindow->view()->content() != nullptr;
-        if (!fallback.isNull()) {
-            const QLocale locale(Settings::contentFallbackLocale(d->settings));
-            element = d->index->retrieve(fallback, locale, path, depth, root);
-        }
+        if (d->isFallbackOnShow(fallback))
+            return contentOf(d->tooltipWindow) != nullptr;
+        tip = d->findFallback(fallback);
     }
-    if (!element || !root)
-        return showWithoutContent(position, widget);
+    auto* widget =
+        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
+    if (!tip.element || !tip.root)
+        return d->showWithoutContent(position, widget);
     // An index of the host's may hand out the very element that is on show.
-    if (d->tooltipWindow->isVisible() && d->tooltipWindow->view()->content() == element)
+    if (d->tooltipWindow->isVisible() && contentOf(d->tooltipWindow) == tip.element)
         return true;
 
     const QPoint tipPosition = tooltipPosition(position, widget);
-    replaceContent(element);
-    const QString shortcut =
-        d->interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute()));
-    if (!shortcut.isEmpty())
-        element->setAttribute(shortcutAttribute(), shortcut);
-
-    d->tooltipWindow->showWithContent(reference, tipPosition, element, packageRoot(path, depth));
+    d->replaceContent(tip.element);
+    d->askForShortcut(key, reference, tip.element);
+    d->tooltipWindow->showWithContent(reference, tipPosition, tip.element, tip.packageRoot());
     d->tooltipWindow->raise();
     return true;
-}
-
-bool VLManager::isOnShow(const QString& key) const
-{
-    return d->tooltipWindow->isVisible()
-        && isContentWithKey(d->tooltipWindow->view()->content(), key);
-}
-
-QString VLManager::keyOnShow() const
-{
-    const VLXmlElement* content = d->tooltipWindow->view()->content();
-    return content ? content->attribute(keyAttribute()) : QString();
-}
-
-bool VLManager::showWithoutContent(const QPoint& position, QWidget* widget)
-{
-    if (!d->tooltipWindow->isVisible())
-        return false;
-    if (d->tooltipWindow->isSafe(position) && (!widget || widget->toolTip().isEmpty()))
-        return true;
-    d->tooltipWindow->hideAnimated();
-    return false;
-}
-
-void VLManager::replaceContent(VLXmlElement* element)
-{
-    VLView* view = d->tooltipWindow->view();
-    VLXmlElement* old = view->content();
-    if (old && old != element) {
-        // The scene must let go of the old tree before it dies.
-        view->setSource(QUrl());
-        view->setContent(nullptr);
-        if (old->parent())
-            delete old->parent();
-        else
-            delete old;
-    }
-    view->setContent(element);
 }
 
 bool VLManager::reserve(VLWidget* popup, QWidget*& window)
@@ -539,21 +573,13 @@ bool VLManager::reserve(VLWidget* popup, QWidget*& window)
 
 void VLManager::raise()
 {
-    d->forEachReserved([](VLWidget* widget, bool /*argument*/) { widget->raise(); }, true);
+    d->forEachReserved([](VLWidget* widget) { widget->raise(); });
 }
 
 void VLManager::setStayOnTop(bool onTop)
 {
     d->forEachReserved(
-        [](VLWidget* widget, bool stay) {
-            Qt::WindowFlags flags = widget->windowFlags();
-            flags.setFlag(Qt::WindowStaysOnTopHint, stay);
-            widget->setWindowFlags(flags);
-            // A change of flags hides the window.
-            widget->show();
-            renewViewWindow(widget);
-        },
-        onTop);
+        [onTop](VLWidget* widget) { VLWidgetPrivate::setStaysOnTop(widget, onTop); });
 }
 
 QString VLManager::translateString(const QString& text, const QString& context)
@@ -585,27 +611,22 @@ QString VLManager::translateString(const QString& text, const QString& context)
 QString VLManager::vidletAttribute(const QString& key, const QString& attribute,
                                    const QString& defaultValue)
 {
-    if (d->tooltipWindow && d->tooltipWindow->view()
-        && isContentWithKey(d->tooltipWindow->view()->content(), key))
-        return attributeOr(d->tooltipWindow->view()->content(), attribute, defaultValue);
+    if (hasContentWithKey(d->tooltipWindow, key))
+        return attributeOr(contentOf(d->tooltipWindow), attribute, defaultValue);
 
-    const auto reserved =
-        std::find_if(d->reservedWindows.cbegin(), d->reservedWindows.cend(),
-                     [&key](const QPointer<VLWidget>& widget) {
-                         return widget && isContentWithKey(widget->view()->content(), key);
-                     });
+    const auto reserved = std::find_if(
+        d->reservedWindows.cbegin(), d->reservedWindows.cend(),
+        [&key](const QPointer<VLWidget>& widget) { return hasContentWithKey(widget, key); });
     if (reserved != d->reservedWindows.cend())
-        return attributeOr((*reserved)->view()->content(), attribute, defaultValue);
+        return attributeOr(contentOf(*reserved), attribute, defaultValue);
 
-    QString path;
-    int depth = 0;
-    VLXmlElement* root = nullptr;
-    VLXmlElement* element = retrieve(key, path, depth, root);
-    if (!element)
+    FoundTip tip;
+    tip.element = retrieve(key, tip.path, tip.depth, tip.root);
+    if (!tip.element)
         return defaultValue;
-    QString value = attributeOr(element, attribute, defaultValue);
+    QString value = attributeOr(tip.element, attribute, defaultValue);
     // The element alone: what is above it stays allocated.
-    delete element;
+    delete tip.element;
     return value;
 }
 

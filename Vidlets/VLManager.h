@@ -199,11 +199,6 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLManager)
 
-    bool isOnShow(const QString& key) const;
-    QString keyOnShow() const;
-    bool showWithoutContent(const QPoint& position, QWidget* widget);
-    void replaceContent(VLXmlElement* element);
-
     const std::unique_ptr<VLManagerPrivate> d;
 };
 

@@ -7,6 +7,7 @@
 #include "VLIndex.h"
 #include "VLInterface.h"
 #include "VLManager.h"
+#include "VLManagerSettings.h"
 #include "VLSettings.h"
 
 #include <QCursor>
@@ -15,7 +16,6 @@
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickItem>
-#include <QResizeEvent>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
@@ -76,17 +76,19 @@ void VLView::setItemCursor(QObject* object, const QString& shape, const QString&
 
 void VLView::debugLog(const QString& msg)
 {
-    m_manager->handleMessage(VLMessageDebug, msg);
+    if (m_manager)
+        m_manager->handleMessage(VLMessageDebug, msg);
 }
 
 void VLView::openExternalResource(const QString& resourceLocator)
 {
-    m_manager->openExternalResource(resourceLocator);
+    if (m_manager)
+        m_manager->openExternalResource(resourceLocator);
 }
 
 QString VLView::interpolate(const QString& string)
 {
-    return m_manager->interpolate(string);
+    return m_manager ? m_manager->interpolate(string) : string;
 }
 
 void VLView::setOverrideCursor(const QString& shape)
@@ -114,7 +116,7 @@ QString VLView::findResource(const QString& relativePath) const
 
 int VLView::getScaledSize(int size)
 {
-    return m_manager->getScaledSize(size);
+    return m_manager ? m_manager->getScaledSize(size) : size;
 }
 
 QString VLView::categoryPath(const QString& attribute, const QString& defaultValue,
@@ -130,7 +132,7 @@ QString VLView::categoryPath(const QString& attribute, const QString& defaultVal
         path = parent->attribute(attribute);
 
     if (path.isEmpty())
-        path = m_manager->context().get(key, defaultValue).toString();
+        path = settingsOf(m_manager).get(key, defaultValue).toString();
     return path;
 }
 
@@ -138,6 +140,8 @@ QString VLView::findComponent(const QString& attribute, contextKey key, const QS
                               const QString& relativePath) const
 {
     QString category = categoryPath(attribute, defaultValue, key);
+    if (!m_manager)
+        return category;
     const QList<QString> candidates =
         m_manager->index()->componentPathsForElement(m_content, category);
     for (const QString& candidate : candidates) {
@@ -151,7 +155,7 @@ QString VLView::findComponent(const QString& attribute, contextKey key, const QS
 
 QString VLView::uiRootFilePath() const
 {
-    if (Settings::simpleTooltips(m_manager->context())) {
+    if (Settings::simpleTooltips(settingsOf(m_manager))) {
         return findComponent(simpleUiAttribute(), ckSimpleUiFile, Settings::simpleUiFileDefault(),
                              QString());
     }
@@ -166,7 +170,7 @@ QString VLView::resourceDirectoryPath() const
 
 bool VLView::documentationAvailable()
 {
-    return Settings::documentationAvailable(m_manager->context());
+    return Settings::documentationAvailable(settingsOf(m_manager));
 }
 
 QDir VLView::packageRoot() const
@@ -232,7 +236,7 @@ void VLView::setReserved(bool reserved)
 void VLView::handleWarnings(const QList<QQmlError>& warnings)
 {
     for (const QQmlError& warning : warnings)
-        m_manager->handleMessage(VLMessageDebug, errorMessage(u"QML Warning %1:%2:%3"_s, warning));
+        debugLog(errorMessage(u"QML Warning %1:%2:%3"_s, warning));
 }
 
 void VLView::statusHasChanged(QQuickView::Status s)
@@ -241,13 +245,13 @@ void VLView::statusHasChanged(QQuickView::Status s)
         return;
     const QList<QQmlError> viewErrors = errors();
     for (const QQmlError& error : viewErrors)
-        m_manager->handleMessage(VLMessageDebug, errorMessage(u"Error %1:%2:%3"_s, error));
+        debugLog(errorMessage(u"Error %1:%2:%3"_s, error));
 }
 
 void VLView::loadQML(const QString& path)
 {
     if (!QFile::exists(path)) {
-        m_manager->handleMessage(VLMessageDebug, u"Can't find :%1"_s.arg(path));
+        debugLog(u"Can't find :%1"_s.arg(path));
         return;
     }
     // The same scene stays alive; new content reaches it through the context names.
@@ -255,17 +259,10 @@ void VLView::loadQML(const QString& path)
     if (url == source())
         return;
     setSource(url);
-    announceSceneSize();
-}
-
-/// Tells of the size that a new scene asked for. The window system may do so only after the
-/// container has given the hidden window its old size back, and then never.
-void VLView::announceSceneSize()
-{
-    if (!rootObject())
-        return;
-    QResizeEvent event(rootObject()->size().toSize(), size());
-    QCoreApplication::sendEvent(this, &event);
+    // The window system may tell of the size only after the container has given the hidden window
+    // its old one back, and then never.
+    if (rootObject())
+        Q_EMIT contentSizeChanged();
 }
 
 void VLView::resetState()

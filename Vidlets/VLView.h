@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QList>
+#include <QPointer>
 #include <QQmlError>
 #include <QQuickView>
 #include <QString>
@@ -49,8 +50,9 @@ class VIDLETS_EXPORT VLView : public QQuickView
     Q_PROPERTY(QString resourceDirectory READ resourceDirectoryPath)
 
 public:
-    /// Makes a frameless view that follows the size of its scene. @p manager stays the caller's and
-    /// outlives the view; @p parent may be null.
+    /// Makes a frameless view that follows the size of its scene. @p manager stays the caller's;
+    /// @p parent may be null. A view that outlives the manager goes on with the default of each
+    /// setting, finds no components, and sends no messages.
     explicit VLView(VLManager* manager, QWindow* parent = nullptr);
 
     /// Empties the scene, then deletes the content element, but nothing above it in its tree.
@@ -128,7 +130,7 @@ public:
     /// Moves the window, in pixels, within its parent.
     void setViewPos(int x, int y);
 
-    /// The manager.
+    /// The manager; null once it is gone.
     VLManager* manager() const;
 
     /// The content on show, owned by the view; may be null.
@@ -174,7 +176,7 @@ Q_SIGNALS:
     void reservedChanged();
     /// Never sent, whichever way the content changes.
     void contentChanged();
-    /// The window was resized; the popup follows.
+    /// The window was resized, or a new scene has brought its size; the popup follows.
     void contentSizeChanged();
     /// Whether documentation can be opened may have changed.
     void documentationAvailableChanged();
@@ -188,9 +190,8 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLView)
 
-    void announceSceneSize();
-
-    VLManager* m_manager;
+    /// Null once the manager is gone, which a scene may outlive.
+    QPointer<VLManager> m_manager;
     // Kept: two strings and a flag that nothing reads.
     QString m_spareText;
     QString m_spareName;

@@ -6,11 +6,12 @@
 
 #include <Vidlets/VidletsExport.h>
 
-#include <QElapsedTimer>
 #include <QPoint>
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
+
+#include <memory>
 
 class QPropertyAnimation;
 class QTimer;
@@ -19,6 +20,7 @@ namespace Vidlets {
 
 class VLManager;
 class VLView;
+class VLWidgetPrivate;
 class VLXmlElement;
 
 /**
@@ -35,7 +37,8 @@ class VIDLETS_EXPORT VLWidget : public QWidget
     Q_OBJECT
 
 public:
-    /// Makes a hidden popup without a view. @p manager stays the caller's and outlives the popup.
+    /// Makes a hidden popup without a view. @p manager stays the caller's. A popup that outlives it
+    /// goes on with the default of each setting.
     explicit VLWidget(VLManager* manager, QWidget* parent = nullptr);
 
     /// Deletes the view, and with it the content.
@@ -59,7 +62,7 @@ public:
 
     /// The view; may be null.
     VLView* view();
-    /// The manager.
+    /// The manager; null once it is gone.
     VLManager* manager();
     /// The control that the popup belongs to, or null. Not owned, and left as it was when the
     /// control dies, until the next showWithContent().
@@ -119,13 +122,7 @@ private Q_SLOTS:
 private:
     Q_DISABLE_COPY_MOVE(VLWidget)
 
-    QScreen* referenceScreen() const;
-    bool isBeingMapped();
-    bool hasSizeFor(const QSize& contentSize) const;
-    void takeContentSize(const QSize& contentSize);
-    void prepareFade(qreal from, qreal to, int durationMs);
-    void dockInto(QWidget* window, const QPoint& position);
-    void floatAt(const QPoint& position);
+    friend class VLWidgetPrivate;
 
     /// Owned.
     VLView* m_view = nullptr;
@@ -135,14 +132,11 @@ private:
     QPropertyAnimation* m_animation;
     /// The hide timer.
     QTimer* m_timer;
-    VLManager* m_manager;
+    /// Null once the manager is gone, which a popup may outlive.
+    QPointer<VLManager> m_manager;
     /// True while contentResized() runs, since its size changes lead back to it.
     bool m_resizing = false;
-    /// The reference widget as long as it lives: the plain pointer keeps its value beyond that.
-    QPointer<QWidget> m_livingReference;
-    /// Where and when the popup was shown last, for the time until its window is mapped.
-    QPoint m_shownAt;
-    QElapsedTimer m_sinceShow;
+    const std::unique_ptr<VLWidgetPrivate> d;
 };
 
 } // namespace Vidlets

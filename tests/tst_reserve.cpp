@@ -4,13 +4,13 @@
 #include "PointerDriver.h"
 #include "PopupStage.h"
 #include "VidletsTest.h"
+#include "XServer.h"
 
 #include <QDir>
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QLabel>
 #include <QMouseEvent>
-#include <QProcess>
 #include <QQuickItem>
 #include <QRegularExpression>
 #include <QScreen>
@@ -19,7 +19,6 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <climits>
 
 using namespace Qt::StringLiterals;
 
@@ -92,9 +91,14 @@ QWidget* containerOf(const VLWidget* popup)
     return popup->layout()->itemAt(0)->widget();
 }
 
+QQuickItem* sceneOf(VLWidget* popup)
+{
+    return popup->view()->rootObject();
+}
+
 QString shownKey(VLWidget* popup)
 {
-    const QObject* scene = popup->view()->rootObject();
+    const QObject* scene = sceneOf(popup);
     return scene ? scene->property("shownKey").toString() : QString();
 }
 
@@ -110,22 +114,6 @@ Qt::WindowFlags asQtKeepsThem(int flags)
     QWidget probe;
     probe.setWindowFlags(Qt::WindowFlags::fromInt(flags));
     return probe.windowFlags();
-}
-
-/// The X window of @p popup. A widget may still name the one that it had before a change of flags.
-WId windowOfX(const QWidget* popup)
-{
-    return popup->windowHandle() ? popup->windowHandle()->winId() : 0;
-}
-
-/// What a program that asks the X server prints; empty where it fails, since windows come and go.
-QString answerOf(const QString& program, const QStringList& arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished() || process.exitCode() != 0)
-        return QString();
-    return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 
 /// The windows of clients on the display, the lowest first.
@@ -167,22 +155,6 @@ bool isAboveForX(const VLWidget* popup)
 {
     return answerOf(u"xprop"_s, {u"-id"_s, QString::number(windowOfX(popup)), u"_NET_WM_STATE"_s})
         .contains(u"_NET_WM_STATE_ABOVE"_s);
-}
-
-/// Where the X server has the frame that the window manager put around @p window; an impossible
-/// place as long as there is none.
-QPoint framePositionOfX(const QWidget* window)
-{
-    const WId id = windowOfX(window);
-    const QString extents =
-        answerOf(u"xprop"_s, {u"-id"_s, QString::number(id), u"_NET_FRAME_EXTENTS"_s});
-    const QString answer = answerOf(u"xwininfo"_s, {u"-frame"_s, u"-id"_s, QString::number(id)});
-    const QRegularExpression corner(
-        u"Absolute upper-left X: +(-?\\d+)\\s+Absolute upper-left Y: +(-?\\d+)"_s);
-    const QRegularExpressionMatch match = corner.match(answer);
-    if (!extents.contains(u'=') || !match.hasMatch())
-        return {INT_MIN, INT_MIN};
-    return {match.captured(1).toInt(), match.captured(2).toInt()};
 }
 
 qsizetype windowCountOfX()
@@ -325,6 +297,7 @@ private Q_SLOTS:
     void floating_takesTitleFromPropertyAlone_data();
     void floating_takesTitleFromPropertyAlone();
     void floating_keepsPosition();
+    void floating_keepsPosition_whenMinimisedAndSceneGrows();
     void floating_isDeletedWithViewAndContent_whenClosed();
     void floating_isDeleted_whenUserClosesIt();
     void floating_staysAlive_whenHidden();
@@ -341,6 +314,7 @@ private Q_SLOTS:
     void docked_takesTitleFromAttributeAlone_data();
     void docked_takesTitleFromAttributeAlone();
     void docked_takesSizeOfScene();
+    void docked_takesExactSizeOfScene_whenHostWindowIsHidden();
     void docked_movesHostWindowToPosition();
     void docked_movesWindowAround_whenGivenWidgetIsNoWindow();
     void docked_isNotHiddenByTimer();
@@ -352,6 +326,7 @@ private Q_SLOTS:
     void scene_detachesPopup_whenClicked();
     void scene_detachesPopup_whileItLoads_data();
     void scene_detachesPopup_whileItLoads();
+    void scene_detachesPopup_whereItIs_whileItLoads();
 
     // Raising and staying on top
     void raise_goesFromLastToFirst();
@@ -359,6 +334,8 @@ private Q_SLOTS:
     void setStayOnTop_setsAndClearsState();
     void setStayOnTop_keepsSceneOnScreen();
     void setStayOnTop_leavesOtherFlags();
+    void setStayOnTop_leavesViewAlone_whenFlagsStayTheSame();
+    void setStayOnTop_keepsSize();
     void setStayOnTop_showsHiddenWindow();
     void setStayOnTop_leavesDockedPopupInItsWindow();
     void setStayOnTop_leavesCurrentPopupAlone();
@@ -638,6 +615,24 @@ void TestReserve::floating_keepsPosition()
     QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
 }
 
+void TestReserve::floating_keepsPosition_whenMinimisedAndSceneGrows()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey(), nullptr);
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    popup->showMinimized();
+    QTRY_VERIFY_WITH_TIMEOUT(!popup->windowHandle()->isExposed(), kPatienceMs);
+
+    sceneOf(popup)->setWidth(200);
+
+    QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->width(), 200, kPatienceMs);
+    QCOMPARE(popup->pos(), kTipPosition);
+    popup->showNormal();
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+}
+
 void TestReserve::floating_isDeletedWithViewAndContent_whenClosed()
 {
     ReserveStage stage;
@@ -848,6 +843,25 @@ void TestReserve::docked_takesSizeOfScene()
     QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), kSceneSize, kPatienceMs);
 }
 
+void TestReserve::docked_takesExactSizeOfScene_whenHostWindowIsHidden()
+{
+    ReserveStage stage;
+    QWidget window;
+    stage.interface.windowToGive = &window;
+    VLWidget* popup = stage.showTip(openKey());
+    QTRY_COMPARE_WITH_TIMEOUT(popup->size(), kSceneSize + QSize(1, 1), kPatienceMs);
+
+    popup->view()->setReserved(true);
+
+    QCOMPARE(popup->minimumSize(), kSceneSize);
+    QCOMPARE(popup->maximumSize(), kSceneSize);
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(&window), kTipPosition, kPatienceMs);
+    QCOMPARE(popup->size(), kSceneSize);
+    QCOMPARE(containerOf(popup)->size(), kSceneSize);
+    QCOMPARE(window.size(), kSceneSize);
+}
+
 void TestReserve::docked_movesHostWindowToPosition()
 {
     ReserveStage stage;
@@ -987,6 +1001,20 @@ void TestReserve::scene_detachesPopup_whileItLoads()
     delete popup;
 }
 
+void TestReserve::scene_detachesPopup_whereItIs_whileItLoads()
+{
+    ReserveStage stage;
+    stage.writeScene(kLoadScene);
+    const QPointer<VLWidget> popup = stage.popup();
+
+    QVERIFY(stage.manager->show(openKey(), kPointer, nullptr));
+
+    QCOMPARE(popup->pos(), kTipPosition);
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    delete popup;
+}
+
 void TestReserve::raise_goesFromLastToFirst()
 {
     ReserveStage stage;
@@ -1047,6 +1075,43 @@ void TestReserve::setStayOnTop_keepsSceneOnScreen()
     for (const bool onTop : {true, false}) {
         stage.manager->setStayOnTop(onTop);
         QTRY_COMPARE_WITH_TIMEOUT(colorOnScreen(), sceneColor, kPatienceMs);
+    }
+}
+
+void TestReserve::setStayOnTop_leavesViewAlone_whenFlagsStayTheSame()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    stage.manager->setStayOnTop(true);
+    QVERIFY(QTest::qWaitForWindowExposed(popup->view()));
+    // A scene that pauses while it is not visible would notice.
+    const QSignalSpy visibility(popup->view(), &QWindow::visibleChanged);
+    const WId id = popup->view()->winId();
+
+    stage.manager->setStayOnTop(true);
+
+    QCOMPARE(visibility.count(), 0);
+    QCOMPARE(popup->view()->winId(), id);
+    QVERIFY(popup->isVisible());
+}
+
+void TestReserve::setStayOnTop_keepsSize()
+{
+    ReserveStage stage;
+    VLWidget* popup = stage.detach(openKey());
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QTRY_VERIFY_WITH_TIMEOUT(framePositionOfX(popup) == kTipPosition, kPatienceMs);
+    const QSize size = popup->size();
+
+    for (const bool onTop : {true, false, true}) {
+        stage.manager->setStayOnTop(onTop);
+        QVERIFY(QTest::qWaitForWindowExposed(popup));
+        QTRY_COMPARE_WITH_TIMEOUT(isAboveForX(popup), onTop, kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(popup->view()->isExposed(), kPatienceMs);
+        QCoreApplication::processEvents();
+        QCOMPARE(popup->size(), size);
+        QCOMPARE(containerOf(popup)->size(), kSceneSize);
     }
 }
 

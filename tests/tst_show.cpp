@@ -3,6 +3,7 @@
 
 #include "PopupStage.h"
 #include "VidletsTest.h"
+#include "XServer.h"
 
 #include <QCursor>
 #include <QDir>
@@ -140,6 +141,8 @@ private Q_SLOTS:
     void show_letsSceneGoBeforeOldTreeDies();
     void show_deletesOldElement_whenItHasNoParent();
     void show_doesNotHideBetweenTwoTips();
+    void show_goesToOrigin_soonAfterAnotherTip_data();
+    void show_goesToOrigin_soonAfterAnotherTip();
     void show_asksHostForShortcut_data();
     void show_asksHostForShortcut();
     void show_keepsShortcut_whenHostGivesEmptyOne();
@@ -511,6 +514,29 @@ void TestShow::show_doesNotHideBetweenTwoTips()
     QCOMPARE(hides.count, 0);
     QCOMPARE(shows.count, 0);
     QCOMPARE(stage.popup()->pos(), kTipPosition + QPoint(20, 10));
+}
+
+void TestShow::show_goesToOrigin_soonAfterAnotherTip_data()
+{
+    QTest::addColumn<bool>("exposed");
+    QTest::newRow("other tip is on the screen") << true;
+    QTest::newRow("other tip is on its way to the screen") << false;
+}
+
+void TestShow::show_goesToOrigin_soonAfterAnotherTip()
+{
+    QFETCH(const bool, exposed);
+    PopupStage stage({{ckTooltipOffset, QSize(0, 0)}});
+    QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    if (exposed)
+        QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
+
+    QVERIFY(stage.manager->show(saveKey(), QPoint(0, 0), &stage.control));
+
+    QCOMPARE(stage.popup()->pos(), QPoint(0, 0));
+    QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
+    QTRY_COMPARE(framePositionOfX(stage.popup()), QPoint(0, 0));
+    QTRY_COMPARE(stage.popup()->pos(), QPoint(0, 0));
 }
 
 void TestShow::show_asksHostForShortcut_data()

@@ -125,6 +125,29 @@ QQmlError makeError(int line, int column, const QString& description)
     return error;
 }
 
+/// Counts the events of one type that reach an object.
+class EventCounter : public QObject
+{
+public:
+    EventCounter(QObject* object, QEvent::Type type)
+        : m_type(type)
+    {
+        object->installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* /*object*/, QEvent* event) override
+    {
+        if (event->type() == m_type)
+            ++count;
+        return false;
+    }
+
+    int count = 0;
+
+private:
+    QEvent::Type m_type;
+};
+
 } // namespace
 
 class TestVLView : public VidletsTest
@@ -183,6 +206,7 @@ private Q_SLOTS:
     void uiRootFilePath_isRelativeDefault_whenPackageHasNoScene();
 
     void loadQML_loadsFile();
+    void loadQML_announcesSize_withoutEvent();
     void loadQML_loadsFile_whenPathHasSpecialCharacters();
     void loadQML_keepsScene_whenFileIsTheSame();
     void loadQML_replacesScene_whenFileIsAnother();
@@ -812,6 +836,20 @@ void TestVLView::loadQML_loadsFile()
     QCOMPARE(view.status(), QQuickView::Ready);
     QVERIFY(view.rootObject());
     QVERIFY(setup.host.recordedMessages.isEmpty());
+}
+
+void TestVLView::loadQML_announcesSize_withoutEvent()
+{
+    ViewSetup setup;
+    VLView& view = setup.build();
+    const QSignalSpy sizes(&view, &VLView::contentSizeChanged);
+    EventCounter resizes(&view, QEvent::Resize);
+
+    view.loadQML(setup.writeScene(u"scene.qml"_s, plainScene()));
+
+    // A resize that did not take place would reach the event filters of the host.
+    QCOMPARE(resizes.count, 0);
+    QCOMPARE(sizes.count(), 1);
 }
 
 void TestVLView::loadQML_loadsFile_whenPathHasSpecialCharacters()

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLPOPUPPLACEMENT_H
+#define VLPOPUPPLACEMENT_H
+
+#include <QPoint>
+#include <QRect>
+#include <QSize>
+
+/**
+ * Where a popup goes and how large it is, worked out from numbers alone: no screen, window or
+ * pointer is asked here.
+ *
+ * Internal to the library. All in pixels and global coordinates.
+ */
+namespace Vidlets::PopupPlacement {
+
+/// A rectangle that was fitted into an area.
+struct Fit
+{
+    QRect geometry;
+    /// Whether it had to be moved.
+    bool moved = false;
+};
+
+/// What decides about the place of a popup.
+struct Request
+{
+    QSize sceneSize;
+    /// The top left corner of the frame that the window manager draws around the popup's window.
+    QPoint framePosition;
+    /// The top of the frame, seen from the top of the window within it: 0 without a title, negative
+    /// with one.
+    int titleOffset = 0;
+    /// What the popup may cover of its screen.
+    QRect area;
+};
+
+/// What becomes of a popup.
+struct Placement
+{
+    /// Where the window is to be moved if @c moved is set.
+    QPoint position;
+    /// The size of the popup and of the window that it is in.
+    QSize size;
+    /// Whether the window is to be moved at all.
+    bool moved = false;
+};
+
+/// Moves @p geometry into @p area without a change of its size. One that is too large ends flush
+/// with the bottom and the right of the area.
+Fit fitInto(const QRect& area, QRect geometry);
+
+/// Works out the place and the size of a popup whose scene has the size of @p request.
+Placement place(const Request& request);
+
+} // namespace Vidlets::PopupPlacement
+
+#endif

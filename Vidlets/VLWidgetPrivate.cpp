@@ -1,0 +1,213 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLWidgetPrivate.h"
+
+#include "VLContentNames.h"
+#include "VLView.h"
+#include "VLWidget.h"
+#include "VLXmlElement.h"
+
+#include <QEvent>
+#include <QResizeEvent>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QTimer>
+#include <QVBoxLayout>
+#include <QWindow>
+
+namespace Vidlets {
+
+namespace {
+
+constexpr Qt::WindowFlags kHostWindowFlags =
+    Qt::WindowTitleHint | Qt::CustomizeWindowHint | Qt::WindowCloseButtonHint;
+constexpr Qt::WindowFlags kFloatingFlags = Qt::Tool | kHostWindowFlags;
+
+/// The window that the window system has for @p widget, or 0. The widget itself may still name one
+/// that it had before a change of flags.
+WId nativeWindowOf(const QWidget* widget)
+{
+    QWindow* window = widget->windowHandle();
+    return window && window->handle() ? window->winId() : 0;
+}
+
+/// Unlike QWidget::isAncestorOf() this goes on beyond the windows in between.
+bool isWithin(const QObject* object, const QObject* ancestor)
+{
+    while (object && object != ancestor)
+        object = object->parent();
+    return object;
+}
+
+} // namespace
+
+VLWidgetPrivate::VLWidgetPrivate(VLWidget* popup)
+    : m_popup(popup)
+{
+}
+
+void VLWidgetPrivate::setReference(QWidget* widget)
+{
+    m_reference = widget;
+    if (!widget)
+        return;
+    // Made anew at every show: the slot does no harm when it runs more often.
+    connect(widget, &QObject::destroyed, m_popup, &VLWidget::refWidgetDestroyed);
+    m_connected.removeAll(nullptr);
+    if (!m_connected.contains(widget))
+        m_connected.append(widget);
+}
+
+void VLWidgetPrivate::forgetReferences()
+{
+    for (const QPointer<QWidget>& widget : std::as_const(m_connected)) {
+        if (widget)
+            disconnect(widget, &QObject::destroyed, m_popup, &VLWidget::refWidgetDestroyed);
+    }
+    m_connected.clear();
+}
+
+QRect VLWidgetPrivate::availableArea() const
+{
+    const QScreen* screen = m_reference ? m_reference->screen() : m_popup->screen();
+    return screen->availableGeometry();
+}
+
+void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
+{
+    disconnect(m_popup->m_timer, &QTimer::timeout, m_popup, &VLWidget::hideAnimated);
+    m_popup->setParent(window, Qt::WindowFlags());
+    if (!window->layout()) {
+        auto* layout = new QVBoxLayout;
+        layout->setContentsMargins(0, 0, 0, 0);
+        window->setLayout(layout);
+    }
+    const VLXmlElement* content = m_popup->m_view->content();
+    window->setWindowTitle(content ? content->attribute(ContentNames::titleAttribute())
+                                   : QString());
+    window->layout()->addWidget(m_popup);
+    window->setWindowFlags(window->windowFlags() | kHostWindowFlags);
+    m_popup->contentResized();
+    window->show();
+    window->window()->move(position);
+}
+
+void VLWidgetPrivate::floatAt(const QPoint& position)
+{
+    m_popup->setAttribute(Qt::WA_DeleteOnClose);
+    m_popup->setParent(floatingParent(), kFloatingFlags);
+    m_popup->setWindowModality(Qt::NonModal);
+    // Kept: the property and not the attribute, so the title stays empty unless somebody has set a
+    // dynamic property of that name on the element.
+    const VLXmlElement* content = m_popup->m_view->content();
+    m_popup->setWindowTitle(content ? content->property("title").toString() : QString());
+    m_popup->move(position);
+    m_popup->show();
+}
+
+/// The window that a popup of its own belongs to. None where that would be the popup itself: its
+/// border and what lies in it can be asked for tips like any other widget.
+QWidget* VLWidgetPrivate::floatingParent() const
+{
+    QWidget* window = m_reference ? m_reference->window() : nullptr;
+    return isWithin(window, m_popup) ? nullptr : window;
+}
+
+void VLWidgetPrivate::setStaysOnTop(VLWidget* popup, bool on)
+{
+    VLWidgetPrivate* d = popup->d.get();
+    Qt::WindowFlags flags = popup->windowFlags();
+    flags.setFlag(Qt::WindowStaysOnTopHint, on);
+
+    // The scene stays as large as it is, and so does the window around it.
+    const QScopedValueRollback<bool> guard(popup->m_resizing, true);
+    const WId before = nativeWindowOf(popup);
+    popup->setWindowFlags(flags);
+    // A change of flags hides the window.
+    popup->show();
+    if (before && nativeWindowOf(popup) != before)
+        d->renewView();
+}
+
+/// The view's window goes with the popup's without Qt noticing: the popup would be empty.
+void VLWidgetPrivate::renewView()
+{
+    VLView* view = m_popup->m_view;
+    if (!view)
+        return;
+    view->destroy();
+    view->installEventFilter(this);
+    view->show();
+}
+
+/**
+ * Until the window manager has taken the popup's window over, the window system may report the
+ * screen's origin as its position, and a change of size that is sent then makes the window stay
+ * there. So the position is kept here meanwhile, and goes out with each change.
+ *
+ * A window with a title is placed by its frame, which nobody knows before the window manager has
+ * drawn it: such a one is left alone.
+ */
+void VLWidgetPrivate::beginMapping()
+{
+    endMapping();
+    if (!m_popup->isWindow() || !(m_popup->windowFlags() & Qt::FramelessWindowHint))
+        return;
+    m_mapping = m_popup->windowHandle();
+    if (!m_mapping)
+        return;
+    m_heldPosition = m_popup->pos();
+    m_mapping->installEventFilter(this);
+    m_popup->installEventFilter(this);
+}
+
+void VLWidgetPrivate::endMapping()
+{
+    if (m_mapping)
+        m_mapping->removeEventFilter(this);
+    m_mapping = nullptr;
+    m_popup->removeEventFilter(this);
+}
+
+QPoint VLWidgetPrivate::framePosition() const
+{
+    return m_mapping ? m_heldPosition : m_popup->window()->frameGeometry().topLeft();
+}
+
+void VLWidgetPrivate::confirmPosition(const QPoint& position)
+{
+    if (!m_mapping)
+        return;
+    m_heldPosition = position;
+    m_mapping->setFramePosition(position);
+}
+
+bool VLWidgetPrivate::eventFilter(QObject* object, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::Expose:
+        if (object == m_mapping && m_mapping->isExposed())
+            endMapping();
+        break;
+    case QEvent::Move:
+        // What the window system reports is what must not be believed yet.
+        if (object == m_popup && m_mapping && !event->spontaneous())
+            m_heldPosition = m_popup->pos();
+        break;
+    case QEvent::Resize:
+        // Qt tells a new window of its size though it has not changed; a pinned window with a title
+        // would grow by it.
+        if (object == m_popup->m_view) {
+            object->removeEventFilter(this);
+            const auto* resize = static_cast<QResizeEvent*>(event);
+            return resize->size() == resize->oldSize();
+        }
+        break;
+    default:
+        break;
+    }
+    return false;
+}
+
+} // namespace Vidlets

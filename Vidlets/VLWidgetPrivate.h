@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLWIDGETPRIVATE_H
+#define VLWIDGETPRIVATE_H
+
+#include <QList>
+#include <QObject>
+#include <QPoint>
+#include <QPointer>
+#include <QRect>
+#include <QWidget>
+
+namespace Vidlets {
+
+class VLWidget;
+
+/**
+ * What a popup needs to get along with the window system and with the widgets around it.
+ *
+ * Internal to the library. Each popup owns one.
+ */
+class VLWidgetPrivate final : public QObject
+{
+public:
+    explicit VLWidgetPrivate(VLWidget* popup);
+
+    /// Keeps the window of @p popup above others, or no longer so, and shows it.
+    static void setStaysOnTop(VLWidget* popup, bool on);
+
+    /// Remembers @p widget, which may be null, as the one that the popup belongs to.
+    void setReference(QWidget* widget);
+    /// Drops what setReference() has connected. To be called while the popup is still whole.
+    void forgetReferences();
+    /// What a popup may cover of the screen that it belongs on.
+    QRect availableArea() const;
+
+    /// The popup leaves the tooltip cycle, into @p window or as a window of its own.
+    void dockInto(QWidget* window, const QPoint& position);
+    void floatAt(const QPoint& position);
+
+    /// Holds on to the popup's place, from each show until its window is on the screen or hidden.
+    void beginMapping();
+    void endMapping();
+    /// Where the frame of the popup's window is, or is to be.
+    QPoint framePosition() const;
+    /// Says again where the popup goes, now to @p position, if its window is not there yet.
+    void confirmPosition(const QPoint& position);
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+private:
+    Q_DISABLE_COPY_MOVE(VLWidgetPrivate)
+
+    QWidget* floatingParent() const;
+    void renewView();
+
+    VLWidget* const m_popup;
+    /// As long as it lives; the popup's own pointer keeps its value beyond that.
+    QPointer<QWidget> m_reference;
+    /// All that are connected to the popup, each once.
+    QList<QPointer<QWidget>> m_connected;
+    /// The popup's window, as long as its place is held.
+    QPointer<QWindow> m_mapping;
+    QPoint m_heldPosition;
+};
+
+} // namespace Vidlets
+
+#endif
