@@ -19,6 +19,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -209,7 +210,7 @@ public:
     ~ReserveStage()
     {
         for (const QPointer<VLWidget>& popup : std::as_const(m_shown)) {
-            if (popup != manager->widget())
+            if (!manager || popup != manager->widget())
                 delete popup;
         }
     }
@@ -287,6 +288,8 @@ private Q_SLOTS:
     void reservedChanged_hasNoEffect_whenFalseAgain();
     void reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld_data();
     void reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld();
+    void reservedChanged_isHarmless_withoutContent_data();
+    void reservedChanged_isHarmless_withoutContent();
 
     // Floating
     void floating_takesFlags();
@@ -294,6 +297,8 @@ private Q_SLOTS:
     void floating_belongsToWindowOfReference();
     void floating_hasNoParent_withoutReference_data();
     void floating_hasNoParent_withoutReference();
+    void floating_hasNoParent_whenReferenceIsPopupItself_data();
+    void floating_hasNoParent_whenReferenceIsPopupItself();
     void floating_takesTitleFromPropertyAlone_data();
     void floating_takesTitleFromPropertyAlone();
     void floating_keepsPosition();
@@ -343,6 +348,8 @@ private Q_SLOTS:
     void deadEntries_areRemoved_data();
     void deadEntries_areRemoved();
     void manager_isReachedFromReservedWindow();
+    void vidletAttribute_passesOverReservedPopup_withoutView();
+    void reservedWindow_livesOn_whenManagerIsGone();
 
     // Many
     void reserve_leavesNothingBehind_whenDoneOften();
@@ -526,6 +533,28 @@ void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld()
     QCOMPARE(window.windowTitle(), u"left alone"_s);
 }
 
+void TestReserve::reservedChanged_isHarmless_withoutContent_data()
+{
+    reserve_asksHostForWindow_data();
+}
+
+void TestReserve::reservedChanged_isHarmless_withoutContent()
+{
+    QFETCH(const bool, given);
+    ReserveStage stage;
+    QWidget window;
+    window.setWindowTitle(u"of the host"_s);
+    stage.interface.windowToGive = given ? &window : nullptr;
+    const std::unique_ptr<VLWidget> popup(stage.popup());
+    QVERIFY(!popup->view()->content());
+
+    popup->view()->setReserved(true);
+
+    QVERIFY(stage.manager->widget() != popup.get());
+    QCOMPARE(popup->window()->windowTitle(), QString());
+    QCOMPARE(popup->isWindow(), !given);
+}
+
 void TestReserve::floating_takesFlags()
 {
     ReserveStage stage;
@@ -578,6 +607,33 @@ void TestReserve::floating_hasNoParent_withoutReference()
     QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
 }
 
+void TestReserve::floating_hasNoParent_whenReferenceIsPopupItself_data()
+{
+    QTest::addColumn<QString>("reference");
+    QTest::newRow("the popup") << u"popup"_s;
+    QTest::newRow("a widget inside it") << u"inside"_s;
+    QTest::newRow("a window that belongs to it") << u"window"_s;
+}
+
+void TestReserve::floating_hasNoParent_whenReferenceIsPopupItself()
+{
+    QFETCH(const QString, reference);
+    ReserveStage stage;
+    const QPointer<VLWidget> popup = stage.popup();
+    QWidget* window = new QWidget(popup, Qt::Window);
+    const QMap<QString, QWidget*> widgets{
+        {u"popup"_s, popup}, {u"inside"_s, containerOf(popup)}, {u"window"_s, window}};
+
+    stage.detach(openKey(), widgets.value(reference));
+
+    QVERIFY(!popup->parentWidget());
+    QVERIFY(popup->isWindow());
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+    QVERIFY(popup->close());
+    runDeferredDeletions();
+    QVERIFY(!popup);
+}
+
 void TestReserve::floating_takesTitleFromPropertyAlone_data()
 {
     QTest::addColumn<bool>("hasProperty");
@@ -612,25 +668,28 @@ void TestReserve::floating_keepsPosition()
 
     QCOMPARE(popup->pos(), kTipPosition);
     QVERIFY(QTest::qWaitForWindowExposed(popup));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(popup), kTipPosition, kPatienceMs);
 }
 
 void TestReserve::floating_keepsPosition_whenMinimisedAndSceneGrows()
 {
     ReserveStage stage;
-    VLWidget* popup = stage.detach(openKey(), nullptr);
+    VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(popup->pos() != popup->geometry().topLeft(), kPatienceMs);
+    const QPoint position = popup->pos();
+    const QPoint positionOfX = positionOnScreenOfX(popup);
     popup->showMinimized();
     QTRY_VERIFY_WITH_TIMEOUT(!popup->windowHandle()->isExposed(), kPatienceMs);
 
     sceneOf(popup)->setWidth(200);
 
     QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->width(), 200, kPatienceMs);
-    QCOMPARE(popup->pos(), kTipPosition);
+    QCOMPARE(popup->pos(), position);
     popup->showNormal();
     QVERIFY(QTest::qWaitForWindowExposed(popup));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(popup), positionOfX, kPatienceMs);
+    QCOMPARE(popup->pos(), position);
 }
 
 void TestReserve::floating_isDeletedWithViewAndContent_whenClosed()
@@ -856,7 +915,7 @@ void TestReserve::docked_takesExactSizeOfScene_whenHostWindowIsHidden()
     QCOMPARE(popup->minimumSize(), kSceneSize);
     QCOMPARE(popup->maximumSize(), kSceneSize);
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(&window), kTipPosition, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(&window), kTipPosition, kPatienceMs);
     QCOMPARE(popup->size(), kSceneSize);
     QCOMPARE(containerOf(popup)->size(), kSceneSize);
     QCOMPARE(window.size(), kSceneSize);
@@ -875,7 +934,7 @@ void TestReserve::docked_movesHostWindowToPosition()
 
     QCOMPARE(window.pos(), kTipPosition);
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(&window), kTipPosition, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(&window), kTipPosition, kPatienceMs);
 }
 
 void TestReserve::docked_movesWindowAround_whenGivenWidgetIsNoWindow()
@@ -1011,7 +1070,7 @@ void TestReserve::scene_detachesPopup_whereItIs_whileItLoads()
 
     QCOMPARE(popup->pos(), kTipPosition);
     QVERIFY(QTest::qWaitForWindowExposed(popup));
-    QTRY_COMPARE_WITH_TIMEOUT(framePositionOfX(popup), kTipPosition, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(popup), kTipPosition, kPatienceMs);
     delete popup;
 }
 
@@ -1101,7 +1160,7 @@ void TestReserve::setStayOnTop_keepsSize()
     ReserveStage stage;
     VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
-    QTRY_VERIFY_WITH_TIMEOUT(framePositionOfX(popup) == kTipPosition, kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(positionOnScreenOfX(popup) == kTipPosition, kPatienceMs);
     const QSize size = popup->size();
 
     for (const bool onTop : {true, false, true}) {
@@ -1233,6 +1292,42 @@ void TestReserve::manager_isReachedFromReservedWindow()
     popup->view()->manager()->raise();
     QCOMPARE(popup->manager(), stage.manager.get());
     QCOMPARE(popup->view()->manager(), stage.manager.get());
+}
+
+void TestReserve::vidletAttribute_passesOverReservedPopup_withoutView()
+{
+    ReserveStage stage;
+    VLWidget* first = stage.detach(openKey());
+    VLWidget* second = stage.detach(openKey());
+    second->view()->content()->setAttribute(u"shortcut"_s, u"F1"_s);
+
+    first->setView(nullptr);
+
+    QCOMPARE(stage.manager->vidletAttribute(openKey(), u"shortcut"_s, QString()), u"F1"_s);
+    second->setView(nullptr);
+    QCOMPARE(stage.manager->vidletAttribute(openKey(), u"shortcut"_s, QString()), u"Ctrl+O"_s);
+}
+
+void TestReserve::reservedWindow_livesOn_whenManagerIsGone()
+{
+    ReserveStage stage;
+    const QPointer<VLWidget> popup = stage.detach(openKey());
+    QVERIFY(QTest::qWaitForWindowExposed(popup));
+
+    stage.manager.reset();
+    runDeferredDeletions();
+
+    QVERIFY(popup);
+    QVERIFY(!popup->manager());
+    QVERIFY(!popup->view()->manager());
+    sceneOf(popup)->setSize(QSizeF(160, 90));
+    QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), QSize(160, 90), kPatienceMs);
+    popup->view()->setReserved(false);
+    popup->view()->setReserved(true);
+    // It belongs to the user, and still goes when it is closed.
+    QVERIFY(popup->close());
+    runDeferredDeletions();
+    QVERIFY(!popup);
 }
 
 void TestReserve::reserve_leavesNothingBehind_whenDoneOften()

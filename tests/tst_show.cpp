@@ -535,7 +535,7 @@ void TestShow::show_goesToOrigin_soonAfterAnotherTip()
 
     QCOMPARE(stage.popup()->pos(), QPoint(0, 0));
     QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
-    QTRY_COMPARE(framePositionOfX(stage.popup()), QPoint(0, 0));
+    QTRY_COMPARE(positionOnScreenOfX(stage.popup()), QPoint(0, 0));
     QTRY_COMPARE(stage.popup()->pos(), QPoint(0, 0));
 }
 

@@ -239,6 +239,7 @@ private Q_SLOTS:
     void translate_asksHost();
     void translate_returnsText_whenThereIsNoInterface();
     void translate_returnsText_whenThereIsNoManager();
+    void services_areHarmless_whenManagerIsGone();
     void scene_reachesAllOfTheView();
 
     void resizeEvent_emitsContentSizeChanged();
@@ -1223,6 +1224,34 @@ void TestVLView::translate_returnsText_whenThereIsNoManager()
     const VLView view(nullptr, nullptr);
     QVERIFY(!view.manager());
     QCOMPARE(view.translate(u"Hello"_s, u"Scene"_s), u"Hello"_s);
+}
+
+void TestVLView::services_areHarmless_whenManagerIsGone()
+{
+    ViewSetup setup;
+    setup.context.set(ckScale, 2.0);
+    setup.context.set(ckDocumentationEnabled, true);
+    setup.context.set(ckResourceDirectory, u"media"_s);
+    VLView& view = setup.build();
+    setup.packages.write(tipsPackage() + u"/media/a.txt"_s, "a");
+    setup.setContent();
+    QVERIFY(view.findResource(u"a.txt"_s).endsWith(u"/media/a.txt"_s));
+
+    setup.manager.reset();
+
+    QVERIFY(!view.manager());
+    QCOMPARE(view.getScaledSize(10), 10);
+    QCOMPARE(view.interpolate(u"%(name)s"_s), u"%(name)s"_s);
+    QCOMPARE(view.translate(u"text"_s, u"context"_s), u"text"_s);
+    QCOMPARE(view.findResource(u"a.txt"_s), u"Resources"_s);
+    QCOMPARE(view.resourceDirectoryPath(), u"Resources"_s);
+    QCOMPARE(view.uiRootFilePath(), u"ui/VidletUI.qml"_s);
+    QVERIFY(!view.documentationAvailable());
+    view.debugLog(u"text"_s);
+    view.openExternalResource(u"https://example.org"_s);
+    view.loadQML(u"/missing.qml"_s);
+    view.handleWarnings({makeError(1, 2, u"fault"_s)});
+    QCOMPARE(setup.messages(), QStringList());
 }
 
 void TestVLView::scene_reachesAllOfTheView()

@@ -8,6 +8,7 @@
 #include <QCursor>
 #include <QDir>
 #include <QEvent>
+#include <QEventLoop>
 #include <QFile>
 #include <QLayout>
 #include <QMetaMethod>
@@ -19,6 +20,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -84,6 +86,11 @@ private Q_SLOTS:
     void popup_hasOneLinearFadeAndOneSingleShotTimer();
     void popup_hasNoViewAndNoReference_whenNew();
     void destructor_deletesViewAndContent();
+    void destructor_isHarmless_whenReferenceIsPopupItself_data();
+    void destructor_isHarmless_whenReferenceIsPopupItself();
+    void destructor_cutsOffEarlierReferences();
+    void popup_livesOn_whenManagerIsGone();
+    void popup_livesOn_whenManagerIsGone_inNestedEventLoop();
     void setView_deletesOldViewAtOnce();
     void setView_placesViewAtOrigin();
     void setView_followsReservedAndSizeOfView();
@@ -274,6 +281,101 @@ void TestVLWidget::destructor_deletesViewAndContent()
 
     QVERIFY(!view);
     QVERIFY(!content);
+}
+
+void TestVLWidget::destructor_isHarmless_whenReferenceIsPopupItself_data()
+{
+    QTest::addColumn<bool>("inside");
+    QTest::newRow("the popup") << false;
+    QTest::newRow("a widget inside it") << true;
+}
+
+void TestVLWidget::destructor_isHarmless_whenReferenceIsPopupItself()
+{
+    QFETCH(const bool, inside);
+    PopupStage stage;
+    const QPointer<VLWidget> popup = stage.popup();
+    QWidget* reference = inside ? popup->layout()->itemAt(0)->widget() : popup;
+    popup->showWithContent(reference, QPoint(300, 300), PopupStage::newContent(u"open"_s),
+                           stage.packageRoot);
+    stage.showContent();
+
+    delete popup;
+
+    QVERIFY(!popup);
+    QVERIFY(!stage.manager->widget());
+}
+
+void TestVLWidget::destructor_cutsOffEarlierReferences()
+{
+    PopupStage stage;
+    auto first = std::make_unique<QWidget>();
+    stage.popup()->showWithContent(first.get(), QPoint(300, 300), PopupStage::newContent(u"open"_s),
+                                   stage.packageRoot);
+    stage.showContent();
+    // A widget that goes when the popup is no longer whole.
+    connect(stage.popup(), &QObject::destroyed, &stage.control, [&first] { first.reset(); });
+
+    delete stage.popup();
+
+    QVERIFY(!first);
+}
+
+void TestVLWidget::popup_livesOn_whenManagerIsGone()
+{
+    PopupStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}, {ckSafeZoneMargin, QSize(0, 0)}});
+    stage.showContent();
+    VLWidget* popup = stage.popup();
+    QTimer* timer = stage.timer();
+    QPropertyAnimation* animation = stage.animation();
+
+    // The popup is deleted later; until then it may be asked for anything.
+    stage.manager.reset();
+
+    QVERIFY(!popup->manager());
+    popup->setTimer();
+    QCOMPARE(timer->interval(), 3000);
+    QVERIFY(popup->isSafe(popup->pos() - QPoint(20, 20)));
+    popup->checkMousePosition(PopupStage::farAway());
+    QVERIFY(timer->isActive());
+    popup->contentResized();
+    popup->reposition();
+    popup->view()->setReserved(true);
+    QVERIFY(!popup->testAttribute(Qt::WA_DeleteOnClose));
+    popup->hideAnimated();
+    QCOMPARE(animation->duration(), 300);
+    animation->setCurrentTime(300);
+    QVERIFY(!popup->isVisible());
+    popup->showAnimated();
+    QVERIFY(isOpacity(popup, 1.0));
+}
+
+void TestVLWidget::popup_livesOn_whenManagerIsGone_inNestedEventLoop()
+{
+    PopupStage stage({{ckStayDuration, 1}, {ckHideDuration, 0}});
+    QPointer<VLWidget> popup;
+    bool wasHidden = false;
+    QEventLoop outer;
+    QTimer::singleShot(0, &outer, [&] {
+        stage.showContent();
+        popup = stage.popup();
+        const QTimer* timer = stage.timer();
+        QVERIFY(timer->isActive());
+        stage.manager.reset();
+        // As a dialog of the host would: the popup outlives its manager, and its timer fires.
+        QEventLoop inner;
+        connect(timer, &QTimer::timeout, &inner, &QEventLoop::quit, Qt::QueuedConnection);
+        QTimer::singleShot(5000, &inner, &QEventLoop::quit);
+        inner.exec();
+        QVERIFY(popup);
+        QVERIFY(!popup->manager());
+        wasHidden = popup->findChild<QPropertyAnimation*>()->state() == QAbstractAnimation::Running;
+        outer.quit();
+    });
+    outer.exec();
+
+    QVERIFY(wasHidden);
+    QTRY_VERIFY(!popup);
 }
 
 void TestVLWidget::setView_deletesOldViewAtOnce()

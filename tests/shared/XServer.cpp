@@ -25,12 +25,12 @@ QString answerOf(const QString& program, const QStringList& arguments)
     return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 
-QPoint framePositionOfX(const QWidget* window)
+QPoint positionOnScreenOfX(const QWidget* window)
 {
     const WId id = windowOfX(window);
     const QString extents =
         answerOf(u"xprop"_s, {u"-id"_s, QString::number(id), u"_NET_FRAME_EXTENTS"_s});
-    const QString answer = answerOf(u"xwininfo"_s, {u"-frame"_s, u"-id"_s, QString::number(id)});
+    const QString answer = answerOf(u"xwininfo"_s, {u"-id"_s, QString::number(id)});
     const QRegularExpression corner(
         u"Absolute upper-left X: +(-?\\d+)\\s+Absolute upper-left Y: +(-?\\d+)"_s);
     const QRegularExpressionMatch match = corner.match(answer);

@@ -15,8 +15,8 @@ WId windowOfX(const QWidget* popup);
 /// What a program that asks the X server prints; empty where it fails, since windows come and go.
 QString answerOf(const QString& program, const QStringList& arguments);
 
-/// Where the X server has the frame that the window manager put around @p window; an impossible
-/// place as long as there is none.
-QPoint framePositionOfX(const QWidget* window);
+/// Where the X server has @p window, within the frame that the window manager put around it; an
+/// impossible place as long as there is none.
+QPoint positionOnScreenOfX(const QWidget* window);
 
 #endif
