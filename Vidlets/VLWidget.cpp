@@ -91,6 +91,10 @@ void VLWidget::SetContainerWidget(QWidget* widget)
 
 void VLWidget::checkMousePosition(const QPoint& pos)
 {
+    // Nothing to stop and nothing to start: what lies at a point takes the window system a while to
+    // tell, on each move of the pointer.
+    if (!m_timer->isActive() && !d->hidesByItself())
+        return;
     if (isSafe(pos)) {
         if (m_timer->isActive())
             m_timer->stop();
@@ -103,15 +107,11 @@ void VLWidget::checkMousePosition(const QPoint& pos)
 
 bool VLWidget::isSafe(const QPoint& pos)
 {
-    // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
-    // widget, a point over no widget of the application counts as one over it.
-    if (QApplication::widgetAt(pos) == m_referenceWidget)
-        return true;
-
     const QSize margin = Settings::safeZoneMarginPx(settingsOf(m_manager));
     const QRect frame(mapToGlobal(QPoint(0, 0)), frameGeometry().size());
     return frame.adjusted(-margin.width(), -margin.height(), margin.width(), margin.height())
-        .contains(pos);
+               .contains(pos)
+        || d->isOverReference(pos);
 }
 
 VLView* VLWidget::view()
@@ -216,11 +216,10 @@ void VLWidget::showAnimated()
 void VLWidget::setTimer()
 {
     m_timer->stop();
-    if (m_view && m_view->stayOpen())
-        return;
-    const float delayMs = Settings::stayDurationMs(settingsOf(m_manager));
-    if (delayMs > 0.0F)
+    if (d->hidesByItself()) {
+        const float delayMs = Settings::stayDurationMs(settingsOf(m_manager));
         m_timer->start(truncatedToInt32(static_cast<double>(delayMs)));
+    }
 }
 
 void VLWidget::contentReservedChanged()
@@ -275,7 +274,8 @@ QRect VLWidget::findVisibleGeometry(QRect geometry, bool* move)
 
 void VLWidget::showEvent(QShowEvent* /*event*/)
 {
-    if (!isSafe(QCursor::pos()))
+    // Where the pointer is takes the window system a while to tell.
+    if ((m_timer->isActive() || d->hidesByItself()) && !isSafe(QCursor::pos()))
         setTimer();
     reposition();
     d->beginMapping();

@@ -4,10 +4,13 @@
 #include "VLWidgetPrivate.h"
 
 #include "VLContentNames.h"
+#include "VLManagerSettings.h"
+#include "VLSettings.h"
 #include "VLView.h"
 #include "VLWidget.h"
 #include "VLXmlElement.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QResizeEvent>
 #include <QScopedValueRollback>
@@ -66,6 +69,26 @@ void VLWidgetPrivate::forgetReferences()
             disconnect(widget, &QObject::destroyed, m_popup, &VLWidget::refWidgetDestroyed);
     }
     m_connected.clear();
+}
+
+bool VLWidgetPrivate::hidesByItself() const
+{
+    const bool staysOpen = m_popup->m_view && m_popup->m_view->stayOpen();
+    return !staysOpen && Settings::stayDurationMs(settingsOf(m_popup->m_manager)) > 0.0F;
+}
+
+bool VLWidgetPrivate::isOverReference(const QPoint& position) const
+{
+    // The window system takes several round trips to tell what lies at a point, on each move of the
+    // pointer. One pixel more, since it may round the edges of a scaled widget in its own way.
+    if (m_reference
+        && !m_reference->rect()
+                .adjusted(-1, -1, 1, 1)
+                .contains(m_reference->mapFromGlobal(position)))
+        return false;
+    // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
+    // widget, a point over no widget of the application counts as one over it.
+    return QApplication::widgetAt(position) == m_popup->m_referenceWidget;
 }
 
 QRect VLWidgetPrivate::availableArea() const

@@ -32,6 +32,10 @@ public:
     void setReference(QWidget* widget);
     /// Drops what setReference() has connected. To be called while the popup is still whole.
     void forgetReferences();
+    /// Whether the popup goes after a while when the pointer is elsewhere.
+    bool hidesByItself() const;
+    /// Whether the widget at @p position is the one that the popup belongs to.
+    bool isOverReference(const QPoint& position) const;
     /// What a popup may cover of the screen that it belongs on.
     QRect availableArea() const;
 
