@@ -69,8 +69,8 @@ public:
      */
     VLInterface(VLContext& context, const QStringList& dataPaths, VLIndex* index);
 
-    /// Takes the manager down; the popup goes by deferred deletion. Reserved windows stay, and use
-    /// the manager: a host closes them before.
+    /// Takes the manager down; the popup goes by deferred deletion. Reserved windows stay with the
+    /// user, and go on with the default of each setting.
     ~VLInterface() override;
 
     /**
