@@ -83,7 +83,7 @@ int main(int argc, char* argv[])
 
     VLContext context;
     Vidlets::VLInterface host(context, {dataPath}, nullptr);
-    Report::verify(host.keys().size() == kPackages * kFilesPerPackage * kTipsPerFile,
+    Report::verify(host.keys().size() == qsizetype(kPackages) * kFilesPerPackage * kTipsPerFile,
                    "the scan records all control files");
     Report::verify(listAndReadFirstLines(dataPath) == kPackages * kFilesPerPackage,
                    "the baseline reads all control files");

@@ -3,9 +3,13 @@
 
 #include "Options.h"
 
+#include <Vidlets/VLInterface.h>
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
+
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -38,15 +42,54 @@ QString ownPackages()
     return QStringLiteral(WORKBENCH_PACKAGES);
 }
 
+[[noreturn]] void endWith(const char* complaint)
+{
+    qCritical("workbench: %s", complaint);
+    std::exit(EXIT_FAILURE);
+}
+
 int readMilliseconds(const QCommandLineParser& parser, const QCommandLineOption& option)
 {
     bool isNumber = false;
     const int milliseconds = parser.value(option).toInt(&isNumber);
     if (!isNumber) {
-        qCritical("workbench: --stay needs a number of milliseconds");
-        std::exit(EXIT_FAILURE);
+        endWith("--stay needs a number of milliseconds");
     }
     return milliseconds;
+}
+
+struct LevelName
+{
+    QLatin1String name;
+    Vidlets::VLMessageType level;
+};
+
+constexpr std::array kLevelNames = {
+    LevelName{"error"_L1, Vidlets::VLMessageError},
+    LevelName{"warning"_L1, Vidlets::VLMessageWarning},
+    LevelName{"information"_L1, Vidlets::VLMessageInformation},
+    LevelName{"debug"_L1, Vidlets::VLMessageDebug},
+};
+
+// A host may have types of its own between the named ones, so each number is a level.
+std::optional<int> readMessageLevel(const QCommandLineParser& parser,
+                                    const QCommandLineOption& option)
+{
+    if (!parser.isSet(option)) {
+        return std::nullopt;
+    }
+    const QString value = parser.value(option);
+    for (const LevelName& candidate : kLevelNames) {
+        if (value.compare(candidate.name, Qt::CaseInsensitive) == 0) {
+            return candidate.level;
+        }
+    }
+    bool isNumber = false;
+    const int level = value.toInt(&isNumber);
+    if (!isNumber) {
+        endWith("--messages needs error, warning, information, debug or a number");
+    }
+    return level;
 }
 
 } // namespace
@@ -59,6 +102,11 @@ Options readOptions(const QCoreApplication& application)
     const auto noTips = flag("no-tips", "Start with rich tooltips switched off.");
     auto locale = valued("locale", "Locale of the content, such as en_US.", "name");
     auto stay = valued("stay", "Time until a popup fades after the pointer has left.", "ms");
+    const auto messages =
+        valued("messages",
+               "Pass messages up to this level on, and write them to standard error as well: "
+               "error (100), warning (200), information (300), debug (400) or another number.",
+               "level");
     const auto geometry =
         valued("geometry-file", "Write a line per control that has a key: key x y w h.", "file");
     const auto popup = valued("popup-file", "Write the popups that are up, line by line.", "file");
@@ -70,7 +118,7 @@ Options readOptions(const QCoreApplication& application)
         QCoreApplication::translate("Options", "A sketching tool with rich tooltips."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addOptions({noFilter, simple, dark, noTips, locale, stay, geometry, popup});
+    parser.addOptions({noFilter, simple, dark, noTips, locale, stay, messages, geometry, popup});
     parser.addPositionalArgument(
         u"data-path"_s,
         QCoreApplication::translate("Options", "Directories with packages (*.vidlets)."),
@@ -86,6 +134,7 @@ Options readOptions(const QCoreApplication& application)
     options.geometryFile = parser.value(geometry);
     options.popupFile = parser.value(popup);
     options.stayMs = readMilliseconds(parser, stay);
+    options.messageLevel = readMessageLevel(parser, messages);
     options.hasOwnFilter = parser.isSet(noFilter);
     options.isSimple = parser.isSet(simple);
     options.isDark = parser.isSet(dark);

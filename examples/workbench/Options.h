@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 class QCoreApplication;
 
 namespace Workbench {
@@ -19,6 +21,8 @@ struct Options
     QString geometryFile;
     QString popupFile;
     int stayMs = 3000;
+    /// Where the option is absent the library's own default holds.
+    std::optional<int> messageLevel;
     bool hasOwnFilter = false;
     bool isSimple = false;
     bool isDark = false;

@@ -12,7 +12,7 @@ class QMainWindow;
 namespace Workbench {
 
 /// Dynamic property with the key of a widget, where its object name is taken or tells nothing.
-inline constexpr char kKeyProperty[] = "vidletKey";
+inline constexpr const char* kKeyProperty = "vidletKey";
 
 /// What the library asks this program.
 class WorkbenchInterface : public Vidlets::VLInterface

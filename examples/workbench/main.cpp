@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "Appearance.h"
-#include "ControlReport.h"
 #include "HoverForwarder.h"
 #include "MainWindow.h"
 #include "Options.h"
-#include "PopupReport.h"
 #include "WorkbenchInterface.h"
+#include "probe/ControlReport.h"
+#include "probe/PopupReport.h"
 #include <Vidlets/VLContext.h>
 
 #include <QApplication>
@@ -30,6 +30,18 @@ void fillContext(VLContext& context, const Options& options)
     context.set(Vidlets::ckLocale, options.locale);
     context.set(Vidlets::ckSimpleTooltips, options.isSimple);
     context.set(Vidlets::ckStayDuration, options.stayMs);
+    if (options.messageLevel) {
+        context.set(Vidlets::ckMessageLevel, *options.messageLevel);
+    }
+}
+
+// What the library says while it is built goes there by itself.
+void writeMessages(const WorkbenchInterface& vidlets)
+{
+    QObject::connect(&vidlets, &WorkbenchInterface::messageRaised, &vidlets,
+                     [](const QString& label, const QString& message) {
+                         qDebug("%ls:%ls", qUtf16Printable(label), qUtf16Printable(message));
+                     });
 }
 
 } // namespace
@@ -49,6 +61,9 @@ int main(int argc, char* argv[])
     // The window comes first: the library looks once, while it is built, at the windows there are.
     MainWindow window;
     WorkbenchInterface vidlets(context, options.dataPaths, &window);
+    if (options.messageLevel) {
+        writeMessages(vidlets);
+    }
     window.attach(vidlets);
 
     HoverForwarder forwarder(vidlets);

@@ -3,16 +3,14 @@
 # shellcheck shell=bash
 #
 # To be sourced, after display.sh and with "root" set. Builds the workbench, the example host, and
-# runs it for a script.
+# runs it for a script. A script that was given a program sets "workbench_program" instead of building.
 #
 #   trap leave_workbench EXIT
 #   build_workbench
 #   start_display
 #   start_workbench
 
-# shellcheck disable=SC2154 # "root" is the script's.
-workbench_program=$root/build/dev/examples/workbench/workbench
-
+workbench_program=
 start_seconds=30
 
 scratch=$(mktemp -d)
@@ -33,8 +31,17 @@ fail() {
     exit 1
 }
 
+# Builds in the folder of a preset that is there already, since a second one takes minutes.
 build_workbench() {
-    (cd "$root" && cmake --preset dev && cmake --build --preset dev --target workbench) >&2
+    local preset=dev folder
+    # shellcheck disable=SC2154 # "root" is the script's.
+    folder=$root/build
+    if [[ ! -e $folder/dev/CMakeCache.txt && -e $folder/release/CMakeCache.txt ]]; then
+        preset=release
+    fi
+    (cd "$root" && cmake --preset "$preset" -DVIDLETS_BUILD_EXAMPLES=ON &&
+        cmake --build --preset "$preset" --target workbench) >&2
+    workbench_program=$folder/$preset/examples/workbench/workbench
 }
 
 # start_workbench ARGUMENT...: returns when the window is up and the controls have their places.
