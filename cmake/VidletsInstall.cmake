@@ -26,8 +26,8 @@ install(
   COMPONENT development)
 
 configure_package_config_file(
-  "${PROJECT_SOURCE_DIR}/cmake/VidletsConfig.cmake.in"
-  "${PROJECT_BINARY_DIR}/VidletsConfig.cmake" INSTALL_DESTINATION "${vidlets_cmake_dir}")
+  "${PROJECT_SOURCE_DIR}/cmake/VidletsConfig.cmake.in" "${PROJECT_BINARY_DIR}/VidletsConfig.cmake"
+  INSTALL_DESTINATION "${vidlets_cmake_dir}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/VidletsConfigVersion.cmake"
                                  COMPATIBILITY SameMajorVersion)
 install(

@@ -24,7 +24,7 @@ namespace {
 constexpr qint64 kDeadlineMs = 2000;
 constexpr quint64 kMaxFrames = 50;
 // A header of a few bytes may announce pictures of a gigabyte, which only costs time.
-constexpr size_t kMaxAllocationBytes = 48 * 1024 * 1024;
+constexpr size_t kMaxAllocationBytes = 48UL * 1024 * 1024;
 constexpr double kMaxPictureBytes = 256.0 * 1024 * 1024;
 constexpr double kBytesPerPixel = 4.0;
 

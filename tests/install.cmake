@@ -6,12 +6,11 @@ if(VIDLETS_SANITIZE)
   return()
 endif()
 
-add_test(NAME install_consumer
-         COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/consumer/check" "${PROJECT_BINARY_DIR}"
-                 "${PROJECT_BINARY_DIR}/consumer")
+add_test(NAME install_consumer COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/consumer/check"
+                                       "${PROJECT_BINARY_DIR}" "${PROJECT_BINARY_DIR}/consumer")
 set_tests_properties(
-  install_consumer PROPERTIES TIMEOUT ${vidlets_test_timeout_s}
-                              ENVIRONMENT "${vidlets_test_environment};QT_QPA_PLATFORM=offscreen")
+  install_consumer PROPERTIES TIMEOUT ${vidlets_test_timeout_s} ENVIRONMENT
+                              "${vidlets_test_environment};QT_QPA_PLATFORM=offscreen")
 
 add_test(NAME exported_symbols COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/consumer/symbols"
                                        $<TARGET_FILE:Vidlets>)

@@ -14,6 +14,5 @@ target_compile_definitions(tst_workbench PRIVATE WORKBENCH_PROGRAM="$<TARGET_FIL
 # the time, but for popups, which a machine with too much to do brings up late.
 add_test(NAME workbench_tour COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/tour/tour"
                                      $<TARGET_FILE:workbench> "${PROJECT_BINARY_DIR}/tour")
-set_tests_properties(
-  workbench_tour PROPERTIES TIMEOUT 900 ENVIRONMENT
-                            "${vidlets_test_environment};QT_QPA_PLATFORM=xcb")
+set_tests_properties(workbench_tour PROPERTIES TIMEOUT 900 ENVIRONMENT
+                                               "${vidlets_test_environment};QT_QPA_PLATFORM=xcb")

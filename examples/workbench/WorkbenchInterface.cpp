@@ -127,7 +127,7 @@ QString WorkbenchInterface::findPackageFile(const QString& relativePath) const
             QDir(dataPath).entryInfoList({u"*.vidlets"_s}, QDir::Dirs | QDir::NoDotAndDotDot);
         for (const QFileInfo& package : packages) {
             const QString root = package.canonicalFilePath() + u'/';
-            const QString file = QFileInfo(root + relativePath).canonicalFilePath();
+            QString file = QFileInfo(root + relativePath).canonicalFilePath();
             if (file.startsWith(root)) {
                 return file;
             }

@@ -40,10 +40,18 @@ vidlets_coverage_packages=(
     gcovr
 )
 
+vidlets_bench_packages=(
+    libbenchmark-dev ffmpeg
+)
+
+vidlets_docs_packages=(
+    doxygen
+)
+
 vidlets_fuzz_packages=(
     clang libclang-rt-14-dev llvm-14
 )
 
 vidlets_lint_packages=(
-    clang-format clang-tidy clazy codespell shellcheck git
+    clang-format clang-tidy clazy cmake-format codespell pyflakes3 reuse shellcheck git
 )

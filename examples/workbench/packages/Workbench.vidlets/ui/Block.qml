@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // One element of a tip's body, drawn by the component for its tag.
 Loader {
@@ -9,7 +10,7 @@ Loader {
 
     required property Theme theme
     required property Wording wording
-    required property QtObject element
+    required property VLXmlElement element
 
     readonly property var files: ({ "p": "Paragraph.qml", "item": "Bullet.qml",
                                     "picture": "Picture.qml", "clip": "Clip.qml" })

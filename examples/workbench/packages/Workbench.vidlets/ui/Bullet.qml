@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // An <item> of a tip: a paragraph with a mark before it.
 Item {
@@ -9,7 +10,7 @@ Item {
 
     required property Theme theme
     required property Wording wording
-    required property QtObject element
+    required property VLXmlElement element
 
     implicitHeight: paragraph.implicitHeight
 

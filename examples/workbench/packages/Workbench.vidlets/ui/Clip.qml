@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // A <clip> of a tip: a film of the package's resources, with a caption.
 Column {
@@ -9,7 +10,7 @@ Column {
 
     required property Theme theme
     required property Wording wording
-    required property QtObject element
+    required property VLXmlElement element
 
     spacing: theme.smallGap
 

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // The links of a tip, on a band of their own.
 Rectangle {
@@ -48,7 +49,7 @@ Rectangle {
             model: footer.links
 
             Link {
-                required property QtObject modelData
+                required property VLXmlElement modelData
 
                 width: column.width
                 theme: footer.theme

@@ -2,11 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // A <p> of a tip.
 FormattedText {
     required property Wording wording
-    required property QtObject element
+    required property VLXmlElement element
 
     text: wording.contentOf(element)
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 import QtQuick
+import com.larkspan.vidlets.qml 1.0
 
 // The rich tip. The popup takes the size of this item.
 //
@@ -130,7 +131,7 @@ Item {
                 model: root.blocks
 
                 Block {
-                    required property QtObject modelData
+                    required property VLXmlElement modelData
 
                     width: column.width
                     theme: tipTheme
