@@ -816,7 +816,7 @@ void TestReserve::docked_addsFlagsToHostWindow()
     window.resize(200, 150);
     if (visible)
         QVERIFY(bringUp(&window));
-    const int flags = window.windowFlags().toInt();
+    const int flags = static_cast<int>(window.windowFlags().toInt());
     stage.interface.windowToGive = &window;
     stage.detach(openKey());
     QCOMPARE(window.windowFlags(), asQtKeepsThem(flags | kHostWindowFlags));

@@ -11,9 +11,11 @@
 #include <cstring>
 
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier): the C library has reserved them, for itself.
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
 void __libc_free(void* block);
+// NOLINTEND(bugprone-reserved-identifier)
 }
 
 namespace {

@@ -48,7 +48,7 @@ void ProcessState::take()
     AllocationCounter::take(memory);
     resident = residentBytes();
     const struct mallinfo2 info = mallinfo2();
-    allocatorUse = static_cast<long long>(info.uordblks + info.hblkhd);
+    allocatorUse = static_cast<long long>(info.uordblks) + static_cast<long long>(info.hblkhd);
     threads = entries(u"/proc/self/task"_s);
     descriptors = entries(u"/proc/self/fd"_s);
     windows = windowsOnDisplay();
