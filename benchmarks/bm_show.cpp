@@ -294,7 +294,7 @@ int main(int argc, char* argv[])
     const std::string backend =
         qEnvironmentVariable("QT_QUICK_BACKEND") == "software"_L1 ? "software" : "opengl";
     std::vector<Report::Aim> aims;
-    for (const std::string show : {"first", "later"}) {
+    for (const std::string& show : {std::string("first"), std::string("later")}) {
         Report::Aim aim;
         aim.subject = "show-" + show + "-" + backend;
         aim.measured = {show, {}};

@@ -301,8 +301,8 @@ constexpr int kGreatestLoss = 12;
 /// A plain picture of the pixel format "yuv420p".
 QByteArray plainPicture(const QSize& size, const VideoColor& color)
 {
-    const int chromaSize = (size.width() + 1) / 2 * ((size.height() + 1) / 2);
-    return QByteArray(size.width() * size.height(), color.luma)
+    const qsizetype chromaSize = qsizetype((size.width() + 1) / 2) * ((size.height() + 1) / 2);
+    return QByteArray(qsizetype(size.width()) * size.height(), color.luma)
         + QByteArray(chromaSize, color.blueDifference)
         + QByteArray(chromaSize, color.redDifference);
 }
