@@ -34,7 +34,8 @@ struct Moment
  */
 double delaySeconds(const Moment& moment);
 
-/// Returns the milliseconds of @p delaySeconds, without their fraction; 0 where they are infinite.
+/// Returns the milliseconds of @p delaySeconds, which is above 0, without their fraction; 0 where
+/// they are infinite. What is 0, negative or not a number is no delay, and is not to be handed in.
 unsigned long sleepMs(double delaySeconds);
 
 } // namespace Vidlets::VLFramePacing

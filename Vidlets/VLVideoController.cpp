@@ -265,15 +265,16 @@ void VLVideoController::presentFrame()
         return;
     }
     const quint64 position = d->position;
-    const quint64 loaded = d->source->loadedFrameCount();
-    if (d->shownPosition == position && position >= loaded)
+    if (d->shownPosition == position && position >= d->source->loadedFrameCount())
         return;
     const double delaySeconds =
         VLFramePacing::delaySeconds({position, d->shownPosition, d->source->frameRate(),
                                      d->lastFrameDisplayTime, QDateTime::currentDateTime()});
+    // Asked again: the frame rate had to wait for the decoder, which may have delivered meanwhile.
+    const bool hasFrame = position < d->source->loadedFrameCount();
     lock.unlock();
 
-    if (position < loaded) {
+    if (hasFrame) {
         // Kept: raised without the lock. A reader gets the old or the new position.
         ++d->position;
         Q_EMIT displayFrame();

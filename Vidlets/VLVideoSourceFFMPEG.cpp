@@ -31,8 +31,8 @@ constexpr double kDefaultWidthPx = 200.0;
 constexpr double kDefaultHeightPx = 150.0;
 constexpr double kMicrosecondsPerSecond = 1000000.0;
 constexpr unsigned long kIdleSleepMs = 100;
-// A decoder refuses a packet while it has others to finish: as many as a packet of VP9 has parts,
-// and some more.
+// A decoder may refuse a packet until it has worked off the parts of the one before; VP9 packs up
+// to eight. The bound keeps one that refuses for ever from hanging the thread.
 constexpr int kSendAttempts = 32;
 // The scaler works in blocks of pixels: it leaves the last columns unwritten where a row has no
 // room for a whole block, and may write its last block past the end of the picture.
@@ -50,12 +50,13 @@ std::atomic<int64_t> currentPacketPts = 0;
  * The tick that the codec itself counts in, by what its headers say of it: half a frame's time
  * where a frame may be coded as two fields. A codec that says nothing counts in the ticks of the
  * stream.
+ *
+ * Up to FFmpeg 6.0 the context that found the stream's properties holds the tick; from 6.1 on it is
+ * derived from the frame rate that the context found.
  */
 AVRational codecTick(const AVStream* stream)
 {
-// Up to FFmpeg 6.0 the context that found the stream's properties holds the tick; from 6.1 on it is
-// left to be derived from the frame rate that the context found.
-#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 11, 100)
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 31, 0)
     const AVRational tick = av_stream_get_codec_timebase(stream);
     return tick.num > 0 && tick.den > 0 ? tick : stream->time_base;
 #else

@@ -150,6 +150,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     const QFileInfo scene(m_view->uiRootFilePath());
 
     move(pos);
+    d->holdPosition(pos);
     if (isVisible())
         reposition();
 
@@ -169,8 +170,10 @@ void VLWidget::reposition()
 
     bool moved = false;
     const QRect geometry = findVisibleGeometry(framed->frameGeometry(), &moved);
-    if (moved)
-        window()->move(geometry.topLeft());
+    if (!moved)
+        return;
+    window()->move(geometry.topLeft());
+    d->holdPosition(geometry.topLeft());
 }
 
 void VLWidget::hideAnimated()

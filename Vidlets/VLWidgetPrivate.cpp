@@ -81,7 +81,7 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
 {
     // The window system takes several round trips to tell what lies at a point, on each move of the
     // pointer. One pixel more, since it may round the edges of a scaled widget in its own way.
-    if (m_reference
+    if (m_reference && !m_reference->isWindow()
         && !m_reference->rect()
                 .adjusted(-1, -1, 1, 1)
                 .contains(m_reference->mapFromGlobal(position)))
@@ -191,6 +191,12 @@ void VLWidgetPrivate::endMapping()
         m_mapping->removeEventFilter(this);
     m_mapping = nullptr;
     m_popup->removeEventFilter(this);
+}
+
+void VLWidgetPrivate::holdPosition(const QPoint& position)
+{
+    if (m_mapping)
+        m_heldPosition = position;
 }
 
 QPoint VLWidgetPrivate::framePosition() const

@@ -11,6 +11,8 @@
 #include <QRect>
 #include <QWidget>
 
+class QWindow;
+
 namespace Vidlets {
 
 class VLWidget;
@@ -46,6 +48,9 @@ public:
     /// Holds on to the popup's place, from each show until its window is on the screen or hidden.
     void beginMapping();
     void endMapping();
+    /// The popup was moved to @p position. A window that is not on the screen yet may already be
+    /// said to be there, and then no event tells of the move.
+    void holdPosition(const QPoint& position);
     /// Where the frame of the popup's window is, or is to be.
     QPoint framePosition() const;
     /// Says again where the popup goes, now to @p position, if its window is not there yet.

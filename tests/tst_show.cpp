@@ -14,6 +14,7 @@
 #include <QQmlEngine>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <qpa/qwindowsysteminterface.h>
 
 using namespace Qt::StringLiterals;
 
@@ -519,15 +520,23 @@ void TestShow::show_doesNotHideBetweenTwoTips()
 void TestShow::show_goesToOrigin_soonAfterAnotherTip_data()
 {
     QTest::addColumn<bool>("exposed");
-    QTest::newRow("other tip is on the screen") << true;
-    QTest::newRow("other tip is on its way to the screen") << false;
+    QTest::addColumn<bool>("isSaidToBeThere");
+    QTest::newRow("other tip is on the screen") << true << false;
+    QTest::newRow("other tip is on its way to the screen") << false << false;
+    QTest::newRow("other tip on its way is said to be at the origin") << false << true;
 }
 
 void TestShow::show_goesToOrigin_soonAfterAnotherTip()
 {
     QFETCH(const bool, exposed);
+    QFETCH(const bool, isSaidToBeThere);
     PopupStage stage({{ckTooltipOffset, QSize(0, 0)}});
     QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    if (isSaidToBeThere) {
+        QWindowSystemInterface::handleGeometryChange<QWindowSystemInterface::SynchronousDelivery>(
+            stage.popup()->windowHandle(), QRect(QPoint(0, 0), stage.popup()->size()));
+        QCOMPARE(stage.popup()->pos(), QPoint(0, 0));
+    }
     if (exposed)
         QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
 

@@ -92,6 +92,18 @@ std::optional<int> readMessageLevel(const QCommandLineParser& parser,
     return level;
 }
 
+void describeProgram(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        QCoreApplication::translate("Options", "A sketching tool with rich tooltips."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(
+        u"data-path"_s,
+        QCoreApplication::translate("Options", "Directories with packages (*.vidlets)."),
+        u"[data-path...]"_s);
+}
+
 } // namespace
 
 Options readOptions(const QCoreApplication& application)
@@ -114,15 +126,8 @@ Options readOptions(const QCoreApplication& application)
     stay.setDefaultValue(QString::number(Options().stayMs));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QCoreApplication::translate("Options", "A sketching tool with rich tooltips."));
-    parser.addHelpOption();
-    parser.addVersionOption();
+    describeProgram(parser);
     parser.addOptions({noFilter, simple, dark, noTips, locale, stay, messages, geometry, popup});
-    parser.addPositionalArgument(
-        u"data-path"_s,
-        QCoreApplication::translate("Options", "Directories with packages (*.vidlets)."),
-        u"[data-path...]"_s);
     parser.process(application);
 
     Options options;

@@ -98,7 +98,7 @@ QWidget* PinnedTips::makeRoom()
     if (m_onTop) {
         // The tip has its new window only when this call is over.
         QMetaObject::invokeMethod(
-            tip, [this, tip] { tip->manager()->setStayOnTop(m_onTop); }, Qt::QueuedConnection);
+            tip, [this, tip] { keepOnTop(tip->manager()); }, Qt::QueuedConnection);
     }
     if (m_place == Place::Dock) {
         return makeDock(*tip);
@@ -114,7 +114,9 @@ void PinnedTips::raise()
             dock->raise();
         }
     }
-    if (Vidlets::VLWidget* tip = findLivingTip()) {
+    Vidlets::VLWidget* tip = findLivingTip();
+    // A pinned tip may outlive the interface, and then has no manager.
+    if (tip && tip->manager()) {
         tip->manager()->raise();
     }
 }
@@ -123,7 +125,14 @@ void PinnedTips::setOnTop(bool isOnTop)
 {
     m_onTop = isOnTop;
     if (Vidlets::VLWidget* tip = findLivingTip()) {
-        tip->manager()->setStayOnTop(m_onTop);
+        keepOnTop(tip->manager());
+    }
+}
+
+void PinnedTips::keepOnTop(Vidlets::VLManager* manager) const
+{
+    if (manager) {
+        manager->setStayOnTop(m_onTop);
     }
 }
 

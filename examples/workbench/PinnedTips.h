@@ -13,6 +13,7 @@ class QWidget;
 
 namespace Vidlets {
 class VLManager;
+class VLManager;
 class VLWidget;
 } // namespace Vidlets
 
@@ -51,6 +52,7 @@ public:
 private:
     Vidlets::VLWidget* findNewTip() const;
     Vidlets::VLWidget* findLivingTip() const;
+    void keepOnTop(Vidlets::VLManager* manager) const;
     QWidget* makeDock(Vidlets::VLWidget& tip);
     void settle(QDockWidget& dock, int width);
 

@@ -29,6 +29,8 @@ vidlets_recording_packages=(
 )
 
 vidlets_test_packages=(
+    # To report the geometry of a window as the window system does.
+    qt6-base-private-dev
     libasan8 libubsan1 ffmpeg
 )
 
