@@ -1,24 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "ClipStage.h"
 #include "ClipWriter.h"
-#include "PackageBuilder.h"
-#include "RecordingInterface.h"
 #include "VidletsTest.h"
-#include <Vidlets/VLContext.h>
-#include <Vidlets/VLIndex.h>
-#include <Vidlets/VLVideoComponent.h>
-#include <Vidlets/VLView.h>
-#include <Vidlets/VLWidget.h>
 
+#include <QBuffer>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QImage>
-#include <QPointer>
 #include <QQuickItem>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -39,69 +31,35 @@ QByteArray contentOf(const QString& path)
     return file.readAll();
 }
 
-/// A host on a copy of a package that the author guide shows, with its picture and its clip.
-class GuideStage
+QByteArray asPng(const QImage& image)
 {
-public:
-    explicit GuideStage(const QString& package)
-        : m_package(package)
-    {
-        const QDir source(sourceTree() + u"/examples/first-tip/packages/"_s + package);
-        QDirIterator files(source.path(), QDir::Files, QDirIterator::Subdirectories);
-        while (files.hasNext()) {
-            const QString file = files.next();
-            write(source.relativeFilePath(file), contentOf(file));
-        }
-        const QString player =
-            sourceTree() + u"/examples/workbench/packages/Workbench.vidlets/ui/VideoPlayer.qml"_s;
-        write(u"ui/VideoPlayer.qml"_s, contentOf(player));
-        ClipWriter clips;
-        clips.testClip(u"pen.mp4"_s, u"libx264"_s, {160, 90}, 25, 10, {u"-bf"_s, u"0"_s});
-        write(u"Resources/pen.mp4"_s, clips.readBytes(u"pen.mp4"_s));
-        QImage(8, 8, QImage::Format_RGB32)
-            .save(m_packages.path(package + u"/Resources/pen.png"_s), "PNG");
+    QBuffer buffer;
+    image.save(&buffer, "PNG");
+    return buffer.data();
+}
 
-        const QStringList dataPaths = {m_packages.dataPath()};
-        m_index = std::make_unique<VLIndex>(&m_context, dataPaths);
-        m_host = std::make_unique<RecordingInterface>(m_context, dataPaths, m_index.get());
+/// Shows the tip of a copy of @p package, which the author guide shows, with its picture and its
+/// clip. Gives its scene, or null.
+QQuickItem* show(ClipStage& stage, const QString& package)
+{
+    const QDir source(sourceTree() + u"/examples/first-tip/packages/"_s + package);
+    QDirIterator files(source.path(), QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString file = files.next();
+        stage.write(source.relativeFilePath(file), contentOf(file));
     }
-    ~GuideStage()
-    {
-        // A pinned tip uses the manager to its end, one that is not goes by itself.
-        if (m_popup && m_popup->view()->reserved())
-            delete m_popup;
-        m_host.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-    /// Shows the tip of the package. Gives its scene.
-    QQuickItem* show()
-    {
-        m_host->show(u"tool.pen"_s, QPoint(20, 20), nullptr);
-        const QWidgetList windows = QApplication::topLevelWidgets();
-        for (QWidget* window : windows) {
-            if (auto* popup = qobject_cast<VLWidget*>(window))
-                m_popup = popup;
-        }
-        return m_popup ? m_popup->view()->rootObject() : nullptr;
-    }
-    VLView* view() const
-    {
-        return m_popup->view();
-    }
+    const QString player =
+        sourceTree() + u"/examples/workbench/packages/Workbench.vidlets/ui/VideoPlayer.qml"_s;
+    stage.write(u"ui/VideoPlayer.qml"_s, contentOf(player));
+    ClipWriter clips;
+    clips.testClip(u"pen.mp4"_s, u"libx264"_s, {160, 90}, 25, 10, {u"-bf"_s, u"0"_s});
+    stage.addClip(u"pen.mp4"_s, clips.readBytes(u"pen.mp4"_s));
+    stage.write(u"Resources/pen.png"_s, asPng(QImage(8, 8, QImage::Format_RGB32)));
 
-private:
-    void write(const QString& name, const QByteArray& content)
-    {
-        m_packages.write(m_package + u'/' + name, content);
-    }
-
-    const QString m_package;
-    PackageBuilder m_packages;
-    VLContext m_context{nullptr};
-    std::unique_ptr<VLIndex> m_index;
-    std::unique_ptr<RecordingInterface> m_host;
-    QPointer<VLWidget> m_popup;
-};
+    if (!stage.showPopup(u"tool.pen"_s, QPoint(20, 20), nullptr))
+        return nullptr;
+    return stage.view()->rootObject();
+}
 
 } // namespace
 
@@ -117,8 +75,9 @@ private Q_SLOTS:
 
 void TestDocumentScenes::firstTip_showsTextAndPlaysClip()
 {
-    GuideStage stage(u"First.vidlets"_s);
-    QQuickItem* scene = stage.show();
+    const QString package = u"First.vidlets"_s;
+    ClipStage stage(package);
+    QQuickItem* scene = show(stage, package);
     QVERIFY(scene);
     QVERIFY(scene->height() > 30);
     QStringList texts;
@@ -135,8 +94,9 @@ void TestDocumentScenes::firstTip_showsTextAndPlaysClip()
 
 void TestDocumentScenes::pieces_showPictureAndPlayClipAndPin()
 {
-    GuideStage stage(u"Pieces.vidlets"_s);
-    QQuickItem* scene = stage.show();
+    const QString package = u"Pieces.vidlets"_s;
+    ClipStage stage(package);
+    QQuickItem* scene = show(stage, package);
     QVERIFY(scene);
     QTRY_COMPARE(scene->findChild<QQuickItem*>(u"resource"_s)->width(), 8.0);
     auto* clip = scene->findChild<VLVideoComponent*>();

@@ -34,7 +34,7 @@ constexpr int kEndlessMs = 600000;
 constexpr int kShortMs = 1;
 // Windows pass through a window manager, which may be busy.
 constexpr int kPatienceMs = 15000;
-const QPoint kPointer(400, 300);
+// That of the pointer and the default offset.
 const QPoint kTipPosition(435, 330);
 const QSize kSceneSize(120, 80);
 
@@ -198,72 +198,23 @@ struct Holdings
     qsizetype files;
 };
 
-/// A stage whose popups can be detached; they are gone before the stage goes.
-class ReserveStage : public PopupStage
+/// Settings with which nothing counts down.
+QMap<int, QVariant> lasting()
 {
-public:
-    // Nothing counts down unless a test wants it to.
-    explicit ReserveStage(const QMap<int, QVariant>& settings = {{ckStayDuration, 0}})
-        : PopupStage(settings)
-    {
-    }
-    ~ReserveStage()
-    {
-        for (const QPointer<VLWidget>& popup : std::as_const(m_shown)) {
-            if (!manager || popup != manager->widget())
-                delete popup;
-        }
-    }
+    return {{ckStayDuration, 0}};
+}
 
-    /// Shows the tip for @p key in the current popup and waits until it is on the screen.
-    VLWidget* showTip(const QString& key, QObject* reference)
-    {
-        if (!manager->show(key, kPointer, reference)
-            || !QTest::qWaitForWindowExposed(manager->widget()))
-            qFatal("The tip did not come up");
-        m_shown += manager->widget();
-        return manager->widget();
+/// Detaches @p count popups that have no window above them, and waits until all are there.
+QList<VLWidget*> detachFreely(PopupStage& stage, int count)
+{
+    QList<VLWidget*> popups;
+    for (int i = 0; i < count; ++i) {
+        popups += stage.detach(openKey(), nullptr);
+        if (!QTest::qWaitForWindowExposed(popups.last()))
+            qFatal("The window did not come up");
     }
-    VLWidget* showTip(const QString& key)
-    {
-        return showTip(key, &control);
-    }
-
-    /// Shows the tip for @p key and detaches its popup.
-    VLWidget* detach(const QString& key, QObject* reference)
-    {
-        VLWidget* popup = showTip(key, reference);
-        popup->view()->setReserved(true);
-        return popup;
-    }
-    VLWidget* detach(const QString& key)
-    {
-        return detach(key, &control);
-    }
-
-    /// Detaches @p count popups that have no window above them, and waits until all are there.
-    QList<VLWidget*> detachFreely(int count)
-    {
-        QList<VLWidget*> popups;
-        for (int i = 0; i < count; ++i) {
-            popups += detach(openKey(), nullptr);
-            if (!QTest::qWaitForWindowExposed(popups.last()))
-                qFatal("The window did not come up");
-        }
-        return popups;
-    }
-
-    void writeScene(const char* scene)
-    {
-        packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, scene);
-    }
-
-private:
-    Q_DISABLE_COPY_MOVE(ReserveStage)
-
-    /// May hold the current popup as well, which is the manager's.
-    QList<QPointer<VLWidget>> m_shown;
-};
+    return popups;
+}
 
 } // namespace
 
@@ -357,8 +308,8 @@ private Q_SLOTS:
 
 void TestReserve::reserve_refuses_whenPopupIsNotTheCurrentOne()
 {
-    ReserveStage stage;
-    VLWidget* current = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* current = stage.bringUpTip(openKey());
     VLWidget other(stage.manager.get(), nullptr);
     QWidget* window = &stage.control;
 
@@ -375,7 +326,7 @@ void TestReserve::reserve_refuses_whenPopupIsNotTheCurrentOne()
 
 void TestReserve::reserve_refuses_whenPopupIsReservedAlready()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     const VLWidget* fresh = stage.manager->widget();
     QWidget* window = &stage.control;
@@ -395,8 +346,8 @@ void TestReserve::reserve_asksHostForWindow_data()
 void TestReserve::reserve_asksHostForWindow()
 {
     QFETCH(bool, given);
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QWidget hostWindow;
     stage.interface.windowToGive = given ? &hostWindow : nullptr;
     QWidget* window = &stage.control;
@@ -409,7 +360,7 @@ void TestReserve::reserve_asksHostForWindow()
 
 void TestReserve::reserve_leavesFreshPopupReady()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     VLWidget* fresh = stage.manager->widget();
     QVERIFY(fresh);
@@ -424,13 +375,13 @@ void TestReserve::reserve_leavesFreshPopupReady()
 
 void TestReserve::reserve_keepsContentOnShow_whileHoveringGoesOn()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     const QPointer<VLXmlElement> content = popup->view()->content();
     const QPointer<QObject> scene = popup->view()->rootObject();
     VLWidget* fresh = stage.manager->widget();
     stage.control.setObjectName(saveKey());
-    QHelpEvent event(QEvent::ToolTip, QPoint(), kPointer);
+    QHelpEvent event(QEvent::ToolTip, QPoint(), PopupStage::pointer());
 
     QVERIFY(stage.manager->eventFilter(&stage.control, &event));
 
@@ -446,10 +397,10 @@ void TestReserve::reserve_keepsContentOnShow_whileHoveringGoesOn()
 
 void TestReserve::show_retrievesAgain_whenKeyIsOnlyInReservedWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     stage.index.requests.clear();
-    QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    QVERIFY(stage.manager->show(openKey(), PopupStage::pointer(), &stage.control));
     QCOMPARE(stage.index.requests.size(), 1);
     QVERIFY(stage.popup()->isVisible());
     QVERIFY(popup->isVisible());
@@ -468,7 +419,7 @@ void TestReserve::reservedPopup_isOutOfTheCycle_data()
 void TestReserve::reservedPopup_isOutOfTheCycle()
 {
     QFETCH(QEvent::Type, type);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     stage.set(ckStayDuration, kEndlessMs);
     QMouseEvent mouse(type, QPointF(), PopupStage::farAway(), Qt::LeftButton, Qt::LeftButton,
@@ -482,8 +433,8 @@ void TestReserve::reservedPopup_isOutOfTheCycle()
 
 void TestReserve::reservedChanged_hasNoEffect_whenFalse()
 {
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     const Qt::WindowFlags flags = popup->windowFlags();
     Q_EMIT popup->view()->reservedChanged();
     QCOMPARE(stage.interface.windowsAskedFor, 0);
@@ -494,7 +445,7 @@ void TestReserve::reservedChanged_hasNoEffect_whenFalse()
 
 void TestReserve::reservedChanged_hasNoEffect_whenFalseAgain()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     const VLWidget* fresh = stage.manager->widget();
     popup->view()->setReserved(false);
@@ -512,7 +463,7 @@ void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld_data()
 void TestReserve::reservedChanged_hasNoEffect_whenPopupIsNoLongerHeld()
 {
     QFETCH(bool, given);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = given ? &window : nullptr;
     VLWidget* popup = stage.detach(openKey());
@@ -541,7 +492,7 @@ void TestReserve::reservedChanged_isHarmless_withoutContent_data()
 void TestReserve::reservedChanged_isHarmless_withoutContent()
 {
     QFETCH(const bool, given);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     window.setWindowTitle(u"of the host"_s);
     stage.interface.windowToGive = given ? &window : nullptr;
@@ -557,7 +508,7 @@ void TestReserve::reservedChanged_isHarmless_withoutContent()
 
 void TestReserve::floating_takesFlags()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const VLWidget* popup = stage.detach(openKey());
     QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags));
     QVERIFY(popup->isWindow());
@@ -567,8 +518,8 @@ void TestReserve::floating_takesFlags()
 
 void TestReserve::floating_isNotModal()
 {
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     popup->setWindowModality(Qt::ApplicationModal);
     popup->view()->setReserved(true);
     QCOMPARE(popup->windowModality(), Qt::NonModal);
@@ -577,7 +528,7 @@ void TestReserve::floating_isNotModal()
 
 void TestReserve::floating_belongsToWindowOfReference()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget button(&stage.control);
     QWidget icon(&button);
     {
@@ -599,7 +550,7 @@ void TestReserve::floating_hasNoParent_withoutReference_data()
 void TestReserve::floating_hasNoParent_withoutReference()
 {
     QFETCH(bool, isNull);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QObject noWidget;
     const VLWidget* popup = stage.detach(openKey(), isNull ? nullptr : &noWidget);
     QVERIFY(!popup->parentWidget());
@@ -618,7 +569,7 @@ void TestReserve::floating_hasNoParent_whenReferenceIsPopupItself_data()
 void TestReserve::floating_hasNoParent_whenReferenceIsPopupItself()
 {
     QFETCH(const QString, reference);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.popup();
     QWidget* window = new QWidget(popup, Qt::Window);
     const QMap<QString, QWidget*> widgets{
@@ -645,8 +596,8 @@ void TestReserve::floating_takesTitleFromPropertyAlone_data()
 void TestReserve::floating_takesTitleFromPropertyAlone()
 {
     QFETCH(bool, hasProperty);
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     popup->setWindowTitle(u"of before"_s);
     VLXmlElement* content = popup->view()->content();
     content->setAttribute(u"title"_s, u"of the attribute"_s);
@@ -660,8 +611,8 @@ void TestReserve::floating_takesTitleFromPropertyAlone()
 
 void TestReserve::floating_keepsPosition()
 {
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
 
     popup->view()->setReserved(true);
@@ -673,7 +624,7 @@ void TestReserve::floating_keepsPosition()
 
 void TestReserve::floating_keepsPosition_whenMinimisedAndSceneGrows()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
     QTRY_VERIFY_WITH_TIMEOUT(popup->pos() != popup->geometry().topLeft(), kPatienceMs);
@@ -694,7 +645,7 @@ void TestReserve::floating_keepsPosition_whenMinimisedAndSceneGrows()
 
 void TestReserve::floating_isDeletedWithViewAndContent_whenClosed()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.detach(openKey());
     const QPointer<VLView> view = popup->view();
     const QPointer<VLXmlElement> content = view->content();
@@ -710,12 +661,12 @@ void TestReserve::floating_isDeletedWithViewAndContent_whenClosed()
     // The view owns the element, not what is above it.
     QVERIFY(root);
     QVERIFY(fresh);
-    QVERIFY(stage.manager->show(saveKey(), kPointer, &stage.control));
+    QVERIFY(stage.manager->show(saveKey(), PopupStage::pointer(), &stage.control));
 }
 
 void TestReserve::floating_isDeleted_whenUserClosesIt()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.detach(openKey());
     const QPointer<VLXmlElement> content = popup->view()->content();
     QVERIFY(QTest::qWaitForWindowExposed(popup));
@@ -730,7 +681,7 @@ void TestReserve::floating_isDeleted_whenUserClosesIt()
 
 void TestReserve::floating_staysAlive_whenHidden()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.detach(openKey());
     const QPointer<VLXmlElement> content = popup->view()->content();
     popup->hide();
@@ -744,8 +695,8 @@ void TestReserve::floating_staysAlive_whenHidden()
 
 void TestReserve::floating_isHiddenByTimer()
 {
-    ReserveStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
-    const QPointer<VLWidget> popup = stage.showTip(openKey());
+    PopupStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
+    const QPointer<VLWidget> popup = stage.bringUpTip(openKey());
     stage.set(ckStayDuration, kShortMs);
     popup->view()->setReserved(true);
     QTRY_VERIFY_WITH_TIMEOUT(!popup->isVisible(), kPatienceMs);
@@ -767,8 +718,8 @@ void TestReserve::floating_armsTimerAsItShows()
 {
     QFETCH(bool, stayOpen);
     QFETCH(bool, pointerOverPopup);
-    ReserveStage stage;
-    VLWidget* popup = stage.showTip(openKey());
+    PopupStage stage(lasting());
+    VLWidget* popup = stage.bringUpTip(openKey());
     popup->view()->setStayOpen(stayOpen);
     if (pointerOverPopup)
         QCursor::setPos(popup->frameGeometry().center());
@@ -782,7 +733,7 @@ void TestReserve::floating_armsTimerAsItShows()
 
 void TestReserve::docked_becomesChildOfHostWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
     const VLWidget* popup = stage.detach(openKey());
@@ -810,7 +761,7 @@ void TestReserve::docked_addsFlagsToHostWindow()
 {
     QFETCH(Qt::WindowFlags, own);
     QFETCH(bool, visible);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     window.setWindowFlags(own);
     window.resize(200, 150);
@@ -825,7 +776,7 @@ void TestReserve::docked_addsFlagsToHostWindow()
 
 void TestReserve::docked_makesLayout_whenHostWindowHasNone()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
     const VLWidget* popup = stage.detach(openKey());
@@ -838,7 +789,7 @@ void TestReserve::docked_makesLayout_whenHostWindowHasNone()
 
 void TestReserve::docked_joinsLayoutOfHostWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     auto* layout = new QHBoxLayout(&window);
     const QMargins margins(1, 2, 3, 4);
@@ -869,11 +820,11 @@ void TestReserve::docked_takesTitleFromAttributeAlone_data()
 void TestReserve::docked_takesTitleFromAttributeAlone()
 {
     QFETCH(bool, hasAttribute);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     window.setWindowTitle(u"of the host"_s);
     stage.interface.windowToGive = &window;
-    const VLWidget* popup = stage.showTip(openKey());
+    const VLWidget* popup = stage.bringUpTip(openKey());
     VLXmlElement* content = stage.view()->content();
     content->setProperty("title", u"of the property"_s);
     if (hasAttribute)
@@ -887,10 +838,10 @@ void TestReserve::docked_takesTitleFromAttributeAlone()
 
 void TestReserve::docked_takesSizeOfScene()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
-    VLWidget* popup = stage.showTip(openKey());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(containerOf(popup)->size(), kSceneSize, kPatienceMs);
     containerOf(popup)->setFixedSize(10, 10);
 
@@ -904,10 +855,10 @@ void TestReserve::docked_takesSizeOfScene()
 
 void TestReserve::docked_takesExactSizeOfScene_whenHostWindowIsHidden()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
-    VLWidget* popup = stage.showTip(openKey());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(popup->size(), kSceneSize + QSize(1, 1), kPatienceMs);
 
     popup->view()->setReserved(true);
@@ -923,11 +874,11 @@ void TestReserve::docked_takesExactSizeOfScene_whenHostWindowIsHidden()
 
 void TestReserve::docked_movesHostWindowToPosition()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     window.move(10, 10);
     stage.interface.windowToGive = &window;
-    VLWidget* popup = stage.showTip(openKey());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
 
     popup->view()->setReserved(true);
@@ -939,14 +890,14 @@ void TestReserve::docked_movesHostWindowToPosition()
 
 void TestReserve::docked_movesWindowAround_whenGivenWidgetIsNoWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget mainWindow;
     mainWindow.setGeometry(20, 20, 400, 300);
     QWidget panel(&mainWindow);
     panel.setGeometry(30, 40, 200, 150);
     QVERIFY(bringUp(&mainWindow));
     stage.interface.windowToGive = &panel;
-    VLWidget* popup = stage.showTip(openKey());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
 
     popup->view()->setReserved(true);
@@ -961,7 +912,7 @@ void TestReserve::docked_movesWindowAround_whenGivenWidgetIsNoWindow()
 
 void TestReserve::docked_isNotHiddenByTimer()
 {
-    ReserveStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
+    PopupStage stage({{ckStayDuration, 0}, {ckHideDuration, 0}});
     QWidget window;
     stage.interface.windowToGive = &window;
     VLWidget* popup = stage.detach(openKey());
@@ -978,7 +929,7 @@ void TestReserve::docked_isNotHiddenByTimer()
 
 void TestReserve::docked_staysAlive_whenHostWindowIsClosed()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
     const QPointer<VLWidget> popup = stage.detach(openKey());
@@ -992,7 +943,7 @@ void TestReserve::docked_staysAlive_whenHostWindowIsClosed()
 
 void TestReserve::docked_isDeletedWithViewAndContent_whenHostWindowIs()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     auto window = std::make_unique<QWidget>();
     stage.interface.windowToGive = window.get();
     const QPointer<VLWidget> popup = stage.detach(openKey());
@@ -1003,7 +954,7 @@ void TestReserve::docked_isDeletedWithViewAndContent_whenHostWindowIs()
     QVERIFY(!view);
     QVERIFY(!content);
     stage.manager->raise();
-    QVERIFY(stage.manager->show(saveKey(), kPointer, &stage.control));
+    QVERIFY(stage.manager->show(saveKey(), PopupStage::pointer(), &stage.control));
 }
 
 void TestReserve::scene_detachesPopup_whenClicked_data()
@@ -1014,11 +965,11 @@ void TestReserve::scene_detachesPopup_whenClicked_data()
 void TestReserve::scene_detachesPopup_whenClicked()
 {
     QFETCH(bool, given);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     stage.writeScene(kClickScene);
     QWidget window;
     stage.interface.windowToGive = given ? &window : nullptr;
-    VLWidget* popup = stage.showTip(openKey());
+    VLWidget* popup = stage.bringUpTip(openKey());
     QTRY_COMPARE_WITH_TIMEOUT(popup->pos(), kTipPosition, kPatienceMs);
 
     QVERIFY(PointerDriver::moveTo(popup->frameGeometry().center()));
@@ -1030,7 +981,7 @@ void TestReserve::scene_detachesPopup_whenClicked()
     QCOMPARE(popup->isWindow(), !given);
     QCOMPARE(shownKey(popup), openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup->window()));
-    stage.manager->show(saveKey(), kPointer, &stage.control);
+    stage.manager->show(saveKey(), PopupStage::pointer(), &stage.control);
     QCOMPARE(shownKey(stage.popup()), saveKey());
 }
 
@@ -1042,13 +993,13 @@ void TestReserve::scene_detachesPopup_whileItLoads_data()
 void TestReserve::scene_detachesPopup_whileItLoads()
 {
     QFETCH(bool, given);
-    ReserveStage stage;
+    PopupStage stage(lasting());
     stage.writeScene(kLoadScene);
     QWidget window;
     stage.interface.windowToGive = given ? &window : nullptr;
     QPointer<VLWidget> popup = stage.popup();
 
-    QVERIFY(stage.manager->show(openKey(), kPointer, nullptr));
+    QVERIFY(stage.manager->show(openKey(), PopupStage::pointer(), nullptr));
 
     QVERIFY(stage.manager->widget() != popup);
     QVERIFY(!stage.manager->widget()->isVisible());
@@ -1062,11 +1013,11 @@ void TestReserve::scene_detachesPopup_whileItLoads()
 
 void TestReserve::scene_detachesPopup_whereItIs_whileItLoads()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     stage.writeScene(kLoadScene);
     const QPointer<VLWidget> popup = stage.popup();
 
-    QVERIFY(stage.manager->show(openKey(), kPointer, nullptr));
+    QVERIFY(stage.manager->show(openKey(), PopupStage::pointer(), nullptr));
 
     QCOMPARE(popup->pos(), kTipPosition);
     QVERIFY(QTest::qWaitForWindowExposed(popup));
@@ -1076,8 +1027,8 @@ void TestReserve::scene_detachesPopup_whereItIs_whileItLoads()
 
 void TestReserve::raise_goesFromLastToFirst()
 {
-    ReserveStage stage;
-    const QList<VLWidget*> popups = stage.detachFreely(3);
+    PopupStage stage(lasting());
+    const QList<VLWidget*> popups = detachFreely(stage, 3);
     QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf(popups), popups, kPatienceMs);
 
     stage.manager->raise();
@@ -1089,7 +1040,7 @@ void TestReserve::raise_goesFromLastToFirst()
 
 void TestReserve::raise_isHarmless_withoutReservedWindows()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     stage.manager->raise();
     stage.manager->setStayOnTop(true);
     QVERIFY(!stage.manager->widget());
@@ -1097,8 +1048,8 @@ void TestReserve::raise_isHarmless_withoutReservedWindows()
 
 void TestReserve::setStayOnTop_setsAndClearsState()
 {
-    ReserveStage stage;
-    const QList<VLWidget*> popups = stage.detachFreely(2);
+    PopupStage stage(lasting());
+    const QList<VLWidget*> popups = detachFreely(stage, 2);
     for (const VLWidget* popup : popups)
         QVERIFY(!isAboveForX(popup));
 
@@ -1118,7 +1069,7 @@ void TestReserve::setStayOnTop_setsAndClearsState()
 
 void TestReserve::setStayOnTop_keepsSceneOnScreen()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(const_cast<VLWidget*>(popup)));
     const auto colorOnScreen = [popup] {
@@ -1139,7 +1090,7 @@ void TestReserve::setStayOnTop_keepsSceneOnScreen()
 
 void TestReserve::setStayOnTop_leavesViewAlone_whenFlagsStayTheSame()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
     stage.manager->setStayOnTop(true);
@@ -1157,7 +1108,7 @@ void TestReserve::setStayOnTop_leavesViewAlone_whenFlagsStayTheSame()
 
 void TestReserve::setStayOnTop_keepsSize()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
     QTRY_VERIFY_WITH_TIMEOUT(positionOnScreenOfX(popup) == kTipPosition, kPatienceMs);
@@ -1176,7 +1127,7 @@ void TestReserve::setStayOnTop_keepsSize()
 
 void TestReserve::setStayOnTop_leavesOtherFlags()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const VLWidget* popup = stage.detach(openKey());
     stage.manager->setStayOnTop(true);
     QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags | kStayOnTopFlag));
@@ -1189,7 +1140,7 @@ void TestReserve::setStayOnTop_leavesOtherFlags()
 
 void TestReserve::setStayOnTop_showsHiddenWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     popup->hide();
     stage.manager->setStayOnTop(false);
@@ -1198,7 +1149,7 @@ void TestReserve::setStayOnTop_showsHiddenWindow()
 
 void TestReserve::setStayOnTop_leavesDockedPopupInItsWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     QWidget window;
     stage.interface.windowToGive = &window;
     const VLWidget* popup = stage.detach(openKey());
@@ -1213,7 +1164,7 @@ void TestReserve::setStayOnTop_leavesDockedPopupInItsWindow()
 
 void TestReserve::setStayOnTop_leavesCurrentPopupAlone()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     stage.detach(openKey());
     VLWidget* hidden = stage.manager->widget();
     const Qt::WindowFlags flags = hidden->windowFlags();
@@ -1221,7 +1172,7 @@ void TestReserve::setStayOnTop_leavesCurrentPopupAlone()
     QCOMPARE(hidden->windowFlags(), flags);
     QVERIFY(!hidden->isVisible());
 
-    const VLWidget* current = stage.showTip(saveKey());
+    const VLWidget* current = stage.bringUpTip(saveKey());
     QCOMPARE(current, hidden);
     const WId id = windowOfX(current);
     stage.manager->setStayOnTop(true);
@@ -1233,10 +1184,10 @@ void TestReserve::setStayOnTop_leavesCurrentPopupAlone()
 
 void TestReserve::raise_leavesCurrentPopupAlone()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* reserved = stage.detach(openKey(), nullptr);
     QVERIFY(QTest::qWaitForWindowExposed(reserved));
-    VLWidget* current = stage.showTip(saveKey(), nullptr);
+    VLWidget* current = stage.bringUpTip(saveKey(), nullptr);
     QTRY_COMPARE_WITH_TIMEOUT(stackingOrderOf({reserved, current}),
                               (QList<VLWidget*>{reserved, current}), kPatienceMs);
     stage.manager->raise();
@@ -1258,8 +1209,8 @@ void TestReserve::deadEntries_areRemoved_data()
 void TestReserve::deadEntries_areRemoved()
 {
     QFETCH(QList<int>, closed);
-    ReserveStage stage;
-    QList<VLWidget*> living = stage.detachFreely(4);
+    PopupStage stage(lasting());
+    QList<VLWidget*> living = detachFreely(stage, 4);
     QList<QPointer<VLWidget>> dead;
     for (auto it = closed.crbegin(); it != closed.crend(); ++it) {
         dead += living.takeAt(*it);
@@ -1283,7 +1234,7 @@ void TestReserve::deadEntries_areRemoved()
 
 void TestReserve::manager_isReachedFromReservedWindow()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* popup = stage.detach(openKey());
     popup->manager()->setStayOnTop(true);
     QCOMPARE(popup->windowFlags(), asQtKeepsThem(kFloatingFlags | kStayOnTopFlag));
@@ -1296,7 +1247,7 @@ void TestReserve::manager_isReachedFromReservedWindow()
 
 void TestReserve::vidletAttribute_passesOverReservedPopup_withoutView()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     VLWidget* first = stage.detach(openKey());
     VLWidget* second = stage.detach(openKey());
     second->view()->content()->setAttribute(u"shortcut"_s, u"F1"_s);
@@ -1310,7 +1261,7 @@ void TestReserve::vidletAttribute_passesOverReservedPopup_withoutView()
 
 void TestReserve::reservedWindow_livesOn_whenManagerIsGone()
 {
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.detach(openKey());
     QVERIFY(QTest::qWaitForWindowExposed(popup));
 
@@ -1334,7 +1285,7 @@ void TestReserve::reserve_leavesNothingBehind_whenDoneOften()
 {
     constexpr int kWarmUps = 5;
     constexpr int kRounds = 200;
-    ReserveStage stage;
+    PopupStage stage(lasting());
     const auto detachAndClose = [&] {
         VLWidget* popup = stage.detach(openKey());
         QVERIFY(QTest::qWaitForWindowExposed(popup));

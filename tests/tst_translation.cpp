@@ -24,8 +24,6 @@ namespace {
 
 using Settings = QMap<int, QVariant>;
 
-const QPoint kPointer(400, 300);
-
 QString openKey()
 {
     return u"open"_s;
@@ -97,44 +95,35 @@ void compile(const QList<Entry>& entries, const QString& filePath)
         qFatal("Could not replace %s", qPrintable(filePath));
 }
 
-/// A stage that translates into German unless it is told otherwise.
-class TranslationStage : public PopupStage
+/// Settings to translate into German.
+Settings german()
 {
-public:
-    explicit TranslationStage(const Settings& settings = {{ckLocale, u"de_DE"_s}})
-        : PopupStage(settings)
-    {
-    }
+    return {{ckLocale, u"de_DE"_s}};
+}
 
-    /// Writes a translation file that has @p translation for "Open" in the context "Tip".
-    QString writeFile(const QString& relativePath, const QString& translation)
-    {
-        const QString filePath = packages.path(relativePath);
-        compile({{u"Tip"_s, u"Open"_s, translation}}, filePath);
-        return filePath;
-    }
+/// Writes a translation file that has @p translation for "Open" in the context "Tip".
+QString writeFile(const PopupStage& stage, const QString& relativePath, const QString& translation)
+{
+    const QString filePath = stage.packages.path(relativePath);
+    compile({{u"Tip"_s, u"Open"_s, translation}}, filePath);
+    return filePath;
+}
 
-    /// Writes the one that belongs to the package "tips".
-    QString writeFile(const QString& translation)
-    {
-        return writeFile(germanPath(), translation);
-    }
-    QString germanPath() const
-    {
-        return packages.path(tipsPackage() + u"/l10n/"_s + germanFile());
-    }
+QString germanPath()
+{
+    return tipsPackage() + u"/l10n/"_s + germanFile();
+}
 
-    void showTip(const QString& key = openKey())
-    {
-        if (!manager->show(key, kPointer, &control))
-            qFatal("The tip did not come up");
-    }
+/// Writes the one that belongs to the package "tips".
+QString writeFile(const PopupStage& stage, const QString& translation)
+{
+    return writeFile(stage, germanPath(), translation);
+}
 
-    QString translated()
-    {
-        return manager->translateString(u"Open"_s, u"Tip"_s);
-    }
-};
+QString translated(const PopupStage& stage)
+{
+    return stage.manager->translateString(u"Open"_s, u"Tip"_s);
+}
 
 /// A host that brings all to life by itself, with its translations left to the library.
 template <typename Interface> class WholeHost
@@ -151,8 +140,7 @@ public:
                        "    height: 80\n"
                        "}\n");
         packages.writeTip(tipsPackage(), u"tips.xml"_s, openKey());
-        compile({{u"Tip"_s, u"Open"_s, u"Öffnen"_s}},
-                packages.path(tipsPackage() + u"/l10n/"_s + germanFile()));
+        compile({{u"Tip"_s, u"Open"_s, u"Öffnen"_s}}, packages.path(germanPath()));
         context.set(ckLocale, u"de_DE"_s);
         interface = std::make_unique<Interface>(context, QStringList{packages.dataPath()}, &index);
     }
@@ -165,7 +153,7 @@ public:
     /// Shows the tip. Gives its view, or null.
     VLView* showTip()
     {
-        if (!interface->show(openKey(), kPointer, nullptr))
+        if (!interface->show(openKey(), PopupStage::pointer(), nullptr))
             return nullptr;
         const QWidgetList widgets = QApplication::topLevelWidgets();
         for (QWidget* widget : widgets) {
@@ -196,46 +184,26 @@ public:
     }
 };
 
-/// A stage whose popups can be detached; they are gone before the stage goes.
-class AttributeStage : public PopupStage
+/// Shows the tip for @p key with @p shortcut as the host's.
+void showTip(PopupStage& stage, const QString& key, const QString& shortcut = QString())
 {
-public:
-    using PopupStage::PopupStage;
-    ~AttributeStage()
-    {
-        for (const QPointer<VLWidget>& popup : std::as_const(m_detached))
-            delete popup;
-    }
+    stage.interface.shortcutToGive = shortcut;
+    stage.showTip(key, nullptr);
+}
 
-    /// Shows the tip for @p key with @p shortcut as the host's.
-    void showTip(const QString& key, const QString& shortcut = QString())
-    {
-        interface.shortcutToGive = shortcut;
-        if (!manager->show(key, kPointer, nullptr))
-            qFatal("The tip did not come up");
-    }
+/// The same in a window that is detached.
+VLWidget* detachTip(PopupStage& stage, const QString& key, const QString& shortcut = QString())
+{
+    stage.interface.shortcutToGive = shortcut;
+    VLWidget* detached = stage.detach(key, nullptr);
+    stage.index.requests.clear();
+    return detached;
+}
 
-    /// The same in a window that is detached.
-    VLWidget* detachTip(const QString& key, const QString& shortcut = QString())
-    {
-        showTip(key, shortcut);
-        VLWidget* detached = popup();
-        detached->view()->setReserved(true);
-        m_detached += detached;
-        index.requests.clear();
-        return detached;
-    }
-
-    QString shortcutOf(const QString& key)
-    {
-        return manager->vidletAttribute(key, shortcutName(), defaultText());
-    }
-
-private:
-    Q_DISABLE_COPY_MOVE(AttributeStage)
-
-    QList<QPointer<VLWidget>> m_detached;
-};
+QString shortcutOf(const PopupStage& stage, const QString& key)
+{
+    return stage.manager->vidletAttribute(key, shortcutName(), defaultText());
+}
 
 } // namespace
 
@@ -303,46 +271,46 @@ private Q_SLOTS:
 
 void TestTranslation::translateString_returnsText_withoutPopup()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
-    QCOMPARE(stage.translated(), u"Open"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
     QVERIFY(!stage.manager->widget());
 }
 
 void TestTranslation::translateString_returnsText_withoutView()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     stage.popup()->setView(nullptr);
-    QCOMPARE(stage.translated(), u"Open"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
 }
 
 void TestTranslation::translateString_isEmpty_withoutContentAndFile()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
     QVERIFY(stage.popup());
     // No name of a file equals the name of no file, so the empty translator is asked.
-    QCOMPARE(stage.translated(), QString());
+    QCOMPARE(translated(stage), QString());
 }
 
 void TestTranslation::translateString_returnsTextOnce_whenContentWentAfterLoad()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.view()->setContent(nullptr);
-    QCOMPARE(stage.translated(), u"Open"_s);
-    QCOMPARE(stage.translated(), QString());
+    QCOMPARE(translated(stage), u"Open"_s);
+    QCOMPARE(translated(stage), QString());
 }
 
 void TestTranslation::translateString_isEmpty_whenContentWentAfterFailedLoad()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Open"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
     stage.view()->setContent(nullptr);
-    QCOMPARE(stage.translated(), QString());
+    QCOMPARE(translated(stage), QString());
 }
 
 void TestTranslation::translateString_findsFileByStemAndLocale_data()
@@ -369,15 +337,15 @@ void TestTranslation::translateString_findsFileByStemAndLocale()
 {
     QFETCH(Settings, settings);
     QFETCH(QString, fileName);
-    TranslationStage stage(settings);
+    PopupStage stage(settings);
     const QString directory = tipsPackage() + u"/l10n/"_s;
     const QStringList fileNames{
         u"Vidlets_fr_CA.qm"_s, u"Vidlets_fr_FR.qm"_s, u"Vidlets_fr.qm"_s, u"Vidlets_it_IT.qm"_s,
         u"Vidlets.qm"_s,       u"Tips_fr_CA.qm"_s,    u"_fr_CA.qm"_s,     fileName};
     for (const QString& name : fileNames)
-        stage.writeFile(directory + name, name);
+        writeFile(stage, directory + name, name);
     stage.showTip();
-    QCOMPARE(stage.translated(), fileName);
+    QCOMPARE(translated(stage), fileName);
 }
 
 void TestTranslation::translateString_findsFileInCategory_data()
@@ -403,7 +371,7 @@ void TestTranslation::translateString_findsFileInCategory()
     QFETCH(QByteArray, ofTip);
     QFETCH(QVariant, setting);
     QFETCH(QString, directory);
-    TranslationStage stage;
+    PopupStage stage(german());
     if (directory != u"l10n"_s)
         stage.set(ckTranslationDirectory, setting);
     stage.packages.writeControlFile(tipsPackage(), u"more.xml"_s,
@@ -412,29 +380,29 @@ void TestTranslation::translateString_findsFileInCategory()
     stage.rescan();
     const QStringList directories{u"of-tip"_s, u"of-root"_s, u"of-setting"_s, u"l10n"_s};
     for (const QString& name : directories)
-        stage.writeFile(tipsPackage() + u'/' + name + u'/' + germanFile(), name);
+        writeFile(stage, tipsPackage() + u'/' + name + u'/' + germanFile(), name);
     stage.showTip(u"more"_s);
-    QCOMPARE(stage.translated(), directory);
+    QCOMPARE(translated(stage), directory);
 }
 
 void TestTranslation::translateString_readsSettingsAnew()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
-    stage.writeFile(tipsPackage() + u"/l10n/Tips_de_DE.qm"_s, u"Los"_s);
-    stage.writeFile(tipsPackage() + u"/texts/Tips_de_DE.qm"_s, u"Ja"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
+    writeFile(stage, tipsPackage() + u"/l10n/Tips_de_DE.qm"_s, u"Los"_s);
+    writeFile(stage, tipsPackage() + u"/texts/Tips_de_DE.qm"_s, u"Ja"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.set(ckTranslationStem, u"Tips"_s);
-    QCOMPARE(stage.translated(), u"Los"_s);
+    QCOMPARE(translated(stage), u"Los"_s);
     stage.set(ckTranslationDirectory, u"texts"_s);
-    QCOMPARE(stage.translated(), u"Ja"_s);
+    QCOMPARE(translated(stage), u"Ja"_s);
 }
 
 void TestTranslation::translateString_looksInContext()
 {
-    TranslationStage stage;
-    const QString filePath = stage.germanPath();
+    PopupStage stage(german());
+    const QString filePath = stage.packages.path(germanPath());
     compile({{u"Tip"_s, u"Open"_s, u"Öffnen"_s}, {u"State"_s, u"Open"_s, u"Offen"_s}}, filePath);
     stage.showTip();
     const auto translate = [&](const QString& context) {
@@ -457,17 +425,17 @@ void TestTranslation::translateString_isEmpty_whenFileLacksText()
 {
     QFETCH(QString, text);
     QFETCH(QString, context);
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
     stage.showTip();
     QCOMPARE(stage.manager->translateString(text, context), QString());
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_handsTextsOverInUtf8()
 {
-    TranslationStage stage;
-    const QString filePath = stage.germanPath();
+    PopupStage stage(german());
+    const QString filePath = stage.packages.path(germanPath());
     const QString context = u"Größe"_s;
     const QString text = u"Über 5 € – 大きい"_s;
     const QString translation = u"More than 5 € – big 😀"_s;
@@ -478,119 +446,119 @@ void TestTranslation::translateString_handsTextsOverInUtf8()
 
 void TestTranslation::translateString_loadsAnew_whenPackageChanges()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     const QString other = u"other.vidlets"_s;
     stage.packages.writeTip(other, u"tips.xml"_s, u"elsewhere"_s);
     stage.rescan();
-    stage.writeFile(u"Auf"_s);
-    stage.writeFile(other + u"/l10n/"_s + germanFile(), u"Los"_s);
+    writeFile(stage, u"Auf"_s);
+    writeFile(stage, other + u"/l10n/"_s + germanFile(), u"Los"_s);
 
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.showTip(u"elsewhere"_s);
-    QCOMPARE(stage.translated(), u"Los"_s);
+    QCOMPARE(translated(stage), u"Los"_s);
     stage.showTip(saveKey());
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_loadsAnew_whenLocaleChanges()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
-    stage.writeFile(tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
+    writeFile(stage, tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.set(ckLocale, u"fr_FR"_s);
-    QCOMPARE(stage.translated(), u"Ouvrir"_s);
+    QCOMPARE(translated(stage), u"Ouvrir"_s);
     stage.set(ckLocale, u"it_IT"_s);
-    QCOMPARE(stage.translated(), u"Open"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
     stage.set(ckLocale, u"de_DE"_s);
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_returnsText_whenFileIsMissing()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Open"_s);
-    QCOMPARE(stage.translated(), u"Open"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
 }
 
 void TestTranslation::translateString_returnsText_whenFileIsNoTranslation()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     stage.packages.write(tipsPackage() + u"/l10n/"_s + germanFile(), "no translation");
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Open"_s);
-    stage.writeFile(u"Auf"_s);
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
+    writeFile(stage, u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_triesAgain_whenLoadFailed()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Open"_s);
-    stage.writeFile(u"Auf"_s);
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
+    writeFile(stage, u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_keepsLoadedFile_whenItIsReplaced()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
-    stage.writeFile(u"Los"_s);
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
+    writeFile(stage, u"Los"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::translateString_keepsOneFileOnly()
 {
-    TranslationStage stage;
-    stage.writeFile(u"Auf"_s);
-    stage.writeFile(tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
+    PopupStage stage(german());
+    writeFile(stage, u"Auf"_s);
+    writeFile(stage, tipsPackage() + u"/l10n/Vidlets_fr_FR.qm"_s, u"Ouvrir"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.set(ckLocale, u"fr_FR"_s);
-    QCOMPARE(stage.translated(), u"Ouvrir"_s);
-    stage.writeFile(u"Los"_s);
+    QCOMPARE(translated(stage), u"Ouvrir"_s);
+    writeFile(stage, u"Los"_s);
     stage.set(ckLocale, u"de_DE"_s);
-    QCOMPARE(stage.translated(), u"Los"_s);
+    QCOMPARE(translated(stage), u"Los"_s);
 }
 
 void TestTranslation::translateString_forgetsLoadedFile_whenItIsRemoved()
 {
-    TranslationStage stage;
-    const QString filePath = stage.writeFile(u"Auf"_s);
+    PopupStage stage(german());
+    const QString filePath = writeFile(stage, u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     // The search for the file comes first, so what is loaded no longer counts.
     QVERIFY(QFile::remove(filePath));
-    QCOMPARE(stage.translated(), u"Open"_s);
-    stage.writeFile(u"Los"_s);
-    QCOMPARE(stage.translated(), u"Los"_s);
+    QCOMPARE(translated(stage), u"Open"_s);
+    writeFile(stage, u"Los"_s);
+    QCOMPARE(translated(stage), u"Los"_s);
 }
 
 void TestTranslation::translator_belongsToManagerAlone()
 {
-    TranslationStage stage;
+    PopupStage stage(german());
     const auto translators = [&] { return stage.manager->findChildren<QTranslator*>(); };
-    stage.writeFile(u"Auf"_s);
-    stage.translated();
+    writeFile(stage, u"Auf"_s);
+    translated(stage);
     QVERIFY(translators().isEmpty());
     stage.showTip();
-    stage.translated();
+    translated(stage);
     QCOMPARE(translators().size(), 1);
     const QPointer<QTranslator> translator = translators().first();
     QCOMPARE(translator->parent(), stage.manager.get());
 
     stage.set(ckLocale, u"fr_FR"_s);
-    stage.translated();
+    translated(stage);
     QCOMPARE(translators(), QList<QTranslator*>{translator});
     // The host's own texts are not its business.
     stage.set(ckLocale, u"de_DE"_s);
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     QCOMPARE(QCoreApplication::translate("Tip", "Open"), u"Open"_s);
 
     stage.manager.reset();
@@ -625,27 +593,27 @@ void TestTranslation::translate_isLeftToHost_whenOverridden()
 
 void TestTranslation::vidletAttribute_readsElementOnShow_withoutRetrieval()
 {
-    AttributeStage stage;
-    stage.showTip(openKey(), u"F3"_s);
+    PopupStage stage;
+    showTip(stage, openKey(), u"F3"_s);
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_readsElementOfHiddenPopup()
 {
-    AttributeStage stage;
-    stage.showTip(openKey(), u"F3"_s);
+    PopupStage stage;
+    showTip(stage, openKey(), u"F3"_s);
     stage.popup()->hide();
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_returnsDefault_whenAttributeIsAbsent()
 {
-    AttributeStage stage;
-    stage.showTip(openKey());
+    PopupStage stage;
+    showTip(stage, openKey());
     stage.index.requests.clear();
     QCOMPARE(stage.manager->vidletAttribute(openKey(), u"none"_s, defaultText()), defaultText());
     QVERIFY(stage.index.requests.isEmpty());
@@ -654,86 +622,86 @@ void TestTranslation::vidletAttribute_returnsDefault_whenAttributeIsAbsent()
 
 void TestTranslation::vidletAttribute_returnsEmptyValue_whenAttributeIsEmpty()
 {
-    AttributeStage stage;
-    stage.showTip(openKey());
+    PopupStage stage;
+    showTip(stage, openKey());
     stage.view()->content()->setAttribute(shortcutName(), QString());
-    QCOMPARE(stage.shortcutOf(openKey()), QString());
+    QCOMPARE(shortcutOf(stage, openKey()), QString());
 }
 
 void TestTranslation::vidletAttribute_readsReservedWindow()
 {
-    AttributeStage stage;
-    stage.detachTip(openKey(), u"F3"_s);
-    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
+    PopupStage stage;
+    detachTip(stage, openKey(), u"F3"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 
-    stage.detachTip(saveKey());
-    QCOMPARE(stage.shortcutOf(saveKey()), defaultText());
+    detachTip(stage, saveKey());
+    QCOMPARE(shortcutOf(stage, saveKey()), defaultText());
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_prefersPopupToReservedWindow()
 {
-    AttributeStage stage;
-    stage.detachTip(openKey(), u"F3"_s);
-    stage.showTip(openKey(), u"F4"_s);
-    QCOMPARE(stage.shortcutOf(openKey()), u"F4"_s);
+    PopupStage stage;
+    detachTip(stage, openKey(), u"F3"_s);
+    showTip(stage, openKey(), u"F4"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F4"_s);
 
     // It ends the search also where it has no such attribute.
-    stage.detachTip(saveKey(), u"F5"_s);
-    stage.showTip(saveKey());
-    QCOMPARE(stage.shortcutOf(saveKey()), defaultText());
+    detachTip(stage, saveKey(), u"F5"_s);
+    showTip(stage, saveKey());
+    QCOMPARE(shortcutOf(stage, saveKey()), defaultText());
 }
 
 void TestTranslation::vidletAttribute_endsAtFirstReservedWindowWithKey()
 {
-    AttributeStage stage;
-    stage.detachTip(openKey(), u"F3"_s);
-    stage.detachTip(openKey(), u"F4"_s);
-    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
+    PopupStage stage;
+    detachTip(stage, openKey(), u"F3"_s);
+    detachTip(stage, openKey(), u"F4"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F3"_s);
 
-    stage.detachTip(saveKey());
-    stage.detachTip(saveKey(), u"F5"_s);
-    QCOMPARE(stage.shortcutOf(saveKey()), defaultText());
+    detachTip(stage, saveKey());
+    detachTip(stage, saveKey(), u"F5"_s);
+    QCOMPARE(shortcutOf(stage, saveKey()), defaultText());
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_passesOverReservedWindowWithOtherKey()
 {
-    AttributeStage stage;
-    stage.detachTip(saveKey(), u"F2"_s);
-    stage.detachTip(openKey(), u"F3"_s);
-    QCOMPARE(stage.shortcutOf(openKey()), u"F3"_s);
+    PopupStage stage;
+    detachTip(stage, saveKey(), u"F2"_s);
+    detachTip(stage, openKey(), u"F3"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F3"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_skipsDeadEntry()
 {
-    AttributeStage stage;
-    VLWidget* first = stage.detachTip(openKey(), u"F3"_s);
-    stage.detachTip(openKey(), u"F4"_s);
-    VLWidget* last = stage.detachTip(saveKey(), u"F5"_s);
+    PopupStage stage;
+    VLWidget* first = detachTip(stage, openKey(), u"F3"_s);
+    detachTip(stage, openKey(), u"F4"_s);
+    VLWidget* last = detachTip(stage, saveKey(), u"F5"_s);
     delete first;
     delete last;
-    QCOMPARE(stage.shortcutOf(openKey()), u"F4"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"F4"_s);
     QVERIFY(stage.index.requests.isEmpty());
 }
 
 void TestTranslation::vidletAttribute_retrieves_whenOnlyEntryIsDead()
 {
-    AttributeStage stage;
-    delete stage.detachTip(openKey(), u"F3"_s);
-    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    PopupStage stage;
+    delete detachTip(stage, openKey(), u"F3"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"Ctrl+O"_s);
     QCOMPARE(stage.index.requests, QStringList{u"open@en_US"_s});
 }
 
 void TestTranslation::vidletAttribute_retrieves_whenKeyIsNotOnShow()
 {
-    AttributeStage stage;
-    stage.showTip(saveKey(), u"F3"_s);
+    PopupStage stage;
+    showTip(stage, saveKey(), u"F3"_s);
     const QPointer<VLXmlElement> content = stage.view()->content();
     stage.index.requests.clear();
-    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"Ctrl+O"_s);
     QCOMPARE(stage.index.requests, QStringList{u"open@en_US"_s});
     QCOMPARE(stage.view()->content(), content.data());
     QVERIFY(stage.popup()->isVisible());
@@ -741,8 +709,8 @@ void TestTranslation::vidletAttribute_retrieves_whenKeyIsNotOnShow()
 
 void TestTranslation::vidletAttribute_retrieves_withoutPopup()
 {
-    AttributeStage stage;
-    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    PopupStage stage;
+    QCOMPARE(shortcutOf(stage, openKey()), u"Ctrl+O"_s);
     QVERIFY(!stage.manager->widget());
     // The host is asked for its shortcut by a show alone.
     QVERIFY(stage.interface.shortcutRequests.isEmpty());
@@ -750,21 +718,21 @@ void TestTranslation::vidletAttribute_retrieves_withoutPopup()
 
 void TestTranslation::vidletAttribute_retrievesInFallbackLocale()
 {
-    AttributeStage stage({{ckLocale, u"de_DE"_s}, {ckFallbackLocale, u"fr_FR"_s}});
+    PopupStage stage({{ckLocale, u"de_DE"_s}, {ckFallbackLocale, u"fr_FR"_s}});
     stage.packages.writeControlFile(tipsPackage(), u"french.xml"_s,
                                     "<vidlets locale=\"fr_FR\">\n"
                                     "<vidlet key=\"french\" shortcut=\"Ctrl+F\"/>\n"
                                     "</vidlets>\n");
     stage.rescan();
-    QCOMPARE(stage.shortcutOf(u"french"_s), u"Ctrl+F"_s);
+    QCOMPARE(shortcutOf(stage, u"french"_s), u"Ctrl+F"_s);
     QCOMPARE(stage.index.requests, (QStringList{u"french@de_DE"_s, u"french@fr_FR"_s}));
 }
 
 void TestTranslation::vidletAttribute_returnsDefault_whenKeyIsUnknown()
 {
-    AttributeStage stage;
+    PopupStage stage;
     stage.set(ckFallbackKey, openKey());
-    QCOMPARE(stage.shortcutOf(u"unknown"_s), defaultText());
+    QCOMPARE(shortcutOf(stage, u"unknown"_s), defaultText());
     // The fallback's content is for showing alone.
     QCOMPARE(stage.index.requests, (QStringList{u"unknown@en_US"_s, u"unknown@en_US"_s}));
 }
@@ -780,7 +748,7 @@ void TestTranslation::vidletAttribute_deletesElementAlone_data()
 void TestTranslation::vidletAttribute_deletesElementAlone()
 {
     QFETCH(bool, hasAttribute);
-    AttributeStage stage;
+    PopupStage stage;
     const QPointer<VLXmlElement> root = new VLXmlElement;
     const QPointer<VLXmlElement> sibling = new VLXmlElement(root);
     const QPointer<VLXmlElement> element = PopupStage::newContent(openKey());
@@ -791,7 +759,7 @@ void TestTranslation::vidletAttribute_deletesElementAlone()
         return IndexAnswer{element, root, u"/"_s, 1};
     };
 
-    QTEST(stage.shortcutOf(openKey()), "value");
+    QTEST(shortcutOf(stage, openKey()), "value");
 
     QVERIFY(!element);
     QVERIFY(root);
@@ -800,9 +768,9 @@ void TestTranslation::vidletAttribute_deletesElementAlone()
 
 void TestTranslation::vidletAttribute_leavesNoElementBehind()
 {
-    AttributeStage stage;
+    PopupStage stage;
     const ObjectCensus census;
-    QCOMPARE(stage.shortcutOf(openKey()), u"Ctrl+O"_s);
+    QCOMPARE(shortcutOf(stage, openKey()), u"Ctrl+O"_s);
     const QList<VLXmlElement*> rest = census.living<VLXmlElement>();
     QCOMPARE(rest.size(), 1);
     QCOMPARE(rest.first()->getTagName(), u"vidlets"_s);

@@ -1,24 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "ClipStage.h"
 #include "ClipWriter.h"
-#include "PackageBuilder.h"
-#include "RecordingInterface.h"
 #include "ThreadSpy.h"
 #include "VidletsTest.h"
-#include <Vidlets/VLContext.h>
-#include <Vidlets/VLIndex.h>
-#include <Vidlets/VLManager.h>
-#include <Vidlets/VLVideoComponent.h>
-#include <Vidlets/VLVideoSourceFFMPEG.h>
-#include <Vidlets/VLView.h>
-#include <Vidlets/VLXmlElement.h>
 
 #include <QFile>
 #include <QQmlContext>
 #include <QQuickItem>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -85,15 +75,15 @@ private:
 };
 
 /// A view on a scene that consists of the workbench's player alone.
-class Stage
+class PlayerStage : public ClipStage
 {
 public:
-    explicit Stage(const Clips& clips)
+    explicit PlayerStage(const Clips& clips)
     {
-        m_packages.writeTip(package(), u"tips.xml"_s, u"k"_s);
+        addTip(u"k"_s);
         for (const QString& name : {first(), second()})
-            write(u"Resources/"_s + name, clips.content(name));
-        write(u"Resources/"_s + broken(), "This is no clip.");
+            addClip(name, clips.content(name));
+        addClip(broken(), "This is no clip.");
         write(u"ui/VideoPlayer.qml"_s, contentOf(QStringLiteral(VIDEO_PLAYER)));
         const QString scene = write(u"ui/VidletUI.qml"_s,
                                     "import QtQuick\n"
@@ -101,23 +91,13 @@ public:
                                     "    width: 320; height: 240\n"
                                     "    VideoPlayer { objectName: \"player\" }\n"
                                     "}\n");
-        m_manager = std::make_unique<VLManager>(&m_host, m_context,
-                                                QStringList{m_packages.dataPath()}, &m_index);
-        m_view = std::make_unique<VLView>(m_manager.get(), nullptr);
-        auto* content = new VLXmlElement;
-        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
-        m_view->setContent(content);
-        m_view->rootContext()->setContextProperty(u"vidletView"_s, m_view.get());
-        m_view->loadQML(scene);
-        m_view->show();
-        player = m_view->rootObject()->findChild<QQuickItem*>(u"player"_s);
+        openView();
+        view()->rootContext()->setContextProperty(u"vidletView"_s, view());
+        view()->loadQML(scene);
+        view()->show();
+        player = view()->rootObject()->findChild<QQuickItem*>(u"player"_s);
         item = player->findChild<VLVideoComponent*>();
-        source = item->findChild<VLVideoSourceFFMPEG*>();
-    }
-    ~Stage()
-    {
-        // The items of the scene end their threads while the manager is still there.
-        m_view.reset();
+        source = sourceOf(item);
     }
     void setSource(const QString& name) const
     {
@@ -137,29 +117,7 @@ public:
                          player->property("fullHeight").toInt());
         return player->isVisible() && size == sizeOf(name) && source->source().fileName() == name;
     }
-    VLView* view() const
-    {
-        return m_view.get();
-    }
 
-private:
-    static QString package()
-    {
-        return u"tips.vidlets"_s;
-    }
-    QString write(const QString& name, const QByteArray& content)
-    {
-        return m_packages.write(package() + u'/' + name, content);
-    }
-
-    PackageBuilder m_packages;
-    VLContext m_context{nullptr};
-    RecordingInterface m_host{m_context};
-    VLIndex m_index{nullptr, {}};
-    std::unique_ptr<VLManager> m_manager;
-    std::unique_ptr<VLView> m_view;
-
-public:
     QQuickItem* player = nullptr;
     VLVideoComponent* item = nullptr;
     VLVideoSourceFFMPEG* source = nullptr;
@@ -195,7 +153,7 @@ private:
 
 void TestVideoPlayer::source_showsClipAndPlaysIt()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.open(first());
     QTRY_COMPARE(stage.item->progress(), 1.0);
     QTRY_VERIFY(!stage.player->property("isWanted").toBool());
@@ -211,7 +169,7 @@ void TestVideoPlayer::source_showsNothing_whenItIsEmptyOrHasNoFile_data()
 void TestVideoPlayer::source_showsNothing_whenItIsEmptyOrHasNoFile()
 {
     QFETCH(const QString, name);
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.open(first());
     stage.setSource(name);
     QVERIFY(!stage.player->isVisible());
@@ -227,7 +185,7 @@ void TestVideoPlayer::source_showsClipAgain_whenItComesBack_data()
 void TestVideoPlayer::source_showsClipAgain_whenItComesBack()
 {
     QFETCH(const QString, name);
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.open(first());
     stage.setSource(name);
     QVERIFY(!stage.player->isVisible());
@@ -238,7 +196,7 @@ void TestVideoPlayer::source_showsClipAgain_whenItComesBack()
 
 void TestVideoPlayer::source_showsClipAgain_whenItWentBeforeItWasOpened()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.setSource(first());
     stage.setSource({});
     stage.setSource(first());
@@ -248,7 +206,7 @@ void TestVideoPlayer::source_showsClipAgain_whenItWentBeforeItWasOpened()
 
 void TestVideoPlayer::source_playsFromStart_whenItComesBackAfterItsEnd()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.open(first());
     QTRY_VERIFY(!stage.player->property("isWanted").toBool());
     stage.setSource({});
@@ -259,7 +217,7 @@ void TestVideoPlayer::source_playsFromStart_whenItComesBackAfterItsEnd()
 
 void TestVideoPlayer::source_replacesClip()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.open(first());
     stage.open(second());
     stage.open(first());
@@ -278,7 +236,7 @@ void TestVideoPlayer::source_opensTheLast_whenItChangesWhileClipIsOpened_data()
 void TestVideoPlayer::source_opensTheLast_whenItChangesWhileClipIsOpened()
 {
     QFETCH(const QStringList, names);
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     for (const QString& name : names)
         stage.setSource(name);
     QTRY_VERIFY(stage.isShowing(names.last()));
@@ -297,7 +255,7 @@ void TestVideoPlayer::source_doesNotCountClipBefore_whenItChangesWhileThatIsOpen
 void TestVideoPlayer::source_doesNotCountClipBefore_whenItChangesWhileThatIsOpened()
 {
     QFETCH(const QString, name);
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     ThreadSpy opened(stage.item, &VLVideoComponent::contentWidthChanged);
     stage.setSource(first());
     stage.setSource(name);
@@ -311,7 +269,7 @@ void TestVideoPlayer::source_doesNotCountClipBefore_whenItChangesWhileThatIsOpen
 
 void TestVideoPlayer::source_givesRoomBack_whenFileIsNoClip()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.player->setProperty("expectedSize", QSizeF(160, 96));
     stage.setSource(broken());
     QVERIFY(stage.player->isVisible());
@@ -320,7 +278,7 @@ void TestVideoPlayer::source_givesRoomBack_whenFileIsNoClip()
 
 void TestVideoPlayer::source_opensNext_afterFileThatIsNoClip()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.setSource(broken());
     stage.setSource(first());
     QTRY_VERIFY_WITH_TIMEOUT(stage.isShowing(first()), kGivesUpMs);
@@ -328,7 +286,7 @@ void TestVideoPlayer::source_opensNext_afterFileThatIsNoClip()
 
 void TestVideoPlayer::clip_pausesAndRewinds_whenWindowHides()
 {
-    const Stage stage(m_clips);
+    const PlayerStage stage(m_clips);
     stage.player->setProperty("loop", true);
     stage.open(first());
     QTRY_VERIFY(stage.item->position() > 0);

@@ -1,18 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "ClipStage.h"
 #include "ClipWriter.h"
-#include "PackageBuilder.h"
-#include "RecordingInterface.h"
 #include "ThreadSpy.h"
 #include "VidletsTest.h"
-#include <Vidlets/VLContext.h>
-#include <Vidlets/VLIndex.h>
-#include <Vidlets/VLManager.h>
-#include <Vidlets/VLVideoComponent.h>
-#include <Vidlets/VLVideoController.h>
-#include <Vidlets/VLView.h>
-#include <Vidlets/VLXmlElement.h>
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -79,61 +71,37 @@ QStringList added(QStringList now, const QStringList& before)
     return now;
 }
 
-/// A view on the screen with a package of clips, good and bad ones.
-class Stage
+QStringList clipNames()
 {
-public:
-    Stage()
-    {
-        const QString package = u"tips.vidlets/"_s;
-        m_packages.writeTip(u"tips.vidlets"_s, u"tips.xml"_s, u"k"_s);
-        addClip(u"small.avi"_s, u"mpeg4"_s, {64, 48}, 25);
-        addClip(u"fast.avi"_s, u"mjpeg"_s, {48, 32}, 60);
-        addClip(u"large.avi"_s, u"mpeg4"_s, {480, 270}, 30);
-        m_packages.write(package + u"Resources/broken.avi"_s, "no clip at all");
-        m_manager = std::make_unique<VLManager>(&m_host, m_context,
-                                                QStringList{m_packages.dataPath()}, &m_index);
-        view = std::make_unique<VLView>(m_manager.get(), nullptr);
-        auto* content = new VLXmlElement;
-        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
-        view->setContent(content);
-        view->resize(320, 200);
-        view->show();
-    }
-    std::unique_ptr<VLVideoComponent> newItem() const
-    {
-        auto item = std::make_unique<VLVideoComponent>();
-        item->setParentItem(view->contentItem());
-        item->setSize(QSizeF(160, 90));
-        return item;
-    }
-    bool isClip(const QString& path) const
-    {
-        return path.startsWith(m_packages.path(u"tips.vidlets/Resources/"_s));
-    }
-    static QStringList names()
-    {
-        return {u"small.avi"_s,  u"fast.avi"_s,   u"large.avi"_s,
-                u"broken.avi"_s, u"absent.avi"_s, QString()};
-    }
+    return {u"small.avi"_s,  u"fast.avi"_s,   u"large.avi"_s,
+            u"broken.avi"_s, u"absent.avi"_s, QString()};
+}
 
-private:
-    void addClip(const QString& name, const QString& codec, const QSize& size, int fps)
-    {
-        m_clips.testClip(name, codec, size, fps, kClipFrames);
-        m_packages.write(u"tips.vidlets/Resources/"_s + name, m_clips.readBytes(name));
-    }
+/// Puts a view on the screen, over a package of clips, good and bad ones.
+void open(ClipStage& stage)
+{
+    ClipWriter clips;
+    const auto add = [&](const QString& name, const QString& codec, const QSize& size, int fps) {
+        clips.testClip(name, codec, size, fps, kClipFrames);
+        stage.addClip(name, clips.readBytes(name));
+    };
+    add(u"small.avi"_s, u"mpeg4"_s, {64, 48}, 25);
+    add(u"fast.avi"_s, u"mjpeg"_s, {48, 32}, 60);
+    add(u"large.avi"_s, u"mpeg4"_s, {480, 270}, 30);
+    stage.addClip(u"broken.avi"_s, "no clip at all");
+    stage.addTip(u"k"_s);
+    stage.openView();
+    stage.view()->resize(320, 200);
+    stage.view()->show();
+}
 
-    ClipWriter m_clips;
-    PackageBuilder m_packages;
-    VLContext m_context{nullptr};
-    RecordingInterface m_host{m_context};
-    VLIndex m_index{nullptr, {}};
-    std::unique_ptr<VLManager> m_manager;
-
-public:
-    std::unique_ptr<VLView> view;
-};
+std::unique_ptr<VLVideoComponent> newItem(const ClipStage& stage)
+{
+    auto item = std::make_unique<VLVideoComponent>();
+    item->setParentItem(stage.view()->contentItem());
+    item->setSize(QSizeF(160, 90));
+    return item;
+}
 
 /// Loads a clip, plays it and has it end.
 void playWholeClip(VLVideoComponent& item)
@@ -149,7 +117,7 @@ void playWholeClip(VLVideoComponent& item)
 class Crowd
 {
 public:
-    Crowd(const Stage& stage, quint32 seed)
+    Crowd(const ClipStage& stage, quint32 seed)
         : m_stage(stage)
         , m_random(seed)
     {
@@ -160,7 +128,7 @@ public:
     {
         ++m_actions;
         if (m_items.empty() || (m_items.size() < kMaxItems && below(6) == 0)) {
-            m_items.push_back(m_stage.newItem());
+            m_items.push_back(newItem(m_stage));
             return;
         }
         const auto index = static_cast<std::size_t>(below(static_cast<int>(m_items.size())));
@@ -171,7 +139,7 @@ public:
             break;
         case 1:
         case 2:
-            item.setSource(Stage::names().at(below(static_cast<int>(Stage::names().size()))));
+            item.setSource(clipNames().at(below(static_cast<int>(clipNames().size()))));
             break;
         case 3:
         case 4:
@@ -193,7 +161,7 @@ public:
             item.setState(static_cast<VLVideoComponent::VideoState>(below(3)));
             break;
         case 10:
-            m_stage.view->grabWindow();
+            m_stage.view()->grabWindow();
             break;
         default:
             letPlay(item);
@@ -234,7 +202,7 @@ private:
     }
     static void letPlay(VLVideoComponent& item)
     {
-        ThreadSpy spy(item.findChild<VLVideoController*>(), &VLVideoController::displayFrame);
+        ThreadSpy spy(ClipStage::controllerOf(&item), &VLVideoController::displayFrame);
         spy.wait(60);
     }
     void remove(std::size_t index)
@@ -249,7 +217,7 @@ private:
         m_longestDeletionMs = std::max(m_longestDeletionMs, timer.elapsed());
     }
 
-    const Stage& m_stage;
+    const ClipStage& m_stage;
     QRandomGenerator m_random;
     std::vector<std::unique_ptr<VLVideoComponent>> m_items;
     int m_actions = 0;
@@ -270,11 +238,12 @@ private Q_SLOTS:
 
 void TestVideoStress::items_goQuicklyAndLeaveNothing_whateverIsDoneToThem()
 {
-    const Stage stage;
-    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    ClipStage stage;
+    open(stage);
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view()));
     // What is made once for the process, by whomever, is there after that.
-    playWholeClip(*stage.newItem());
-    stage.view->grabWindow();
+    playWholeClip(*newItem(stage));
+    stage.view()->grabWindow();
     const QStringList threadsBefore = threads();
     const QStringList filesBefore = openFiles();
 
@@ -293,11 +262,13 @@ void TestVideoStress::items_goQuicklyAndLeaveNothing_whateverIsDoneToThem()
     // A clip that is being decoded when its item goes stays open, and nothing else does.
     QStringList left = added(openFiles(), filesBefore);
     QVERIFY(left.size() <= crowd.deletions());
-    left.removeIf([&stage](const QString& path) { return stage.isClip(path); });
+    left.removeIf([resources = stage.resource({})](const QString& path) {
+        return path.startsWith(resources);
+    });
     QCOMPARE(left, QStringList());
 
     const QStringList filesAfter = openFiles();
-    playWholeClip(*stage.newItem());
+    playWholeClip(*newItem(stage));
     QCOMPARE(added(openFiles(), filesAfter), QStringList());
 }
 

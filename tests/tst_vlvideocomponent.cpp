@@ -1,19 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "ClipStage.h"
 #include "ClipWriter.h"
-#include "PackageBuilder.h"
-#include "RecordingInterface.h"
 #include "ThreadSpy.h"
 #include "VidletsTest.h"
-#include <Vidlets/VLContext.h>
-#include <Vidlets/VLIndex.h>
-#include <Vidlets/VLManager.h>
-#include <Vidlets/VLVideoComponent.h>
-#include <Vidlets/VLVideoController.h>
-#include <Vidlets/VLVideoSourceFFMPEG.h>
-#include <Vidlets/VLView.h>
-#include <Vidlets/VLXmlElement.h>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -85,6 +76,10 @@ public:
     {
         return m_writer.path(name);
     }
+    QByteArray content(const QString& name) const
+    {
+        return m_writer.readBytes(name);
+    }
 
 private:
     void write(const QString& name, const QSize& size, int frames, int fps)
@@ -100,27 +95,21 @@ private:
 };
 
 /// A view on a package with the clips, and an item in it where the test wants one.
-class Stage
+class ItemStage : public ClipStage
 {
 public:
-    explicit Stage(const Clips& clips, const QVariant& scale = QVariant())
+    explicit ItemStage(const Clips& clips, const QMap<int, QVariant>& settings = {})
+        : ClipStage(u"tips.vidlets"_s, settings)
+        , item(std::make_unique<VLVideoComponent>())
     {
-        m_packages.writeTip(u"tips.vidlets"_s, u"tips.xml"_s, u"k"_s);
+        addTip(u"k"_s);
         for (const QString& name : {u"clip.avi"_s, u"other.avi"_s})
-            copyClip(clips.path(name), name);
-        if (scale.isValid())
-            m_context.set(ckScale, scale);
-        m_manager = std::make_unique<VLManager>(&m_host, m_context,
-                                                QStringList{m_packages.dataPath()}, &m_index);
-        view = std::make_unique<VLView>(m_manager.get(), nullptr);
-        auto* content = new VLXmlElement;
-        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
-        view->setContent(content);
-        item = std::make_unique<VLVideoComponent>();
+            addClip(name, clips.content(name));
+        openView();
     }
     void enterView() const
     {
-        item->setParentItem(view->contentItem());
+        item->setParentItem(view()->contentItem());
     }
     /// Loads the clip @p name and waits until it is decoded to its end.
     void load(const QString& name = u"clip.avi"_s, int frames = kClipFrames) const
@@ -132,21 +121,13 @@ public:
         QTRY_COMPARE(spy.count(), 1);
         QCOMPARE(source()->totalFrameCount(), quint64(frames));
     }
-    QString write(const QString& name, const QByteArray& content)
-    {
-        return m_packages.write(u"tips.vidlets/"_s + name, content);
-    }
-    QString resource(const QString& name) const
-    {
-        return m_packages.path(u"tips.vidlets/Resources/"_s + name);
-    }
     VLVideoController* controller() const
     {
-        return item->findChild<VLVideoController*>();
+        return controllerOf(item.get());
     }
     VLVideoSourceFFMPEG* source() const
     {
-        return item->findChild<VLVideoSourceFFMPEG*>();
+        return sourceOf(item.get());
     }
     /// What the item paints.
     QImage painted() const
@@ -158,24 +139,6 @@ public:
         return picture;
     }
 
-private:
-    void copyClip(const QString& from, const QString& name)
-    {
-        QFile file(from);
-        if (!file.open(QIODevice::ReadOnly))
-            qFatal("Could not read %s", qPrintable(from));
-        write(u"Resources/"_s + name, file.readAll());
-    }
-
-    PackageBuilder m_packages;
-    VLContext m_context{nullptr};
-    RecordingInterface m_host{m_context};
-    VLIndex m_index{nullptr, {}};
-    std::unique_ptr<VLManager> m_manager;
-
-public:
-    std::unique_ptr<VLView> view;
-    /// Goes before the view.
     std::unique_ptr<VLVideoComponent> item;
 };
 
@@ -420,7 +383,7 @@ void TestVLVideoComponent::qmlElement_isMarkedInClassInfo()
 
 void TestVLVideoComponent::setSource_isDropped_whenThereIsNoWindow()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     SignalRecord record(stage.item.get());
 
     stage.item->setSource(clipName());
@@ -434,7 +397,7 @@ void TestVLVideoComponent::setSource_isDropped_whenThereIsNoWindow()
 
 void TestVLVideoComponent::setSource_isDropped_whenWindowIsNoView()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     QQuickWindow window;
     stage.item->setParentItem(window.contentItem());
     SignalRecord record(stage.item.get());
@@ -449,7 +412,7 @@ void TestVLVideoComponent::setSource_isDropped_whenWindowIsNoView()
 
 void TestVLVideoComponent::setSource_forgetsView_whenItemHasMovedToAnotherWindow()
 {
-    const Stage stage(m_clips, 2);
+    const ItemStage stage(m_clips, {{ckScale, 2}});
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
     QCOMPARE(stage.painted(), pictureWith(clipFrame(0, clipSize()).scaled(clipSize() * 2)));
@@ -465,7 +428,7 @@ void TestVLVideoComponent::setSource_forgetsView_whenItemHasMovedToAnotherWindow
 
 void TestVLVideoComponent::setSource_loadsClip_whenItemIsInView()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     QCOMPARE(stage.item->source(), clipName());
     QCOMPARE(stage.source()->source(), QUrl::fromLocalFile(stage.resource(clipName())));
@@ -474,18 +437,16 @@ void TestVLVideoComponent::setSource_loadsClip_whenItemIsInView()
 
 void TestVLVideoComponent::setSource_loadsClip_whenNameHasDirectories()
 {
-    Stage stage(m_clips);
+    ItemStage stage(m_clips);
     const QString name = u"a # b/100 %?.avi"_s;
-    QFile file(m_clips.path(otherClipName()));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    stage.write(u"Resources/"_s + name, file.readAll());
+    stage.addClip(name, m_clips.content(otherClipName()));
     stage.load(name, kOtherClipFrames);
     QCOMPARE(stage.item->source(), name);
 }
 
 void TestVLVideoComponent::setSource_usesAbsolutePath()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     const QString path = m_clips.path(clipName());
     stage.load(path);
     QCOMPARE(stage.item->source(), path);
@@ -504,7 +465,7 @@ void TestVLVideoComponent::setSource_pausesAndRewinds_whenNameIsEmpty()
 {
     QFETCH(QString, name);
     QFETCH(bool, inView);
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     const QUrl url = stage.source()->source();
     if (!inView)
@@ -534,7 +495,7 @@ void TestVLVideoComponent::setSource_keepsClip_whenNameIsNoFile_data()
 void TestVLVideoComponent::setSource_keepsClip_whenNameIsNoFile()
 {
     QFETCH(QString, name);
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(3);
     QTRY_COMPARE(numberOf(stage.painted()), 3);
@@ -553,27 +514,27 @@ void TestVLVideoComponent::setSource_keepsClip_whenNameIsNoFile()
 
 void TestVLVideoComponent::setSource_keepsPictureOnScreen()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setSize(clipSize());
-    stage.view->resize(clipSize());
-    stage.view->show();
-    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    stage.view()->resize(clipSize());
+    stage.view()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view()));
     stage.item->setPosition(3);
     QTRY_COMPARE(numberOf(stage.painted()), 3);
-    const QImage before = stage.view->grabWindow();
+    const QImage before = stage.view()->grabWindow();
     QCOMPARE(numberOf(before), 3);
 
     stage.item->setSource(u"missing.avi"_s);
 
-    QCOMPARE(stage.view->grabWindow(), before);
+    QCOMPARE(stage.view()->grabWindow(), before);
     stage.item->update();
-    QVERIFY(stage.view->grabWindow() != before);
+    QVERIFY(stage.view()->grabWindow() != before);
 }
 
 void TestVLVideoComponent::setSource_showsFirstFrame()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
     QCOMPARE(stage.painted(), pictureWith(clipFrame(0, clipSize())));
@@ -582,7 +543,7 @@ void TestVLVideoComponent::setSource_showsFirstFrame()
 
 void TestVLVideoComponent::setSource_replacesClip()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(5);
     QTRY_COMPARE(numberOf(stage.painted()), 5);
@@ -596,7 +557,7 @@ void TestVLVideoComponent::setSource_replacesClip()
 
 void TestVLVideoComponent::setSource_rewinds_whenClipIsTheSame()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(5);
     stage.item->play();
@@ -612,7 +573,7 @@ void TestVLVideoComponent::setSource_rewinds_whenClipIsTheSame()
 
 void TestVLVideoComponent::setSource_tellsNothing_whenFileIsNoClip()
 {
-    Stage stage(m_clips);
+    ItemStage stage(m_clips);
     const QString path = stage.write(u"Resources/text.avi"_s, "no clip");
     stage.enterView();
     QTest::ignoreMessage(QtDebugMsg, qPrintable(u"Could not open media at: "_s + path));
@@ -640,7 +601,7 @@ void TestVLVideoComponent::content_hasDefaultSize_beforeFirstClip()
 
 void TestVLVideoComponent::content_hasSizeOfClip()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     ThreadSpy widthSpy(stage.item.get(), &VLVideoComponent::contentWidthChanged);
     ThreadSpy heightSpy(stage.item.get(), &VLVideoComponent::contentHeightChanged);
     stage.load();
@@ -691,7 +652,7 @@ void TestVLVideoComponent::setState_asksController_data()
 void TestVLVideoComponent::setState_asksController()
 {
     QFETCH(int, state);
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     SignalRecord record(stage.item.get());
     QVERIFY(stage.item->setProperty("state", state));
@@ -738,7 +699,7 @@ void TestVLVideoComponent::setState_resetPauses()
 
 void TestVLVideoComponent::setState_resetShowsFrameAgain()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(4);
     QTRY_COMPARE(numberOf(stage.painted()), 4);
@@ -753,7 +714,7 @@ void TestVLVideoComponent::setState_resetShowsFrameAgain()
 
 void TestVLVideoComponent::play_playsToTheEnd()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
     ThreadSpy spy(stage.controller(), &VLVideoController::displayFrame);
@@ -771,7 +732,7 @@ void TestVLVideoComponent::play_playsToTheEnd()
 
 void TestVLVideoComponent::play_emitsTwice_forFrameThatIsFetched()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     SignalRecord record(stage.item.get());
     stage.item->play();
@@ -782,7 +743,7 @@ void TestVLVideoComponent::play_emitsTwice_forFrameThatIsFetched()
 
 void TestVLVideoComponent::play_startsAgain_whenAtTheEnd()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     ThreadSpy spy(stage.source(), &VLVideoSource::sourceChanged);
     stage.item->setPosition(kClipFrames - 1);
@@ -802,7 +763,7 @@ void TestVLVideoComponent::play_startsAgain_whenAtTheEnd()
 
 void TestVLVideoComponent::play_goesOn_afterItPausedAtTheEndOfDecoding()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.enterView();
     stage.item->setSource(clipName());
     stage.item->setState(VLVideoComponent::playingState);
@@ -817,7 +778,7 @@ void TestVLVideoComponent::play_goesOn_afterItPausedAtTheEndOfDecoding()
 
 void TestVLVideoComponent::pause_holdsPosition()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->play();
     QTRY_VERIFY(stage.item->position() > 1);
@@ -845,7 +806,7 @@ void TestVLVideoComponent::setPosition_movesAndShowsFrame()
 {
     QFETCH(qlonglong, asked);
     QFETCH(int, shown);
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(3);
     QTRY_COMPARE(numberOf(stage.painted()), 3);
@@ -859,7 +820,7 @@ void TestVLVideoComponent::setPosition_movesAndShowsFrame()
 
 void TestVLVideoComponent::setProgress_movesAndShowsFrame()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setProgress(0.5);
     QCOMPARE(stage.item->position(), qlonglong(kClipFrames / 2));
@@ -871,7 +832,7 @@ void TestVLVideoComponent::setProgress_movesAndShowsFrame()
 
 void TestVLVideoComponent::frameReady_emits_whenProgressDiffersAlone()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
     stage.item->pause();
@@ -895,7 +856,7 @@ void TestVLVideoComponent::frameReady_emits_whenProgressDiffersAlone()
 
 void TestVLVideoComponent::rewindToStart_pausesAtFirstFrame()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(5);
     QTRY_COMPARE(numberOf(stage.painted()), 5);
@@ -913,7 +874,7 @@ void TestVLVideoComponent::rewindToStart_pausesAtFirstFrame()
 
 void TestVLVideoComponent::rewindToStart_emitsInOrder()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(5);
     SignalRecord record(stage.item.get());
@@ -940,7 +901,7 @@ void TestVLVideoComponent::controllerPositionChanged_emitsInOrder()
 
 void TestVLVideoComponent::heightChanged_isSentForFrameOfAnotherHeight()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     ThreadSpy spy(stage.item.get(), &VLVideoComponent::heightChanged);
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
@@ -960,7 +921,7 @@ void TestVLVideoComponent::heightChanged_isSentForFrameOfAnotherHeight()
 
 void TestVLVideoComponent::frameReady_keepsFrame_whenThereIsNone()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(kClipFrames - 1);
     QTRY_COMPARE(numberOf(stage.painted()), kClipFrames - 1);
@@ -979,7 +940,7 @@ void TestVLVideoComponent::frameReady_keepsFrame_whenThereIsNone()
 
 void TestVLVideoComponent::frameReady_emitsNothing_whenNothingMoved()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     QTRY_COMPARE(numberOf(stage.painted()), 0);
     SignalRecord record(stage.item.get());
@@ -989,7 +950,7 @@ void TestVLVideoComponent::frameReady_emitsNothing_whenNothingMoved()
 
 void TestVLVideoComponent::neverSentSignals_areNotSent()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     ThreadSpy sourceSpy(stage.item.get(), &VLVideoComponent::sourceChanged);
     ThreadSpy scrubbingSpy(stage.item.get(), &VLVideoComponent::scrubbingChanged);
     stage.load();
@@ -1005,7 +966,7 @@ void TestVLVideoComponent::neverSentSignals_areNotSent()
 void TestVLVideoComponent::paint_drawsNothing_whenThereIsNoFrame()
 {
     for (const double scale : {1.0, 2.0}) {
-        const Stage stage(m_clips, scale);
+        const ItemStage stage(m_clips, {{ckScale, scale}});
         QCOMPARE(stage.painted(), pictureWith(QImage()));
         stage.enterView();
         stage.item->setSource(u"missing.avi"_s);
@@ -1030,7 +991,7 @@ void TestVLVideoComponent::paint_scalesByView()
 {
     QFETCH(double, scale);
     QFETCH(QSize, size);
-    const Stage stage(m_clips, scale);
+    const ItemStage stage(m_clips, {{ckScale, scale}});
     stage.load();
     stage.item->setPosition(6);
     QTRY_VERIFY(stage.painted().pixelColor(20, 4).red() == 10 + 15 * 6);
@@ -1043,7 +1004,7 @@ void TestVLVideoComponent::paint_scalesByView()
 
 void TestVLVideoComponent::paint_ignoresSizeOfItem()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.load();
     stage.item->setPosition(6);
     QTRY_COMPARE(numberOf(stage.painted()), 6);
@@ -1055,22 +1016,22 @@ void TestVLVideoComponent::paint_ignoresSizeOfItem()
 
 void TestVLVideoComponent::screen_showsFrames()
 {
-    const Stage stage(m_clips);
+    const ItemStage stage(m_clips);
     stage.item->setSize(clipSize());
     stage.load();
-    stage.view->resize(clipSize());
-    stage.view->show();
-    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    stage.view()->resize(clipSize());
+    stage.view()->show();
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view()));
     for (const int position : {8, 2}) {
         stage.item->setPosition(position);
         // The frame asks for the repaint by itself.
-        QTRY_COMPARE(numberOf(stage.view->grabWindow()), position);
+        QTRY_COMPARE(numberOf(stage.view()->grabWindow()), position);
     }
 }
 
 void TestVLVideoComponent::scene_playsClip()
 {
-    Stage stage(m_clips);
+    ItemStage stage(m_clips);
     const QString scene = stage.write(u"ui/VidletUI.qml"_s,
                                       "import QtQuick\n"
                                       "import com.larkspan.vidlets.qml 1.0\n"
@@ -1085,9 +1046,9 @@ void TestVLVideoComponent::scene_playsClip()
                                       "        Component.onCompleted: source = \"other.avi\"\n"
                                       "    }\n"
                                       "}\n");
-    stage.view->loadQML(scene);
-    stage.view->show();
-    QQuickItem* root = stage.view->rootObject();
+    stage.view()->loadQML(scene);
+    stage.view()->show();
+    QQuickItem* root = stage.view()->rootObject();
     QVERIFY(root);
     auto* item = root->findChild<VLVideoComponent*>();
     QVERIFY(item);
@@ -1099,44 +1060,44 @@ void TestVLVideoComponent::scene_playsClip()
     QVERIFY(QMetaObject::invokeMethod(root, "load"));
     QTRY_COMPARE(decodedSpy.count(), 1);
     QTRY_COMPARE(item->size(), QSizeF(clipSize()));
-    QTRY_COMPARE(numberOf(stage.view->grabWindow()), 0);
+    QTRY_COMPARE(numberOf(stage.view()->grabWindow()), 0);
     QVERIFY(QMetaObject::invokeMethod(root, "play"));
 
     QTRY_VERIFY(root->property("ended").toBool());
     QTRY_COMPARE(item->state(), VLVideoComponent::pausedState);
     QCOMPARE(item->position(), qlonglong(kClipFrames));
-    QVERIFY(numberOf(stage.view->grabWindow()) > 0);
+    QVERIFY(numberOf(stage.view()->grabWindow()) > 0);
 }
 
 void TestVLVideoComponent::destructor_endsThreads_data()
 {
-    using Call = void (*)(const Stage&);
+    using Call = void (*)(const ItemStage&);
     QTest::addColumn<Call>("prepare");
     const auto row = [](const char* name, Call call) { QTest::newRow(name) << call; };
-    row("idle", [](const Stage&) {});
-    row("loading", [](const Stage& stage) {
+    row("idle", [](const ItemStage&) {});
+    row("loading", [](const ItemStage& stage) {
         stage.enterView();
         stage.item->setSource(clipName());
     });
-    row("decoding", [](const Stage& stage) {
+    row("decoding", [](const ItemStage& stage) {
         stage.enterView();
         stage.item->setSource(clipName());
         QTRY_VERIFY(stage.source()->loadedFrameCount() > 0);
     });
-    row("paused", [](const Stage& stage) { stage.load(); });
-    row("playing", [](const Stage& stage) {
+    row("paused", [](const ItemStage& stage) { stage.load(); });
+    row("playing", [](const ItemStage& stage) {
         stage.load();
         stage.item->play();
         QTRY_VERIFY(stage.item->position() > 0);
     });
-    row("play without frames", [](const Stage& stage) { stage.item->play(); });
+    row("play without frames", [](const ItemStage& stage) { stage.item->play(); });
 }
 
 void TestVLVideoComponent::destructor_endsThreads()
 {
-    using Call = void (*)(const Stage&);
+    using Call = void (*)(const ItemStage&);
     QFETCH(Call, prepare);
-    Stage stage(m_clips);
+    ItemStage stage(m_clips);
     prepare(stage);
     const QPointer<QThread> source = stage.source();
     const QPointer<QThread> controller = stage.controller();

@@ -4,19 +4,16 @@
 #include "VideoStage.h"
 
 #include "ClipLoader.h"
+#include "ClipWriter.h"
 #include "FrameWatch.h"
 #include "Report.h"
-#include <Vidlets/VLWidget.h>
 
-#include <QFile>
 #include <QQuickItem>
 #include <QWindow>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString kPackage = u"Clips.vidlets"_s;
 
 QByteArray scene()
 {
@@ -32,39 +29,30 @@ QByteArray scene()
 } // namespace
 
 VideoStage::VideoStage(int frames, float scale)
-    : m_host(m_context, {}, nullptr)
+    // The pointer is elsewhere, and the popup is to stay.
+    : ClipStage(u"Clips.vidlets"_s, {{Vidlets::ckScale, scale}, {Vidlets::ckStayDuration, 0}})
 {
-    for (const char* key : {"even", "odd"}) {
-        const QString name = QString::fromLatin1(key);
-        m_packages.writeTip(kPackage, name + u".xml"_s, name);
-    }
-    m_packages.write(kPackage + u"/ui/VidletUI.qml"_s, scene());
-    const auto addClip = [this](const QString& name, int length) {
-        const QString clip = m_clips.testClip(name, u"libx264"_s, clipSizePx(), kFramesPerSecond,
-                                              length, {u"-pix_fmt"_s, u"yuv420p"_s});
-        m_packages.write(kPackage + u"/Resources/"_s + name, m_clips.readBytes(name));
-        QFile::remove(clip);
+    addTip(u"even"_s);
+    addTip(u"odd"_s);
+    write(u"ui/VidletUI.qml"_s, scene());
+    ClipWriter clips;
+    const auto add = [this, &clips](const QString& name, int length) {
+        clips.testClip(name, u"libx264"_s, clipSizePx(), kFramesPerSecond, length,
+                       {u"-pix_fmt"_s, u"yuv420p"_s});
+        addClip(name, clips.readBytes(name));
     };
-    addClip(u"first.mp4"_s, frames);
-    addClip(u"tiny.mp4"_s, kTinyFrames);
+    add(u"first.mp4"_s, frames);
+    add(u"tiny.mp4"_s, kTinyFrames);
 
     m_control.setGeometry(100, 100, 200, 100);
     m_control.show();
     waitUntil([this] { return m_control.windowHandle()->isExposed(); }, "the control");
-
-    m_context.set(Vidlets::ckScale, scale);
-    // The pointer is elsewhere, and the popup is to stay.
-    m_context.set(Vidlets::ckStayDuration, 0);
-    m_manager = std::make_unique<Vidlets::VLManager>(&m_host, m_context,
-                                                     QStringList{m_packages.dataPath()}, nullptr);
 }
-
-VideoStage::~VideoStage() = default;
 
 void VideoStage::showScene()
 {
     const QString key = ++m_shows % 2 == 0 ? u"even"_s : u"odd"_s;
-    Report::verify(m_manager->show(key, QPoint(110, 110), &m_control), "the key has a tip");
+    Report::verify(showPopup(key, QPoint(110, 110), &m_control), "the key has a tip");
     FrameWatch frames;
     frames.watch(view());
     view()->update();
@@ -91,11 +79,6 @@ void VideoStage::releaseClip()
     waitUntilDecoded(*source(), 1);
 }
 
-Vidlets::VLView* VideoStage::view() const
-{
-    return m_manager->widget()->view();
-}
-
 Vidlets::VLVideoComponent* VideoStage::item() const
 {
     return view()->rootObject()->findChild<Vidlets::VLVideoComponent*>();
@@ -103,7 +86,7 @@ Vidlets::VLVideoComponent* VideoStage::item() const
 
 Vidlets::VLVideoSource* VideoStage::source() const
 {
-    return item()->findChild<Vidlets::VLVideoSourceFFMPEG*>();
+    return sourceOf(item());
 }
 
 QSize VideoStage::clipSizePx()

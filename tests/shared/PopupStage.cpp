@@ -96,7 +96,7 @@ PopupStage::PopupStage(const QMap<int, QVariant>& settings)
     // The interface brings a manager of its own, which must not react to anything.
     , interface(emptyStore(), {}, &index)
 {
-    packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kScene);
+    writeScene(kScene);
     packages.writeControlFile(u"tips.vidlets"_s, u"tips.xml"_s,
                               "<vidlets>\n"
                               "  <vidlet key=\"open\" shortcut=\"Ctrl+O\"/>\n"
@@ -115,6 +115,11 @@ PopupStage::PopupStage(const QMap<int, QVariant>& settings)
 
 PopupStage::~PopupStage()
 {
+    // Detached popups belong to nobody, and use the manager to their end.
+    for (const QPointer<VLWidget>& popup : std::as_const(m_shown)) {
+        if (!manager || popup != manager->widget())
+            delete popup;
+    }
     // The trees of the index are cleared away last, so the popup has to be gone by then.
     manager.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -128,6 +133,11 @@ void PopupStage::set(int key, const QVariant& value)
 void PopupStage::rescan()
 {
     manager->loadDataPath({packages.dataPath()});
+}
+
+void PopupStage::writeScene(const char* qml)
+{
+    packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, qml);
 }
 
 VLXmlElement* PopupStage::newContent(const QString& key)
@@ -144,6 +154,44 @@ VLXmlElement* PopupStage::showContent()
     VLXmlElement* content = newContent(u"open"_s);
     popup()->showWithContent(&control, QPoint(300, 300), content, packageRoot);
     return content;
+}
+
+VLWidget* PopupStage::showTip(const QString& key, QObject* reference)
+{
+    if (!manager->show(key, pointer(), reference))
+        qFatal("The tip did not come up");
+    m_shown += manager->widget();
+    return manager->widget();
+}
+
+VLWidget* PopupStage::showTip(const QString& key)
+{
+    return showTip(key, &control);
+}
+
+VLWidget* PopupStage::bringUpTip(const QString& key, QObject* reference)
+{
+    VLWidget* tip = showTip(key, reference);
+    if (!QTest::qWaitForWindowExposed(tip))
+        qFatal("The tip is not on the screen");
+    return tip;
+}
+
+VLWidget* PopupStage::bringUpTip(const QString& key)
+{
+    return bringUpTip(key, &control);
+}
+
+VLWidget* PopupStage::detach(const QString& key, QObject* reference)
+{
+    VLWidget* tip = bringUpTip(key, reference);
+    tip->view()->setReserved(true);
+    return tip;
+}
+
+VLWidget* PopupStage::detach(const QString& key)
+{
+    return detach(key, &control);
 }
 
 VLWidget* PopupStage::popup()
@@ -180,4 +228,9 @@ void PopupStage::finishFade()
 QPoint PopupStage::farAway()
 {
     return {900, 700};
+}
+
+QPoint PopupStage::pointer()
+{
+    return {400, 300};
 }

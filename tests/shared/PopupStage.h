@@ -86,11 +86,26 @@ public:
     void set(int key, const QVariant& value);
     /// Has the manager find the control files written since.
     void rescan();
+    /// Puts @p qml in place of the scene.
+    void writeScene(const char* qml);
 
     /// A content element for VLWidget::showWithContent(), in the package "tips".
     static Vidlets::VLXmlElement* newContent(const QString& key);
     /// Shows new content with the key "open" for the control at (300, 300). Gives the content.
     Vidlets::VLXmlElement* showContent();
+
+    /// Has the manager show its tip for @p key at pointer(). Gives the popup, which need not be on
+    /// the screen yet.
+    Vidlets::VLWidget* showTip(const QString& key, QObject* reference);
+    /// The same for the control.
+    Vidlets::VLWidget* showTip(const QString& key = QStringLiteral("open"));
+    /// Shows the tip for @p key and waits until it is on the screen. Gives the popup.
+    Vidlets::VLWidget* bringUpTip(const QString& key, QObject* reference);
+    Vidlets::VLWidget* bringUpTip(const QString& key);
+    /// Brings up the tip for @p key and detaches its popup, which goes with the stage unless it has
+    /// gone before. Gives it.
+    Vidlets::VLWidget* detach(const QString& key, QObject* reference);
+    Vidlets::VLWidget* detach(const QString& key);
 
     /// The popup of the manager; made if need be.
     Vidlets::VLWidget* popup();
@@ -103,6 +118,8 @@ public:
     void finishFade();
 
     static QPoint farAway();
+    /// Where tips are asked for, far from the edges of the screen.
+    static QPoint pointer();
 
     PackageBuilder packages;
     QString packageRoot;
@@ -111,6 +128,12 @@ public:
     RecordingInterface interface;
     std::unique_ptr<OpenManager> manager;
     QWidget control;
+
+private:
+    Q_DISABLE_COPY_MOVE(PopupStage)
+
+    /// The popups that were shown; the manager's own may be one of them.
+    QList<QPointer<Vidlets::VLWidget>> m_shown;
 };
 
 #endif
