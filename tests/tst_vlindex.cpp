@@ -17,8 +17,6 @@
 #include <QPointer>
 #include <QTextStream>
 
-#include <array>
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -143,14 +141,6 @@ QByteArray tip(const QByteArray& key, const QByteArray& value)
     return "<vidlet key=\"" + key + "\" value=\"" + value + "\"/>";
 }
 
-/// Where the address of a virtual operation stands in the table of its class.
-template <typename Operation> qptrdiff tableOffset(Operation operation)
-{
-    std::array<qptrdiff, sizeof(Operation) / sizeof(qptrdiff)> words{};
-    std::memcpy(words.data(), &operation, sizeof(operation));
-    return words[0];
-}
-
 } // namespace
 
 class TestVLIndex : public VidletsTest
@@ -161,8 +151,8 @@ public:
     int runChild(const QString& name) override;
 
 private Q_SLOTS:
+    // The index as it comes
     void index_isPlainObjectWithoutParent();
-    void virtualOperations_areInDeclaredOrder();
     void indexedLocations_areEqual_whenBothFieldsAre();
     void hooks_areTrueAndChangeNothing();
     void setup_callsClear_bySetting_data();
@@ -171,6 +161,7 @@ private Q_SLOTS:
     void updateFlag_isSetBetweenStartAndEnd();
     void updateFlag_changesNoLookup();
 
+    // The settings store
     void context_isGivenStore();
     void context_isNewStoreOfTheIndex_whenNoneWasGiven();
     void context_isNewStoreOfTheIndex_whenGivenOneDied();
@@ -178,6 +169,7 @@ private Q_SLOTS:
     void context_givesDefaults_whenGivenOneDied();
     void destructor_leavesGivenStoreAlone();
 
+    // Retrieval
     void retrieve_leavesArguments_whenIndexIsEmpty();
     void retrieve_leavesPathAndDepth_whenKeyIsMissing();
     void retrieve_givesTipOfRoot();
@@ -201,6 +193,7 @@ private Q_SLOTS:
     void retrieve_givesDeletedObjects_whenFileBreaksInsideLaterTag_data();
     void retrieve_givesDeletedObjects_whenFileBreaksInsideLaterTag();
 
+    // Loading one file
     void load_comparesLocales_data();
     void load_comparesLocales();
     void load_leavesDeletedRoot_whenLocaleDiffers();
@@ -215,11 +208,13 @@ private Q_SLOTS:
     void load_setsPackageName();
     void load_setsNullPackageName_outsidePackages();
 
+    // Entries of a host
     void store_addsAtTheEnd();
     void store_isTrueAndAddsNothing_whenEqualEntryIsThere();
     void store_addsEntry_whenDepthDiffers();
     void store_mapsNoPackage();
 
+    // Keys
     void keys_areEmpty_whenIndexIsEmpty();
     void keys_areInSearchThenDocumentOrder();
     void keys_holdDuplicates_forTwoLocales();
@@ -229,6 +224,7 @@ private Q_SLOTS:
     void keys_leaveTreesAllocated();
     void keys_endProcess_whenRootIsNoLongerOfControlFile();
 
+    // Control files
     void indexControlFile_setsDepth_data();
     void indexControlFile_setsDepth();
     void indexControlFile_looksAtFirstTag_data();
@@ -251,10 +247,12 @@ private Q_SLOTS:
     void mapControlFile_recordsRootOnce();
     void mapControlFile_recordsRootUnderNullName_outsidePackages();
 
+    // Package names
     void packageName_isTakenFromPath_data();
     void packageName_isTakenFromPath();
     void packageName_goesByExtensionSetting();
 
+    // Data of a key
     void keyData_isMergedIntoTip();
     void keyData_isMergedByRecord_data();
     void keyData_isMergedByRecord();
@@ -266,6 +264,7 @@ private Q_SLOTS:
     void keyData_deletesTreeOfRecord();
     void keyData_leavesTreeAllocated_withoutRecord();
 
+    // Paths to components
     void componentPaths_endWithExtraPath();
     void componentPaths_areEmpty_forUnknownPackage();
     void componentPaths_areEmpty_withoutElement();
@@ -278,6 +277,7 @@ private Q_SLOTS:
     void componentPaths_addCategory_data();
     void componentPaths_addCategory();
 
+    // Filter of elements
     void elementFilter_answersByTag_data();
     void elementFilter_answersByTag();
 };
@@ -309,28 +309,6 @@ void TestVLIndex::index_isPlainObjectWithoutParent()
 {
     const VLIndex index(nullptr, {});
     QVERIFY(!index.parent());
-    const QMetaObject& type = VLIndex::staticMetaObject;
-    QCOMPARE(type.superClass(), &QObject::staticMetaObject);
-    QCOMPARE(type.methodCount(), type.methodOffset());
-    QCOMPARE(type.propertyCount(), type.propertyOffset());
-}
-
-void TestVLIndex::virtualOperations_areInDeclaredOrder()
-{
-    // A host's own index is compiled against this order.
-    const QList<qptrdiff> offsets{tableOffset(&VLIndex::open),
-                                  tableOffset(&VLIndex::setup),
-                                  tableOffset(&VLIndex::clear),
-                                  tableOffset(&VLIndex::close),
-                                  tableOffset(&VLIndex::remove),
-                                  tableOffset(&VLIndex::retrieve),
-                                  tableOffset(&VLIndex::store),
-                                  tableOffset(&VLIndex::startUpdate),
-                                  tableOffset(&VLIndex::endUpdate),
-                                  tableOffset(&VLIndex::keys),
-                                  tableOffset(&VLIndex::indexControlFile)};
-    for (qsizetype i = 1; i < offsets.size(); ++i)
-        QCOMPARE(offsets.at(i) - offsets.at(i - 1), qptrdiff(sizeof(void*)));
 }
 
 void TestVLIndex::indexedLocations_areEqual_whenBothFieldsAre()

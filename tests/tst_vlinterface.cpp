@@ -165,9 +165,11 @@ class TestVLInterface : public VidletsTest
 private Q_SLOTS:
     // Hides that of the base.
 
+    // Numbers
     void messageTypes_haveFixedNumbers();
     void resourceTypes_haveFixedNumbers();
 
+    // Construction and destruction
     void constructor_hasNoParent();
     void constructor_scansBeforeItReturns();
     void constructor_givesNoKeys_whenThereAreNoDataPaths();
@@ -177,6 +179,7 @@ private Q_SLOTS:
     void destructor_releasesPopupByDeferredDeletion();
     void destructor_leavesGivenIndexAlive();
 
+    // What a host may override
     void createWindow_returnsNull_byDefault();
     void keyForObject_returnsObjectName_byDefault_data();
     void keyForObject_returnsObjectName_byDefault();
@@ -193,6 +196,7 @@ private Q_SLOTS:
     void translateString_usesTranslationOfContentOnShow();
     void shortCutForObject_returnsShortcut_byDefault();
 
+    // What a host calls
     void context_isTheStoreThatTheLibraryReads();
     void context_isTheSame_whenInterfaceIsConst();
     void context_isIndependentOfTheStoreGiven();

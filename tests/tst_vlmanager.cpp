@@ -225,6 +225,7 @@ public:
 private Q_SLOTS:
     // Hides that of the base.
 
+    // Construction
     void constructor_storesInterfaceAndIndex();
     void constructor_makesIndexOnItsSettings_whenIndexIsNull();
     void constructor_keepsStoreOfGivenIndex();
@@ -239,9 +240,13 @@ private Q_SLOTS:
     void constructor_setsToolTipAttributeBeforeTheScan();
     void constructor_readsToolTipSettingFromHost_andFilterSettingFromCopy();
     void constructor_installsEventFilterAfterTheScan();
+
+    // Event filter
     void toolTipEvent_isIgnored_whenFilterIsNotInstalled();
     void eventFilter_isNotInstalled_whenSettingChangesLater();
     void directCalls_work_whenFilterIsNotInstalled();
+
+    // Destruction
     void destructor_removesEventFilter();
     void destructor_clearsToolTipAttribute_whoeverSetIt();
     void destructor_isHarmless_whenNoPopupWasMade();
@@ -250,12 +255,14 @@ private Q_SLOTS:
     void destructor_leavesIndexAlive_data();
     void destructor_leavesIndexAlive();
 
+    // Messages
     void handleMessage_filtersByLevel_data();
     void handleMessage_filtersByLevel();
     void handleMessage_passesTypeAndTextUnchanged();
     void handleMessage_readsLevelOnEachCall();
     void handleMessage_isHarmless_whenInterfaceIsNull();
 
+    // Scale, keys and position
     void realScaleValue_isOne_byDefault();
     void getScaledSize_multipliesAndTruncates_data();
     void getScaledSize_multipliesAndTruncates();
@@ -265,6 +272,7 @@ private Q_SLOTS:
     void tooltipPosition_addsOffset();
     void tooltipPosition_readsOffsetOnEachCall();
 
+    // Data paths
     void scan_sendsMessagesInOrder();
     void scan_sendsDurationInSeconds();
     void scan_takesPathsInOrder();
@@ -284,6 +292,7 @@ private Q_SLOTS:
     void loadDataPath_givesCanonicalPaths_whenPathIsLink();
     void searchPaths_givesListOfConstructor();
 
+    // Packages
     void loadPackage_indexesOnlyFilesDirectlyInControlDirectory();
     void loadPackage_matchesFileNamesWithoutCase();
     void loadPackage_ignoresLinkToControlFile();
@@ -297,6 +306,7 @@ private Q_SLOTS:
     void indexControFile_forwardsArguments();
     void keys_areThoseOfIndex();
 
+    // Retrieval and locales
     void retrieve_fillsOutputArguments();
     void retrieve_asksForBothLocales_data();
     void retrieve_asksForBothLocales();
@@ -308,6 +318,7 @@ private Q_SLOTS:
     void currentLocale_followsSettings();
     void currentLocale_isThatOfSystem_whenNothingIsSet();
 
+    // Variables
     void interpolate_replacesReferences_data();
     void interpolate_replacesReferences();
     void interpolate_usesGlobalProperties_whenNoMapIsGiven();
@@ -315,6 +326,7 @@ private Q_SLOTS:
     void setGlobalProperty_overwrites();
     void interpolate_neverFinishes_whenValueContainsItsOwnReference();
 
+    // External resources
     void openExternalResource_tellsTypesApart_data();
     void openExternalResource_tellsTypesApart();
     void openExternalResource_obeysGates_data();

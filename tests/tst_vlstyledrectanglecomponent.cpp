@@ -6,8 +6,6 @@
 
 #include <QGuiApplication>
 #include <QImage>
-#include <QMetaMethod>
-#include <QMetaProperty>
 #include <QPainter>
 #include <QPalette>
 #include <QQuickWindow>
@@ -111,9 +109,6 @@ class TestVLStyledRectangleComponent : public VidletsTest
 private Q_SLOTS:
     void constructor_setsInitialState();
     void constructor_takesParent();
-    void methods_areInDeclaredOrder();
-    void properties_areInDeclaredOrder();
-    void qmlElement_isMarkedInClassInfo();
 
     void setElement_emitsOnEveryCall_whenNameIsKnown();
     void setElement_changesNothing_whenNameIsUnknown_data();
@@ -146,41 +141,6 @@ void TestVLStyledRectangleComponent::constructor_takesParent()
     VLStyledRectangleComponent parent;
     const VLStyledRectangleComponent child(&parent);
     QCOMPARE(child.parentItem(), &parent);
-}
-
-void TestVLStyledRectangleComponent::methods_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLStyledRectangleComponent::staticMetaObject;
-    QByteArrayList signatures;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i)
-        signatures += type.method(i).methodSignature();
-    QCOMPARE(signatures,
-             (QByteArrayList{"elementChanged()", "textColorChanged()", "toolTipStyleChanged()"}));
-}
-
-void TestVLStyledRectangleComponent::properties_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLStyledRectangleComponent::staticMetaObject;
-    QByteArrayList properties;
-    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
-        const QMetaProperty property = type.property(i);
-        properties += QByteArrayList{property.typeName(), property.name(),
-                                     property.isWritable() ? "writable" : "read-only",
-                                     property.notifySignal().name()}
-                          .join(' ');
-    }
-    QCOMPARE(properties,
-             (QByteArrayList{"QString element writable elementChanged",
-                             "QColor textColor read-only textColorChanged",
-                             "bool toolTipStyle writable toolTipStyleChanged"}));
-}
-
-void TestVLStyledRectangleComponent::qmlElement_isMarkedInClassInfo()
-{
-    const QMetaObject& type = VLStyledRectangleComponent::staticMetaObject;
-    const int index = type.indexOfClassInfo("QML.Element");
-    QVERIFY(index >= 0);
-    QCOMPARE(type.classInfo(index).value(), "VLStyledRectangle");
 }
 
 void TestVLStyledRectangleComponent::setElement_emitsOnEveryCall_whenNameIsKnown()

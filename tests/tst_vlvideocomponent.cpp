@@ -10,8 +10,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QMetaEnum>
-#include <QMetaMethod>
-#include <QMetaProperty>
 #include <QPainter>
 #include <QPointer>
 #include <QQmlEngine>
@@ -200,15 +198,14 @@ class TestVLVideoComponent : public VidletsTest
     Q_OBJECT
 
 private Q_SLOTS:
+    // Construction
     void constructor_setsInitialState();
     void constructor_takesParent();
     void constructor_startsTwoThreads();
     void threads_areNamed();
-    void methods_areInDeclaredOrder();
-    void properties_areInDeclaredOrder();
     void videoState_hasFixedNumbers();
-    void qmlElement_isMarkedInClassInfo();
 
+    // Source
     void setSource_isDropped_whenThereIsNoWindow();
     void setSource_isDropped_whenWindowIsNoView();
     void setSource_forgetsView_whenItemHasMovedToAnotherWindow();
@@ -225,6 +222,7 @@ private Q_SLOTS:
     void setSource_rewinds_whenClipIsTheSame();
     void setSource_tellsNothing_whenFileIsNoClip();
 
+    // Properties
     void content_hasDefaultSize_beforeFirstClip();
     void content_hasSizeOfClip();
     void loadProgress_isNotANumber_beforeFirstClip();
@@ -236,6 +234,8 @@ private Q_SLOTS:
     void setState_resetPauses_data();
     void setState_resetPauses();
     void setState_resetShowsFrameAgain();
+
+    // Playing and moving
     void play_playsToTheEnd();
     void play_emitsTwice_forFrameThatIsFetched();
     void play_startsAgain_whenAtTheEnd();
@@ -247,6 +247,8 @@ private Q_SLOTS:
     void frameReady_emits_whenProgressDiffersAlone();
     void rewindToStart_pausesAtFirstFrame();
     void rewindToStart_emitsInOrder();
+
+    // Signals
     void sourceChangedState_emitsStateChanged();
     void controllerPositionChanged_emitsInOrder();
     void heightChanged_isSentForFrameOfAnotherHeight();
@@ -254,6 +256,7 @@ private Q_SLOTS:
     void frameReady_emitsNothing_whenNothingMoved();
     void neverSentSignals_areNotSent();
 
+    // Painting
     void paint_drawsNothing_whenThereIsNoFrame();
     void paint_scalesByView_data();
     void paint_scalesByView();
@@ -261,6 +264,7 @@ private Q_SLOTS:
     void screen_showsFrames();
     void scene_playsClip();
 
+    // Destruction
     void destructor_endsThreads_data();
     void destructor_endsThreads();
 
@@ -320,50 +324,6 @@ void TestVLVideoComponent::threads_areNamed()
     QTRY_COMPARE(names().count("FFMPEG"), 1);
 }
 
-void TestVLVideoComponent::methods_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLVideoComponent::staticMetaObject;
-    QByteArrayList methods;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
-        const QMetaMethod method = type.method(i);
-        methods += (method.methodType() == QMetaMethod::Signal ? "signal " : "slot ")
-            + method.methodSignature();
-    }
-    QCOMPARE(methods,
-             (QByteArrayList{
-                 "signal sourceChanged()", "signal stateChanged()", "signal positionChanged()",
-                 "signal progressChanged()", "signal heightChanged()", "signal searchPathChanged()",
-                 "signal scrubbingChanged()", "signal contentHeightChanged()",
-                 "signal contentWidthChanged()", "signal loadProgressChanged()",
-                 "slot frameReady()", "slot play()", "slot pause()", "slot sourceChangedState()",
-                 "slot rewindToStart()", "slot controllerPositionChanged()"}));
-}
-
-void TestVLVideoComponent::properties_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLVideoComponent::staticMetaObject;
-    QByteArrayList properties;
-    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
-        const QMetaProperty property = type.property(i);
-        QVERIFY(property.isReadable() && property.isDesignable());
-        QVERIFY(property.isScriptable() && property.isStored());
-        properties += QByteArrayList{property.typeName(), property.name(),
-                                     property.isWritable() ? "writable" : "read-only",
-                                     property.notifySignal().name()}
-                          .join(' ');
-    }
-    QCOMPARE(properties,
-             (QByteArrayList{"QString source writable sourceChanged",
-                             "Vidlets::VLVideoComponent::VideoState state writable stateChanged",
-                             "qlonglong position writable positionChanged",
-                             "double progress writable progressChanged",
-                             "QString searchPath writable searchPathChanged",
-                             "bool scrubbing writable scrubbingChanged",
-                             "double contentHeight read-only contentHeightChanged",
-                             "double contentWidth read-only contentWidthChanged",
-                             "double loadProgress read-only loadProgressChanged"}));
-}
-
 void TestVLVideoComponent::videoState_hasFixedNumbers()
 {
     const auto states = QMetaEnum::fromType<VLVideoComponent::VideoState>();
@@ -371,14 +331,6 @@ void TestVLVideoComponent::videoState_hasFixedNumbers()
     QCOMPARE(states.keyToValue("resetState"), 0);
     QCOMPARE(states.keyToValue("pausedState"), 1);
     QCOMPARE(states.keyToValue("playingState"), 2);
-}
-
-void TestVLVideoComponent::qmlElement_isMarkedInClassInfo()
-{
-    const QMetaObject& type = VLVideoComponent::staticMetaObject;
-    const int index = type.indexOfClassInfo("QML.Element");
-    QVERIFY(index >= 0);
-    QCOMPARE(type.classInfo(index).value(), "auto");
 }
 
 void TestVLVideoComponent::setSource_isDropped_whenThereIsNoWindow()
@@ -838,7 +790,7 @@ void TestVLVideoComponent::frameReady_emits_whenProgressDiffersAlone()
     stage.item->pause();
     SignalRecord record(stage.item.get());
 
-    // The first pair comes from the move; the frame tells of no progress but what it has told.
+    // The first pair comes from the move; the frame brings no progress that is not known yet.
     stage.item->setPosition(6);
     QCOMPARE(record.take(), u"position progress"_s);
     QTRY_COMPARE(numberOf(stage.painted()), 6);

@@ -9,7 +9,6 @@
 
 #include <QElapsedTimer>
 #include <QFile>
-#include <QMetaMethod>
 #include <QMutex>
 #include <QPointer>
 #include <QRegularExpression>
@@ -188,6 +187,7 @@ public:
     int runChild(const QString& name) override;
 
 private Q_SLOTS:
+    // Construction
     void constructor_setsInitialState();
     void constructor_takesParent();
     void constructor_connectsSignalsOfSource_data();
@@ -195,9 +195,8 @@ private Q_SLOTS:
     void constructor_connectsSourceByThread();
     void finishedThread_deletesController();
     void state_hasFixedNumbers();
-    void methods_areInDeclaredOrder();
-    void properties_areNone();
 
+    // Source
     void setSource_emitsInOrder_data();
     void setSource_emitsInOrder();
     void setSource_rewindsAndQueuesUrl();
@@ -208,6 +207,7 @@ private Q_SLOTS:
     void source_isUrlOfSource();
     void close_closesSource();
 
+    // State
     void setState_emitsOnEveryCall();
     void play_emitsOnEveryCall();
     void pause_emitsOnEveryCall();
@@ -216,6 +216,7 @@ private Q_SLOTS:
     void play_keepsPosition_whenThereAreFramesLeft();
     void play_losesPosition_whenThereAreNoFrames();
 
+    // Position and progress
     void setPosition_staysWithinFrames_data();
     void setPosition_staysWithinFrames();
     void setPosition_wraps_whenThereAreNoFrames();
@@ -228,6 +229,8 @@ private Q_SLOTS:
     void loadProgress_isOne_whenThereAreFrames();
     void loadProgress_isNotANumber_whenThereAreNoFrames();
     void loadProgress_isZero_whenThereIsNoSource();
+
+    // Frames
     void frameCount_isTotalOfSource();
     void frameSize_isThatOfSource();
     void getFrame_cutsIndexTo32Bits_data();
@@ -238,10 +241,12 @@ private Q_SLOTS:
     void lastFrameDisplayTime_isKept();
     void seeking_neverReachesDecoder();
 
+    // Signals of the source
     void streamEnded_pauses();
     void streamEnded_doesNotPause_whileScrubbing();
     void sourceLoaded_emitsInOrder();
 
+    // One frame
     void presentFrame_emitsAlone_whenPaused();
     void presentFrame_movesOnByOne_whenPlaying();
     void presentFrame_setsDisplayTime_whenPlaying();
@@ -252,6 +257,7 @@ private Q_SLOTS:
     void run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate_data();
     void run_playsToTheEndWithoutSleep_whenThereIsNoFrameRate();
 
+    // The loop
     void thread_isNamed();
     void run_showsFrameOnce_whenPaused();
     void run_showsFrameAtPosition_whenPaused();
@@ -271,6 +277,7 @@ private Q_SLOTS:
     void run_needsNoFrame_whenItHasPlayed();
     void run_goesOn_whenScrubbingAndDecodingEnds();
 
+    // The end of the thread
     void quit_endsThread_data();
     void quit_endsThread();
     void quit_isHarmless_whenThreadIsNotRunning();
@@ -369,29 +376,6 @@ void TestVLVideoController::state_hasFixedNumbers()
 {
     QCOMPARE(int(VLVideoController::StatePaused), 0);
     QCOMPARE(int(VLVideoController::StatePlaying), 1);
-}
-
-void TestVLVideoController::methods_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLVideoController::staticMetaObject;
-    QByteArrayList methods;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
-        const QMetaMethod method = type.method(i);
-        methods += (method.methodType() == QMetaMethod::Signal ? "signal " : "slot ")
-            + method.methodSignature();
-    }
-    QCOMPARE(methods,
-             (QByteArrayList{"signal displayFrame()", "signal stateChanged()",
-                             "signal positionChanged()", "signal widthChanged()",
-                             "signal heightChanged()", "signal loadProgressChanged()",
-                             "slot streamEnded()", "slot sourceLoaded()"}));
-}
-
-void TestVLVideoController::properties_areNone()
-{
-    const QMetaObject& type = VLVideoController::staticMetaObject;
-    QCOMPARE(type.propertyCount(), type.propertyOffset());
-    QCOMPARE(type.superClass(), &QThread::staticMetaObject);
 }
 
 void TestVLVideoController::setSource_emitsInOrder_data()

@@ -7,7 +7,6 @@
 #include <Vidlets/VLVideoSource.h>
 
 #include <QElapsedTimer>
-#include <QMetaMethod>
 #include <QSemaphore>
 #include <QSignalSpy>
 
@@ -148,11 +147,12 @@ public:
     int runChild(const QString& name) override;
 
 private Q_SLOTS:
+    // The source as it comes
     void newSource_isIdleAndEmpty();
     void action_hasFixedNumbers_data();
     void action_hasFixedNumbers();
-    void metaObject_hasNoSlotsAndProperties();
 
+    // The queue
     void setSource_queuesOnlyNewValidUrl_data();
     void setSource_queuesOnlyNewValidUrl();
     void setSource_changesUrlOnLaterPassOnly();
@@ -165,12 +165,14 @@ private Q_SLOTS:
     void processActionQueue_holdsNoLock_whileRecordIsCarriedOut();
     void clearChanges_dropsAllRecords();
 
+    // Carrying out a record
     void changeSetAction_storesThenEmits();
     void changeSetAction_ignoresNone();
     void changeSetSource_storesWithoutSignal();
     void actionRecord_setsAction();
     void sourceRecord_setsSourceThenAction();
 
+    // A new cache
     void setupSource_queuesActionByUrl_data();
     void setupSource_queuesActionByUrl();
     void setupSource_emitsSourceChangedWithNewCacheInPlace();
@@ -178,6 +180,7 @@ private Q_SLOTS:
     void setupSource_replacesCache();
     void frame_staysValid_whenCacheIsReplaced();
 
+    // Frames
     void counts_areZero_beforeFirstSource();
     void cacheAccess_endsProcess_beforeFirstSource_data();
     void cacheAccess_endsProcess_beforeFirstSource();
@@ -189,9 +192,11 @@ private Q_SLOTS:
     void getFrame_takesIndexOf32Bits();
     void frames_mayBeReadWhileOthersArePushed();
 
+    // Signals
     void loadSource_emitsSourceLoaded();
     void notifyStreamEnded_emitsStreamEnded();
 
+    // The end of the thread
     void setShouldQuit_setsFlag();
     void quit_returnsAtOnce_whenThreadNeverRan();
     void quit_endsThread_data();
@@ -239,14 +244,6 @@ void TestVLVideoSource::action_hasFixedNumbers()
 {
     QFETCH(int, action);
     QTEST(action, "expectedNumber");
-}
-
-void TestVLVideoSource::metaObject_hasNoSlotsAndProperties()
-{
-    const QMetaObject& type = VLVideoSource::staticMetaObject;
-    QCOMPARE(type.propertyCount(), type.propertyOffset());
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i)
-        QCOMPARE(type.method(i).methodType(), QMetaMethod::Signal);
 }
 
 void TestVLVideoSource::setSource_queuesOnlyNewValidUrl_data()

@@ -386,10 +386,12 @@ public:
 private Q_SLOTS:
     void initTestCase();
 
+    // The source as it comes
     void newSource_answersDefaults();
     void getTime_isWallClockInSeconds();
     void constructor_silencesFFmpegOnce();
 
+    // Decoding
     void decoding_fillsCache_data();
     void decoding_fillsCache();
     void decoding_lacksWithheldPictures_whenCodecReordersThem_data();
@@ -405,6 +407,7 @@ private Q_SLOTS:
     void progress_isNewestStampByDuration();
     void position_isAlwaysZero();
 
+    // Pictures
     void picture_equalsEncodedOne_whenCodecIsLossless_data();
     void picture_equalsEncodedOne_whenCodecIsLossless();
     void picture_isOpaque_whenClipIsTransparent();
@@ -415,12 +418,14 @@ private Q_SLOTS:
     void pictures_keepFirstSize_whenStreamChangesIt_data();
     void pictures_keepFirstSize_whenStreamChangesIt();
 
+    // Stamps
     void stamps_riseByInverseFrameRate_data();
     void stamps_riseByInverseFrameRate();
     void stamps_ignoreTimesInFile_whenRateVaries();
     void stamps_continue_whenAnotherClipIsLoaded();
     void stamps_ignoreOtherStreams();
 
+    // Unusual and damaged files
     void path_mayHoldAnyCharacters_data();
     void path_mayHoldAnyCharacters();
     void decoding_endsAtLastWholePicture_whenFileIsCutOff_data();
@@ -429,21 +434,25 @@ private Q_SLOTS:
     void decoding_survivesRandomBytes_data();
     void decoding_survivesRandomBytes();
 
+    // Failures to load
     void load_writesOneLineAndSendsNothing_whenItFails_data();
     void load_writesOneLineAndSendsNothing_whenItFails();
     void load_succeeds_afterOneThatFailed();
     void frameSize_staysOfLastClip_whenLoadFails();
     void loadSource_closesMedia_whenUrlIsEmpty();
 
+    // Another clip
     void setSource_replacesCache_whenClipHasEnded();
     void setSource_abandonsClip_whileDecoding();
     void setSource_isRefusedAndKeepsFrames_whenSetAgain();
     void setSource_loadsTwice_whenSetTwiceInARow();
 
+    // Closing
     void close_stopsDecodingAndKeepsFrames();
     void close_isHarmless_withoutMedia();
     void close_mayComeFromAnyThread_whileDecoding();
 
+    // Actions
     void actionLoad_isRepeatedUntilAnotherIsSet();
     void actionQuit_endsThread();
     void actionClose_closesMediaAndIdles();
@@ -453,6 +462,7 @@ private Q_SLOTS:
     void changeSetPosition_seeksBackwardToKeyPictureBefore();
     void changeSetPosition_resetsClockAndProgress_withoutMedia();
 
+    // The end of the thread
     void run_returnsAtOnce_whenAlreadyToldToQuit();
     void quit_comesInTime_data();
     void quit_comesInTime();

@@ -157,6 +157,7 @@ class TestVLView : public VidletsTest
 private Q_SLOTS:
     // Hides that of the base.
 
+    // Construction
     void constructor_setsInitialState();
     void constructor_makesFramelessWindow_thatFollowsTheScene();
     void constructor_takesParentWindow();
@@ -165,6 +166,7 @@ private Q_SLOTS:
     void constructor_doesNotConnectStatus();
     void constructor_doesNotConnectSettings();
 
+    // Content and properties
     void content_hasMetaTypeOfElement();
     void setContent_replacesPointerAlone();
     void contentProperty_replacesPointerAlone();
@@ -180,6 +182,7 @@ private Q_SLOTS:
     void documentationAvailable_followsSetting_data();
     void documentationAvailable_followsSetting();
 
+    // Paths of the package
     void categoryPath_prefersElementToParentToSettingToDefault_data();
     void categoryPath_prefersElementToParentToSettingToDefault();
     void categoryPath_looksOneLevelUpOnly();
@@ -205,6 +208,7 @@ private Q_SLOTS:
     void uiRootFilePath_isRelativeDefault_whenPackageHasNoScene_data();
     void uiRootFilePath_isRelativeDefault_whenPackageHasNoScene();
 
+    // The scene
     void loadQML_loadsFile();
     void loadQML_announcesSize_withoutEvent();
     void loadQML_loadsFile_whenPathHasSpecialCharacters();
@@ -225,6 +229,7 @@ private Q_SLOTS:
     void managerContextSettingDidChange_tellsOfDocumentationAlone();
     void managerContextSettingDidChange_canBeInvokedByName();
 
+    // Services for the scene
     void setItemCursor_mapsShape_data();
     void setItemCursor_mapsShape();
     void setItemCursor_unsetsCursor_whenShapeIsEmpty();
@@ -242,6 +247,7 @@ private Q_SLOTS:
     void services_areHarmless_whenManagerIsGone();
     void scene_reachesAllOfTheView();
 
+    // Size
     void resizeEvent_emitsContentSizeChanged();
     void resizeEvent_repaints();
     void resizeEvent_leavesBaseClassOut();

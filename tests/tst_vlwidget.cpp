@@ -11,7 +11,6 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QLayout>
-#include <QMetaMethod>
 #include <QQmlContext>
 #include <QQuickItem>
 #include <QScreen>
@@ -79,7 +78,6 @@ public:
 
 private Q_SLOTS:
     // Construction and ownership
-    void slots_areInDeclaredOrder();
     void popup_isFramelessToolWindow();
     void popup_keepsFlags_whenSettingAsksForIt();
     void popup_readsFlagSettingAtEachConstruction();
@@ -201,23 +199,6 @@ int TestVLWidget::runChild(const QString& name)
         return 3;
     return stage.popup()->findVisibleGeometry(onFirst) == QRect(area.topLeft(), onFirst.size()) ? 0
                                                                                                 : 4;
-}
-
-void TestVLWidget::slots_areInDeclaredOrder()
-{
-    const QMetaObject& meta = VLWidget::staticMetaObject;
-    QList<QByteArray> signatures;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        signatures += meta.method(i).methodSignature();
-
-    QCOMPARE(signatures,
-             (QList<QByteArray>{"showWithContent(QObject*,QPoint,Vidlets::VLXmlElement*,QString)",
-                                "reposition()", "hideAnimated()", "hideAnimationFinished()",
-                                "showAnimated()", "setTimer()", "contentReservedChanged()",
-                                "contentResized()", "findVisibleGeometry(QRect,bool*)",
-                                "findVisibleGeometry(QRect)", "refWidgetDestroyed(QObject*)"}));
-    QCOMPARE(meta.method(meta.indexOfMethod("refWidgetDestroyed(QObject*)")).access(),
-             QMetaMethod::Private);
 }
 
 void TestVLWidget::popup_isFramelessToolWindow()

@@ -5,7 +5,6 @@
 #include <Vidlets/VLXmlElement.h>
 
 #include <QJSEngine>
-#include <QMetaProperty>
 #include <QPointer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -71,6 +70,7 @@ class TestVLXmlElement : public VidletsTest
     Q_OBJECT
 
 private Q_SLOTS:
+    // Construction and destruction
     void newElement_isEmpty();
     void constructor_takesParent();
     void constructor_takesAttributesByQualifiedName();
@@ -78,15 +78,11 @@ private Q_SLOTS:
     void destructor_deletesSubtree();
     void destructor_leavesParentWithoutTheChild();
 
-    void constructors_areInDeclaredOrder();
+    // By the meta-object
     void newInstance_makesElement_withEachConstructor();
-    void methods_areInDeclaredOrder();
-    void properties_areInDeclaredOrder();
-    void properties_areDescribed_data();
-    void properties_areDescribed();
-    void classInfo_registersElementForQml();
     void metaType_isPointerToObject();
 
+    // Attributes
     void attribute_isNull_whenAbsent();
     void attribute_isEmpty_whenSetToEmpty();
     void attribute_isFoundByExactName_data();
@@ -96,6 +92,7 @@ private Q_SLOTS:
     void attributeNames_areSorted();
     void attributeNames_areEmpty_withoutAttributes();
 
+    // Properties
     void tagName_isObjectName();
     void setTagName_emits_alsoWhenUnchanged();
     void setTagNameSpace_emits_alsoWhenUnchanged();
@@ -104,6 +101,7 @@ private Q_SLOTS:
     void contentProperty_isReadOnly();
     void tagNameProperties_areWritable();
 
+    // Children
     void childElement_findsDirectChild();
     void childElement_findsGrandchild_whenNoChildHasTheName();
     void childElement_prefersChildOverEarlierGrandchild();
@@ -121,12 +119,14 @@ private Q_SLOTS:
     void childElement_agreesWithQt_data();
     void childElement_agreesWithQt();
 
+    // Deep trees
     void deepTree_isSearchedToTheEnd();
     void deepTree_isListedInDocumentOrder();
     void deepTree_isWrittenAsText_whenIndentIsHeldBack();
     void deepTree_isWrittenAsText_withEachIndent();
     void deepTree_isDeleted();
 
+    // Text
     void toXml_writesLeafOnOneLineWithoutText();
     void toXml_sortsAttributes();
     void toXml_indentsByTwo_data();
@@ -140,6 +140,7 @@ private Q_SLOTS:
     void toXml_fillsPlaceMarkersInClosingTag();
     void toXml_doesNotIndent_whenIndentIsNegative();
 
+    // From the scene
     void script_readsElement_data();
     void script_readsElement();
     void script_cannotWriteContent();
@@ -209,15 +210,6 @@ void TestVLXmlElement::destructor_leavesParentWithoutTheChild()
     QVERIFY(root.children().isEmpty());
 }
 
-void TestVLXmlElement::constructors_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLXmlElement::staticMetaObject;
-    QCOMPARE(type.constructorCount(), 3);
-    QCOMPARE(type.constructor(0).methodSignature(), "VLXmlElement(QObject*,QXmlStreamAttributes)");
-    QCOMPARE(type.constructor(1).methodSignature(), "VLXmlElement(QObject*)");
-    QCOMPARE(type.constructor(2).methodSignature(), "VLXmlElement()");
-}
-
 void TestVLXmlElement::newInstance_makesElement_withEachConstructor()
 {
     QObject parent;
@@ -235,68 +227,6 @@ void TestVLXmlElement::newInstance_makesElement_withEachConstructor()
     QCOMPARE(child->parent(), &parent);
     QVERIFY(qobject_cast<VLXmlElement*>(lone.get()));
     QVERIFY(!lone->parent());
-}
-
-void TestVLXmlElement::methods_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLXmlElement::staticMetaObject;
-    QList<QByteArray> signatures;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
-        const QMetaMethod method = type.method(i);
-        const bool isSignal = method.methodType() == QMetaMethod::Signal;
-        signatures += (isSignal ? "signal " : "") + method.methodSignature();
-    }
-    const QList<QByteArray> expected{"signal tagNameChanged()",
-                                     "signal tagNameSpaceChanged()",
-                                     "signal contentChanged()",
-                                     "childElement(QString)",
-                                     "childElementList(QString)",
-                                     "attribute(QString)",
-                                     "hasAttribute(QString)",
-                                     "appendContent(QString)",
-                                     "toXml(int)",
-                                     "toXml()"};
-    QCOMPARE(signatures, expected);
-}
-
-void TestVLXmlElement::properties_areInDeclaredOrder()
-{
-    const QMetaObject& type = VLXmlElement::staticMetaObject;
-    QList<QByteArray> names;
-    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i)
-        names += type.property(i).name();
-    QCOMPARE(names, (QList<QByteArray>{"tagName", "tagNameSpace", "content"}));
-}
-
-void TestVLXmlElement::properties_areDescribed_data()
-{
-    QTest::addColumn<QByteArray>("name");
-    QTest::addColumn<bool>("isWritable");
-    QTest::addColumn<QByteArray>("notifySignal");
-    QTest::newRow("tagName") << QByteArray("tagName") << true << QByteArray("tagNameChanged()");
-    QTest::newRow("tagNameSpace") << QByteArray("tagNameSpace") << true
-                                  << QByteArray("tagNameSpaceChanged()");
-    QTest::newRow("content") << QByteArray("content") << false << QByteArray("contentChanged()");
-}
-
-void TestVLXmlElement::properties_areDescribed()
-{
-    QFETCH(QByteArray, name);
-    const QMetaObject& type = VLXmlElement::staticMetaObject;
-    const QMetaProperty property = type.property(type.indexOfProperty(name.constData()));
-    QCOMPARE(property.metaType(), QMetaType::fromType<QString>());
-    QVERIFY(property.isReadable());
-    QTEST(property.isWritable(), "isWritable");
-    QTEST(property.notifySignal().methodSignature(), "notifySignal");
-}
-
-void TestVLXmlElement::classInfo_registersElementForQml()
-{
-    const QMetaObject& type = VLXmlElement::staticMetaObject;
-    QCOMPARE(type.className(), "Vidlets::VLXmlElement");
-    const int index = type.indexOfClassInfo("QML.Element");
-    QVERIFY(index >= type.classInfoOffset());
-    QCOMPARE(type.classInfo(index).value(), "auto");
 }
 
 void TestVLXmlElement::metaType_isPointerToObject()

@@ -112,8 +112,10 @@ public:
     int runChild(const QString& name) override;
 
 private Q_SLOTS:
+    // Numbers
     void flags_haveFixedNumbers();
 
+    // Whole documents
     void parse_buildsWholeDocument_withoutFilter();
     void parse_givesRootWithoutParent();
     void parse_leavesFileOpen();
@@ -133,6 +135,7 @@ private Q_SLOTS:
     void parse_takesNamespaceDeclarationsAsNoAttributes();
     void parse_readsOtherEncodings();
 
+    // The filter
     void filter_getsQualifiedNameAndAttributes();
     void filter_isAskedFromTheRoot_inEachParse();
     void filter_decidesByFlagsInOrder_data();
@@ -146,11 +149,13 @@ private Q_SLOTS:
     void skippedTag_takesItsTextAlong();
     void skippedSubtree_makesNoElements();
 
+    // Several files
     void parser_readsSeveralFiles();
     void parser_deletesNothing_afterWholeFile();
     void laterParse_dropsOpenElementsWithoutDeletingThem();
     void laterParse_startsFiltering_afterBrokenFile();
 
+    // Broken files
     void brokenFile_givesOneLine_data();
     void brokenFile_givesOneLine();
     void brokenFile_givesChildrenBeforeFault_whichOutliveParser_data();
@@ -162,6 +167,7 @@ private Q_SLOTS:
     void brokenFile_endsProcess_withoutOpenElement_data();
     void brokenFile_endsProcess_withoutOpenElement();
 
+    // Single steps
     void startElement_buildsBelowInnermostElement();
     void startElement_trimsNames();
     void startElement_isTrue_whenTagIsDroppedOrSkipped();
