@@ -74,15 +74,15 @@ public:
     ~VLInterface() override;
 
     /**
-     * The window that takes a popup that a scene has reserved.
+     * Gives the window that takes a popup that a scene has reserved.
      *
      * @return A window that stays the host's, or null, which is the default: the popup then becomes
      *         a window of its own.
      */
     virtual QWidget* createWindow();
 
-    /// The key of the content for @p object, asked at each tooltip event. By default the object's
-    /// name; an empty key is looked up like any other.
+    /// Returns the key of the content for @p object; asked at each tooltip event. The default is
+    /// the object's name. An empty key is looked up like any other.
     virtual QString keyForObject(QObject* object);
 
     /**
@@ -104,14 +104,16 @@ public:
     /**
      * Translates @p text of a scene within @p context.
      *
-     * The default looks into the translation file of the package on show. It gives @p text where
-     * there is no popup or no such file can be loaded, and an empty string where the file has no
-     * entry for the text, or where there is no content on show and no file was loaded yet.
+     * The default looks into the translation file of the package on show.
+     *
+     * @return The translation. By default it is @p text itself where there is no popup or no such
+     *         file can be loaded, and an empty string where the file has no entry for the text, or
+     *         where there is no content on show and no file was loaded yet.
      */
     virtual QString translateString(const QString& text, const QString& context);
 
     /**
-     * The shortcut to be shown for @p object, before each display.
+     * Gives the shortcut to be shown for @p object; asked before each display.
      *
      * @param key The requested key, also where the fallback's content is shown.
      * @param object The object that the popup belongs to; may be null or no widget.
@@ -120,7 +122,7 @@ public:
      */
     virtual QString shortCutForObject(const QString& key, QObject* object, const QString& shortcut);
 
-    /// The settings that the library reads; a change takes effect at the next reading.
+    /// Returns the settings that the library reads. A change takes effect at the next reading.
     VLContext& context();
     /// @overload
     const VLContext& context() const;
@@ -130,10 +132,11 @@ public:
     void setGlobalProperty(const QString& name, const QVariant& value);
 
     /**
-     * The keys of all control files, in search order; a key with a file per locale comes once per
-     * file.
+     * Lists the keys of all control files.
      *
-     * Reads every control file, and each call leaves the trees that it parsed allocated.
+     * It reads every control file, and each call leaves the trees that it parsed allocated.
+     *
+     * @return The keys in search order. A key with a file per locale comes once per file.
      */
     QStringList keys();
 
@@ -148,20 +151,21 @@ public:
     bool show(const QString& key, const QPoint& position, QObject* reference);
 
     /// For a host's own filter: dismisses the popup at a mouse button event outside it. Always
-    /// false, so that the event goes on.
+    /// returns false, so that the event goes on.
     bool mouseButtonEventFilter(QObject* object, QMouseEvent* event);
 
     /// For a host's own filter: follows the pointer, anywhere in the application, for the popup's
-    /// automatic hiding. Always false, so that the event goes on.
+    /// automatic hiding. Always returns false, so that the event goes on.
     bool mouseMoveEventFilter(QObject* object, QMouseEvent* event);
 
     /**
-     * One attribute of the content for @p key: from the popup or a reserved window that shows the
-     * key, where there is one, else from disk.
+     * Reads one attribute of the content for @p key: from the popup or a reserved window that
+     * shows the key, where there is one, else from disk.
      *
      * A reading from disk leaves what is above the content in its tree allocated.
      *
-     * @return @p defaultValue where there is no such content or it has no such attribute.
+     * @return The value, or @p defaultValue where there is no such content or it has no such
+     *         attribute.
      */
     QString vidletAttribute(const QString& key, const QString& attribute,
                             const QString& defaultValue);

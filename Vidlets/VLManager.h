@@ -59,37 +59,38 @@ public:
     VLManager(VLInterface* interface, VLContext& context, const QStringList& dataPaths,
               VLIndex* index);
 
-    /// Releases the popup by deferred deletion; reserved windows stay, they belong to the user.
+    /// Releases the popup by deferred deletion. Reserved windows stay, as they belong to the user.
     /// Clears Qt::WA_AlwaysShowToolTips on every top-level widget, whoever has set it.
     ~VLManager() override;
 
-    /// The manager's own copy of the settings, the one that the library reads.
+    /// Returns the manager's own copy of the settings, which is the one that the library reads.
     VLContext& context();
     /// @overload
     const VLContext& context() const;
-    /// The index; see the constructor for who owns it.
+    /// Returns the index; see the constructor for who owns it.
     VLIndex* index();
-    /// The host's interface.
+    /// Returns the host's interface.
     VLInterface* interface();
-    /// The current popup, owned by the manager, or null before the first show().
+    /// Returns the current popup, which the manager owns, or null before the first show().
     VLWidget* widget();
-    /// The scale factor of getScaledSize().
+    /// Returns the scale factor of getScaledSize().
     float realScaleValue();
 
     /// Hands @p message to the host unless its @p type is greater than ckMessageLevel.
     void handleMessage(VLMessageType type, const QString& message);
 
-    /// @p size, in pixels, times the scale factor, truncated; @p size itself if the factor is 0.
+    /// Returns @p size, in pixels, times the scale factor, truncated; @p size itself if the factor
+    /// is 0.
     int getScaledSize(int size);
 
-    /// Asks the host for the key of @p object.
+    /// Returns the key that the host gives for @p object.
     QString keyForObject(QObject* object);
 
     /// Sets the text variable @p name; text that has been interpolated already stays as it is.
     void setGlobalProperty(const QString& name, const QVariant& value);
 
-    /// Where the popup goes for a pointer at @p position, in global coordinates: away from it by
-    /// ckTooltipOffset. @p reference is not used.
+    /// Returns where the popup goes for a pointer at @p position, in global coordinates: away from
+    /// it by ckTooltipOffset. @p reference is not used.
     QPoint tooltipPosition(const QPoint& position, QWidget* reference);
 
     /**
@@ -108,24 +109,26 @@ public:
     /// and stays so.
     void indexControFile(const QString& controlFile, const QString& packagePath);
 
-    /// The data paths that were given to the constructor, not those loaded later.
+    /// Returns the data paths that were given to the constructor, without those loaded later.
     QStringList searchPaths();
 
-    /// The keys of all control files; see VLIndex::keys().
+    /// Returns the keys of all control files; see VLIndex::keys().
     QStringList keys();
 
     /**
      * Gets the content for @p key in ckLocale, else in ckFallbackLocale.
      *
-     * The result and the output arguments are those of VLIndex::retrieve(): the caller owns
-     * @p root, and with it the result; null is the normal answer for an unknown key.
+     * The output arguments are those of VLIndex::retrieve(). The caller owns @p root, and with it
+     * the result.
+     *
+     * @return The content, or null, which is the normal answer for an unknown key.
      */
     VLXmlElement* retrieve(const QString& key, QString& path, int& depth, VLXmlElement*& root);
 
-    /// The locale of translation: ckLocale, else ckFallbackLocale, else the system's.
+    /// Returns the locale of translation: ckLocale, else ckFallbackLocale, else the system's.
     QLocale currentLocale();
 
-    /// Fills in the variables of setGlobalProperty(); see the overload.
+    /// Returns @p text with the variables of setGlobalProperty() filled in; see the overload.
     QString interpolate(const QString& text);
 
     /**
@@ -134,6 +137,8 @@ public:
      * Names consist of letters, digits, "-" and "_", and their case matters. Unknown names stay,
      * and so do those whose value has a null string form. References inside a value are filled in
      * too; a value that contains its own reference never finishes.
+     *
+     * @return The text with its references replaced.
      */
     QString interpolate(const QString& text, const QMap<QString, QVariant>& variables);
 
@@ -146,11 +151,12 @@ public:
      */
     bool openExternalResource(const QString& resource);
 
-    /// Follows the pointer while the popup is visible. @p object is not looked at. Always false.
+    /// Follows the pointer while the popup is visible. @p object is not looked at. Always
+    /// returns false.
     bool mouseMoveEventFilter(QObject* object, QMouseEvent* event);
 
     /// Hides the popup at a mouse button event outside it, or brings it forward if its scene asked
-    /// for it to stay open. Always false.
+    /// for it to stay open. Always returns false.
     bool mouseButtonEventFilter(QObject* object, QMouseEvent* event);
 
     /**
@@ -158,6 +164,8 @@ public:
      *
      * The first call that ckDisabled and ckRequiredModifiers let pass makes the popup, the view and
      * the QML engine, even where there is no content.
+     *
+     * @return Whether the request is dealt with.
      */
     bool show(const QString& key, const QPoint& position, QObject* reference);
 
@@ -178,13 +186,13 @@ public:
     /**
      * Translates @p text within @p context by the translation file of the package on show.
      *
-     * @return @p text where no popup exists or the file cannot be loaded; an empty string where the
-     *         file has no entry for it, or where there is no content on show and no file was loaded
-     *         yet.
+     * @return The translation. It is @p text itself where no popup exists or the file cannot be
+     *         loaded, and an empty string where the file has no entry for it, or where there is no
+     *         content on show and no file was loaded yet.
      */
     QString translateString(const QString& text, const QString& context);
 
-    /// One attribute of the content for @p key; see VLInterface::vidletAttribute().
+    /// Returns one attribute of the content for @p key; see VLInterface::vidletAttribute().
     QString vidletAttribute(const QString& key, const QString& attribute,
                             const QString& defaultValue);
 
@@ -192,8 +200,8 @@ protected:
     /// Makes the current popup with its view and container, when there is none.
     void initializeTooltipWindow();
 
-    /// Watches tooltip, mouse and deactivation events; swallows a tooltip event that was dealt
-    /// with.
+    /// Watches tooltip, mouse and deactivation events. Returns true for a tooltip event that was
+    /// dealt with, which goes no further, and false for all others.
     bool eventFilter(QObject* object, QEvent* event) override;
 
 private:

@@ -31,7 +31,7 @@ class VIDLETS_EXPORT VLStyledRectangleComponent : public QQuickPaintedItem
     /// The colour for text on the rectangle: black in the style of tooltips, else the
     /// application's.
     Q_PROPERTY(QColor textColor READ textColor NOTIFY textColorChanged)
-    /// Whether the rectangle has the colours of tooltips; no by default.
+    /// Whether the rectangle has the colours of tooltips. False by default.
     Q_PROPERTY(bool toolTipStyle READ toolTipStyle WRITE setToolTipStyle NOTIFY toolTipStyleChanged)
 
 public:
@@ -39,11 +39,11 @@ public:
     explicit VLStyledRectangleComponent(QQuickPaintedItem* parent = nullptr);
     ~VLStyledRectangleComponent() override;
 
-    /// See the property element.
+    /// Returns the property element.
     QString element();
-    /// See the property textColor.
+    /// Returns the property textColor.
     QColor textColor();
-    /// See the property toolTipStyle.
+    /// Returns the property toolTipStyle.
     bool toolTipStyle();
 
     /// Sets the property; for a known name the signal is sent also when it stays the same.
@@ -51,8 +51,8 @@ public:
     /// Sets the property; both signals are sent also when it stays the same.
     void setToolTipStyle(bool on);
 
-    /// Draws the rectangle: in the style of tooltips exactly the item's, else one unit larger on
-    /// each side.
+    /// Draws the rectangle: that of the item in the style of tooltips, else one that is larger by
+    /// one unit on each side.
     void paint(QPainter* painter) override;
 
 Q_SIGNALS:

@@ -55,7 +55,7 @@ class VIDLETS_EXPORT VLVideoComponent : public QQuickPaintedItem
     Q_PROPERTY(double contentHeight READ contentHeight NOTIFY contentHeightChanged)
     /// Width of the clip, in its own pixels; 200 before the first.
     Q_PROPERTY(double contentWidth READ contentWidth NOTIFY contentWidthChanged)
-    /// 1.0, or not a number while there are no frames.
+    /// How much of the clip is loaded: 1.0, or not a number while there are no frames.
     Q_PROPERTY(double loadProgress READ loadProgress NOTIFY loadProgressChanged)
 
 public:
@@ -73,35 +73,35 @@ public:
     /// Stops the controller, then the source. Each may take as long as its thread needs to end.
     ~VLVideoComponent() override;
 
-    /// See the property source.
+    /// Returns the property source.
     QString source() const;
     /// Sets the property source and loads the clip if the name leads to a file.
     void setSource(const QString& name);
-    /// See the property state.
+    /// Returns the property state.
     VideoState state() const;
     /// Asks the controller for @p state.
     void setState(VideoState state);
-    /// See the property position.
+    /// Returns the property position.
     qlonglong position() const;
     /// Moves to the frame @p position, or to the last one.
     void setPosition(qlonglong position);
-    /// See the property progress.
+    /// Returns the property progress.
     double progress() const;
     /// Moves to @p progress, from 0.0 to 1.0.
     void setProgress(double progress);
-    /// See the property searchPath.
+    /// Returns the property searchPath.
     QString searchPath() const;
     /// Sets the property; the signal is sent also when it stays the same.
     void setSearchPath(const QString& path);
-    /// See the property scrubbing.
+    /// Returns the property scrubbing.
     bool isScrubbing() const;
     /// Sets the property scrubbing.
     void setScrubbing(bool scrubbing);
-    /// See the property contentHeight.
+    /// Returns the property contentHeight.
     double contentHeight() const;
-    /// See the property contentWidth.
+    /// Returns the property contentWidth.
     double contentWidth() const;
-    /// See the property loadProgress.
+    /// Returns the property loadProgress.
     double loadProgress() const;
 
     /// Draws the frame, scaled by the view's factor.
@@ -134,7 +134,7 @@ Q_SIGNALS:
     void loadProgressChanged();
 
 public Q_SLOTS:
-    /// Fetches the frame at the position and repaints; keeps the one it has where there is none.
+    /// Fetches the frame at the position and repaints. Keeps the frame before where there is none.
     void frameReady();
     /// Plays; from the start where the position is at the end.
     void play();

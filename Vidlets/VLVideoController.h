@@ -55,9 +55,9 @@ public:
     /// Sets the quit flag, and waits for nothing.
     ~VLVideoController() override;
 
-    /// Pauses, rewinds and has the source load @p url. False where the source refuses it.
+    /// Pauses, rewinds and has the source load @p url. Returns false where the source refuses it.
     bool setSource(const QUrl& url);
-    /// The source's current URL.
+    /// Returns the source's current URL.
     QUrl source();
     /// Closes the source.
     void close();
@@ -68,48 +68,51 @@ public:
     void pause();
     /// Sets the state; the signal is sent also when it stays the same.
     void setState(State state);
-    /// The state.
+    /// Returns the state.
     State state();
 
-    /// The index of the frame to be shown next.
+    /// Returns the index of the frame to be shown next.
     quint64 position();
     /// Moves to the frame @p position, or to the last one where there is no such frame. With no
     /// frames at all the position ends beyond any frame.
     void setPosition(quint64 position);
-    /// The position divided by the number of frames; 0.0 with none.
+    /// Returns the position divided by the number of frames, or 0.0 where there are none.
     double progress();
     /// Moves to @p progress, from 0.0 for the first to 1.0 for the last frame. What lies outside,
     /// and what is not a number, leads to the last frame too; less than a frame below 0.0 is 0.0.
     void setProgress(double progress);
-    /// 1.0, or not a number while there are no frames: loaded and total count are the same.
+    /// Returns 1.0, or not a number while there are no frames: the loaded and the total count are
+    /// the same.
     double loadProgress() const;
-    /// The number of frames.
+    /// Returns the number of frames.
     quint64 frameCount();
-    /// The source's frame width, in pixels.
+    /// Returns the source's frame width, in pixels.
     double frameWidth() const;
-    /// The source's frame height, in pixels.
+    /// Returns the source's frame height, in pixels.
     double frameHeight() const;
 
-    /// The frame at @p index, or a null one. Not before the first source was set up.
+    /// Returns the frame at @p index, or a null one. Must not be called before the first source was
+    /// set up.
     VLVideoFrame getFrame(quint64 index);
-    /// The frame at the position, or a null one; notes that it was fetched. Not before the first
-    /// source was set up.
+    /// Returns the frame at the position, or a null one, and notes that it was fetched. Must not be
+    /// called before the first source was set up.
     VLVideoFrame currentFrame();
 
-    /// See setScrubbing().
+    /// Returns what setScrubbing() has set.
     bool isScrubbing() const;
     /// While @p scrubbing, the end of decoding does not pause. No signal is sent.
     void setScrubbing(bool scrubbing);
-    /// Whether a frame must be shown although the position does not walk.
+    /// Sets whether a frame must be shown although the position does not walk.
     void setNeedFrame(bool needFrame);
-    /// When the last frame was shown; null before the first.
+    /// Returns when the last frame was shown, or a null time before the first.
     QDateTime lastFrameDisplayTime() const;
     /// Sets when the last frame was shown.
     void setLastFrameDisplayTime(const QDateTime& time);
 
     /// Has the loop end.
     void setShouldQuit();
-    /// Whether the loop is to end; false also where the lock could not be had in 100 milliseconds.
+    /// Returns whether the loop is to end. Returns false also where the lock could not be had in
+    /// 100 milliseconds.
     bool shouldQuit();
     /// Has the loop end and waits for it, for 10000 milliseconds, then terminates the thread and
     /// waits as long again.

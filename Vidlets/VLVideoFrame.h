@@ -33,7 +33,7 @@ public:
     /// Shares the pixels of @p other.
     VLVideoFrame& operator=(const VLVideoFrame& other);
 
-    /// The presentation stamp, in seconds where it comes from a video source.
+    /// Returns the presentation stamp, in seconds where it comes from a video source.
     double pts() const;
     /// Sets the presentation stamp.
     void setPts(double pts);

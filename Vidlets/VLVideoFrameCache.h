@@ -35,11 +35,11 @@ public:
     /// Appends a copy of @p frame.
     virtual void addFrame(const VLVideoFrame& frame);
 
-    /// The frame at @p index, or a null one beyond the last. Must not be called on an empty cache,
-    /// which ends the process.
+    /// Returns the frame at @p index, or a null one beyond the last. Must not be called on an empty
+    /// cache, which ends the process.
     virtual VLVideoFrame frame(quint64 index);
 
-    /// The number of frames.
+    /// Returns the number of frames.
     virtual quint64 length();
 
 private:

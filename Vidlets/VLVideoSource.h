@@ -53,9 +53,9 @@ public:
 
     /// Passes an empty URL to setSource(), which refuses it: closing is the derived class's work.
     virtual void close();
-    /// Whether a media is open.
+    /// Returns whether a media is open.
     virtual bool isOpen() = 0;
-    /// The wall clock, in seconds.
+    /// Returns the wall clock, in seconds.
     virtual double getTime() = 0;
     /// Makes @p action the current one, unless it is ActionNone. For change records.
     virtual void changeSetAction(Action action);
@@ -63,15 +63,15 @@ public:
     virtual void changeSetPosition(quint64 position) = 0;
     /// Makes @p source the current URL, without a signal. For change records.
     virtual void changeSetSource(const QUrl& source);
-    /// Length of the clip, in seconds.
+    /// Returns the length of the clip, in seconds.
     virtual double duration() = 0;
-    /// Seconds per tick of the codec.
+    /// Returns the seconds per tick of the codec.
     virtual double timeBase() = 0;
-    /// Frames per second.
+    /// Returns the frames per second.
     virtual double frameRate() = 0;
-    /// Width of the pictures, in pixels.
+    /// Returns the width of the pictures, in pixels.
     virtual double frameWidth() const = 0;
-    /// Height of the pictures, in pixels.
+    /// Returns the height of the pictures, in pixels.
     virtual double frameHeight() const = 0;
 
     /**
@@ -81,12 +81,13 @@ public:
      *
      * The current URL changes later, when the source thread gets to it.
      *
-     * @return False, with nothing changed, where @p url is invalid or the current one.
+     * @return True where the change was queued. False, with nothing changed, where @p url is
+     * invalid or the current one.
      */
     bool setSource(const QUrl& url);
-    /// The current URL. On any thread.
+    /// Returns the current URL. On any thread.
     QUrl source();
-    /// The current action. On any thread.
+    /// Returns the current action. On any thread.
     Action action();
     /// Appends a change of the action. On the source thread alone: it takes no lock.
     void setAction(Action action);
@@ -95,23 +96,24 @@ public:
     /// Puts a fresh cache in place and has the thread decode into it. On the source thread.
     void setupSource();
 
-    /// The frame at @p index, or a null one beyond the last. On any thread, but not before the
-    /// first source was set up.
+    /// Returns the frame at @p index, or a null one beyond the last. On any thread, but not before
+    /// the first source was set up.
     VLVideoFrame getFrame(unsigned int index);
     /// Appends @p frame to the cache. On the source thread, not before the first source was set up.
     void pushFrame(const VLVideoFrame& frame);
-    /// Whether there is a frame at @p index. On any thread.
+    /// Returns whether there is a frame at @p index. On any thread.
     bool isFrameAvailable(quint64 index);
-    /// The number of frames decoded so far. On any thread.
+    /// Returns the number of frames decoded so far. On any thread.
     quint64 loadedFrameCount();
-    /// The same: how many there will be is not known ahead of decoding. On any thread.
+    /// Returns the same as loadedFrameCount(), as nobody knows ahead of decoding how many frames
+    /// there will be. On any thread.
     quint64 totalFrameCount();
 
     /// Sends streamEnded().
     void notifyStreamEnded();
     /// Has the loop end. On any thread.
     void setShouldQuit();
-    /// Whether the loop is to end. On any thread.
+    /// Returns whether the loop is to end. On any thread.
     bool shouldQuit();
     /// Has the loop end and waits for it, for 10000 milliseconds, then terminates the thread and
     /// waits as long again. On any thread but the source's.
@@ -134,7 +136,7 @@ Q_SIGNALS:
     void loadProgressChanged();
 
 protected:
-    /// Ends a load: sends sourceLoaded(). True.
+    /// Ends a load: sends sourceLoaded(). Always returns true.
     virtual bool loadSource();
 
     /// Carries out the oldest change record, if there is one. At the top of each pass of the loop.
@@ -156,7 +158,8 @@ struct VLVideoSourceChange
     }
     virtual ~VLVideoSourceChange() = default;
 
-    /// What the record sets: 1 for the action, 2 for the source. Read by nothing.
+    /// Returns what the record sets, as a sum: 1 for the action, 2 for the source. Nothing reads
+    /// it.
     virtual int changeMask()
     {
         return 1;

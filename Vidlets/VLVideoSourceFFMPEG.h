@@ -42,34 +42,34 @@ public:
     /// Closes the media; a decoding thread goes idle at its next frame. The frames stay. On any
     /// thread.
     void close() override;
-    /// Whether a media is open: from the load to the end of decoding or close().
+    /// Returns whether a media is open: from the load to the end of decoding or close().
     bool isOpen() override;
-    /// The wall clock, in seconds.
+    /// Returns the wall clock, in seconds.
     double getTime() override;
     /// Seeks the decoder to the frame at @p frameIndex, or resets the clock with no media open.
     /// Nothing in the library asks for it.
     void changeSetPosition(quint64 frameIndex) override;
-    /// Length of the clip that was loaded last, in seconds; 0.0 before.
+    /// Returns the length of the clip that was loaded last, in seconds; 0.0 before.
     double duration() override;
-    /// Seconds per tick of the codec of the clip that was loaded last; 0.0 before. What the codec's
-    /// headers tell, which is half a frame's time for H.264 and MPEG-2; a tick of the stream where
-    /// they know of no rate, as for VP8.
+    /// Returns the seconds per tick of the codec of the clip that was loaded last; 0.0 before. The
+    /// tick is what the codec's headers tell, which is half a frame's time for H.264 and MPEG-2. It
+    /// is that of the stream where the headers know of no rate, as for VP8.
     double timeBase() override;
-    /// Frames per second of the clip that was loaded last; 0.0 before.
+    /// Returns the frames per second of the clip that was loaded last; 0.0 before.
     double frameRate() override;
-    /// Width of the clip that was loaded last, in pixels; 200.0 before.
+    /// Returns the width of the clip that was loaded last, in pixels; 200.0 before.
     double frameWidth() const override;
-    /// Height of the clip that was loaded last, in pixels; 150.0 before.
+    /// Returns the height of the clip that was loaded last, in pixels; 150.0 before.
     double frameHeight() const override;
-    /// Always 0.
+    /// Always returns 0.
     virtual quint64 position();
-    /// Stamp of the newest frame divided by the duration.
+    /// Returns the stamp of the newest frame divided by the duration.
     virtual double progress();
 
 protected:
     /// The loop of the thread, until the quit flag or ActionQuit is set.
     void run() override;
-    /// Opens the current source and starts to decode it. False where that failed.
+    /// Opens the current source and starts to decode it. Returns false where that failed.
     bool loadSource() override;
 
 private:

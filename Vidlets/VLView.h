@@ -41,11 +41,11 @@ class VIDLETS_EXPORT VLView : public QQuickView
     Q_PROPERTY(bool reserved READ reserved WRITE setReserved NOTIFY reservedChanged)
     /// The content on show. The signal is never sent.
     Q_PROPERTY(Vidlets::VLXmlElement* content READ content WRITE setContent NOTIFY contentChanged)
-    /// Whether the host can open documentation; no where ckDocumentationEnabled is not set.
+    /// Whether the host can open documentation. False where ckDocumentationEnabled is not set.
     Q_PROPERTY(bool documentationAvailable READ documentationAvailable NOTIFY
                    documentationAvailableChanged)
-    /// What the content calls its resource directory; a name, not a resolved path. Tells of no
-    /// change: a scene reads it when it is loaded.
+    /// What the content calls its resource directory: a name, not a resolved path. No signal tells
+    /// of a change, as a scene reads it when it is loaded.
     // clazy:excludeall=qproperty-without-notify
     Q_PROPERTY(QString resourceDirectory READ resourceDirectoryPath)
 
@@ -69,7 +69,7 @@ public:
     /// Asks the host to open a URL, a path or a name within the documentation.
     Q_INVOKABLE void openExternalResource(const QString& resourceLocator);
 
-    /// Fills in the host's text variables; see VLManager::interpolate().
+    /// Returns @p string with the host's text variables filled in; see VLManager::interpolate().
     Q_INVOKABLE QString interpolate(const QString& string);
 
     /// Sets the cursor of the whole application; shapes as in setItemCursor(), but an empty string
@@ -79,26 +79,28 @@ public:
     /// Undoes the last setOverrideCursor().
     Q_INVOKABLE void restoreOverrideCursor();
 
-    /// Has the host translate @p string within @p context; @p string itself without a host.
+    /// Returns what the host makes of @p string within @p context, or @p string itself where there
+    /// is no host.
     Q_INVOKABLE QString translate(const QString& string, const QString& context) const;
 
     /**
-     * The absolute path of the resource @p relativePath of the content on show.
+     * Finds the resource @p relativePath of the content on show.
      *
-     * @return The name of the resource directory, "Resources" by default, where no such file
-     * exists.
+     * @return The absolute path of the file, or the name of the resource directory, "Resources" by
+     *         default, where no such file exists.
      */
     Q_INVOKABLE QString findResource(const QString& relativePath) const;
 
-    /// @p size, in pixels, scaled by ckScale and truncated.
+    /// Returns @p size, in pixels, scaled by ckScale and truncated.
     Q_INVOKABLE int getScaledSize(int size);
 
     /**
-     * What the content calls a kind of component: its attribute @p attribute, else that of its
-     * parent, else the setting @p key, else @p defaultValue.
+     * Looks up what the content calls a kind of component.
      *
-     * An attribute that is present but empty leads on to the setting, not to the parent. Without
-     * content the result is a null string.
+     * An attribute that is present but empty leads on to the setting, not to the parent.
+     *
+     * @return The content's attribute @p attribute, else that of its parent, else the setting
+     *         @p key, else @p defaultValue. A null string where there is no content.
      */
     QString categoryPath(const QString& attribute, const QString& defaultValue,
                          Vidlets::contextKey key) const;
@@ -112,17 +114,17 @@ public:
     QString findComponent(const QString& attribute, Vidlets::contextKey key,
                           const QString& defaultValue, const QString& relativePath) const;
 
-    /// The scene for the content, as findComponent() gives it: the simple one if ckSimpleTooltips
-    /// is set, else the main one.
+    /// Returns the scene for the content, as findComponent() gives it: the simple one if
+    /// ckSimpleTooltips is set, else the main one.
     QString uiRootFilePath() const;
 
-    /// See the property resourceDirectory. Nothing is searched.
+    /// Returns the property resourceDirectory. Nothing is searched.
     QString resourceDirectoryPath() const;
 
-    /// See the property documentationAvailable.
+    /// Returns the property documentationAvailable.
     bool documentationAvailable();
 
-    /// The package directory of the content.
+    /// Returns the package directory of the content.
     QDir packageRoot() const;
     /// Sets the package directory of the content.
     void setPackageRoot(const QDir& dir);
@@ -130,10 +132,10 @@ public:
     /// Moves the window, in pixels, within its parent.
     void setViewPos(int x, int y);
 
-    /// The manager; null once it is gone.
+    /// Returns the manager, or null once it is gone.
     VLManager* manager() const;
 
-    /// The content on show, owned by the view; may be null.
+    /// Returns the content on show, which the view owns, or null.
     VLXmlElement* content();
     /// @overload
     const VLXmlElement* content() const;
@@ -141,12 +143,12 @@ public:
     /// no signal is sent.
     void setContent(Vidlets::VLXmlElement* content);
 
-    /// See the property stayOpen.
+    /// Returns the property stayOpen.
     bool stayOpen() const;
     /// Sets the property; the signal is sent also when it stays the same.
     void setStayOpen(bool stayOpen);
 
-    /// See the property reserved.
+    /// Returns the property reserved.
     bool reserved() const;
     /// Sets the property; the signal is sent only when it changes.
     void setReserved(bool reserved);
@@ -155,7 +157,8 @@ public Q_SLOTS:
     /// Reports each of @p warnings. Connected to the engine of the view.
     void handleWarnings(const QList<QQmlError>& warnings);
 
-    /// Reports the view's errors if @p s is QQuickView::Error. Connected by nobody; for a host.
+    /// Reports the view's errors if @p s is QQuickView::Error. The library does not connect it; a
+    /// host may.
     void statusHasChanged(QQuickView::Status s);
 
     /// Loads the scene @p path unless it is loaded already; keeps the present one if there is no
@@ -165,8 +168,8 @@ public Q_SLOTS:
     /// Sets the property "state" of the scene's root object to the empty string.
     void resetState();
 
-    /// Tells that documentationAvailable may have changed if @p key is ckDocumentationEnabled.
-    /// Connected by nobody; for a host.
+    /// Tells that documentationAvailable may have changed if @p key is ckDocumentationEnabled. The
+    /// library does not connect it; a host may.
     void managerContextSettingDidChange(Vidlets::contextKey key);
 
 Q_SIGNALS:

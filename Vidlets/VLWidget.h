@@ -48,24 +48,25 @@ public:
     /// null.
     void setView(VLView* view);
 
-    /// Stores the window container of the view, a child of the popup. The capital S stays.
+    /// Stores the window container of the view, a child of the popup. The name begins with a
+    /// capital, and keeps it.
     void SetContainerWidget(QWidget* widget);
 
     /// Follows the pointer: stops the hide timer when @p pos is safe, else starts it unless it
     /// runs.
     void checkMousePosition(const QPoint& pos);
 
-    /// Whether the popup stays while the pointer is at @p pos: over the reference widget, or in the
-    /// popup's frame grown by ckSafeZoneMargin, edges included. Without a reference widget, a point
-    /// over no widget of the application counts as well.
+    /// Returns whether the popup stays while the pointer is at @p pos: over the reference widget,
+    /// or in the popup's frame grown by ckSafeZoneMargin, edges included. Without a reference
+    /// widget, a point over no widget of the application counts as well.
     bool isSafe(const QPoint& pos);
 
-    /// The view; may be null.
+    /// Returns the view, or null.
     VLView* view();
-    /// The manager; null once it is gone.
+    /// Returns the manager, or null once it is gone.
     VLManager* manager();
-    /// The control that the popup belongs to, or null. Not owned, and left as it was when the
-    /// control dies, until the next showWithContent().
+    /// Returns the control that the popup belongs to, or null. It is not owned. When the control
+    /// dies, the pointer stays as it is until the next showWithContent().
     QWidget* referenceWidget();
 
 public Q_SLOTS:
@@ -102,11 +103,13 @@ public Q_SLOTS:
     void contentResized();
 
     /**
-     * @p geometry moved, not resized, into the available area of the screen.
+     * Moves @p geometry into the available area of the screen, without resizing it.
      *
      * A rectangle larger than the area ends flush with its bottom and right. @p move, which may be
      * null, tells whether it was moved. The screen is the reference widget's, or the popup's own
      * where there is none.
+     *
+     * @return The rectangle where it lies then.
      */
     QRect findVisibleGeometry(QRect geometry, bool* move = nullptr);
 

@@ -159,10 +159,10 @@ int run(int argc, char* argv[], int repetitions, const std::vector<Aim>& aims)
     return EXIT_SUCCESS;
 }
 
-void verify(bool holds, const char* promise)
+void verify(bool holds, const char* claim)
 {
     if (!holds)
-        qFatal("Not so: %s", promise);
+        qFatal("Not so: %s", claim);
 }
 
 } // namespace Report

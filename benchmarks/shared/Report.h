@@ -67,7 +67,7 @@ struct Aim
 int run(int argc, char* argv[], int repetitions, const std::vector<Aim>& aims);
 
 /// Ends the program where @p holds is false: what is not what it seems is not timed.
-void verify(bool holds, const char* promise);
+void verify(bool holds, const char* claim);
 
 } // namespace Report
 
