@@ -68,6 +68,8 @@ public:
     }
     double frameRate() override
     {
+        for (; framesToCome > 0; --framesToCome)
+            pushFrame(numberedFrame(0));
         return rate;
     }
     double frameWidth() const override
@@ -102,6 +104,8 @@ public:
     }
 
     double rate = 100.0;
+    /// Delivered as soon as somebody asks for the frame rate.
+    int framesToCome = 0;
     int closings = 0;
     int changesOfPosition = 0;
 };
@@ -249,6 +253,7 @@ private Q_SLOTS:
     // One frame
     void presentFrame_emitsAlone_whenPaused();
     void presentFrame_movesOnByOne_whenPlaying();
+    void presentFrame_showsFrame_thatArrivesWhileItAsks();
     void presentFrame_setsDisplayTime_whenPlaying();
     void presentFrame_doesNothing_whenLastFrameWasFetched();
     void presentFrame_onlySleeps_whenEndWasNotFetched();
@@ -844,6 +849,21 @@ void TestVLVideoController::presentFrame_movesOnByOne_whenPlaying()
     QCOMPARE(seen, (QList<quint64>{1, 2}));
     QCOMPARE(player.takeOrder(), u"display position display position"_s);
     QCOMPARE(numberOf(player->currentFrame()), 2);
+}
+
+void TestVLVideoController::presentFrame_showsFrame_thatArrivesWhileItAsks()
+{
+    Player player(1, 1000.0);
+    player->setState(VLVideoController::StatePlaying);
+    player->presentFrame();
+    QCOMPARE(player->position(), 1U);
+    player.takeOrder();
+
+    player.source.framesToCome = 1;
+    player->presentFrame();
+
+    QCOMPARE(player->position(), 2U);
+    QCOMPARE(player.takeOrder(), u"display position"_s);
 }
 
 void TestVLVideoController::presentFrame_setsDisplayTime_whenPlaying()
