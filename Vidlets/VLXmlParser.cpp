@@ -14,6 +14,8 @@
 #include <QTextStream>
 #include <QXmlStreamReader>
 
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 namespace Vidlets {
@@ -179,8 +181,8 @@ void VLXmlParserPrivate::appendText(QObject* element, const QString& text)
     if (method < 0)
         return;
     // The first argument is the result, of which there is none.
-    void* arguments[] = {nullptr, const_cast<QString*>(&text)};
-    QMetaObject::metacall(element, QMetaObject::InvokeMetaMethod, method, arguments);
+    std::array<void*, 2> arguments = {nullptr, const_cast<QString*>(&text)};
+    QMetaObject::metacall(element, QMetaObject::InvokeMetaMethod, method, arguments.data());
 }
 
 QObject* VLXmlParserPrivate::createElement(QStringView name,
