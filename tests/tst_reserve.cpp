@@ -571,7 +571,7 @@ void TestReserve::floating_hasNoParent_whenReferenceIsPopupItself()
     QFETCH(const QString, reference);
     PopupStage stage(lasting());
     const QPointer<VLWidget> popup = stage.popup();
-    QWidget* window = new QWidget(popup, Qt::Window);
+    auto* window = new QWidget(popup, Qt::Window);
     const QMap<QString, QWidget*> widgets{
         {u"popup"_s, popup}, {u"inside"_s, containerOf(popup)}, {u"window"_s, window}};
 

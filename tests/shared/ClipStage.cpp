@@ -29,6 +29,8 @@ ClipStage::~ClipStage()
         delete m_popup;
     m_manager.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    // A view deletes its content alone, and what is above it is nobody's.
+    delete m_root;
 }
 
 void ClipStage::addTip(const QString& key)
@@ -65,6 +67,8 @@ bool ClipStage::showPopup(const QString& key, const QPoint& position, QObject* r
     openManager();
     const bool isShown = m_manager->show(key, position, reference);
     m_popup = m_manager->widget();
+    if (isShown)
+        m_root = m_popup->view()->content()->parent();
     return isShown;
 }
 

@@ -69,6 +69,8 @@ private:
     std::unique_ptr<Vidlets::VLManager> m_manager;
     std::unique_ptr<Vidlets::VLView> m_view;
     QPointer<Vidlets::VLWidget> m_popup;
+    /// Above the content of the last tip.
+    QPointer<QObject> m_root;
 };
 
 #endif
