@@ -349,7 +349,8 @@ QByteArray brokenParts()
     constexpr int kParts = 8;
     constexpr char kPartSize = 4;
     const QByteArray marker(1, char(0xC0 | (kParts - 1)));
-    return QByteArray(kParts * kPartSize, '\0') + marker + QByteArray(kParts, kPartSize) + marker;
+    return QByteArray(qsizetype(kParts) * kPartSize, '\0') + marker + QByteArray(kParts, kPartSize)
+        + marker;
 }
 
 /// @p clip, a file of the format "ivf", with @p content for the packet at @p index.

@@ -556,12 +556,12 @@ void TestVLXmlElement::deepTree_isWrittenAsText_withEachIndent()
     nest(&root, kLevels);
     const QStringList lines = root.toXml().split(u'\n');
     QCOMPARE(lines.size(), 2 * kLevels + 1);
-    for (int level = 0; level < kLevels; ++level) {
+    for (qsizetype level = 0; level < kLevels; ++level) {
         const QString indent(2 * level, u' ');
         QVERIFY(lines.at(level) == indent + u"<a>"_s);
-        QVERIFY(lines.at(2 * kLevels - level) == indent + u"</a>"_s);
+        QVERIFY(lines.at(qsizetype(2) * kLevels - level) == indent + u"</a>"_s);
     }
-    QVERIFY(lines.at(kLevels) == QString(2 * kLevels, u' ') + u"<a/>"_s);
+    QVERIFY(lines.at(kLevels) == QString(qsizetype(2) * kLevels, u' ') + u"<a/>"_s);
 }
 
 void TestVLXmlElement::deepTree_isDeleted()
