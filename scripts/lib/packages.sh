@@ -8,6 +8,8 @@
 vidlets_build_packages=(
     cmake ninja-build g++ ccache pkg-config
     qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools
+    # For a test that reports the geometry of a window as the window system does.
+    qt6-base-private-dev
     # Compiles the translations of the example.
     qt6-tools-dev qt6-l10n-tools
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
@@ -29,8 +31,6 @@ vidlets_recording_packages=(
 )
 
 vidlets_test_packages=(
-    # To report the geometry of a window as the window system does.
-    qt6-base-private-dev
     libasan8 libubsan1 ffmpeg
 )
 
