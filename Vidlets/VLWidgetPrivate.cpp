@@ -170,7 +170,7 @@ void VLWidgetPrivate::renewView()
  * there. So the position is kept here meanwhile, and goes out with each change.
  *
  * A window with a title is placed by its frame, which nobody knows before the window manager has
- * drawn it: such a one is left alone.
+ * drawn it: such a one is sent again to where it was sent before, and only from the origin.
  */
 void VLWidgetPrivate::beginMapping()
 {
@@ -206,10 +206,21 @@ QPoint VLWidgetPrivate::framePosition() const
 
 void VLWidgetPrivate::confirmPosition(const QPoint& position)
 {
-    if (!m_mapping)
+    if (!m_mapping) {
+        confirmTitledWindow(m_popup->window());
         return;
+    }
     m_heldPosition = position;
     m_mapping->setFramePosition(position);
+}
+
+/// The widget still knows where it was sent when its window has already been told of the origin.
+void VLWidgetPrivate::confirmTitledWindow(const QWidget* framed)
+{
+    QWindow* window = framed->windowHandle();
+    const bool mapping = window && window->isVisible() && !window->isExposed();
+    if (mapping && window->position().isNull() && framed->testAttribute(Qt::WA_Moved))
+        window->setPosition(framed->pos());
 }
 
 bool VLWidgetPrivate::eventFilter(QObject* object, QEvent* event)

@@ -61,6 +61,7 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(VLWidgetPrivate)
 
+    static void confirmTitledWindow(const QWidget* framed);
     QWidget* floatingParent() const;
     void renewView();
 
