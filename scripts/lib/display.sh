@@ -39,9 +39,15 @@ window_manager_answers() {
     [[ $(xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null) == *'window id'* ]]
 }
 
-# start_display [WIDTHxHEIGHTxDEPTH]: exports DISPLAY. The server picks a free number itself, so
-# that scripts can run side by side.
+# start_display [WIDTHxHEIGHTxDEPTH]: exports DISPLAY.
 start_display() {
+    start_display_server "$@"
+    start_window_manager
+}
+
+# start_display_server [WIDTHxHEIGHTxDEPTH]: the screen alone. Exports DISPLAY. The server picks a
+# free number itself, so that scripts can run side by side.
+start_display_server() {
     local size=${1:-1280x800x24}
     display_scratch=$(mktemp -d)
     # Without -noreset the server starts over when its last client leaves, which the first question to
@@ -56,7 +62,6 @@ start_display() {
     fi
     DISPLAY=:$(<"$display_scratch/number")
     export DISPLAY
-    start_window_manager
 }
 
 # Without a window manager no window is ever active, and an inactive application hides its popups.

@@ -20,6 +20,8 @@ vidlets_build_packages=(
 # A virtual display, and what a scene imports at run time.
 vidlets_display_packages=(
     xvfb openbox xdotool x11-utils imagemagick
+    # A Wayland compositor on the virtual display.
+    weston qt6-wayland
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml
     qml6-module-qtqml-workerscript qml6-module-qtquick-layouts
     libgl1-mesa-dri fonts-dejavu-core
