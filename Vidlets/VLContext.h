@@ -86,7 +86,31 @@ enum contextKey : int {
     /// String, "Vidlets": stem of the names of translation files.
     ckTranslationStem = 37,
     /// Float, 1.0: scale factor of sizes. Read at construction of the manager.
-    ckScale = 38
+    ckScale = 38,
+
+    // Safeguards, from 1000 on: off until a host asks for them, one by one or with useSafeguards().
+
+    /// Bool, false: all that a clip holds goes with its item or with its source, its pictures and
+    /// its open file included, also in mid-decoding; and so does all else that a show would leave
+    /// behind. A thread that had to be terminated keeps what it holds.
+    ckReleaseClips = 1000,
+    /// 64-bit integer, bytes, 0 for none: what the pictures of one clip may take, at width times
+    /// height times 4 each. A clip ends before the picture that would exceed it.
+    ckClipMemoryLimit = 1001,
+    /// Bool, false: a clip's threads wake as soon as there is something to do, and only then.
+    ckPromptClips = 1002,
+    /// Bool, false: no file of a package can end or hang the process; a broken one is passed over
+    /// with a warning that names file, line and column.
+    ckGuardContent = 1003,
+    /// Bool, false: scenes reach no network and no file outside the packages, and clips neither.
+    ckConfineContent = 1004,
+    /// Bool, false: a tip stays with its control and goes with it, whatever way the pointer takes.
+    ckSteadyHover = 1005,
+    /// Bool, false: a popup covers neither the pointer nor, where any side has room, its control.
+    ckKeepOffReference = 1006,
+    /// Bool, false: a pinned window follows the size of its scene, carries the title of its tip and
+    /// is translated by its own package.
+    ckTendPinned = 1007
 };
 
 } // namespace Vidlets

@@ -181,6 +181,47 @@ inline float scale(const VLContext& context)
     return context.get(ckScale, 1.0F).toFloat();
 }
 
+inline bool releaseClips(const VLContext& context)
+{
+    return context.get(ckReleaseClips, false).toBool();
+}
+
+/// 0 or below for none.
+inline qint64 clipMemoryLimitBytes(const VLContext& context)
+{
+    return context.get(ckClipMemoryLimit, 0).toLongLong();
+}
+
+inline bool promptClips(const VLContext& context)
+{
+    return context.get(ckPromptClips, false).toBool();
+}
+
+inline bool guardContent(const VLContext& context)
+{
+    return context.get(ckGuardContent, false).toBool();
+}
+
+inline bool confineContent(const VLContext& context)
+{
+    return context.get(ckConfineContent, false).toBool();
+}
+
+inline bool steadyHover(const VLContext& context)
+{
+    return context.get(ckSteadyHover, false).toBool();
+}
+
+inline bool keepOffReference(const VLContext& context)
+{
+    return context.get(ckKeepOffReference, false).toBool();
+}
+
+inline bool tendPinned(const VLContext& context)
+{
+    return context.get(ckTendPinned, false).toBool();
+}
+
 } // namespace Vidlets::Settings
 
 #endif
