@@ -4,6 +4,8 @@
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLSafeguards.h>
 
+#include <QtGlobal>
+
 // Loaded before the library, this takes the place of the store's own reading: a safeguard that the
 // test has not set itself counts as on. So each test runs once more as in a host with safeguards.
 
@@ -16,6 +18,9 @@ VLContext& safeguards()
         Vidlets::useSafeguards(context);
     return context;
 }
+
+/// The tools that a test starts have no use for the module, and would load Qt for it each time.
+[[maybe_unused]] const bool isOutOfEnvironment = qunsetenv("LD_PRELOAD");
 
 } // namespace
 
