@@ -3,6 +3,7 @@
 
 #include "VLIndex.h"
 
+#include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLSettings.h"
@@ -12,6 +13,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QMap>
 #include <QPointer>
 #include <QRegularExpression>
@@ -52,12 +54,12 @@ int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attribut
 
 /// The tag by which a file is told apart: the first one found on a line by the pattern, be it in a
 /// comment; null where there is none.
-QString firstTag(const QString& filePath)
+QString firstTag(const QString& filePath, bool isGuarded)
 {
     // Compiled once: that takes longer than all the rest of a file's share in a scan.
     static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
     QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!(isGuarded ? VLContentGuard::open(file) : file.open(QIODevice::ReadOnly)))
         return QString();
 
     for (QByteArray line = file.readLine(kMaxLineBytes); !line.isEmpty();
@@ -96,11 +98,45 @@ int depthBelow(const QString& root, const QString& file)
     return depth;
 }
 
+/// As depthBelow(), but -1 where the paths do not nest.
+int guardedDepthBelow(const QString& root, const QString& file)
+{
+    const QString rootPath = QDir(root).canonicalPath();
+    if (rootPath.isEmpty())
+        return -1;
+    QDir dir(QFileInfo(file).absoluteFilePath());
+    int depth = 0;
+    while (dir.canonicalPath() != rootPath) {
+        if (dir.isRoot() || !dir.cdUp())
+            return -1;
+        ++depth;
+    }
+    return depth;
+}
+
+/// Copies what @p record says of its key.
+void copyRecord(const VLXmlElement* record, VLXmlElement* element)
+{
+    const QList<QString> names = record->attributeNames();
+    for (const QString& name : names) {
+        if (name != nameAttribute())
+            element->setAttribute(name, record->attribute(name));
+    }
+}
+
+QString standsTwice(const QString& key)
+{
+    return u"the key \"%1\" stands twice in the file"_s.arg(key);
+}
+
 } // namespace
 
 class VLIndexPrivate
 {
 public:
+    void warnOfUnknownPackages(const QString& location, const VLXmlElement* root,
+                               XmlPosition position);
+
     bool contains(const IndexedLocation& entry) const
     {
         return knownPaths.contains(entry.location) && locations.contains(entry);
@@ -127,7 +163,23 @@ public:
     QString resolvedRoot;
     /// Whether the walk has recorded resolvedRoot for its package.
     bool isResolvedRootMapped = false;
+    VLContentGuard guard;
 };
+
+void VLIndexPrivate::warnOfUnknownPackages(const QString& location, const VLXmlElement* root,
+                                           XmlPosition position)
+{
+    const QString search = root->attribute(searchAttribute());
+    if (search.isEmpty())
+        return;
+    const QStringList names = search.split(keySeparators, Qt::SkipEmptyParts);
+    for (const QString& name : names) {
+        if (!packages.contains(name)) {
+            guard.warn(location, position,
+                       u"\"search\" names the unknown package \"%1\""_s.arg(name));
+        }
+    }
+}
 
 VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
     : QObject(nullptr)
@@ -205,6 +257,8 @@ void VLIndex::endUpdate()
 
 QList<QString> VLIndex::keys()
 {
+    if (!d->locations.isEmpty() && Settings::guardContent(context()))
+        return guardedKeys();
     QList<QString> result;
     VLXmlParser parser(indexDataShouldGenerateElement);
     for (const IndexedLocation& entry : std::as_const(d->locations)) {
@@ -222,13 +276,47 @@ QList<QString> VLIndex::keys()
     return result;
 }
 
+QList<QString> VLIndex::guardedKeys()
+{
+    QList<QString> result;
+    for (const IndexedLocation& entry : std::as_const(d->locations)) {
+        QList<XmlPosition> positions;
+        const std::unique_ptr<VLXmlElement> root = d->guard.parse(
+            entry.location, kControlFileTag, indexDataShouldGenerateElement, nullptr, positions);
+        if (!root)
+            continue;
+        QHash<QString, int> counts;
+        const QObjectList& children = root->children();
+        for (qsizetype i = 0; i < children.size(); ++i) {
+            const auto* tip = qobject_cast<VLXmlElement*>(children.at(i));
+            if (!tip->hasAttribute(keyAttribute()))
+                continue;
+            const QString key = tip->attribute(keyAttribute());
+            result.append(key);
+            // Warned of once, at the same place as by a lookup.
+            if (++counts[key] == 2)
+                d->guard.warn(entry.location, positions.at(i + 1), standsTwice(key));
+        }
+    }
+    return result;
+}
+
 void VLIndex::indexControlFile(const QString& file, const QString& root)
 {
     if (!file.startsWith(root))
         return;
+    const bool isGuarded = Settings::guardContent(context());
     const bool isResolved = d->isResolved(file, root);
-    const int depth = isResolved ? stepsUp(root, file) : depthBelow(root, file);
-    if (firstTag(file) != kControlFileTag)
+    int depth = 0;
+    if (isResolved)
+        depth = stepsUp(root, file);
+    else
+        depth = isGuarded ? guardedDepthBelow(root, file) : depthBelow(root, file);
+    if (depth < 0) {
+        d->guard.warn(file, u"not below the package %1"_s.arg(root));
+        return;
+    }
+    if (firstTag(file, isGuarded) != kControlFileTag)
         return;
 
     const IndexedLocation entry{file, depth};
@@ -250,6 +338,11 @@ void VLIndex::setResolvedPaths(const QString& file, const QString& root)
     d->resolvedRoot = root;
 }
 
+VLContentGuard& VLIndex::guard()
+{
+    return d->guard;
+}
+
 VLContext& VLIndex::context()
 {
     if (d->context.isNull())
@@ -265,6 +358,8 @@ const VLContext& VLIndex::context() const
 VLXmlElement* VLIndex::load(const QString& key, const QString& location, const QLocale& locale,
                             VLXmlElement*& root)
 {
+    if (Settings::guardContent(context()))
+        return loadGuarded(key, location, locale, root);
     VLXmlParser parser(matchKeyElement, const_cast<QString*>(&key));
     QFile file(location);
     if (!file.open(QIODevice::ReadOnly))
@@ -298,11 +393,41 @@ VLXmlElement* VLIndex::load(const QString& key, const QString& location, const Q
     return element;
 }
 
+VLXmlElement* VLIndex::loadGuarded(const QString& key, const QString& location,
+                                   const QLocale& locale, VLXmlElement*& root)
+{
+    root = nullptr;
+    QList<XmlPosition> positions;
+    std::unique_ptr<VLXmlElement> tree = d->guard.parse(location, kControlFileTag, matchKeyElement,
+                                                        const_cast<QString*>(&key), positions);
+    if (!tree || tree->children().isEmpty())
+        return nullptr;
+    if (tree->children().size() > 1) {
+        d->guard.warn(location, positions.at(2), standsTwice(key));
+        return nullptr;
+    }
+    const QString localeName = tree->attribute(localeAttribute());
+    if (!localeName.isEmpty() && QLocale(localeName) != locale)
+        return nullptr;
+
+    auto* element = qobject_cast<VLXmlElement*>(tree->children().constFirst());
+    d->warnOfUnknownPackages(location, tree.get(), positions.constFirst());
+    loadKeyData(key, element);
+    element->setAttribute(locationAttribute(), location);
+    element->setAttribute(packageNameAttribute(), packageNameForLocation(location));
+    root = tree.release();
+    return element;
+}
+
 void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
 {
     const QString path = Settings::keyDataFile(context());
     if (path.isEmpty() || !QFile::exists(path))
         return;
+    if (Settings::guardContent(context())) {
+        loadKeyDataGuarded(path, key, element);
+        return;
+    }
     VLXmlParser parser(matchKeyDataElement, const_cast<QString*>(&key));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
@@ -315,13 +440,23 @@ void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
 
     QObject* root = elements.first();
     auto* record = qobject_cast<VLXmlElement*>(root->children().first());
-    const QList<QString> names = record->attributeNames();
-    for (const QString& name : names) {
-        if (name != nameAttribute())
-            element->setAttribute(name, record->attribute(name));
-    }
+    copyRecord(record, element);
     delete record;
     delete root;
+}
+
+void VLIndex::loadKeyDataGuarded(const QString& path, const QString& key, VLXmlElement* element)
+{
+    QList<XmlPosition> positions;
+    const std::unique_ptr<VLXmlElement> root = d->guard.parse(
+        path, kKeyDataFileTag, matchKeyDataElement, const_cast<QString*>(&key), positions);
+    if (!root || root->children().isEmpty())
+        return;
+    if (root->children().size() > 1) {
+        d->guard.warn(path, positions.at(2), standsTwice(key));
+        return;
+    }
+    copyRecord(qobject_cast<VLXmlElement*>(root->children().constFirst()), element);
 }
 
 void VLIndex::mapControlFile(const QString& /*file*/, const QString& root)

@@ -18,6 +18,7 @@ class VLContext;
 
 namespace Vidlets {
 
+class VLContentGuard;
 class VLIndexPrivate;
 class VLXmlElement;
 
@@ -56,8 +57,9 @@ struct IndexedLocation
  * A host may derive an index of its own: all operations of a storage back end are virtual, and most
  * do nothing here. The library deletes no index, neither the host's nor one of its own. Failures
  * show as null or as a shorter list, and the parser reports invalid XML on standard output. The
- * faults that end the process are described at VLXmlParser. An index belongs to the user-interface
- * thread.
+ * faults that end the process are described at VLXmlParser. With ckGuardContent set none does: a
+ * broken file counts as having no keys, and the manager is warned. An index belongs to the
+ * user-interface thread.
  */
 class VIDLETS_EXPORT VLIndex : public QObject
 {
@@ -214,6 +216,17 @@ private:
      * need be asked of the disk again for each file. Null strings end a walk.
      */
     void setResolvedPaths(const QString& file, const QString& root);
+
+    /// The way to content files where ckGuardContent is set.
+    VLContentGuard& guard();
+
+    /// load() where ckGuardContent is set: the result lives, or is null together with @p root.
+    VLXmlElement* loadGuarded(const QString& key, const QString& location, const QLocale& locale,
+                              VLXmlElement*& root);
+    /// loadKeyData() of the file @p path where ckGuardContent is set.
+    void loadKeyDataGuarded(const QString& path, const QString& key, VLXmlElement* element);
+    /// keys() where ckGuardContent is set: leaves nothing allocated.
+    QList<QString> guardedKeys();
 
     VLIndexPrivate* const d;
 };

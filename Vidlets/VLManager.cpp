@@ -3,6 +3,7 @@
 
 #include "VLManager.h"
 
+#include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLContext.h"
 #include "VLIndex.h"
@@ -230,6 +231,10 @@ VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringLi
 {
     if (!d->index)
         d->index = new VLIndex(&d->settings, dataPaths);
+    d->index->guard().setListener([manager = QPointer<VLManager>(this)](const QString& warning) {
+        if (manager)
+            manager->handleMessage(VLMessageWarning, warning);
+    });
     d->index->open();
 
     // Only widgets that exist by now are touched.

@@ -4,6 +4,7 @@
 #include "VLXmlParser.h"
 
 #include "VLXmlElement.h"
+#include "VLXmlReport.h"
 
 #include <QDebug>
 #include <QFile>
@@ -15,6 +16,7 @@
 #include <QXmlStreamReader>
 
 #include <array>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -31,6 +33,22 @@ void reportInvalidXml(const QFile& file, const QXmlStreamReader& reader)
         "formatting errors."_s.arg(QFileInfo(file).fileName(), QString::number(reader.lineNumber()),
                                    QString::number(reader.columnNumber()));
     QTextStream(stdout) << message << Qt::endl;
+}
+
+XmlPosition positionOf(const QXmlStreamReader& reader)
+{
+    return {reader.lineNumber(), reader.columnNumber()};
+}
+
+/// Where the next tag begins, if one follows at once.
+XmlPosition startOfNext(const QXmlStreamReader& reader)
+{
+    XmlPosition position = positionOf(reader);
+    // Text ends where the reader meets the "<" behind it, which then counts as read.
+    const bool hasReadBracket = reader.isCharacters() && !reader.isCDATA();
+    if (!hasReadBracket)
+        ++position.column;
+    return position;
 }
 
 void writePropertyIfPresent(QObject* object, const char* name, const QString& value)
@@ -53,9 +71,11 @@ public:
         int state;
     };
 
+    VLXmlElement* openDocument();
     void readDocument(QXmlStreamReader& reader);
     void readStartTag(const QXmlStreamReader& reader);
     void readText(const QXmlStreamReader& reader);
+    void noteStartTag(const QXmlStreamReader& reader, XmlPosition start);
     const QString& inBuffer(QStringView text);
 
     bool isSkipping() const;
@@ -66,7 +86,7 @@ public:
     void push(QObject* element);
     void appendText(QObject* element, const QString& text);
 
-    QObject* createElement(QStringView name, const QXmlStreamAttributes& attributes) const;
+    QObject* createElement(QStringView name, const QXmlStreamAttributes& attributes);
     bool writeAttributes(QObject* object, const QXmlStreamAttributes& attributes) const;
     int appendMethodOf(const QMetaObject* type);
 
@@ -81,16 +101,35 @@ public:
     /// The string of the document that is being handed on. Kept from one to the next, which saves
     /// an allocation for each; who keeps a copy shares it until then.
     QString buffer;
+    /// Takes notes of a guarded parse; null outside of one.
+    XmlReport* report = nullptr;
+    /// The elements of a guarded parse that have no parent and reach no result.
+    QList<QObject*> orphans;
     /// What governs the next start tag: FilterChildren, KeepChildren or SkipChildren.
     int state = FilterChildren;
 };
 
+/// Gives what stands for the document and is the parent of the top-level elements while they are
+/// built.
+VLXmlElement* VLXmlParserPrivate::openDocument()
+{
+    state = FilterChildren;
+    // What a failed parse left open is dropped here, not deleted.
+    stack.clear();
+    auto* sentinel = new VLXmlElement;
+    stack.append({QPointer<QObject>(sentinel), FilterChildren});
+    return sentinel;
+}
+
 void VLXmlParserPrivate::readDocument(QXmlStreamReader& reader)
 {
     while (!reader.atEnd()) {
+        const XmlPosition start = report ? startOfNext(reader) : XmlPosition();
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
             readStartTag(reader);
+            if (report)
+                noteStartTag(reader, start);
             break;
         case QXmlStreamReader::Characters:
             readText(reader);
@@ -118,6 +157,23 @@ void VLXmlParserPrivate::readText(const QXmlStreamReader& reader)
 {
     if (QObject* element = stack.constLast().element)
         appendText(element, inBuffer(reader.text()));
+}
+
+void VLXmlParserPrivate::noteStartTag(const QXmlStreamReader& reader, XmlPosition start)
+{
+    // The sentinel, the root and its child: deeper tags are of no interest.
+    constexpr qsizetype kMaxEntries = 3;
+    if (stack.size() > kMaxEntries)
+        return;
+    const bool isRoot = report->rootTag.isNull();
+    // The reader passes over the white space before the root without a word.
+    const XmlPosition position = isRoot ? positionOf(reader) : start;
+    if (isRoot) {
+        report->rootTag = reader.qualifiedName().toString();
+        report->rootPosition = position;
+    }
+    if (stack.constLast().element)
+        report->positions.append(position);
 }
 
 const QString& VLXmlParserPrivate::inBuffer(QStringView text)
@@ -185,15 +241,17 @@ void VLXmlParserPrivate::appendText(QObject* element, const QString& text)
     QMetaObject::metacall(element, QMetaObject::InvokeMetaMethod, method, arguments.data());
 }
 
-QObject* VLXmlParserPrivate::createElement(QStringView name,
-                                           const QXmlStreamAttributes& attributes) const
+QObject* VLXmlParserPrivate::createElement(QStringView name, const QXmlStreamAttributes& attributes)
 {
     // The parent of an element beneath a dropped tag is null: such an element reaches no result.
     QObject* parent = stack.constLast().element;
     QObject* object =
         metaObject->newInstance(Q_ARG(QObject*, parent), Q_ARG(QXmlStreamAttributes, attributes));
-    if (object)
+    if (object) {
+        if (report && !parent)
+            orphans.append(object);
         return object;
+    }
 
     object = metaObject->newInstance(Q_ARG(QObject*, parent));
     if (!object) {
@@ -258,14 +316,7 @@ QList<QObject*> VLXmlParser::parse(QFile& file)
 
 QList<QObject*> VLXmlParser::parse(QFile* file)
 {
-    d->state = FilterChildren;
-    // What a failed parse left open is dropped here, not deleted.
-    d->stack.clear();
-
-    // Stands for the document and is the parent of the top-level elements while they are built.
-    auto* sentinel = new VLXmlElement;
-    d->stack.append({QPointer<QObject>(sentinel), FilterChildren});
-
+    VLXmlElement* sentinel = d->openDocument();
     QXmlStreamReader reader(file);
     d->readDocument(reader);
     if (reader.error() != QXmlStreamReader::NoError) {
@@ -281,6 +332,27 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
     delete sentinel;
     d->stack.first().element.clear();
     return elements;
+}
+
+VLXmlElement* VLXmlParser::parseGuarded(QFile& file, XmlReport& report)
+{
+    const std::unique_ptr<VLXmlElement> sentinel(d->openDocument());
+    d->report = &report;
+    QXmlStreamReader reader(&file);
+    d->readDocument(reader);
+    d->report = nullptr;
+    d->stack.clear();
+    qDeleteAll(std::exchange(d->orphans, {}));
+    if (reader.hasError()) {
+        report.fault = reader.errorString();
+        report.faultPosition = positionOf(reader);
+        return nullptr;
+    }
+    // Well-formed: there is one root at most.
+    auto* root = sentinel->findChild<VLXmlElement*>(QString(), Qt::FindDirectChildrenOnly);
+    if (root)
+        root->setParent(nullptr);
+    return root;
 }
 
 bool VLXmlParser::startElement(const QString& namespaceUri, const QString& name,

@@ -17,7 +17,9 @@ class QObject;
 
 namespace Vidlets {
 
+class VLXmlElement;
 class VLXmlParserPrivate;
+struct XmlReport;
 
 /**
  * What an element filter answers for a tag, as a combination of these flags.
@@ -92,6 +94,16 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(VLXmlParser)
+
+    friend class VLContentGuard;
+
+    /**
+     * Reads @p file and gives its root only if all of it is well-formed.
+     *
+     * Whatever was built otherwise is deleted, and nothing stays open. @p report tells where and
+     * why.
+     */
+    VLXmlElement* parseGuarded(QFile& file, XmlReport& report);
 
     const std::unique_ptr<VLXmlParserPrivate> d;
 };

@@ -81,22 +81,22 @@ BadCases malformedFiles()
         broken("white-space-alone").isNotFound(),
         broken("comment-alone").isNotFound(),
         broken("binary").isNotFound(),
-        broken("binary-behind-the-first-tag").endsTheLookup(),
-        broken("control-characters-behind-the-first-tag").isNotFound(),
-        broken("binary-in-the-tip").isStale(),
-        broken("binary-behind-the-tip").isShown(),
-        broken("text-behind-the-root").endsTheLookup(),
-        broken("second-root").endsTheLookup(),
-        broken("text-before-the-root").endsTheLookup(),
-        broken("end-tags-crossed-in-the-tip").isStale(),
-        broken("end-tags-crossed-behind-the-tip").isStale(),
-        broken("end-tags-crossed-before-the-tip").isNotFound(),
-        broken("attribute-without-quotes").isNotFound(),
-        broken("attribute-twice").isNotFound(),
-        broken("prefix-without-declaration").isNotFound(),
-        broken("prefix-without-declaration-in-the-tip").isStale(),
-        broken("entity-without-declaration").isStale(),
-        broken("entity-that-grows-without-bound").isStale(),
+        broken("binary-behind-the-first-tag").endsTheLookup().isRefusedAt(2),
+        broken("control-characters-behind-the-first-tag").isNotFound().isRefusedAt(2),
+        broken("binary-in-the-tip").isStale().isRefusedAt(1),
+        broken("binary-behind-the-tip").isShown().isRefusedAt(1),
+        broken("text-behind-the-root").endsTheLookup().isRefusedAt(4),
+        broken("second-root").endsTheLookup().isRefusedAt(4),
+        broken("text-before-the-root").endsTheLookup().isRefusedAt(1),
+        broken("end-tags-crossed-in-the-tip").isStale().isRefusedAt(2),
+        broken("end-tags-crossed-behind-the-tip").isStale().isRefusedAt(2),
+        broken("end-tags-crossed-before-the-tip").isNotFound().isRefusedAt(2),
+        broken("attribute-without-quotes").isNotFound().isRefusedAt(2),
+        broken("attribute-twice").isNotFound().isRefusedAt(2),
+        broken("prefix-without-declaration").isNotFound().isRefusedAt(2),
+        broken("prefix-without-declaration-in-the-tip").isStale().isRefusedAt(2),
+        broken("entity-without-declaration").isStale().isRefusedAt(2),
+        broken("entity-that-grows-without-bound").isStale().isRefusedAt(8),
     };
 }
 
@@ -105,23 +105,23 @@ BadCases cutOffFiles()
     return {
         broken("cut-off-in-the-declaration").isNotFound(),
         broken("cut-off-in-the-name-of-the-root").isNotFound(),
-        broken("cut-off-in-the-roots-attributes").endsTheLookup(),
-        broken("cut-off-behind-the-roots-start-tag").isNotFound(),
-        broken("cut-off-in-a-tip-before").isNotFound(),
-        broken("cut-off-in-the-name-of-the-tip").isNotFound(),
-        broken("cut-off-in-the-tips-attributes").isNotFound(),
-        broken("cut-off-behind-the-tips-start-tag").isStale(),
-        broken("cut-off-in-the-tips-text").isStale(),
-        broken("cut-off-one-tag-below-the-tip").isStale(),
-        broken("cut-off-two-tags-below-the-tip").isStale(),
-        broken("cut-off-in-the-tips-end-tag").isStale(),
-        broken("cut-off-behind-the-tip").isShown(),
-        broken("cut-off-in-a-comment-behind-the-tip").isShown(),
-        broken("cut-off-in-the-attributes-of-the-next-tip").isShown(),
-        broken("cut-off-in-the-next-tip").isStale(),
-        broken("cut-off-one-tag-below-the-next-tip").isStale(),
-        broken("cut-off-in-the-roots-end-tag").isShown(),
-        broken("cut-off-in-a-comment-behind-the-root").endsTheLookup(),
+        broken("cut-off-in-the-roots-attributes").endsTheLookup().isRefusedAt(1),
+        broken("cut-off-behind-the-roots-start-tag").isNotFound().isRefusedAt(1),
+        broken("cut-off-in-a-tip-before").isNotFound().isRefusedAt(1),
+        broken("cut-off-in-the-name-of-the-tip").isNotFound().isRefusedAt(1),
+        broken("cut-off-in-the-tips-attributes").isNotFound().isRefusedAt(1),
+        broken("cut-off-behind-the-tips-start-tag").isStale().isRefusedAt(1),
+        broken("cut-off-in-the-tips-text").isStale().isRefusedAt(1),
+        broken("cut-off-one-tag-below-the-tip").isStale().isRefusedAt(1),
+        broken("cut-off-two-tags-below-the-tip").isStale().isRefusedAt(1),
+        broken("cut-off-in-the-tips-end-tag").isStale().isRefusedAt(1),
+        broken("cut-off-behind-the-tip").isShown().isRefusedAt(1),
+        broken("cut-off-in-a-comment-behind-the-tip").isShown().isRefusedAt(1),
+        broken("cut-off-in-the-attributes-of-the-next-tip").isShown().isRefusedAt(1),
+        broken("cut-off-in-the-next-tip").isStale().isRefusedAt(1),
+        broken("cut-off-one-tag-below-the-next-tip").isStale().isRefusedAt(1),
+        broken("cut-off-in-the-roots-end-tag").isShown().isRefusedAt(1),
+        broken("cut-off-in-a-comment-behind-the-root").endsTheLookup().isRefusedAt(4),
     };
 }
 
@@ -133,11 +133,13 @@ BadCases wronglyEncodedFiles()
         broken("utf-16-in-which-no-tag-is-seen").isNotFound(),
         broken("latin-1-that-says-so").isShown().where(contentIs(QString(QChar(0xE9)))),
         // The reader refuses the first piece of the file as a whole, before any tag.
-        broken("latin-1-that-does-not-say-so").endsTheLookup(),
-        broken("latin-1-that-says-utf-8").endsTheLookup(),
-        broken("utf-8-that-says-utf-16").endsTheLookup(),
-        made("latin 1 far behind the tip", fileWith(goodTip() + farBehind)).isShown(),
-        broken("encoding-that-does-not-exist").endsTheLookup(),
+        broken("latin-1-that-does-not-say-so").endsTheLookup().isRefusedAt(2),
+        broken("latin-1-that-says-utf-8").endsTheLookup().isRefusedAt(3),
+        broken("utf-8-that-says-utf-16").endsTheLookup().isRefusedAt(1),
+        made("latin 1 far behind the tip", fileWith(goodTip() + farBehind))
+            .isShown()
+            .isRefusedAt(2),
+        broken("encoding-that-does-not-exist").endsTheLookup().isRefusedAt(1),
     };
 }
 
@@ -156,7 +158,9 @@ BadCases largeFiles()
         made("key of 1 MB", fileWith("<vidlet key=\"" + large + "\"/>" + goodTip())).isShown(),
         made("line of 1 MB before the root", "<!--" + large + "-->\n" + goodFile()).isShown(),
         made("text of 1 MB", fileWith(tipWith(large))).isShown().where(contentIs(largeText)),
-        made("10,000 tips", fileWith(manyTips + goodTip())).isShown(),
+        made("10,000 tips", fileWith(manyTips + goodTip()))
+            .isShown()
+            .isWarnedOf("bad\\.xml:2:22: .*\"other\""),
     };
 }
 
@@ -176,7 +180,8 @@ BadCases deepFiles()
             .isShown(),
         made("10,000 nested tags, broken at the innermost",
              fileWith(tipWith(deepTags(kDeepTags, "<"))))
-            .isStale(),
+            .isStale()
+            .isRefusedAt(2),
         made("10,000 nested tags around the tip", fileWith(deepTags(kDeepTags, goodTip())))
             .isNotFound(),
     };
@@ -185,7 +190,7 @@ BadCases deepFiles()
 BadCases filesOfAnotherMeaning()
 {
     return {
-        broken("key-twice").isNotFound(),
+        broken("key-twice").isNotFound().isWarnedOf("bad\\.xml:2:61: .*\"bad\" stands twice"),
         broken("key-in-another-case").isNotFound(),
         broken("tip-below-another-tag").isNotFound(),
         broken("no-tip").isNotFound(),
@@ -201,12 +206,21 @@ BadCases filesChangedSinceTheScan()
 {
     const Step otherRoot = controlFile(brokenFile(u"controlfile/another-root.xml"_s));
     return {
-        bad("emptied").has(goodControlFile()).afterTheScan(controlFile("")).endsTheLookup(),
-        bad("another root").has(goodControlFile()).afterTheScan(otherRoot).isNotFound(),
+        bad("emptied")
+            .has(goodControlFile())
+            .afterTheScan(controlFile(""))
+            .endsTheLookup()
+            .isRefusedAt(1),
+        bad("another root")
+            .has(goodControlFile())
+            .afterTheScan(otherRoot)
+            .isNotFound()
+            .isRefusedAt(1),
         bad("another root, with the keys listed")
             .has(goodControlFile())
             .afterTheScan(otherRoot)
-            .endsTheListOfKeys(),
+            .endsTheListOfKeys()
+            .isRefusedAt(1),
     };
 }
 
@@ -231,6 +245,8 @@ private Q_SLOTS:
     void lookup_findsNothing_whenFileMeansAnotherThing();
     void lookup_readsAnew_whenFileChangedSinceTheScan_data();
     void lookup_readsAnew_whenFileChangedSinceTheScan();
+    void guardedContent_doesNoHarm_data();
+    void guardedContent_doesNoHarm();
     void brokenControlFiles_haveACaseEach();
 
 protected:
@@ -311,6 +327,16 @@ void TestBadContent::lookup_readsAnew_whenFileChangedSinceTheScan_data()
 void TestBadContent::lookup_readsAnew_whenFileChangedSinceTheScan()
 {
     runRow(filesChangedSinceTheScan());
+}
+
+void TestBadContent::guardedContent_doesNoHarm_data()
+{
+    addRows(allCases());
+}
+
+void TestBadContent::guardedContent_doesNoHarm()
+{
+    runGuardedRow(allCases());
 }
 
 void TestBadContent::brokenControlFiles_haveACaseEach()

@@ -155,6 +155,46 @@ void checkOutcome(BadPackage& package, const BadCase& badCase)
     }
 }
 
+/// The key of a good tip in another file of the bad package.
+QString neighbourKey()
+{
+    return u"neighbour"_s;
+}
+
+void checkGuardedOutcome(BadPackage& package, const BadCase& badCase)
+{
+    BadCase guarded = badCase;
+    if (badCase.isRefused || badCase.endsProcess())
+        guarded.outcome = BadCase::Outcome::NotFound;
+    if (badCase.guardedExamination)
+        guarded.examination = badCase.guardedExamination;
+    checkOutcome(package, guarded);
+}
+
+/// One warning, however often the file is met.
+void checkWarnings(BadPackage& package, const BadCase& badCase)
+{
+    package.stage.manager->keys();
+    package.show(u"none"_s);
+    package.stage.manager->keys();
+    const QStringList warnings = package.stage.interface.messages(VLMessageWarning);
+    const QByteArray list = warnings.join(u'\n').toUtf8();
+    QVERIFY2(warnings.size() == (badCase.guardedWarning.isEmpty() ? 0 : 1), list.constData());
+    if (!warnings.isEmpty()) {
+        const QRegularExpression pattern(badCase.guardedWarning);
+        QVERIFY2(pattern.match(warnings.constFirst()).hasMatch(), list.constData());
+    }
+}
+
+void checkNeighbour(BadPackage& package)
+{
+    VLXmlElement* root = nullptr;
+    const VLXmlElement* neighbour = package.stage.index.load(
+        neighbourKey(), package.path(u"Control/good.xml"_s), QLocale(u"en_US"_s), root);
+    QVERIFY(neighbour);
+    delete root;
+}
+
 void checkGoodTip(BadPackage& package)
 {
     const QString key = u"open"_s;
@@ -246,6 +286,25 @@ BadCase& BadCase::warns(const char* pattern)
     return *this;
 }
 
+BadCase& BadCase::whereGuarded(const Examination& newExamination)
+{
+    guardedExamination = newExamination;
+    return *this;
+}
+
+BadCase& BadCase::isRefusedAt(int line)
+{
+    isRefused = true;
+    guardedWarning = u"/Control/bad\\.xml:%1:\\d+: "_s.arg(line);
+    return *this;
+}
+
+BadCase& BadCase::isWarnedOf(const char* pattern)
+{
+    guardedWarning = QString::fromLatin1(pattern);
+    return *this;
+}
+
 bool BadCase::endsProcess() const
 {
     return outcome == Outcome::EndsProcess || outcome == Outcome::KeysEndProcess;
@@ -298,6 +357,24 @@ void BadContentTest::runRow(const BadCases& cases)
     if (badCase.outcome != BadCase::Outcome::EndsProcess)
         badCase.arrange(package);
     checkOutcome(package, badCase);
+    if (!QTest::currentTestFailed())
+        checkGoodTip(package);
+}
+
+void BadContentTest::runGuardedRow(const BadCases& cases)
+{
+    QFETCH(QString, name);
+    const BadCase& badCase = caseNamed(cases, name);
+    const Unprivileged rights(badCase.isUnprivileged);
+    BadPackage package(true);
+    const bool hasNeighbour = QFileInfo(package.path(u"Control"_s)).isDir();
+    package.write(u"Control/good.xml"_s, Content::fileWith("<vidlet key=\"neighbour\"/>"));
+    badCase.arrange(package);
+    checkGuardedOutcome(package, badCase);
+    if (!QTest::currentTestFailed())
+        checkWarnings(package, badCase);
+    if (!QTest::currentTestFailed() && hasNeighbour)
+        checkNeighbour(package);
     if (!QTest::currentTestFailed())
         checkGoodTip(package);
 }

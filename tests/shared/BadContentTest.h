@@ -54,6 +54,14 @@ public:
     BadCase& where(const Examination& examination);
     BadCase& tellsTheHost(const char* pattern);
     BadCase& warns(const char* pattern);
+    /// What is seen where content is guarded, if that differs.
+    BadCase& whereGuarded(const Examination& examination);
+
+    // What becomes of it where content is guarded.
+    /// The file is passed over, and the host is warned of its line @p line.
+    BadCase& isRefusedAt(int line);
+    /// As without a guard, but the host is warned; @p pattern is one of the whole warning.
+    BadCase& isWarnedOf(const char* pattern);
 
     bool endsProcess() const;
     /// Puts the content on the disk, has it scanned, and does what comes after that.
@@ -67,6 +75,9 @@ public:
     QString message; ///< What the host is told, as a pattern; empty for nothing.
     QString warning; ///< What Qt warns of, as a pattern; empty for nothing.
     bool isUnprivileged = false;
+    bool isRefused = false;         ///< Where content is guarded.
+    QString guardedWarning;         ///< What the host is warned of then; empty for nothing.
+    Examination guardedExamination; ///< In place of the other one then, where it is set.
 };
 
 using BadCases = QList<BadCase>;
@@ -96,6 +107,9 @@ protected:
     static void addRows(const BadCases& cases);
     /// Runs the case of @p cases that the current row is.
     static void runRow(const BadCases& cases);
+    /// The same with guarded content, where no row ends the process: the case, the warning, and the
+    /// good tips of the same and of the other package.
+    static void runGuardedRow(const BadCases& cases);
 
     /// The names of files in a folder of tests/data/broken that no case is named after.
     static QStringList filesWithoutCase(const QString& folder, const BadCases& cases);

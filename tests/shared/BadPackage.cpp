@@ -53,8 +53,8 @@ QStringList brokenFileNames(const QString& folder)
     return names;
 }
 
-BadPackage::BadPackage()
-    : stage({{ckMessageLevel, VLMessageDebug}})
+BadPackage::BadPackage(bool isGuarded)
+    : stage({{ckMessageLevel, VLMessageDebug}, {ckGuardContent, isGuarded}})
 {
     stage.packages.packageRoot(u"bad.vidlets/Control"_s);
     write(u"ui/VidletUI.qml"_s, contentOf(stage.packages.path(u"tips.vidlets/ui/VidletUI.qml"_s)));

@@ -29,7 +29,8 @@ QStringList brokenFileNames(const QString& folder);
 class BadPackage
 {
 public:
-    BadPackage();
+    /// With @p isGuarded set the content is guarded, else it is not.
+    explicit BadPackage(bool isGuarded = false);
     /// Gives back the permissions that lock() took.
     ~BadPackage();
     Q_DISABLE_COPY_MOVE(BadPackage)

@@ -1,0 +1,106 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLCONTENTGUARD_H
+#define VLCONTENTGUARD_H
+
+#include "VLXmlParser.h"
+#include "VLXmlReport.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QList>
+#include <QSet>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class QFile;
+
+namespace Vidlets {
+
+class VLXmlElement;
+
+/**
+ * The one way to content files for a host that has set ckGuardContent.
+ *
+ * It opens nothing but regular files, gives out a tree only of a file that is well-formed to its
+ * end, and warns of each fault once for as long as the file stays as it is. A file that was found
+ * broken is not read again until it changes. Internal to the library; used on the user-interface
+ * thread.
+ */
+class VLContentGuard
+{
+public:
+    using Listener = std::function<void(const QString& warning)>;
+
+    /// What tells one state of a file from the next; all 0 for a file that cannot be reached.
+    struct Stamp
+    {
+        qint64 size = 0;
+        quint64 device = 0;
+        quint64 inode = 0;
+        qint64 modifiedNs = 0;
+        qint64 changedNs = 0;
+
+        bool operator==(const Stamp& other) const;
+        bool operator!=(const Stamp& other) const
+        {
+            return !(*this == other);
+        }
+    };
+
+    VLContentGuard() = default;
+
+    /// Has warnings handed to @p listener from now on. Without one they are dropped.
+    void setListener(Listener listener);
+
+    /// Opens @p file for reading if it is a regular file; no other is touched.
+    static bool open(QFile& file);
+
+    /**
+     * Reads the XML file @p path in one pass, as VLXmlParser does with @p filter and @p userData.
+     *
+     * @param[out] positions The places of the root and of each of its children.
+     * @return The root, which is a @p rootTag, or null, after a warning, for any file that has not
+     *         exactly this root or is not well-formed.
+     */
+    std::unique_ptr<VLXmlElement> parse(const QString& path, QLatin1StringView rootTag,
+                                        ShouldGenerateElementFunction filter, void* userData,
+                                        QList<XmlPosition>& positions);
+
+    /// Warns of @p reason, once for as long as the file or directory @p path stays as it is.
+    void warn(const QString& path, const QString& reason);
+    /// @overload
+    void warn(const QString& path, XmlPosition position, const QString& reason);
+
+private:
+    Q_DISABLE_COPY_MOVE(VLContentGuard)
+
+    /// What is known of one state of a file.
+    struct Record
+    {
+        Stamp stamp;
+        bool isBroken = false;
+        /// Whether the file had been left alone for so long that no later change can have the same
+        /// stamp.
+        bool isSettled = false;
+        QSet<QString> told;
+    };
+
+    static bool open(QFile& file, Stamp& stamp, QString& reason);
+    Record& recordOf(const QString& path, const Stamp& stamp);
+    bool isKnownBroken(const QString& path, const Stamp& stamp) const;
+    void refuse(const QString& path, const Stamp& stamp, const QString& warning);
+    void accept(const QString& path);
+    void tell(Record& record, const QString& warning);
+
+    Listener m_listener;
+    /// The files with faults, by their path.
+    QHash<QString, Record> m_records;
+};
+
+} // namespace Vidlets
+
+#endif

@@ -1,0 +1,335 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+/// What a host gains that has its content guarded, beside the outcome of each broken file.
+
+#include "ObjectCensus.h"
+#include "PackageBuilder.h"
+#include "RecordingInterface.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndex.h>
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr auto kGoodFile = "<vidlets>\n<vidlet key=\"open\" title=\"t\"/>\n</vidlets>\n";
+constexpr auto kBrokenFile = "<vidlets>\n<vidlet key=\"open\"/>\n<vidlet key=\"bad\">&x;</vidlet>";
+
+VLContext& guarded(VLContext& context)
+{
+    context.set(ckGuardContent, true);
+    return context;
+}
+
+/// A host with guarded content and a package "tips", which is searched when the object is made.
+class GuardedHost
+{
+public:
+    explicit GuardedHost(const QByteArray& controlFile = kGoodFile)
+        : file(packages.writeControlFile(u"tips.vidlets"_s, u"tips.xml"_s, controlFile))
+        , index(&guarded(context), {})
+        , interface(context, {packages.dataPath()}, &index)
+        , manager(&interface, context, {packages.dataPath()}, &index)
+    {
+    }
+
+    /// Whether the index finds @p key; the tree goes at once.
+    bool finds(const QString& key = u"open"_s)
+    {
+        QString path;
+        int depth = 0;
+        VLXmlElement* root = nullptr;
+        const bool isFound = index.retrieve(key, QLocale(u"en_US"_s), path, depth, root);
+        delete root;
+        return isFound;
+    }
+
+    /// Writes the control file anew. Gives whether that worked.
+    bool rewrite(const QByteArray& content) const
+    {
+        QFile target(file);
+        return target.open(QIODevice::WriteOnly) && target.write(content) == content.size();
+    }
+
+    /// The warnings, with paths below the data path alone.
+    QStringList warnings() const
+    {
+        QStringList list = interface.messages(VLMessageWarning);
+        list.replaceInStrings(packages.dataPath() + u'/', QString());
+        return list;
+    }
+
+    PackageBuilder packages;
+    QString file;
+    VLContext context;
+    VLIndex index;
+    RecordingInterface interface;
+    VLManager manager;
+};
+
+/// Gives the files of @p path the time of an hour ago, as ones have that nobody is writing.
+bool makeOld(const QString& path)
+{
+    QFile file(path);
+    constexpr qint64 kOneHourSecs = 3600;
+    return file.open(QIODevice::ReadWrite)
+        && file.setFileTime(QDateTime::currentDateTime().addSecs(-kOneHourSecs),
+                            QFileDevice::FileModificationTime);
+}
+
+} // namespace
+
+class TestGuardedContent : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void brokenFile_isWarnedOfOnce_untilItChanges();
+    void mendedFile_isFoundAgain();
+    void brokenFile_leavesNothingAllocated_data();
+    void brokenFile_leavesNothingAllocated();
+    void lookup_leavesRootNull_whenNothingIsFound();
+    void keys_leaveNothingAllocated();
+    void keys_listOtherFiles_whenOneIsBroken();
+    void keyTwice_costsThatKeyAlone();
+    void keyDataTwice_costsThatKeyAlone();
+    void keyData_isPassedOver_whenBroken();
+    void siblingWithLikeName_isRefused();
+    void linkedControlFile_keepsItsDepth();
+    void fifo_isNotOpened_atScanAndLookup();
+    void device_isNotOpened_whenRecorded();
+    void unknownPackage_isWarnedOf_whenSearchNamesIt();
+    void guard_canBeTurnedOnLater();
+};
+
+void TestGuardedContent::brokenFile_isWarnedOfOnce_untilItChanges()
+{
+    GuardedHost host(kBrokenFile);
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(!host.finds());
+    const QString warning = u"tips.vidlets/Control/tips.xml:3:21: Entity 'x' not declared."_s;
+    QCOMPARE(host.warnings(), QStringList{warning});
+
+    QVERIFY(host.rewrite("<vidlets>\n"));
+    QVERIFY(!host.finds());
+    QVERIFY(!host.finds());
+    QCOMPARE(host.warnings().size(), 2);
+    QVERIFY(host.warnings().constLast().startsWith(u"tips.vidlets/Control/tips.xml:2:"_s));
+
+    // The same bytes, and a time of their own.
+    QVERIFY(makeOld(host.file));
+    QVERIFY(!host.finds());
+    QCOMPARE(host.warnings().size(), 3);
+}
+
+void TestGuardedContent::mendedFile_isFoundAgain()
+{
+    // As long as the good one, and written within the resolution of most clocks.
+    QByteArray broken(kGoodFile);
+    broken.replace("title=", "title:");
+    GuardedHost host(broken);
+    QVERIFY(!host.finds());
+    QVERIFY(host.rewrite(kGoodFile));
+    QVERIFY(host.finds());
+    QVERIFY(host.rewrite(broken));
+    QVERIFY(!host.finds());
+}
+
+void TestGuardedContent::brokenFile_leavesNothingAllocated_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("in the tip") << QByteArray("<vidlets><vidlet key=\"open\"><a><b>");
+    QTest::newRow("behind the tip") << QByteArray("<vidlets><vidlet key=\"open\"><a/></vidlet><");
+    QTest::newRow("behind the root") << QByteArray("<vidlets><vidlet key=\"open\"/></vidlets><");
+    QTest::newRow("key twice") << QByteArray(
+        "<vidlets><vidlet key=\"open\"/><vidlet key=\"open\"/></vidlets>");
+    QTest::newRow("another root") << QByteArray("<!-- <vidlets> --><vidlet key=\"open\"/>");
+    QTest::newRow("another locale")
+        << QByteArray("<vidlets locale=\"de\"><vidlet key=\"open\"/></vidlets>");
+    QTest::newRow("tips below another tag")
+        << QByteArray("<vidlets><a><vidlet key=\"open\"/></a></vidlets>");
+}
+
+void TestGuardedContent::brokenFile_leavesNothingAllocated()
+{
+    QFETCH(QByteArray, content);
+    GuardedHost host(content);
+    const ObjectCensus census;
+    QVERIFY(!host.finds());
+    host.index.keys();
+    QVERIFY(census.living<VLXmlElement>().isEmpty());
+}
+
+void TestGuardedContent::lookup_leavesRootNull_whenNothingIsFound()
+{
+    GuardedHost host("<vidlets locale=\"de\"><vidlet key=\"open\"/></vidlets>");
+    VLXmlElement unrelated;
+    VLXmlElement* root = &unrelated;
+    QVERIFY(!host.index.load(u"open"_s, host.file, QLocale(u"en_US"_s), root));
+    QVERIFY(!root);
+}
+
+void TestGuardedContent::keys_leaveNothingAllocated()
+{
+    GuardedHost host;
+    const ObjectCensus census;
+    QCOMPARE(host.index.keys(), QStringList{u"open"_s});
+    QVERIFY(census.living<VLXmlElement>().isEmpty());
+}
+
+void TestGuardedContent::keys_listOtherFiles_whenOneIsBroken()
+{
+    GuardedHost host;
+    const QString broken =
+        host.packages.writeControlFile(u"tips.vidlets"_s, u"broken.xml"_s, kBrokenFile);
+    const QString empty = host.packages.writeControlFile(u"tips.vidlets"_s, u"empty.xml"_s, "");
+    for (const QString& file : {broken, empty})
+        host.index.store(nullptr, QLocale(), file, 2);
+    QCOMPARE(host.index.keys(), QStringList{u"open"_s});
+    QCOMPARE(host.warnings().size(), 2);
+    QCOMPARE(host.warnings().constLast(),
+             u"tips.vidlets/Control/empty.xml:1:0: Premature end of document."_s);
+}
+
+void TestGuardedContent::keyTwice_costsThatKeyAlone()
+{
+    GuardedHost host("<vidlets>\n<vidlet key=\"open\"/>\n <vidlet\nkey=\"open\"/>\n"
+                     "<vidlet key=\"save\"/></vidlets>");
+    QVERIFY(!host.finds());
+    QVERIFY(host.finds(u"save"_s));
+    host.index.keys();
+    QCOMPARE(host.warnings(),
+             QStringList{u"tips.vidlets/Control/tips.xml:3:2: the key \"open\" stands twice in the "
+                         "file"_s});
+}
+
+void TestGuardedContent::keyDataTwice_costsThatKeyAlone()
+{
+    GuardedHost host;
+    const QString path = host.packages.write(
+        u"keys.xml"_s,
+        "<vidletkeys>\n<key name=\"open\" title=\"1\"/>\n<key name=\"open\" title=\"2\"/>\n"
+        "<key name=\"save\" title=\"3\"/></vidletkeys>");
+    host.context.set(ckKeyDataFile, path);
+    VLXmlElement element;
+    host.index.loadKeyData(u"open"_s, &element);
+    QVERIFY(!element.hasAttribute(u"title"_s));
+    host.index.loadKeyData(u"save"_s, &element);
+    QCOMPARE(element.attribute(u"title"_s), u"3"_s);
+    QCOMPARE(host.warnings(),
+             QStringList{u"keys.xml:3:1: the key \"open\" stands twice in the file"_s});
+}
+
+void TestGuardedContent::keyData_isPassedOver_whenBroken()
+{
+    GuardedHost host;
+    const QString path = host.packages.write(
+        u"keys.xml"_s, "<vidletkeys>\n<key name=\"open\" title=\"new\"/>\n</vidletkeys>\nmore");
+    host.context.set(ckKeyDataFile, path);
+    const ObjectCensus census;
+    for (int i = 0; i < 2; ++i)
+        QVERIFY(host.finds());
+    QCOMPARE(host.warnings().size(), 1);
+    QVERIFY(host.warnings().constFirst().startsWith(u"keys.xml:4:"_s));
+    QVERIFY(census.living<VLXmlElement>().isEmpty());
+}
+
+void TestGuardedContent::siblingWithLikeName_isRefused()
+{
+    GuardedHost host;
+    const QString root = host.packages.packageRoot(u"tips.vidlets"_s);
+    const QString file = host.packages.write(u"tips.vidlets2/Control/new.xml"_s,
+                                             "<vidlets><vidlet key=\"new\"/></vidlets>");
+    host.index.indexControlFile(file, root);
+    QVERIFY(!host.finds(u"new"_s));
+    QCOMPARE(host.warnings(),
+             QStringList{u"tips.vidlets2/Control/new.xml: not below the package tips.vidlets"_s});
+}
+
+void TestGuardedContent::linkedControlFile_keepsItsDepth()
+{
+    GuardedHost host;
+    const QString root = host.packages.packageRoot(u"tips.vidlets"_s);
+    host.packages.write(u"tips.vidlets/deep/down/new.xml"_s,
+                        "<vidlets><vidlet key=\"new\"/></vidlets>");
+    QVERIFY(QFile::link(root + u"/deep/down"_s, root + u"/short"_s));
+    host.index.indexControlFile(root + u"/short/new.xml"_s, root);
+    QString path;
+    int depth = 0;
+    VLXmlElement* tree = nullptr;
+    QVERIFY(host.index.retrieve(u"new"_s, QLocale(u"en_US"_s), path, depth, tree));
+    delete tree;
+    QCOMPARE(depth, 2);
+}
+
+void TestGuardedContent::fifo_isNotOpened_atScanAndLookup()
+{
+    GuardedHost host;
+    const QString fifo = host.packages.path(u"tips.vidlets/Control/pipe.xml"_s);
+    QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), S_IRWXU), 0);
+    host.manager.loadDataPath({host.packages.dataPath()});
+    // Would wait for a writer for ever.
+    host.index.indexControlFile(fifo, host.packages.packageRoot(u"tips.vidlets"_s));
+    QVERIFY(!host.finds(u"new"_s));
+    QVERIFY(host.warnings().isEmpty());
+
+    host.index.store(nullptr, QLocale(), fifo, 2);
+    QVERIFY(!host.finds(u"new"_s));
+    QVERIFY(host.finds());
+    QCOMPARE(host.warnings(), QStringList{u"tips.vidlets/Control/pipe.xml: not a regular file"_s});
+}
+
+void TestGuardedContent::device_isNotOpened_whenRecorded()
+{
+    GuardedHost host;
+    host.index.store(nullptr, QLocale(), u"/dev/zero"_s, 2);
+    host.index.store(nullptr, QLocale(), host.packages.dataPath(), 2);
+    QVERIFY(!host.finds(u"new"_s));
+    QCOMPARE(host.index.keys(), QStringList{u"open"_s});
+    const QStringList expected{u"/dev/zero: not a regular file"_s,
+                               host.packages.dataPath() + u": not a regular file"_s};
+    QCOMPARE(host.interface.messages(VLMessageWarning), expected);
+}
+
+void TestGuardedContent::unknownPackage_isWarnedOf_whenSearchNamesIt()
+{
+    GuardedHost host("<!-- -->\n<vidlets search=\", tips;none\"><vidlet key=\"open\"/></vidlets>");
+    QVERIFY(host.finds());
+    QVERIFY(host.finds());
+    QCOMPARE(
+        host.warnings(),
+        QStringList{u"tips.vidlets/Control/tips.xml:2:30: \"search\" names the unknown package "
+                    "\"none\""_s});
+}
+
+void TestGuardedContent::guard_canBeTurnedOnLater()
+{
+    GuardedHost host;
+    host.context.set(ckGuardContent, false);
+    QVERIFY(host.rewrite(""));
+    host.context.set(ckGuardContent, true);
+    QVERIFY(!host.finds());
+    QCOMPARE(host.warnings().size(), 1);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestGuardedContent>(argc, argv);
+}
+
+#include "tst_guardedcontent.moc"
