@@ -3,6 +3,7 @@
 
 #include "VLContentGuard.h"
 
+#include "VLTranslationData.h"
 #include "VLXmlElement.h"
 
 #include <QCoreApplication>
@@ -32,6 +33,8 @@ constexpr qint64 kNsPerMs = 1'000'000;
 constexpr qint64 kSettledAfterNs = 3'000 * kNsPerMs;
 // A scene may find ever new things to complain of.
 constexpr int kMaxWarningsPerState = 100;
+// Far above what any translation needs, and far below what a host can spare.
+constexpr qint64 kMaxTranslationBytes = 64 * 1024 * 1024;
 
 QString withPosition(const QString& path, XmlPosition position, const QString& reason)
 {
@@ -252,6 +255,30 @@ std::unique_ptr<VLXmlElement> VLContentGuard::parse(const QString& path, QLatin1
     accept(path);
     positions = report.positions;
     return root;
+}
+
+QByteArray VLContentGuard::readTranslations(const QString& path)
+{
+    QFile file(path);
+    Stamp stamp;
+    QString reason;
+    if (!open(file, stamp, reason)) {
+        tell(recordOf(path, stamp), withoutPosition(path, reason));
+        return QByteArray();
+    }
+    if (isKnownBroken(path, stamp))
+        return QByteArray();
+
+    const QByteArray content = file.read(kMaxTranslationBytes);
+    QByteArray translations = TranslationData::checked(content);
+    if (translations.isNull() || !file.atEnd()) {
+        refuse(path, stamp, withoutPosition(path, u"no translation file, or a broken one"_s));
+        return QByteArray();
+    }
+    accept(path);
+    if (TranslationData::hasDependencies(content))
+        warn(path, u"the translation files that it depends on are not loaded"_s);
+    return translations;
 }
 
 void VLContentGuard::warn(const QString& path, const QString& reason)

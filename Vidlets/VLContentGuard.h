@@ -70,6 +70,14 @@ public:
                                         ShouldGenerateElementFunction filter, void* userData,
                                         QList<XmlPosition>& positions);
 
+    /**
+     * Reads the compiled translations @p path.
+     *
+     * @return What QTranslator can load from memory, without what the file depends on; null, after
+     *         a warning, for what is no sound translation file.
+     */
+    QByteArray readTranslations(const QString& path);
+
     /// Warns of @p reason, once for as long as the file or directory @p path stays as it is.
     void warn(const QString& path, const QString& reason);
     /// @overload

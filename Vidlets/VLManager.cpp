@@ -9,6 +9,7 @@
 #include "VLIndex.h"
 #include "VLNumbers.h"
 #include "VLSettings.h"
+#include "VLTextExpansion.h"
 #include "VLView.h"
 #include "VLWidget.h"
 #include "VLWidgetPrivate.h"
@@ -24,12 +25,14 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QSet>
 #include <QSize>
 #include <QStringBuilder>
 #include <QTranslator>
 #include <QUrl>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -116,6 +119,8 @@ public:
     }
 
     template <typename Action> void forEachReserved(Action action);
+    bool isTranslationLoaded(const QString& file) const;
+    bool loadTranslation(const QString& file, VLContentGuard& guard);
     bool isAllowedToShow() const;
     bool isOnShow(const QString& key) const;
     bool isFallbackOnShow(const QString& key) const;
@@ -135,11 +140,19 @@ public:
     /// Popups given up to the user, in the order of reserving; entries die with their window.
     QList<QPointer<VLWidget>> reservedWindows;
     QMap<QString, QVariant> globalProperties;
+    /// The warnings of texts that were sent.
+    QSet<QString> textWarnings;
     bool filterInstalled = false;
     /// Made at the first translation, a child of the manager.
     QTranslator* translator = nullptr;
     /// The file that is loaded in the translator; null if none is.
     QString translationFile;
+    /// What the translator reads from where content is guarded; else null, and the file is mapped.
+    QByteArray translationData;
+    /// Whether the constructor runs, so that the interface is not yet what the host derived of it.
+    bool isBeingBuilt = true;
+    /// The warnings of that time.
+    QStringList earlyWarnings;
     float scaleValue = 1.0F;
 };
 
@@ -152,6 +165,30 @@ template <typename Action> void VLManagerPrivate::forEachReserved(Action action)
         else
             reservedWindows.removeAt(i);
     }
+}
+
+bool VLManagerPrivate::isTranslationLoaded(const QString& file) const
+{
+    // One that was mapped before the host had its content guarded is loaded anew.
+    return translationFile == file
+        && (!Settings::guardContent(settings) || file.isEmpty() || !translationData.isNull());
+}
+
+bool VLManagerPrivate::loadTranslation(const QString& file, VLContentGuard& guard)
+{
+    if (!Settings::guardContent(settings)) {
+        const bool isLoaded = translator->load(file);
+        translationData = QByteArray();
+        return isLoaded;
+    }
+    // Most packages have none, which is no fault.
+    QByteArray data;
+    if (QFileInfo::exists(file) && QFileInfo(file).isAbsolute())
+        data = guard.readTranslations(file);
+    const bool isLoaded = translator->load(reinterpret_cast<const uchar*>(data.constData()),
+                                           static_cast<int>(data.size()));
+    translationData = data;
+    return isLoaded;
 }
 
 bool VLManagerPrivate::isAllowedToShow() const
@@ -252,6 +289,18 @@ VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringLi
         d->filterInstalled = true;
     }
     d->scaleValue = Settings::scale(d->settings);
+
+    d->isBeingBuilt = false;
+    if (!d->earlyWarnings.isEmpty()) {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                const QStringList warnings = std::exchange(d->earlyWarnings, {});
+                for (const QString& warning : warnings)
+                    handleMessage(VLMessageWarning, warning);
+            },
+            Qt::QueuedConnection);
+    }
 }
 
 VLManager::~VLManager()
@@ -263,6 +312,11 @@ VLManager::~VLManager()
     // Deferred, since the manager may go while an event of the popup is being delivered.
     if (d->tooltipWindow)
         d->tooltipWindow->deleteLater();
+}
+
+VLContentGuard& VLManager::contentGuard()
+{
+    return d->index->guard();
 }
 
 VLContext& VLManager::context()
@@ -297,6 +351,9 @@ float VLManager::realScaleValue()
 
 void VLManager::handleMessage(VLMessageType type, const QString& message)
 {
+    // What is said before the host's override exists is said to it once more.
+    if (d->isBeingBuilt && type == VLMessageWarning && Settings::guardContent(d->settings))
+        d->earlyWarnings.append(message);
     if (type > Settings::messageLevel(d->settings))
         return;
     if (d->interface)
@@ -330,8 +387,12 @@ void VLManager::loadDataPath(const QStringList& paths)
 {
     for (const QString& path : paths) {
         const QFileInfo info(path);
-        if (!info.isDir())
+        const bool isGuarded = Settings::guardContent(d->settings);
+        if (!info.isDir()) {
+            if (isGuarded)
+                contentGuard().warn(path, u"not a directory, so no data path"_s);
             continue;
+        }
         const QDir dir(info.absoluteFilePath());
         const QString extension = Settings::packageExtension(d->settings);
         const QString filter = u"*.%1"_s.arg(extension);
@@ -341,6 +402,8 @@ void VLManager::loadDataPath(const QStringList& paths)
         const QFileInfoList packages = dir.entryInfoList(
             {filter}, QDir::Dirs | QDir::NoSymLinks | QDir::Readable | QDir::NoDotAndDotDot,
             QDir::NoSort);
+        if (isGuarded && packages.isEmpty())
+            contentGuard().warn(path, u"holds no package (%1)"_s.arg(filter));
         for (const QFileInfo& package : packages)
             loadPackage(package);
 
@@ -431,6 +494,8 @@ QString VLManager::interpolate(const QString& text)
 
 QString VLManager::interpolate(const QString& text, const QMap<QString, QVariant>& variables)
 {
+    if (Settings::guardContent(d->settings))
+        return interpolateGuarded(text, variables);
     // Made anew each time: texts are filled in once per show, and nothing of it stays in memory.
     // clazy:excludeall=use-static-qregularexpression
     const QRegularExpression pattern(u"\\%\\(([-_a-zA-Z0-9]+)\\)s"_s);
@@ -448,6 +513,23 @@ QString VLManager::interpolate(const QString& text, const QMap<QString, QVariant
         else
             result.replace(position, match.capturedLength(), replacement);
     }
+}
+
+QString VLManager::interpolateGuarded(const QString& text, const QMap<QString, QVariant>& variables)
+{
+    const auto warnOfText = [this](const QString& warning) {
+        if (d->textWarnings.contains(warning))
+            return;
+        d->textWarnings.insert(warning);
+        handleMessage(VLMessageWarning, warning);
+    };
+    const VLTextExpansion expansion(text, variables);
+    const QStringList names = expansion.recursiveNames();
+    for (const QString& name : names)
+        warnOfText(u"the variable \"%1\" contains itself"_s.arg(name));
+    if (expansion.isCutOff())
+        warnOfText(u"a text with variables is longer than 1 MiB and was cut off"_s);
+    return expansion.result();
 }
 
 bool VLManager::openExternalResource(const QString& resource)
@@ -601,8 +683,8 @@ QString VLManager::translateString(const QString& text, const QString& context)
     if (!d->translator)
         d->translator = new QTranslator(this);
     // An empty name equals the null one: as long as nothing was loaded the translator stays empty.
-    if (d->translationFile != file) {
-        if (!d->translator->load(file)) {
+    if (!d->isTranslationLoaded(file)) {
+        if (!d->loadTranslation(file, contentGuard())) {
             d->translationFile = QString();
             return text;
         }

@@ -26,6 +26,7 @@ class VLContext;
 
 namespace Vidlets {
 
+class VLContentGuard;
 class VLIndex;
 class VLManagerPrivate;
 class VLWidget;
@@ -136,7 +137,8 @@ public:
      *
      * Names consist of letters, digits, "-" and "_", and their case matters. Unknown names stay,
      * and so do those whose value has a null string form. References inside a value are filled in
-     * too; a value that contains its own reference never finishes.
+     * too; a value that contains its own reference never finishes, unless ckGuardContent is set,
+     * which leaves it as it stands.
      *
      * @return The text with its references replaced.
      */
@@ -206,6 +208,14 @@ protected:
 
 private:
     Q_DISABLE_COPY_MOVE(VLManager)
+
+    friend class VLView;
+
+    /// The way to content files where ckGuardContent is set.
+    VLContentGuard& contentGuard();
+
+    /// interpolate() where ckGuardContent is set: always comes to an end.
+    QString interpolateGuarded(const QString& text, const QMap<QString, QVariant>& variables);
 
     const std::unique_ptr<VLManagerPrivate> d;
 };

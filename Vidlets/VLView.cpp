@@ -3,6 +3,7 @@
 
 #include "VLView.h"
 
+#include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLIndex.h"
 #include "VLInterface.h"
@@ -110,8 +111,16 @@ QString VLView::translate(const QString& string, const QString& context) const
 
 QString VLView::findResource(const QString& relativePath) const
 {
-    return findComponent(resourcesAttribute(), ckResourceDirectory,
-                         Settings::resourceDirectoryDefault(), relativePath);
+    const QString category = categoryPath(
+        resourcesAttribute(), Settings::resourceDirectoryDefault(), ckResourceDirectory);
+    const QString path = findExisting(category, relativePath);
+    if (!path.isNull())
+        return path;
+    if (m_content && isGuarded()) {
+        m_manager->contentGuard().warn(m_content->attribute(locationAttribute()),
+                                       u"the resource \"%1\" is not found"_s.arg(relativePath));
+    }
+    return category;
 }
 
 int VLView::getScaledSize(int size)
@@ -139,9 +148,16 @@ QString VLView::categoryPath(const QString& attribute, const QString& defaultVal
 QString VLView::findComponent(const QString& attribute, contextKey key, const QString& defaultValue,
                               const QString& relativePath) const
 {
-    QString category = categoryPath(attribute, defaultValue, key);
+    const QString category = categoryPath(attribute, defaultValue, key);
+    const QString path = findExisting(category, relativePath);
+    return path.isNull() ? category : path;
+}
+
+/// The first file or directory that exists; null where none does.
+QString VLView::findExisting(const QString& category, const QString& relativePath) const
+{
     if (!m_manager)
-        return category;
+        return QString();
     const QList<QString> candidates =
         m_manager->index()->componentPathsForElement(m_content, category);
     for (const QString& candidate : candidates) {
@@ -150,7 +166,7 @@ QString VLView::findComponent(const QString& attribute, contextKey key, const QS
         if (info.exists())
             return info.absoluteFilePath();
     }
-    return category;
+    return QString();
 }
 
 QString VLView::uiRootFilePath() const
@@ -235,8 +251,11 @@ void VLView::setReserved(bool reserved)
 
 void VLView::handleWarnings(const QList<QQmlError>& warnings)
 {
-    for (const QQmlError& warning : warnings)
+    for (const QQmlError& warning : warnings) {
         debugLog(errorMessage(u"QML Warning %1:%2:%3"_s, warning));
+        if (isGuarded())
+            warnOf(warning);
+    }
 }
 
 void VLView::statusHasChanged(QQuickView::Status s)
@@ -252,6 +271,7 @@ void VLView::loadQML(const QString& path)
 {
     if (!QFile::exists(path)) {
         debugLog(u"Can't find :%1"_s.arg(path));
+        warnOfMissing(path);
         return;
     }
     // The same scene stays alive; new content reaches it through the context names.
@@ -259,10 +279,59 @@ void VLView::loadQML(const QString& path)
     if (url == source())
         return;
     setSource(url);
+    warnOfFailure(url);
     // The window system may tell of the size only after the container has given the hidden window
     // its old one back, and then never.
     if (rootObject())
         Q_EMIT contentSizeChanged();
+}
+
+bool VLView::isGuarded() const
+{
+    return m_manager && Settings::guardContent(settingsOf(m_manager));
+}
+
+void VLView::warnOfMissing(const QString& path)
+{
+    if (!isGuarded())
+        return;
+    // A name that was found nowhere comes as one in the working directory, which helps nobody.
+    const QString wanted = uiRootFilePath();
+    const bool isWanted = m_content && QFileInfo(wanted).absoluteFilePath() == path;
+    m_manager->contentGuard().warn(
+        m_content ? m_content->attribute(locationAttribute()) : path,
+        u"the scene \"%1\" is not found"_s.arg(isWanted ? wanted : path));
+}
+
+void VLView::warnOfFailure(const QUrl& url)
+{
+    if (!isGuarded() || status() == QQuickView::Ready)
+        return;
+    if (status() == QQuickView::Loading) {
+        // A scene that waits for others comes later.
+        auto* waiting = new QObject(this);
+        connect(this, &QQuickView::statusChanged, waiting, [this, waiting, url] {
+            waiting->deleteLater();
+            disconnect(this, nullptr, waiting, nullptr);
+            if (source() == url)
+                warnOfFailure(url);
+        });
+        return;
+    }
+    const QList<QQmlError> viewErrors = errors();
+    for (const QQmlError& error : viewErrors)
+        warnOf(error);
+    if (viewErrors.isEmpty())
+        m_manager->contentGuard().warn(url.toLocalFile(), u"the scene shows nothing"_s);
+}
+
+void VLView::warnOf(const QQmlError& error)
+{
+    const QUrl url = error.url().isEmpty() ? source() : error.url();
+    const QString path = url.isLocalFile() ? url.toLocalFile() : url.toString();
+    // An error of the file as a whole has no place.
+    const XmlPosition position{qMax(1, error.line()), qMax(1, error.column())};
+    m_manager->contentGuard().warn(path, position, error.description());
 }
 
 void VLView::resetState()

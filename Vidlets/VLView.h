@@ -28,7 +28,8 @@ class VLManager;
  * bounding rectangle gives the size of the popup.
  *
  * A popup owns its one view. Everything runs on the user-interface thread. All trouble is reported
- * as a debug message of the manager, and the view stays usable.
+ * as a debug message of the manager, and where ckGuardContent is set as a warning too. The view
+ * stays usable.
  */
 class VIDLETS_EXPORT VLView : public QQuickView
 {
@@ -192,6 +193,15 @@ protected:
 
 private:
     Q_DISABLE_COPY_MOVE(VLView)
+
+    bool isGuarded() const;
+    /// Warns, where content is guarded, that there is no scene @p path.
+    void warnOfMissing(const QString& path);
+    /// Warns, where content is guarded, that the scene of @p url did not come up.
+    void warnOfFailure(const QUrl& url);
+    /// Hands @p error on as a warning with its file and place.
+    void warnOf(const QQmlError& error);
+    QString findExisting(const QString& category, const QString& relativePath) const;
 
     /// Null once the manager is gone, which a scene may outlive.
     QPointer<VLManager> m_manager;

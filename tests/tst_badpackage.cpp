@@ -64,11 +64,11 @@ Examination titleIs(const QString& value)
     };
 }
 
-Examination textIsNotTranslated()
+Examination translationIs(const QString& value)
 {
-    return [](BadPackage& package) {
+    return [value](BadPackage& package) {
         const QString given = package.stage.manager->translateString(u"text"_s, u"context"_s);
-        return given == u"text"_s ? QString() : u"translation is "_s + given;
+        return given == value ? QString() : u"translation is \"%1\""_s.arg(given);
     };
 }
 
@@ -98,26 +98,34 @@ BadCases filesChangedSinceTheScan()
 {
     const QString control = controlPath();
     return {
-        bad("gone").has(goodControlFile()).afterTheScan(removed(control)).isNotFound(),
+        bad("gone")
+            .has(goodControlFile())
+            .afterTheScan(removed(control))
+            .isNotFound()
+            .isWarnedOf("bad\\.xml: No such file"),
         bad("gone with its package")
             .has(goodControlFile())
             .afterTheScan(removed(QString()))
-            .isNotFound(),
+            .isNotFound()
+            .isWarnedOf("bad\\.xml: No such file"),
         bad("replaced by a dangling link")
             .has(goodControlFile())
             .afterTheScan(removed(control))
             .afterTheScan(link(u"none"_s, control))
-            .isNotFound(),
+            .isNotFound()
+            .isWarnedOf("bad\\.xml: No such file"),
         bad("replaced by a directory")
             .has(goodControlFile())
             .afterTheScan(removed(control))
             .afterTheScan(directory(control))
-            .isNotFound(),
+            .isNotFound()
+            .isWarnedOf("bad\\.xml: not a regular file$"),
         bad("permission taken")
             .has(goodControlFile())
             .afterTheScan(locked(control))
             .forAnOrdinaryUser()
-            .isNotFound(),
+            .isNotFound()
+            .isWarnedOf("bad\\.xml: Permission denied$"),
     };
 }
 
@@ -144,20 +152,34 @@ BadCases filesWithoutPermission()
             .has(locked(scenePath()))
             .forAnOrdinaryUser()
             .isShownEmpty()
-            .warns(kSceneWarning),
+            .warns(kSceneWarning)
+            .isWarnedOf("VidletUI\\.qml:1:1: Permission denied"),
     };
 }
 
 BadCases brokenScenes()
 {
     return {
-        scene("empty").isShownEmpty().warns(kSceneWarning),
-        scene("broken").isShownEmpty().warns(kSceneWarning),
-        scene("binary").isShownEmpty().warns(kSceneWarning),
-        scene("with-an-unknown-module").isShownEmpty().warns(kSceneWarning),
-        scene("with-an-unknown-type").isShownEmpty().warns(kSceneWarning),
-        scene("that-is-no-item").isShownEmpty().warns("QQuickView only supports"),
-        scene("that-throws").isShown().tellsTheHost("^QML Warning 5:").warns(kSceneWarning),
+        scene("empty").isShownEmpty().warns(kSceneWarning).isWarnedOf("VidletUI\\.qml:1:1: "),
+        scene("broken").isShownEmpty().warns(kSceneWarning).isWarnedOf("VidletUI\\.qml:4:1: "),
+        scene("binary").isShownEmpty().warns(kSceneWarning).isWarnedOf("VidletUI\\.qml:1:1: "),
+        scene("with-an-unknown-module")
+            .isShownEmpty()
+            .warns(kSceneWarning)
+            .isWarnedOf("VidletUI\\.qml:1:1: "),
+        scene("with-an-unknown-type")
+            .isShownEmpty()
+            .warns(kSceneWarning)
+            .isWarnedOf("VidletUI\\.qml:2:1: "),
+        scene("that-is-no-item")
+            .isShownEmpty()
+            .warns("QQuickView only supports")
+            .isWarnedOf("VidletUI\\.qml:1:1: "),
+        scene("that-throws")
+            .isShown()
+            .tellsTheHost("^QML Warning 5:")
+            .warns(kSceneWarning)
+            .isWarnedOf("VidletUI\\.qml:5:"),
         scene("without-a-size").isShown(),
     };
 }
@@ -169,35 +191,55 @@ BadCases missingScenes()
             .has(goodControlFile())
             .afterTheScan(removed(scenePath()))
             .isShownEmpty()
-            .tellsTheHost("^Can't find :.*ui/VidletUI\\.qml$"),
+            .tellsTheHost("^Can't find :.*ui/VidletUI\\.qml$")
+            .isWarnedOf("/bad\\.xml: the scene \"ui/VidletUI\\.qml\" is not found$"),
         bad("a scene that the tip names and that is missing")
             .has(controlFile(fileWith("<vidlet key=\"bad\" ui=\"ui/None.qml\"/>")))
             .isShownEmpty()
-            .tellsTheHost("^Can't find :.*ui/None\\.qml$"),
+            .tellsTheHost("^Can't find :.*ui/None\\.qml$")
+            .isWarnedOf("/bad\\.xml: the scene \"ui/None\\.qml\" is not found$"),
         bad("a scene that is a directory")
             .has(goodControlFile())
             .afterTheScan(removed(scenePath()))
             .afterTheScan(directory(scenePath()))
             .isShownEmpty()
-            .warns(kSceneWarning),
+            .warns(kSceneWarning)
+            .isWarnedOf("VidletUI\\.qml:1:1: "),
     };
 }
 
 BadCases brokenTranslations()
 {
-    const Examination untranslated = textIsNotTranslated();
+    const Examination untranslated = translationIs(u"text"_s);
     return {
         bad("none").has(goodControlFile()).isShown().where(untranslated),
-        translation("empty").isShown().where(untranslated),
-        translation("text").isShown().where(untranslated),
-        translation("binary").isShown().where(untranslated),
-        translation("cut-off-behind-its-head").isShown().where(untranslated),
-        translation("binary-behind-its-head").isShown().where(untranslated),
+        translation("empty")
+            .isShown()
+            .where(untranslated)
+            .isWarnedOf("en_US\\.qm: no translation file"),
+        translation("text")
+            .isShown()
+            .where(untranslated)
+            .isWarnedOf("en_US\\.qm: no translation file"),
+        translation("binary")
+            .isShown()
+            .where(untranslated)
+            .isWarnedOf("en_US\\.qm: no translation file"),
+        translation("cut-off-behind-its-head")
+            .isShown()
+            .where(translationIs(QString()))
+            .whereGuarded(untranslated)
+            .isWarnedOf("en_US\\.qm: no translation file"),
+        translation("binary-behind-its-head")
+            .isShown()
+            .where(untranslated)
+            .isWarnedOf("en_US\\.qm: no translation file"),
         bad("directory")
             .has(goodControlFile())
             .has(directory(translationPath()))
             .isShown()
-            .where(untranslated),
+            .where(untranslated)
+            .isWarnedOf("en_US\\.qm: not a regular file"),
     };
 }
 
@@ -214,21 +256,52 @@ BadCases brokenKeyData()
             .afterTheScan(removed(path))
             .afterTheScan(directory(path))
             .isShown()
-            .where(oldTitle),
-        keyData("empty").endsTheLookup(),
-        keyData("text").endsTheLookup(),
-        keyData("binary").endsTheLookup(),
-        keyData("of-another-root").isShown().where(oldTitle),
+            .where(oldTitle)
+            .isWarnedOf("keys\\.xml: not a regular file"),
+        keyData("empty").endsTheLookup().isGuardedShown().whereGuarded(oldTitle).isWarnedOf(
+            "keys\\.xml:1:"),
+        keyData("text").endsTheLookup().isGuardedShown().whereGuarded(oldTitle).isWarnedOf(
+            "keys\\.xml:1:"),
+        keyData("binary").endsTheLookup().isGuardedShown().whereGuarded(oldTitle).isWarnedOf(
+            "keys\\.xml:1:"),
+        keyData("of-another-root").isShown().where(oldTitle).isWarnedOf("keys\\.xml:1:"),
         keyData("without-the-key").isShown().where(oldTitle),
-        keyData("cut-off-before-the-record").isShown().where(oldTitle),
-        keyData("cut-off-in-the-record").isShown().where(newTitle),
-        keyData("cut-off-behind-the-record").isShown().where(newTitle),
-        keyData("with-the-key-twice").isShown().where(newTitle),
+        keyData("cut-off-before-the-record").isShown().where(oldTitle).isWarnedOf("keys\\.xml:1:"),
+        keyData("cut-off-in-the-record")
+            .isShown()
+            .where(newTitle)
+            .whereGuarded(oldTitle)
+            .isWarnedOf("keys\\.xml:1:"),
+        keyData("cut-off-behind-the-record")
+            .isShown()
+            .where(newTitle)
+            .whereGuarded(oldTitle)
+            .isWarnedOf("keys\\.xml:1:"),
+        keyData("with-the-key-twice")
+            .isShown()
+            .where(newTitle)
+            .whereGuarded(oldTitle)
+            .isWarnedOf("keys\\.xml:1:"),
         bad("with another attribute of 1 MB")
             .has(keyDataFile("<vidletkeys><key name=\"bad\" title=\"new\" a=\"" + large
                              + "\"/></vidletkeys>"))
             .isShown()
             .where(newTitle),
+    };
+}
+
+using Groups = QMap<QString, BadCases>;
+
+Groups allGroups()
+{
+    return {
+        {u"wrong file"_s, wrongFiles()},
+        {u"changed since the scan"_s, filesChangedSinceTheScan()},
+        {u"without permission"_s, filesWithoutPermission()},
+        {u"broken scene"_s, brokenScenes()},
+        {u"missing scene"_s, missingScenes()},
+        {u"translation"_s, brokenTranslations()},
+        {u"key data"_s, brokenKeyData()},
     };
 }
 
@@ -253,6 +326,8 @@ private Q_SLOTS:
     void translation_givesText_whenFileIsBroken();
     void keyData_goesByWhatWasBuilt_whenFileIsBroken_data();
     void keyData_goesByWhatWasBuilt_whenFileIsBroken();
+    void guardedContent_doesNoHarm_data();
+    void guardedContent_doesNoHarm();
     void brokenFiles_haveACaseEach_data();
     void brokenFiles_haveACaseEach();
 
@@ -334,6 +409,24 @@ void TestBadPackage::keyData_goesByWhatWasBuilt_whenFileIsBroken_data()
 void TestBadPackage::keyData_goesByWhatWasBuilt_whenFileIsBroken()
 {
     runRow(brokenKeyData());
+}
+
+void TestBadPackage::guardedContent_doesNoHarm_data()
+{
+    QTest::addColumn<QString>("group");
+    QTest::addColumn<QString>("name");
+    const Groups groups = allGroups();
+    for (auto it = groups.cbegin(); it != groups.cend(); ++it) {
+        for (const BadCase& badCase : it.value())
+            QTest::addRow("%s: %s", qPrintable(it.key()), qPrintable(badCase.name))
+                << it.key() << badCase.name;
+    }
+}
+
+void TestBadPackage::guardedContent_doesNoHarm()
+{
+    QFETCH(QString, group);
+    runGuardedRow(allGroups().value(group));
 }
 
 void TestBadPackage::brokenFiles_haveACaseEach_data()

@@ -10,6 +10,7 @@
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLIndex.h>
 #include <Vidlets/VLManager.h>
+#include <Vidlets/VLView.h>
 #include <Vidlets/VLXmlElement.h>
 
 #include <QDateTime>
@@ -115,6 +116,18 @@ private Q_SLOTS:
     void device_isNotOpened_whenRecorded();
     void unknownPackage_isWarnedOf_whenSearchNamesIt();
     void guard_canBeTurnedOnLater();
+    void resource_isWarnedOf_whenNotFound();
+    void dataPath_isWarnedOf_whenNoDirectoryOrWithoutPackage();
+    void earlyWarning_reachesOverride_whenEventLoopRuns();
+    void earlyWarning_goesByLevelThenInForce();
+    void earlyWarning_isDropped_whenInterfaceDiesBefore();
+    void earlyWarning_isNotRepeated_withoutGuard();
+    void interpolation_givesSameResult_whenItEnds_data();
+    void interpolation_givesSameResult_whenItEnds();
+    void interpolation_leavesVariableInsideItself_data();
+    void interpolation_leavesVariableInsideItself();
+    void interpolation_isCutOff_whenItGrowsWithoutBound();
+    void interpolation_comesToAnEnd_whenItOnlyTakesTime();
 };
 
 void TestGuardedContent::brokenFile_isWarnedOfOnce_untilItChanges()
@@ -324,6 +337,173 @@ void TestGuardedContent::guard_canBeTurnedOnLater()
     QVERIFY(host.rewrite(""));
     host.context.set(ckGuardContent, true);
     QVERIFY(!host.finds());
+    QCOMPARE(host.warnings().size(), 1);
+}
+
+void TestGuardedContent::resource_isWarnedOf_whenNotFound()
+{
+    GuardedHost host;
+    const QString resource = host.packages.write(u"tips.vidlets/Resources/a.png"_s, "x");
+    QString path;
+    int depth = 0;
+    VLXmlElement* root = nullptr;
+    VLXmlElement* tip = host.index.retrieve(u"open"_s, QLocale(u"en_US"_s), path, depth, root);
+    QVERIFY(tip);
+    {
+        VLView view(&host.manager);
+        view.setContent(tip);
+        QCOMPARE(view.findResource(u"a.png"_s), resource);
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(view.findResource(u"b.png"_s), u"Resources"_s);
+    }
+    delete root;
+    QCOMPARE(host.warnings(),
+             QStringList{u"tips.vidlets/Control/tips.xml: the resource \"b.png\" is not found"_s});
+}
+
+void TestGuardedContent::dataPath_isWarnedOf_whenNoDirectoryOrWithoutPackage()
+{
+    GuardedHost host;
+    const QString file = host.packages.write(u"file"_s, "x");
+    const QString missing = host.packages.path(u"missing"_s);
+    const QString empty = QFileInfo(host.packages.write(u"empty/file"_s, "x")).path();
+    for (int i = 0; i < 2; ++i)
+        host.manager.loadDataPath({file, missing, empty});
+    const QStringList expected{u"file: not a directory, so no data path"_s,
+                               u"missing: not a directory, so no data path"_s,
+                               u"empty: holds no package (*.vidlets)"_s};
+    QCOMPARE(host.warnings(), expected);
+}
+
+void TestGuardedContent::earlyWarning_reachesOverride_whenEventLoopRuns()
+{
+    VLContext context;
+    RecordingInterface interface(guarded(context), {u"/none"_s});
+    QVERIFY(interface.recordedMessages.isEmpty());
+    QTRY_COMPARE(interface.messages(VLMessageWarning),
+                 QStringList{u"/none: not a directory, so no data path"_s});
+    QCoreApplication::processEvents();
+    QCOMPARE(interface.messages(VLMessageWarning).size(), 1);
+}
+
+void TestGuardedContent::earlyWarning_goesByLevelThenInForce()
+{
+    VLContext context;
+    RecordingInterface quiet(guarded(context), {u"/none"_s});
+    quiet.context().set(ckMessageLevel, VLMessageError);
+    context.set(ckMessageLevel, VLMessageError);
+    RecordingInterface loud(context, {u"/none"_s});
+    loud.context().set(ckMessageLevel, VLMessageWarning);
+    QTRY_COMPARE(loud.messages(VLMessageWarning).size(), 1);
+    QVERIFY(quiet.recordedMessages.isEmpty());
+}
+
+void TestGuardedContent::earlyWarning_isDropped_whenInterfaceDiesBefore()
+{
+    VLContext context;
+    auto interface =
+        std::make_unique<RecordingInterface>(guarded(context), QStringList{u"/none"_s});
+    interface.reset();
+    // Would reach an object that has gone.
+    QCoreApplication::processEvents();
+    QVERIFY(!interface);
+}
+
+void TestGuardedContent::earlyWarning_isNotRepeated_withoutGuard()
+{
+    VLContext context;
+    context.set(ckGuardContent, false);
+    RecordingInterface interface(context, {u"/none"_s});
+    QCoreApplication::processEvents();
+    QVERIFY(interface.messages(VLMessageWarning).isEmpty());
+}
+
+void TestGuardedContent::interpolation_givesSameResult_whenItEnds_data()
+{
+    QTest::addColumn<QString>("text");
+    for (const char* text :
+         {"", "plain", "%(a)s", "a%(a)s%(b)sb", "%(none)s", "%(null)s", "%(empty)s", "%(a)", "%()s",
+          "%(%(a)s", "%%(a)s", "%(nested)s %(nested)s", "%(open)sa)s", "%(half)sa)s.", "%(ä)s",
+          "%(a)s%(nested)s%(a)s", "%(-_9)s", "%(deep)s%(empty)s)s"})
+        QTest::addRow("%s", text) << QString::fromUtf8(text);
+}
+
+void TestGuardedContent::interpolation_givesSameResult_whenItEnds()
+{
+    QFETCH(QString, text);
+    const QMap<QString, QVariant> variables{
+        {u"a"_s, u"Ä"_s},
+        {u"b"_s, 12},
+        {u"null"_s, QVariant()},
+        {u"empty"_s, u""_s},
+        {u"open"_s, u"%("_s},
+        {u"half"_s, u"x%("_s},
+        {u"-_9"_s, u"n"_s},
+        {u"nested"_s, u"[%(a)s%(b)s%(none)s]"_s},
+        {u"deep"_s, u"%(nested)s%(open)snested"_s},
+    };
+    GuardedHost host;
+    const QString result = host.manager.interpolate(text, variables);
+    host.manager.context().set(ckGuardContent, false);
+    QCOMPARE(result, host.manager.interpolate(text, variables));
+    QVERIFY(host.warnings().isEmpty());
+}
+
+void TestGuardedContent::interpolation_leavesVariableInsideItself_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("directly") << u"a %(self)s b"_s << u"a <%(self)s> b"_s;
+    QTest::newRow("by way of another") << u"%(one)s"_s << u"1 2 %(one)s"_s;
+    QTest::newRow("by way of the text around it") << u"%(open)sopen)s"_s << u"%(open)s"_s;
+    QTest::newRow("twice in turn") << u"%(self)s%(self)s"_s << u"<%(self)s><%(self)s>"_s;
+}
+
+void TestGuardedContent::interpolation_leavesVariableInsideItself()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, expected);
+    GuardedHost host;
+    host.manager.setGlobalProperty(u"self"_s, u"<%(self)s>"_s);
+    host.manager.setGlobalProperty(u"one"_s, u"1 %(two)s"_s);
+    host.manager.setGlobalProperty(u"two"_s, u"2 %(one)s"_s);
+    host.manager.setGlobalProperty(u"open"_s, u"%("_s);
+    for (int i = 0; i < 2; ++i)
+        QCOMPARE(host.manager.interpolate(text), expected);
+    QCOMPARE(host.warnings().size(), 1);
+    QVERIFY(host.warnings().constFirst().endsWith(u"contains itself"_s));
+}
+
+void TestGuardedContent::interpolation_isCutOff_whenItGrowsWithoutBound()
+{
+    constexpr int kMebibyte = 1024 * 1024;
+    GuardedHost host;
+    host.manager.setGlobalProperty(u"v0"_s, u"0123456789abcdeé"_s);
+    for (int i = 1; i < 30; ++i) {
+        const QString value = u"%(v%1)s"_s.arg(i - 1).repeated(2);
+        host.manager.setGlobalProperty(u"v%1"_s.arg(i), value);
+    }
+    for (int i = 0; i < 2; ++i) {
+        const QString result = host.manager.interpolate(u"%(v29)s"_s);
+        QVERIFY(result.startsWith(u"0123456789abcdeé0123456789"_s));
+        const qsizetype bytes = result.toUtf8().size();
+        QVERIFY(bytes <= kMebibyte);
+        QVERIFY(bytes > kMebibyte - 4);
+    }
+    QCOMPARE(host.warnings().size(), 1);
+    const QString fits(kMebibyte, u'x');
+    QCOMPARE(host.manager.interpolate(fits), fits);
+}
+
+void TestGuardedContent::interpolation_comesToAnEnd_whenItOnlyTakesTime()
+{
+    GuardedHost host;
+    host.manager.setGlobalProperty(u"v0"_s, u""_s);
+    for (int i = 1; i < 60; ++i) {
+        const QString value = u"%(v%1)s"_s.arg(i - 1).repeated(2);
+        host.manager.setGlobalProperty(u"v%1"_s.arg(i), value);
+    }
+    QCOMPARE(host.manager.interpolate(u"a%(v59)sb"_s), u"a"_s);
     QCOMPARE(host.warnings().size(), 1);
 }
 

@@ -60,6 +60,7 @@ public:
     // What becomes of it where content is guarded.
     /// The file is passed over, and the host is warned of its line @p line.
     BadCase& isRefusedAt(int line);
+    BadCase& isGuardedShown();
     /// As without a guard, but the host is warned; @p pattern is one of the whole warning.
     BadCase& isWarnedOf(const char* pattern);
 
@@ -75,6 +76,7 @@ public:
     QString message; ///< What the host is told, as a pattern; empty for nothing.
     QString warning; ///< What Qt warns of, as a pattern; empty for nothing.
     bool isUnprivileged = false;
+    bool isShownIfGuarded = false;
     bool isRefused = false;         ///< Where content is guarded.
     QString guardedWarning;         ///< What the host is warned of then; empty for nothing.
     Examination guardedExamination; ///< In place of the other one then, where it is set.

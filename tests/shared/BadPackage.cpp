@@ -54,7 +54,7 @@ QStringList brokenFileNames(const QString& folder)
 }
 
 BadPackage::BadPackage(bool isGuarded)
-    : stage({{ckMessageLevel, VLMessageDebug}, {ckGuardContent, isGuarded}})
+    : stage({{ckMessageLevel, VLMessageDebug}, {ckGuardContent, isGuarded}, {ckLocale, u"en_US"_s}})
 {
     stage.packages.packageRoot(u"bad.vidlets/Control"_s);
     write(u"ui/VidletUI.qml"_s, contentOf(stage.packages.path(u"tips.vidlets/ui/VidletUI.qml"_s)));
