@@ -116,6 +116,9 @@ bool areContextsSound(const QByteArray& contexts)
             continue;
         qsizetype offset = chains + entry * kEntryBytes;
         for (;;) {
+            // The last chain ends with the section, without a mark; checked() adds it.
+            if (offset == block.size())
+                break;
             if (!block.holds(offset, 1))
                 return false;
             if (visited.testBit(offset))
@@ -214,6 +217,8 @@ QByteArray checked(const QByteArray& file)
     if (hashes.isEmpty() || !areMessagesSound(hashes, messages))
         return QByteArray();
 
+    if (!contexts.isEmpty())
+        contexts.append('\0');
     QByteArray result(kMagic.data(), kMagic.size());
     appendSection(result, ContextsTag, contexts);
     appendSection(result, HashesTag, hashes);

@@ -41,6 +41,12 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv)
     return 0;
 }
 
+bool isGuardedRun()
+{
+    static const bool isGuarded = !qEnvironmentVariableIsEmpty("VIDLETS_FUZZ_GUARDED");
+    return isGuarded;
+}
+
 FuzzDirectory::FuzzDirectory()
     : m_directory(directoryTemplate())
     , m_root(QFileInfo(m_directory.path()).canonicalFilePath())

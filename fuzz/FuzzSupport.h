@@ -27,6 +27,10 @@ private:
     QString m_root;
 };
 
+/// Whether the run is one with guarded content, in which no input may end the process. It is asked
+/// for with the environment variable VIDLETS_FUZZ_GUARDED.
+bool isGuardedRun();
+
 /// What a plain reader finds in an XML document.
 struct XmlSurvey
 {

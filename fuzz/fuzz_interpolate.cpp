@@ -6,7 +6,8 @@
 // The lines up to the first empty one are variables, as "name=value"; a line without "=" is a
 // variable with no value. The rest is the text. A variable that contains itself never finishes by
 // design, directly or by way of others or of the text around it, and a few nested ones grow without
-// bound; so an input is left out where the scanner runs out of steps or of room.
+// bound; so an input is left out where the scanner runs out of steps or of room. In a guarded run
+// none is: those have to come to an end too, and to a short one.
 
 #include "FuzzSupport.h"
 #include <Vidlets/VLContext.h>
@@ -100,6 +101,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QString text = border < 0 ? input : input.mid(border + separator.size());
 
     const std::optional<QString> result = expected(text, variables);
+    manager.context().set(ckGuardContent, isGuardedRun());
+    if (!result && isGuardedRun()) {
+        constexpr qsizetype kMaxBytes = 1024 * 1024;
+        if (manager.interpolate(text, variables).toUtf8().size() > kMaxBytes)
+            qFatal("The text is too long");
+        return 0;
+    }
     if (!result)
         return -1;
     if (manager.interpolate(text, variables) != *result)

@@ -4,13 +4,15 @@
 // The key data file, merged into a tip.
 //
 // The input is the file; one that breaks outside its root is left out, since the parser ends the
-// process on it by design.
+// process on it by design. In a guarded run none is, and nothing may be left of the file.
 
 #include "FuzzSupport.h"
 #include "ObjectCensus.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLIndex.h>
 #include <Vidlets/VLXmlElement.h>
+
+#include <QtGlobal>
 
 using namespace Qt::StringLiterals;
 
@@ -22,7 +24,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     static VLContext context;
     static VLIndex index(&context, {});
     const QByteArray document = inputBytes(data, size);
-    if (XmlSurvey(document).breaksOutsideRoot)
+    context.set(ckGuardContent, isGuardedRun());
+    if (!isGuardedRun() && XmlSurvey(document).breaksOutsideRoot)
         return -1;
     context.set(ckKeyDataFile, directory.write(u"keys.xml"_s, document));
 
@@ -35,6 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             index.loadKeyData(key, &element);
         element.toXml();
     }
+    if (isGuardedRun() && !census.living<VLXmlElement>().isEmpty())
+        qFatal("Elements are left");
     census.deleteLiving<VLXmlElement>();
     return 0;
 }

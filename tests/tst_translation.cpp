@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QQuickItem>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTranslator>
 
@@ -72,11 +73,14 @@ QString asXml(const Entry& entry)
 
 /// Compiles @p entries with the tool that translators use, and puts the result in place of what
 /// stands at @p filePath, as an installer would. What is loaded stays mapped: it must not be cut.
-void compile(const QList<Entry>& entries, const QString& filePath)
+void compile(const QList<Entry>& entries, const QString& filePath, const QStringList& options = {},
+             const QString& dependency = QString())
 {
     const QTemporaryDir directory;
     QFile source(directory.filePath(u"source.ts"_s));
     QString text = u"<!DOCTYPE TS>\n<TS version=\"2.1\" language=\"de_DE\">\n"_s;
+    if (!dependency.isEmpty())
+        text += u"<dependencies><dependency catalog=\"%1\"/></dependencies>\n"_s.arg(dependency);
     for (const Entry& entry : entries)
         text += asXml(entry);
     text += u"</TS>\n"_s;
@@ -87,7 +91,9 @@ void compile(const QList<Entry>& entries, const QString& filePath)
     QDir().mkpath(QFileInfo(filePath).path());
     const QString compiled = filePath + u".new"_s;
     QProcess process;
-    process.start(QStringLiteral(LRELEASE), {u"-silent"_s, source.fileName(), u"-qm"_s, compiled});
+    process.start(QStringLiteral(LRELEASE),
+                  QStringList{u"-silent"_s} + options
+                      + QStringList{source.fileName(), u"-qm"_s, compiled});
     if (!process.waitForFinished() || process.exitCode() != 0)
         qFatal("lrelease: %s", process.readAllStandardError().constData());
     if (std::rename(QFile::encodeName(compiled).constData(),
@@ -172,6 +178,43 @@ private:
     Q_DISABLE_COPY_MOVE(WholeHost)
 };
 
+/// Entries in contexts enough for one to share its place in the table with another.
+QList<Entry> manyEntries()
+{
+    constexpr int kContexts = 40;
+    QList<Entry> entries{{u"Tip"_s, u"Open"_s, u"Auf"_s}};
+    for (int i = 0; i < kContexts; ++i) {
+        entries.append({u"Context%1"_s.arg(i), u"Open"_s, u"Auf %1"_s.arg(i)});
+        entries.append({u"Context%1"_s.arg(i), u"Save"_s, u"Sichern %1"_s.arg(i)});
+    }
+    return entries;
+}
+
+Settings guardedGerman()
+{
+    return {{ckLocale, u"de_DE"_s}, {ckGuardContent, true}};
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("Could not read %s", qPrintable(path));
+    return file.readAll();
+}
+
+/// Has the manager translate by a file with @p content, and forget it again.
+void translateBy(TranslationStage& stage, const QByteArray& content)
+{
+    stage.packages.write(tipsPackage() + u"/l10n/"_s + germanFile(), content);
+    const QList<Entry> entries = manyEntries();
+    for (const Entry& entry : entries)
+        stage.manager->translateString(entry.source, entry.context);
+    stage.manager->translateString(u"Close"_s, u"None"_s);
+    QFile::remove(stage.germanPath());
+    QCOMPARE(stage.translated(), u"Open"_s);
+}
+
 /// A host that translates by itself.
 class TranslatingInterface : public VLInterface
 {
@@ -242,6 +285,15 @@ private Q_SLOTS:
     void translateString_keepsOneFileOnly();
     void translateString_forgetsLoadedFile_whenItIsRemoved();
     void translator_belongsToManagerAlone();
+
+    // Guarded files
+    void guardedFile_givesWhatAnyGives_data();
+    void guardedFile_givesWhatAnyGives();
+    void guardedFile_loadsNoDependencies();
+    void guardedFile_isKept_whenItIsCutWhileLoaded();
+    void guardedFile_isReadFromMemory_whenGuardIsTurnedOnLater();
+    void guardedFile_neverEndsTheProcess_whenCutOff();
+    void guardedFile_neverEndsTheProcess_whenGarbled();
 
     // On the way from the scene
     void translate_looksIntoPackage_byDefault();
@@ -563,6 +615,103 @@ void TestTranslation::translator_belongsToManagerAlone()
 
     stage.manager.reset();
     QVERIFY(!translator);
+}
+
+void TestTranslation::guardedFile_givesWhatAnyGives_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::newRow("plain") << QStringList();
+    QTest::newRow("compressed") << QStringList{u"-compress"_s};
+}
+
+void TestTranslation::guardedFile_givesWhatAnyGives()
+{
+    QFETCH(QStringList, options);
+    TranslationStage stage(guardedGerman());
+    compile(manyEntries(), stage.germanPath(), options);
+    stage.showTip();
+    const QList<Entry> entries = manyEntries();
+    for (const Entry& entry : entries)
+        QCOMPARE(stage.manager->translateString(entry.source, entry.context), entry.translation);
+    QCOMPARE(stage.manager->translateString(u"Save"_s, u"Tip"_s), QString());
+    QVERIFY(stage.interface.messages(VLMessageWarning).isEmpty());
+}
+
+void TestTranslation::guardedFile_loadsNoDependencies()
+{
+    for (const bool isGuarded : {false, true}) {
+        Settings settings = guardedGerman();
+        settings.insert(ckGuardContent, isGuarded);
+        TranslationStage stage(settings);
+        stage.writeFile(tipsPackage() + u"/l10n/other.qm"_s, u"Auf"_s);
+        compile({{u"Tip"_s, u"Save"_s, u"Sichern"_s}}, stage.germanPath(), {},
+                stage.packages.path(tipsPackage() + u"/l10n/other"_s));
+        stage.showTip();
+        for (int i = 0; i < 2; ++i)
+            QCOMPARE(stage.translated(), isGuarded ? QString() : u"Auf"_s);
+        QCOMPARE(stage.manager->translateString(u"Save"_s, u"Tip"_s), u"Sichern"_s);
+        QCOMPARE(stage.interface.messages(VLMessageWarning).size(), isGuarded ? 1 : 0);
+    }
+}
+
+void TestTranslation::guardedFile_isKept_whenItIsCutWhileLoaded()
+{
+    TranslationStage stage(guardedGerman());
+    stage.writeFile(u"Auf"_s);
+    stage.showTip();
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    // A mapped one would end the process here.
+    QVERIFY(QFile::resize(stage.germanPath(), 0));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+}
+
+void TestTranslation::guardedFile_isReadFromMemory_whenGuardIsTurnedOnLater()
+{
+    TranslationStage stage({{ckLocale, u"de_DE"_s}, {ckGuardContent, false}});
+    stage.writeFile(u"Auf"_s);
+    stage.showTip();
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    stage.set(ckGuardContent, true);
+    QCOMPARE(stage.translated(), u"Auf"_s);
+    QVERIFY(QFile::resize(stage.germanPath(), 0));
+    QCOMPARE(stage.translated(), u"Auf"_s);
+}
+
+void TestTranslation::guardedFile_neverEndsTheProcess_whenCutOff()
+{
+    TranslationStage stage(guardedGerman());
+    compile(manyEntries(), stage.germanPath(), {u"-compress"_s});
+    const QByteArray good = contentOf(stage.germanPath());
+    stage.showTip();
+    constexpr qsizetype kStep = 29;
+    for (qsizetype size = 0; size < good.size(); size += kStep) {
+        translateBy(stage, good.left(size));
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void TestTranslation::guardedFile_neverEndsTheProcess_whenGarbled()
+{
+    TranslationStage stage(guardedGerman());
+    compile(manyEntries(), stage.germanPath(), {u"-compress"_s});
+    const QByteArray good = contentOf(stage.germanPath());
+    stage.showTip();
+    // The same bytes in each run.
+    QRandomGenerator random(1);
+    constexpr int kFiles = 120;
+    constexpr int kMaxBytes = 6;
+    for (int i = 0; i < kFiles; ++i) {
+        QByteArray garbled = good;
+        for (int count = random.bounded(1, kMaxBytes); count > 0; --count) {
+            const auto place =
+                static_cast<qsizetype>(random.bounded(static_cast<int>(good.size())));
+            garbled[place] = static_cast<char>(random.bounded(256));
+        }
+        translateBy(stage, garbled);
+        if (QTest::currentTestFailed())
+            return;
+    }
 }
 
 void TestTranslation::translate_looksIntoPackage_byDefault()
