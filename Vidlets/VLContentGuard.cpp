@@ -33,6 +33,10 @@ constexpr qint64 kNsPerMs = 1'000'000;
 constexpr qint64 kSettledAfterNs = 3'000 * kNsPerMs;
 // A scene may find ever new things to complain of.
 constexpr int kMaxWarningsPerState = 100;
+// Holds the first tag of nearly all control files, and takes one step to read.
+constexpr qint64 kHeadBytes = 16 * 1024;
+// Far above what any content needs, and below what a host can spare for a moment.
+constexpr qint64 kMaxDocumentBytes = 256 * 1024 * 1024;
 // Far above what any translation needs, and far below what a host can spare.
 constexpr qint64 kMaxTranslationBytes = 64 * 1024 * 1024;
 
@@ -109,36 +113,55 @@ VLContentGuard::Stamp stampOf(const struct stat& status)
 
 /// Looked at before the open, since to open a device can have effects, and after it, since the file
 /// may be another by then; a FIFO in its place does not keep the open waiting.
-int openRegular(const QByteArray& path, VLContentGuard::Stamp& stamp, QString& reason)
+int openRegular(const QByteArray& path, bool isListed, VLContentGuard::Stamp& stamp,
+                QString& reason)
 {
     struct stat status = {};
+    const bool isReached = isListed || stat(path.constData(), &status) == 0;
+    const bool isWanted = isListed || S_ISREG(status.st_mode);
     int handle = -1;
-    if (stat(path.constData(), &status) != 0) {
-        reason = qt_error_string(errno);
-        return -1;
-    }
-    stamp = stampOf(status);
-    if (S_ISREG(status.st_mode)) {
+    if (isReached && isWanted)
         handle = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-        if (handle < 0 || fstat(handle, &status) != 0) {
-            reason = qt_error_string(errno);
-            if (handle >= 0)
-                ::close(handle);
-            return -1;
-        }
+    const bool isOpen = handle >= 0 && fstat(handle, &status) == 0;
+    if (!isOpen)
+        reason = isReached && !isWanted ? notRegular() : qt_error_string(errno);
+    if (isReached)
         stamp = stampOf(status);
-    }
-    if (S_ISREG(status.st_mode))
+    if (isOpen && S_ISREG(status.st_mode))
         return handle;
-    reason = notRegular();
+    if (isOpen)
+        reason = notRegular();
     if (handle >= 0)
         ::close(handle);
     return -1;
 }
 
+/// Reads a file without the steps by which QFile finds out what it has been given: they would take
+/// longer than to read a small file.
+bool readNatively(const QString& path, bool isListed, qint64 limit, QByteArray& content,
+                  VLContentGuard::Stamp& stamp, QString& reason)
+{
+    const int handle = openRegular(QFile::encodeName(path), isListed, stamp, reason);
+    if (handle < 0)
+        return false;
+    content.resize(qMin(stamp.size, limit));
+    qsizetype length = 0;
+    while (length < content.size()) {
+        const ssize_t count = ::read(handle, content.data() + length, content.size() - length);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            break;
+        length += count;
+    }
+    ::close(handle);
+    content.resize(length);
+    return true;
+}
+
 bool openNatively(QFile& file, const QString& path, VLContentGuard::Stamp& stamp, QString& reason)
 {
-    const int handle = openRegular(QFile::encodeName(path), stamp, reason);
+    const int handle = openRegular(QFile::encodeName(path), false, stamp, reason);
     if (handle < 0)
         return false;
     if (file.open(handle, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
@@ -163,15 +186,13 @@ VLContentGuard::Stamp stampAt(const QString& path)
 }
 
 /// The place of the first byte that is no UTF-8, or a line of 0 where there is none.
-XmlPosition firstInvalidByte(QFile& file)
+XmlPosition firstInvalidByte(const QByteArray& document)
 {
     XmlPosition position;
-    if (!file.seek(0))
-        return position;
     qint64 number = 0;
-    while (!file.atEnd()) {
+    const QList<QByteArray> lines = document.split('\n');
+    for (const QByteArray& line : lines) {
         ++number;
-        const QByteArray line = file.readLine();
         QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
         const QString text = decoder(line);
         if (!decoder.hasError())
@@ -185,13 +206,13 @@ XmlPosition firstInvalidByte(QFile& file)
 
 /// The reader decodes ahead of what it reads, so that it is still far in front of a byte that it
 /// cannot decode.
-void correctPosition(QFile& file, XmlReport& report)
+void correctPosition(const QByteArray& document, XmlReport& report)
 {
     const QString wronglyEncoded =
         QCoreApplication::translate("QXmlStream", "Encountered incorrectly encoded content.");
     if (report.fault != wronglyEncoded)
         return;
-    const XmlPosition position = firstInvalidByte(file);
+    const XmlPosition position = firstInvalidByte(document);
     if (position.line > 0)
         report.faultPosition = position;
 }
@@ -226,24 +247,54 @@ bool VLContentGuard::open(QFile& file, Stamp& stamp, QString& reason)
     return openPortably(file, stamp, reason);
 }
 
+bool VLContentGuard::read(const QString& path, qint64 limit, QByteArray& content, Stamp& stamp,
+                          QString& reason)
+{
+#ifdef Q_OS_UNIX
+    const QString native = resolved(path);
+    if (native.startsWith(u'/'))
+        return readNatively(native, false, limit, content, stamp, reason);
+#endif
+    QFile file(path);
+    if (!openPortably(file, stamp, reason))
+        return false;
+    content = file.read(limit);
+    return true;
+}
+
+QByteArray VLContentGuard::readHead(const QString& path, bool isListed, bool& isWhole)
+{
+    QByteArray content;
+    Stamp stamp;
+    QString reason;
+#ifdef Q_OS_UNIX
+    if (isListed && path.startsWith(u'/'))
+        readNatively(path, true, kHeadBytes, content, stamp, reason);
+    else
+#endif
+        read(path, kHeadBytes, content, stamp, reason);
+    isWhole = content.size() >= stamp.size;
+    return content;
+}
+
 std::unique_ptr<VLXmlElement> VLContentGuard::parse(const QString& path, QLatin1StringView rootTag,
                                                     ShouldGenerateElementFunction filter,
                                                     void* userData, QList<XmlPosition>& positions)
 {
-    QFile file(path);
+    QByteArray document;
     Stamp stamp;
     QString reason;
-    if (!open(file, stamp, reason)) {
+    if (!m_records.isEmpty() && isKnownBroken(path, stampAt(path)))
+        return nullptr;
+    if (!read(path, kMaxDocumentBytes, document, stamp, reason)) {
         tell(recordOf(path, stamp), withoutPosition(path, reason));
         return nullptr;
     }
-    if (isKnownBroken(path, stamp))
-        return nullptr;
 
     VLXmlParser parser(filter, userData);
     XmlReport report;
-    std::unique_ptr<VLXmlElement> root(parser.parseGuarded(file, report));
-    correctPosition(file, report);
+    std::unique_ptr<VLXmlElement> root(parser.parseGuarded(document, report));
+    correctPosition(document, report);
     if (report.fault.isNull() && report.rootTag != rootTag) {
         report.fault = u"the root is <%1>, not <%2>"_s.arg(report.rootTag, rootTag);
         report.faultPosition = report.rootPosition;
@@ -259,19 +310,18 @@ std::unique_ptr<VLXmlElement> VLContentGuard::parse(const QString& path, QLatin1
 
 QByteArray VLContentGuard::readTranslations(const QString& path)
 {
-    QFile file(path);
+    QByteArray content;
     Stamp stamp;
     QString reason;
-    if (!open(file, stamp, reason)) {
+    if (isKnownBroken(path, stampAt(path)))
+        return QByteArray();
+    if (!read(path, kMaxTranslationBytes, content, stamp, reason)) {
         tell(recordOf(path, stamp), withoutPosition(path, reason));
         return QByteArray();
     }
-    if (isKnownBroken(path, stamp))
-        return QByteArray();
 
-    const QByteArray content = file.read(kMaxTranslationBytes);
     QByteArray translations = TranslationData::checked(content);
-    if (translations.isNull() || !file.atEnd()) {
+    if (translations.isNull() || stamp.size > content.size()) {
         refuse(path, stamp, withoutPosition(path, u"no translation file, or a broken one"_s));
         return QByteArray();
     }

@@ -60,6 +60,16 @@ public:
     static bool open(QFile& file);
 
     /**
+     * Reads the beginning of the file @p path if it is a regular one.
+     *
+     * @param isListed Whether a directory was just found to hold it as a regular file, which saves
+     *                 a look at it before it is opened.
+     * @param[out] isWhole Whether there is no more of the file.
+     * @return The bytes; null where there is nothing to read.
+     */
+    static QByteArray readHead(const QString& path, bool isListed, bool& isWhole);
+
+    /**
      * Reads the XML file @p path in one pass, as VLXmlParser does with @p filter and @p userData.
      *
      * @param[out] positions The places of the root and of each of its children.
@@ -98,6 +108,9 @@ private:
     };
 
     static bool open(QFile& file, Stamp& stamp, QString& reason);
+    /// Reads up to @p limit bytes; false, with a @p reason, where the file does not open.
+    static bool read(const QString& path, qint64 limit, QByteArray& content, Stamp& stamp,
+                     QString& reason);
     Record& recordOf(const QString& path, const Stamp& stamp);
     bool isKnownBroken(const QString& path, const Stamp& stamp) const;
     void refuse(const QString& path, const Stamp& stamp, const QString& warning);

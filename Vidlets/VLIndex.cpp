@@ -10,6 +10,7 @@
 #include "VLXmlElement.h"
 #include "VLXmlParser.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -54,14 +55,10 @@ int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attribut
 
 /// The tag by which a file is told apart: the first one found on a line by the pattern, be it in a
 /// comment; null where there is none.
-QString firstTag(const QString& filePath, bool isGuarded)
+QString firstTagIn(QIODevice& file)
 {
     // Compiled once: that takes longer than all the rest of a file's share in a scan.
     static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
-    QFile file(filePath);
-    if (!(isGuarded ? VLContentGuard::open(file) : file.open(QIODevice::ReadOnly)))
-        return QString();
-
     for (QByteArray line = file.readLine(kMaxLineBytes); !line.isEmpty();
          line = file.readLine(kMaxLineBytes)) {
         const QRegularExpressionMatch match = pattern.match(QString::fromUtf8(line));
@@ -69,6 +66,26 @@ QString firstTag(const QString& filePath, bool isGuarded)
             return match.captured(1);
     }
     return QString();
+}
+
+QString firstTag(const QString& filePath)
+{
+    QFile file(filePath);
+    return file.open(QIODevice::ReadOnly) ? firstTagIn(file) : QString();
+}
+
+QString guardedFirstTag(const QString& filePath, bool isListed)
+{
+    bool isWhole = false;
+    QByteArray head = VLContentGuard::readHead(filePath, isListed, isWhole);
+    QBuffer buffer(&head);
+    buffer.open(QIODevice::ReadOnly);
+    const QString tag = firstTagIn(buffer);
+    // The line that the head ends in may go on behind it.
+    if (isWhole || (!tag.isNull() && !buffer.atEnd()))
+        return tag;
+    QFile file(filePath);
+    return VLContentGuard::open(file) ? firstTagIn(file) : QString();
 }
 
 bool isTextuallyBelow(const QString& root, const QString& file)
@@ -104,6 +121,8 @@ int guardedDepthBelow(const QString& root, const QString& file)
     const QString rootPath = QDir(root).canonicalPath();
     if (rootPath.isEmpty())
         return -1;
+    if (QDir(file).canonicalPath() == file && isTextuallyBelow(rootPath, file))
+        return stepsUp(rootPath, file);
     QDir dir(QFileInfo(file).absoluteFilePath());
     int depth = 0;
     while (dir.canonicalPath() != rootPath) {
@@ -316,7 +335,8 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
         d->guard.warn(file, u"not below the package %1"_s.arg(root));
         return;
     }
-    if (firstTag(file, isGuarded) != kControlFileTag)
+    const QString tag = isGuarded ? guardedFirstTag(file, isResolved) : firstTag(file);
+    if (tag != kControlFileTag)
         return;
 
     const IndexedLocation entry{file, depth};

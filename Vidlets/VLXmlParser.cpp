@@ -75,6 +75,7 @@ public:
     void readDocument(QXmlStreamReader& reader);
     void readStartTag(const QXmlStreamReader& reader);
     void readText(const QXmlStreamReader& reader);
+    bool isNoted() const;
     void noteStartTag(const QXmlStreamReader& reader, XmlPosition start);
     const QString& inBuffer(QStringView text);
 
@@ -124,11 +125,11 @@ VLXmlElement* VLXmlParserPrivate::openDocument()
 void VLXmlParserPrivate::readDocument(QXmlStreamReader& reader)
 {
     while (!reader.atEnd()) {
-        const XmlPosition start = report ? startOfNext(reader) : XmlPosition();
+        const XmlPosition start = isNoted() ? startOfNext(reader) : XmlPosition();
         switch (reader.readNext()) {
         case QXmlStreamReader::StartElement:
             readStartTag(reader);
-            if (report)
+            if (start.line > 0)
                 noteStartTag(reader, start);
             break;
         case QXmlStreamReader::Characters:
@@ -159,12 +160,16 @@ void VLXmlParserPrivate::readText(const QXmlStreamReader& reader)
         appendText(element, inBuffer(reader.text()));
 }
 
+/// Whether the place of the next tag is of interest: that of the root and those of its children
+/// are.
+bool VLXmlParserPrivate::isNoted() const
+{
+    constexpr qsizetype kMaxOpenTags = 2;
+    return report && stack.size() <= kMaxOpenTags;
+}
+
 void VLXmlParserPrivate::noteStartTag(const QXmlStreamReader& reader, XmlPosition start)
 {
-    // The sentinel, the root and its child: deeper tags are of no interest.
-    constexpr qsizetype kMaxEntries = 3;
-    if (stack.size() > kMaxEntries)
-        return;
     const bool isRoot = report->rootTag.isNull();
     // The reader passes over the white space before the root without a word.
     const XmlPosition position = isRoot ? positionOf(reader) : start;
@@ -334,11 +339,11 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
     return elements;
 }
 
-VLXmlElement* VLXmlParser::parseGuarded(QFile& file, XmlReport& report)
+VLXmlElement* VLXmlParser::parseGuarded(const QByteArray& document, XmlReport& report)
 {
     const std::unique_ptr<VLXmlElement> sentinel(d->openDocument());
     d->report = &report;
-    QXmlStreamReader reader(&file);
+    QXmlStreamReader reader(document);
     d->readDocument(reader);
     d->report = nullptr;
     d->stack.clear();

@@ -12,6 +12,7 @@
 
 #include <memory>
 
+class QByteArray;
 class QFile;
 class QObject;
 
@@ -98,12 +99,12 @@ private:
     friend class VLContentGuard;
 
     /**
-     * Reads @p file and gives its root only if all of it is well-formed.
+     * Reads @p document and gives its root only if all of it is well-formed.
      *
      * Whatever was built otherwise is deleted, and nothing stays open. @p report tells where and
      * why.
      */
-    VLXmlElement* parseGuarded(QFile& file, XmlReport& report);
+    VLXmlElement* parseGuarded(const QByteArray& document, XmlReport& report);
 
     const std::unique_ptr<VLXmlParserPrivate> d;
 };
