@@ -15,9 +15,9 @@ namespace Vidlets {
 /**
  * Fills in the references of a text, and always comes to an end. Internal to the library.
  *
- * Where VLManager::interpolate() comes to an end too, the result is the same. A reference inside of
- * what its own variable was replaced by stays as it stands, and a text that grows beyond 1 MiB, as
- * UTF-8, ends there.
+ * A reference that begins inside of what its own variable was replaced by stays as it stands; where
+ * there is none, the result is that of VLManager::interpolate() without a guard. A text that grows
+ * beyond 1 MiB, as UTF-8, ends there.
  */
 class VLTextExpansion
 {
