@@ -538,6 +538,14 @@ int VLIndex::indexDataShouldGenerateElement(const QString& tag,
     return tag == kTipTag || tag == kControlFileTag ? FilterChildren : NoElement;
 }
 
+QList<QString> VLIndex::packageRoots() const
+{
+    QList<QString> paths;
+    for (const QList<QString>& roots : std::as_const(d->packages))
+        paths.append(roots);
+    return paths;
+}
+
 bool VLIndex::isInUpdate() const
 {
     return d->inUpdate;

@@ -208,6 +208,10 @@ private:
     Q_DISABLE_COPY_MOVE(VLIndex)
 
     friend class VLManager;
+    friend class VLContentRoots;
+
+    /// Returns the roots of all packages, each as it was recorded.
+    QList<QString> packageRoots() const;
 
     /**
      * Says that @p file and @p root are canonical paths, until the next call.

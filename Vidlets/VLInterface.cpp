@@ -4,6 +4,7 @@
 #include "VLInterface.h"
 
 #include "VLManager.h"
+#include "VLSettings.h"
 
 #include <QDebug>
 #include <QDesktopServices>
@@ -28,6 +29,13 @@ QString messageLabel(VLMessageType type)
         return u"DEBUG"_s;
     }
     return QString::number(type);
+}
+
+/// Whether the desktop shows what @p url leads to, and runs nothing.
+bool isHarmless(const QUrl& url)
+{
+    const QString scheme = url.scheme();
+    return scheme == "https"_L1 || scheme == "http"_L1 || scheme == "mailto"_L1;
 }
 
 } // namespace
@@ -64,7 +72,12 @@ bool VLInterface::openExternalResource(VLExternalResourceType type, const QStrin
 {
     if (type != VLResourceUrl)
         return false;
-    return QDesktopServices::openUrl(QUrl(resource, QUrl::TolerantMode));
+    const QUrl url(resource, QUrl::TolerantMode);
+    if (Settings::confineContent(context()) && !isHarmless(url)) {
+        d->manager->handleMessage(VLMessageWarning, u"Did not open %1"_s.arg(resource));
+        return false;
+    }
+    return QDesktopServices::openUrl(url);
 }
 
 void VLInterface::handleMessage(VLMessageType type, const QString& message)

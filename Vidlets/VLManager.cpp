@@ -5,6 +5,7 @@
 
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
+#include "VLContentRoots.h"
 #include "VLContext.h"
 #include "VLIndex.h"
 #include "VLNumbers.h"
@@ -679,6 +680,11 @@ QString VLManager::translateString(const QString& text, const QString& context)
     const QString file =
         d->tooltipWindow->view()->findComponent(translationsAttribute(), ckTranslationDirectory,
                                                 Settings::translationDirectoryDefault(), fileName);
+
+    // Where nothing was found this is a name alone, which must not lead to the working directory.
+    if (Settings::confineContent(d->settings)
+        && !VLContentRoots(VLContentRoots::pathsOf(d->index)).contains(file))
+        return text;
 
     if (!d->translator)
         d->translator = new QTranslator(this);

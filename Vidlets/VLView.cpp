@@ -9,6 +9,7 @@
 #include "VLInterface.h"
 #include "VLManager.h"
 #include "VLManagerSettings.h"
+#include "VLSceneFence.h"
 #include "VLSettings.h"
 
 #include <QCursor>
@@ -53,6 +54,7 @@ VLView::VLView(VLManager* manager, QWindow* parent)
     // By name: the slot is part of the view's public face, and a host may disconnect it so.
     connect(engine(), SIGNAL(warnings(QList<QQmlError>)), this,
             SLOT(handleWarnings(QList<QQmlError>)));
+    m_fence = new VLSceneFence(this);
     setFlags(Qt::FramelessWindowHint);
     setResizeMode(QQuickView::SizeViewToRootObject);
 }
@@ -120,7 +122,7 @@ QString VLView::findResource(const QString& relativePath) const
         m_manager->contentGuard().warn(m_content->attribute(locationAttribute()),
                                        u"the resource \"%1\" is not found"_s.arg(relativePath));
     }
-    return category;
+    return admitted(category);
 }
 
 int VLView::getScaledSize(int size)
@@ -150,7 +152,15 @@ QString VLView::findComponent(const QString& attribute, contextKey key, const QS
 {
     const QString category = categoryPath(attribute, defaultValue, key);
     const QString path = findExisting(category, relativePath);
-    return path.isNull() ? category : path;
+    return path.isNull() ? admitted(category) : path;
+}
+
+/// Callers try what they get where nothing was found, so an absolute path must not lead out there.
+QString VLView::admitted(const QString& category) const
+{
+    if (QDir::isAbsolutePath(category) && !m_fence->admitsFile(category))
+        return QString();
+    return category;
 }
 
 /// The first file or directory that exists; null where none does.
@@ -163,7 +173,7 @@ QString VLView::findExisting(const QString& category, const QString& relativePat
     for (const QString& candidate : candidates) {
         const QFileInfo info(
             relativePath.isEmpty() ? candidate : QDir(candidate).absoluteFilePath(relativePath));
-        if (info.exists())
+        if (info.exists() && m_fence->admitsFile(info.absoluteFilePath()))
             return info.absoluteFilePath();
     }
     return QString();
@@ -278,6 +288,7 @@ void VLView::loadQML(const QString& path)
     const QUrl url = QUrl::fromLocalFile(path);
     if (url == source())
         return;
+    m_fence->beginScene();
     setSource(url);
     warnOfFailure(url);
     // The window system may tell of the size only after the container has given the hidden window

@@ -18,6 +18,7 @@
 namespace Vidlets {
 
 class VLManager;
+class VLSceneFence;
 
 /**
  * The window inside a popup that holds the scene.
@@ -202,6 +203,7 @@ private:
     /// Hands @p error on as a warning with its file and place.
     void warnOf(const QQmlError& error);
     QString findExisting(const QString& category, const QString& relativePath) const;
+    QString admitted(const QString& category) const;
 
     /// Null once the manager is gone, which a scene may outlive.
     QPointer<VLManager> m_manager;
@@ -213,6 +215,8 @@ private:
     [[maybe_unused]] bool m_spareFlag = true;
     /// Absolute path of the package directory of the content.
     QString m_packageRoot;
+    /// A child of the engine.
+    VLSceneFence* m_fence = nullptr;
     bool m_stayOpen = false;
     bool m_reserved = false;
 };

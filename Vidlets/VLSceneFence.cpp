@@ -1,0 +1,338 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLSceneFence.h"
+
+#include "VLIndex.h"
+#include "VLManager.h"
+#include "VLSceneSource.h"
+#include "VLSettings.h"
+#include "VLView.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QFileInfo>
+#include <QMutexLocker>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QQmlEngine>
+#include <QQmlFile>
+#include <QQuickItem>
+#include <QThread>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+namespace {
+
+constexpr int kWorkerEndMs = 1000;
+constexpr QLatin1StringView kWorkerEngineClass{"QQuickWorkerScriptEngine"};
+constexpr QLatin1StringView kWorkerClass{"QQuickWorkerScript"};
+
+/// In place of code that is refused: a file that is not there, so that the engine ends the matter
+/// at once and by itself.
+QUrl nothing()
+{
+    return QUrl(u"qrc:/com.larkspan/vidlets/refused/"_s);
+}
+
+/// The path of @p url on the disk or among the resources; empty for any other place.
+QString localPath(const QUrl& url)
+{
+    return QQmlFile::urlToLocalFileOrQrc(url);
+}
+
+/// How warnings call a script that would run on a thread of its own.
+QString worker()
+{
+    return u"WorkerScript"_s;
+}
+
+bool isScript(const QString& path)
+{
+    return path.endsWith(".js"_L1) || path.endsWith(".mjs"_L1);
+}
+
+/// Kinds of files that a scene may ask for by address. An address can also be handed to the
+/// desktop, which opens it without asking: so nothing that the desktop would run, and no web page.
+bool isKindForScenes(const QString& path)
+{
+    static const QSet<QString> kinds = {
+        u"bmp"_s, u"cur"_s, u"gif"_s,  u"ico"_s,  u"icns"_s, u"jpeg"_s, u"jpg"_s,  u"ktx"_s,
+        u"pbm"_s, u"pgm"_s, u"pkm"_s,  u"png"_s,  u"ppm"_s,  u"sci"_s,  u"svg"_s,  u"svgz"_s,
+        u"tga"_s, u"tif"_s, u"tiff"_s, u"webp"_s, u"xbm"_s,  u"xpm"_s,  u"avif"_s, u"heic"_s,
+        u"otf"_s, u"ttc"_s, u"ttf"_s,  u"pfb"_s,  u"woff"_s, u"frag"_s, u"qsb"_s,  u"vert"_s,
+        u"qml"_s, u"csv"_s, u"json"_s, u"md"_s,   u"txt"_s,  u"xml"_s,  u"avi"_s,  u"mkv"_s,
+        u"mov"_s, u"mp3"_s, u"mp4"_s,  u"m4v"_s,  u"ogg"_s,  u"ogv"_s,  u"wav"_s,  u"webm"_s};
+    const QFileInfo info(path);
+    return !info.isFile() || kinds.contains(info.suffix().toLower());
+}
+
+/// Sends out what the fence allows, and answers the rest with an error.
+class FencedAccess : public QNetworkAccessManager
+{
+public:
+    FencedAccess(VLSceneFence* fence, QObject* parent)
+        : QNetworkAccessManager(parent)
+        , m_fence(fence)
+    {
+    }
+
+protected:
+    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request,
+                                 QIODevice* data) override
+    {
+        const bool isWrite = operation != GetOperation && operation != HeadOperation;
+        if (m_fence->allows(request.url(), isWrite))
+            return QNetworkAccessManager::createRequest(operation, request, data);
+        return QNetworkAccessManager::createRequest(GetOperation, QNetworkRequest(nothing()),
+                                                    nullptr);
+    }
+
+private:
+    VLSceneFence* m_fence;
+};
+
+} // namespace
+
+VLSceneFence::VLSceneFence(VLView* view)
+    : QObject(view->engine())
+    , m_view(view)
+    , m_engine(view->engine())
+{
+    m_engine->addUrlInterceptor(this);
+    m_engine->setNetworkAccessManagerFactory(this);
+    if (VLManager* manager = view->manager()) {
+        m_index = manager->index();
+        connect(&manager->context(), &VLContext::settingDidChange, this, &VLSceneFence::refresh);
+    }
+    refresh();
+}
+
+void VLSceneFence::beginScene()
+{
+    m_refused.clear();
+    refresh();
+    sweepLater();
+}
+
+bool VLSceneFence::admitsFile(const QString& path)
+{
+    refresh();
+    if (!m_state.isClosed || m_state.roots.contains(path))
+        return true;
+    refuse(path);
+    return false;
+}
+
+bool VLSceneFence::allows(const QUrl& url, bool isWrite)
+{
+    const State current = state();
+    if (!current.isClosed || url.scheme() == "data"_L1)
+        return true;
+    const QString path = localPath(url);
+    if (!path.isEmpty() && !isWrite && current.roots.contains(path))
+        return true;
+    // An empty address is one that was refused before.
+    if (!url.isEmpty())
+        refuse(url.toString());
+    return false;
+}
+
+QUrl VLSceneFence::intercept(const QUrl& url, DataType type)
+{
+    if (isOnInterfaceThread())
+        refresh();
+    const State current = state();
+    if (!current.isClosed || url.isEmpty())
+        return url;
+    switch (type) {
+    case QmlFile:
+    case JavaScriptFile:
+        return judgeCode(current, url);
+    case QmldirFile:
+        return judgeModule(current, url);
+    case UrlString:
+        break;
+    }
+    return judgeAddress(current, url);
+}
+
+QNetworkAccessManager* VLSceneFence::create(QObject* parent)
+{
+    return new FencedAccess(this, parent);
+}
+
+/// Takes the setting and the packages as they are now. Without a manager things stay as they were.
+void VLSceneFence::refresh()
+{
+    VLManager* manager = m_view ? m_view->manager() : nullptr;
+    if (!manager)
+        return;
+    const bool wasClosed = m_state.isClosed;
+    const bool isClosed = Settings::confineContent(std::as_const(*manager).context());
+    if (isClosed) {
+        const QStringList paths = VLContentRoots::pathsOf(m_index);
+        // Made anew only where they differ: each root is a look at the disk.
+        if (!wasClosed || paths != m_rootPaths)
+            setState({true, VLContentRoots(paths)});
+        m_rootPaths = paths;
+    } else if (wasClosed) {
+        setState({});
+    }
+    if (!isClosed)
+        return;
+    // A host may have put in one of its own, which knows no fence.
+    if (m_engine->networkAccessManagerFactory() != this)
+        m_engine->setNetworkAccessManagerFactory(this);
+    if (!wasClosed)
+        sweepLater();
+    stopWorkers();
+}
+
+void VLSceneFence::setState(const State& state)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_state = state;
+}
+
+VLSceneFence::State VLSceneFence::state() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_state;
+}
+
+bool VLSceneFence::isOnInterfaceThread()
+{
+    return QThread::currentThread() == QCoreApplication::instance()->thread();
+}
+
+QUrl VLSceneFence::judgeCode(const State& state, const QUrl& url)
+{
+    const QString path = localPath(url);
+    if (path.isEmpty() || !state.roots.contains(path)) {
+        refuse(url.toString());
+        return nothing();
+    }
+    if (path.startsWith(u':') || state.roots.isOfQt(path))
+        return url;
+    // Beside its source, a compiled file would be run as it is, and nothing checks its content.
+    const QString compiled = path + u'c';
+    if (QFileInfo::exists(compiled)) {
+        refuse(compiled);
+        return nothing();
+    }
+    const QString stray = SceneSource::strayAddressInFile(path, state.roots);
+    if (stray.isEmpty())
+        return url;
+    refuse(stray);
+    return nothing();
+}
+
+QUrl VLSceneFence::judgeModule(const State& state, const QUrl& url)
+{
+    const QString path = localPath(url);
+    // The engine asks for many that are not there.
+    if (!path.isEmpty() && !QFileInfo::exists(path))
+        return url;
+    const bool isInside = !path.isEmpty() && state.roots.contains(path);
+    const bool isOfQt = isInside && (path.startsWith(u':') || state.roots.isOfQt(path));
+    const bool isRefused = !isInside || (!isOfQt && SceneSource::namesPlugin(path))
+        || (isOfQt && SceneSource::reachesOut(state.roots.relativeToQt(path)));
+    if (!isRefused)
+        return url;
+    refuse(url.toString());
+    return nothing();
+}
+
+QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
+{
+    if (url.scheme() == "data"_L1 || url.scheme() == "image"_L1)
+        return url;
+    const QString path = localPath(url);
+    if (!path.isEmpty() && state.roots.contains(path) && isKindForScenes(path)) {
+        // Texts ask so just before they load a picture.
+        if (path.endsWith(".qml"_L1) && isOnInterfaceThread())
+            sweepLater();
+        return url;
+    }
+    refuse(isScript(path) ? worker() : url.toString());
+    return QUrl();
+}
+
+void VLSceneFence::refuse(const QString& what)
+{
+    if (isOnInterfaceThread())
+        warn(what);
+    else
+        QMetaObject::invokeMethod(
+            this, [this, what] { warn(what); }, Qt::QueuedConnection);
+}
+
+void VLSceneFence::warn(const QString& what)
+{
+    if (!m_view || !m_view->manager() || m_refused.contains(what))
+        return;
+    m_refused.insert(what);
+    m_view->manager()->handleMessage(
+        VLMessageWarning, u"Kept %1 from the scene %2"_s.arg(what, localPath(m_view->source())));
+}
+
+/// A worker could open addresses on the desktop and load modules from anywhere, and none of it
+/// comes by the fence. But its script's address does, before the script is loaded.
+void VLSceneFence::stopWorkers()
+{
+    const QObjectList children = m_engine->children();
+    for (QObject* child : children) {
+        auto* thread = qobject_cast<QThread*>(child);
+        if (!thread || !thread->inherits(kWorkerEngineClass.data()) || !thread->isRunning())
+            continue;
+        thread->quit();
+        thread->wait(QDeadlineTimer(kWorkerEndMs));
+        refuse(worker());
+    }
+}
+
+void VLSceneFence::sweepLater()
+{
+    if (m_isSweepDue)
+        return;
+    m_isSweepDue = true;
+    QMetaObject::invokeMethod(
+        this, [this] { sweep(); }, Qt::QueuedConnection);
+}
+
+/// Texts load a picture of the disk without asking for it by its own address. One that was put
+/// together while the scene runs is taken away again before it is drawn.
+void VLSceneFence::sweep()
+{
+    m_isSweepDue = false;
+    if (!m_view || !m_view->rootObject() || !m_state.isClosed)
+        return;
+    sweepItem(m_view->rootObject(), m_state.roots);
+    const QObjectList objects = m_view->rootObject()->findChildren<QObject*>();
+    if (std::any_of(objects.cbegin(), objects.cend(),
+                    [](const QObject* object) { return object->inherits(kWorkerClass.data()); }))
+        refuse(worker());
+}
+
+void VLSceneFence::sweepItem(QQuickItem* item, const VLContentRoots& roots)
+{
+    if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit")) {
+        const QUrl base = item->property("baseUrl").toUrl();
+        const QString stray =
+            SceneSource::strayAddress(item->property("text").toString(), base, roots);
+        if (!stray.isEmpty()) {
+            refuse(stray);
+            item->setProperty("text", QString());
+        }
+    }
+    const QList<QQuickItem*> children = item->childItems();
+    for (QQuickItem* child : children)
+        sweepItem(child, roots);
+}
+
+} // namespace Vidlets

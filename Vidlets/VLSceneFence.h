@@ -1,0 +1,98 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLSCENEFENCE_H
+#define VLSCENEFENCE_H
+
+#include "VLContentRoots.h"
+
+#include <QMutex>
+#include <QObject>
+#include <QPointer>
+#include <QQmlAbstractUrlInterceptor>
+#include <QQmlNetworkAccessManagerFactory>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+
+class QQmlEngine;
+class QQuickItem;
+
+namespace Vidlets {
+
+class VLIndex;
+class VLView;
+
+/**
+ * Keeps the scenes of one view from the network and from files outside of the packages, while
+ * ckConfineContent is set.
+ *
+ * Internal to the library. The fence stands around the engine of the view from its start, lets all
+ * pass while the setting is off, and reads it anew at each request, so that it closes around a
+ * scene that runs already. It is a child of the engine, which may call it until its own end.
+ *
+ * Threads: intercept(), create() and allows() are called on the threads of the engine too. They go
+ * by the state of the last request of the user-interface thread, guarded by m_mutex; all of an
+ * engine's work begins with such a request. All else belongs to the user-interface thread.
+ */
+class VLSceneFence
+    : public QObject
+    , public QQmlAbstractUrlInterceptor
+    , public QQmlNetworkAccessManagerFactory
+{
+public:
+    /// Puts the fence around the engine of @p view. Both outlive their use of each other.
+    explicit VLSceneFence(VLView* view);
+
+    /// Makes ready for another scene: what was refused to the one before is told of again.
+    void beginScene();
+
+    /// Returns whether a scene may have the file @p path; warns where not. Always true while the
+    /// setting is off.
+    bool admitsFile(const QString& path);
+
+    /// Returns whether a request for @p url may go out. @p isWrite tells of one that sends data.
+    bool allows(const QUrl& url, bool isWrite);
+
+    QUrl intercept(const QUrl& url, DataType type) override;
+    QNetworkAccessManager* create(QObject* parent) override;
+
+private:
+    /// What the other threads go by.
+    struct State
+    {
+        bool isClosed = false;
+        VLContentRoots roots;
+    };
+
+    void refresh();
+    void setState(const State& state);
+    State state() const;
+    static bool isOnInterfaceThread();
+
+    QUrl judgeCode(const State& state, const QUrl& url);
+    QUrl judgeModule(const State& state, const QUrl& url);
+    QUrl judgeAddress(const State& state, const QUrl& url);
+
+    void refuse(const QString& what);
+    void warn(const QString& what);
+    void stopWorkers();
+    void sweepLater();
+    void sweep();
+    void sweepItem(QQuickItem* item, const VLContentRoots& roots);
+
+    QPointer<VLView> m_view;
+    QPointer<VLIndex> m_index;
+    QQmlEngine* m_engine;
+    QStringList m_rootPaths; ///< Those that the state was made from.
+    mutable QMutex m_mutex;
+    State m_state; ///< Guarded by m_mutex.
+    /// What the present scene was refused.
+    QSet<QString> m_refused;
+    bool m_isSweepDue = false;
+};
+
+} // namespace Vidlets
+
+#endif

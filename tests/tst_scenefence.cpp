@@ -1,0 +1,448 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "RecordingInterface.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndex.h>
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLView.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFontDatabase>
+#include <QImage>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QRegularExpression>
+#include <QScopeGuard>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr auto kPictureSize = 37;
+
+/// Stands in for the desktop, which a test must not bother.
+class Desktop : public QObject
+{
+    Q_OBJECT
+
+public:
+    Desktop()
+    {
+        for (const QString& scheme : schemes())
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+    }
+    ~Desktop() override
+    {
+        for (const QString& scheme : schemes())
+            QDesktopServices::unsetUrlHandler(scheme);
+    }
+    Q_DISABLE_COPY_MOVE(Desktop)
+
+    QStringList opened;
+
+public Q_SLOTS:
+    void open(const QUrl& url)
+    {
+        opened += url.toString();
+    }
+
+private:
+    static QStringList schemes()
+    {
+        return {u"http"_s, u"https"_s, u"mailto"_s, u"file"_s, u"odd"_s};
+    }
+};
+
+/// A view on one evil package, a directory outside of it with things to take, and a server.
+class EvilStage
+{
+public:
+    explicit EvilStage(bool isConfined = true)
+        : outside(QDir::cleanPath(packages.path(u"../outside"_s)))
+    {
+        context.set(ckConfineContent, isConfined);
+        packages.writeTip(u"evil.vidlets"_s, u"tips.xml"_s, u"k"_s);
+        packages.write(u"../outside/Outside.qml"_s,
+                       "import QtQuick\nItem { property bool isOutside: true }\n");
+        packages.write(u"../outside/outside.js"_s, "var canary = 'canary';\n");
+        packages.write(u"../outside/outside.mjs"_s, "export var canary = 'canary';\n");
+        packages.write(u"../outside/canary.txt"_s, "canary");
+        savePicture(QDir(outside).filePath(u"canary.png"_s));
+        packages.packageRoot(u"evil.vidlets/ui"_s);
+        savePicture(packages.path(u"evil.vidlets/ui/good.png"_s));
+        QFile::link(outside, packages.path(u"evil.vidlets/ui/link"_s));
+        server.listen(QHostAddress::LocalHost);
+        manager =
+            std::make_unique<VLManager>(&host, context, QStringList{packages.dataPath()}, &index);
+        view = std::make_unique<VLView>(manager.get(), nullptr);
+        // The host is told of it, and the log of a test stays empty.
+        view->engine()->setOutputWarningsToStandardError(false);
+    }
+
+    /// Puts the addresses of this stage in the place of DIR, OUT, NET and PKG.
+    QByteArray filled(QByteArray text) const
+    {
+        text.replace("DIR", outside.toUtf8());
+        text.replace("OUT", "file://" + outside.toUtf8());
+        text.replace("NET", "http://127.0.0.1:" + QByteArray::number(server.serverPort()));
+        text.replace("PKG", "file://" + packages.path(u"evil.vidlets"_s).toUtf8());
+        return text;
+    }
+    /// Loads a scene around another file with @p body, whose errors go to the engine alone.
+    void load(const QByteArray& body, const QByteArray& imports = QByteArray())
+    {
+        const QByteArray number = QByteArray::number(++m_scenes);
+        write(u"ui/Evil%1.qml"_s.arg(m_scenes),
+              "import QtQuick\n" + imports
+                  + "\nItem { id: scene; width: 50; height: 50\nproperty var leak: null\n" + body
+                  + "\n}\n");
+        write(u"ui/Scene%1.qml"_s.arg(m_scenes),
+              "import QtQuick\nLoader { source: 'Evil" + number
+                  + ".qml'; property var leak: item ? item.leak : null }\n");
+        view->loadQML(packages.path(u"evil.vidlets/ui/Scene%1.qml"_s.arg(m_scenes)));
+    }
+    void write(const QString& path, const QByteArray& content)
+    {
+        packages.write(u"evil.vidlets/"_s + path, filled(content));
+    }
+    QVariant leak() const
+    {
+        return view->rootObject() ? view->rootObject()->property("leak") : QVariant();
+    }
+    QStringList warnings() const
+    {
+        return host.messages(VLMessageWarning);
+    }
+    /// Whether the first to connect to the server is the test itself.
+    bool isServerUntouched()
+    {
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        if (!socket.waitForConnected() || !server.waitForNewConnection(5000))
+            return false;
+        const std::unique_ptr<QTcpSocket> first(server.nextPendingConnection());
+        return first && first->peerPort() == socket.localPort() && !server.hasPendingConnections();
+    }
+    static void savePicture(const QString& path)
+    {
+        QImage picture(kPictureSize, kPictureSize, QImage::Format_RGB32);
+        picture.fill(Qt::red);
+        picture.save(path);
+    }
+
+    PackageBuilder packages;
+    QString outside;
+    VLContext context{nullptr};
+    RecordingInterface host{context};
+    VLIndex index{nullptr, {}};
+    QTcpServer server;
+    std::unique_ptr<VLManager> manager;
+    VLXmlElement tree;
+    std::unique_ptr<VLView> view;
+
+private:
+    int m_scenes = 0;
+};
+
+} // namespace
+
+class TestSceneFence : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void scene_isKeptFromIt_whenItReachesOut_data();
+    void scene_isKeptFromIt_whenItReachesOut();
+    void scene_getsIt_whenFenceIsOpen_data();
+    void scene_getsIt_whenFenceIsOpen();
+    void scene_getsItsOwnFiles_withoutWarning();
+    void scene_isBound_whenSettingComesLater();
+    void warning_comesOnce_perAddressAndScene();
+    void attribute_isRefused_whenItLeadsOut_data();
+    void attribute_isRefused_whenItLeadsOut();
+    void locator_isRefused_whenSchemeIsNotHarmless();
+    void locator_reachesOverride_whateverItIs();
+};
+
+void TestSceneFence::scene_isKeptFromIt_whenItReachesOut_data()
+{
+    QTest::addColumn<QByteArray>("imports");
+    QTest::addColumn<QByteArray>("body");
+    QTest::addColumn<QByteArray>("named");
+
+    const auto row = [](const char* name, const char* body, const char* named,
+                        const char* imports = "") {
+        QTest::newRow(name) << QByteArray(imports) << QByteArray(body) << QByteArray(named);
+    };
+    row("remote picture", "Image { source: 'NET/a.png' }", "NET/a.png");
+    row("remote animation", "AnimatedImage { source: 'NET/a.gif' }", "NET/a.gif");
+    row("remote border", "BorderImage { source: 'NET/a.sci' }", "NET/a.sci");
+    row("remote scene", "Loader { source: 'NET/A.qml' }", "NET/A.qml");
+    row("remote component", "property var c: Qt.createComponent('NET/A.qml')", "NET/A.qml");
+    row("remote font", "FontLoader { source: 'NET/a.ttf' }", "NET/a.ttf");
+    row("remote picture in styled text",
+        "Text { textFormat: Text.StyledText; text: '<img src=\"NET/s.png\">' }", "NET/s.png");
+    row("remote picture in rich text",
+        "Text { textFormat: Text.RichText; text: '<img src=\"NET/r.png\">' }", "NET/r.png");
+    row("remote picture in Markdown",
+        "Text { textFormat: Text.MarkdownText; text: '![a](NET/m.png)' }", "NET/m.png");
+    row("remote picture in edit",
+        "TextEdit { textFormat: Text.RichText; text: '<img src=\"NET/e.png\">' }", "NET/e.png");
+    row("remote picture on canvas",
+        "Canvas { anchors.fill: parent; Component.onCompleted: loadImage('NET/c.png') }",
+        "NET/c.png");
+    row("request to network",
+        "Component.onCompleted: { const r = new XMLHttpRequest; r.open('GET', 'NET/x'); r.send() }",
+        "NET/x");
+    row("post to network",
+        "Component.onCompleted: { const r = new XMLHttpRequest; r.open('POST', 'NET/p');"
+        " r.send('a') }",
+        "NET/p");
+    row("remote import", "", "NET/lib", "import 'NET/lib' as L");
+    row("remote script import", "", "NET/a.js", "import 'NET/a.js' as L");
+
+    row("outer picture",
+        "Image { source: 'OUT/canary.png'; onStatusChanged: if (status === Image.Ready) "
+        "scene.leak = implicitWidth }",
+        "OUT/canary.png");
+    row("outer picture put together",
+        "Image { source: ['fi', 'le:DIR/canary.png'].join(''); onStatusChanged: if (status === "
+        "Image.Ready) scene.leak = implicitWidth }",
+        "OUT/canary.png");
+    row("outer text put together",
+        "Text { id: t; text: '<img src=\"' + ['fi', 'le:DIR/canary.png'].join('') + '\">' }",
+        "DIR/canary.png");
+    row("outer font", "FontLoader { source: '../../../outside/canary.ttf' }", "OUT/canary.ttf");
+    row("outer picture by steps",
+        "Image { source: '../../../outside/canary.png'; onStatusChanged: if (status === "
+        "Image.Ready) scene.leak = implicitWidth; }",
+        "OUT/canary.png");
+    row("outer picture by link",
+        "Image { source: 'link/canary.png'; onStatusChanged: if (status === Image.Ready) "
+        "scene.leak = implicitWidth }",
+        "link/canary.png");
+    row("outer scene",
+        "Loader { source: '../../../outside/Outside.qml'; onLoaded: scene.leak = 1 }",
+        "OUT/Outside.qml");
+    row("outer scene by link", "Loader { source: 'link/Outside.qml'; onLoaded: scene.leak = 1 }",
+        "link/Outside.qml");
+    row("outer picture in styled text",
+        "Text { textFormat: Text.StyledText; text: '<img src=\"OUT/canary.png\">' }",
+        "OUT/canary.png");
+    row("outer picture in rich text by steps",
+        "Text { textFormat: Text.RichText; text: '<img src=\"../../../outside/canary.png\">' }",
+        "../../../outside/canary.png");
+    row("outer picture in Markdown",
+        "Text { textFormat: Text.MarkdownText; text: '![a](OUT/canary.png)' }", "OUT/canary.png");
+    row("outer picture on canvas",
+        "Canvas { anchors.fill: parent; Component.onCompleted: loadImage('OUT/canary.png');"
+        " onImageLoaded: scene.leak = 1 }",
+        "OUT/canary.png");
+    row("outer directory", "L.Outside { Component.onCompleted: scene.leak = 1 }", "OUT/Outside.qml",
+        "import '../../../outside' as L");
+    row("outer script", "Component.onCompleted: leak = L.canary", "OUT/outside.js",
+        "import '../../../outside/outside.js' as L");
+    row("outer module script", "Component.onCompleted: leak = L.canary", "OUT/outside.mjs",
+        "import '../../../outside/outside.mjs' as L");
+    row("request to disk",
+        "Component.onCompleted: { const r = new XMLHttpRequest; r.open('GET', "
+        "'../../../outside/canary.txt', false); r.send(); if (r.responseText) leak = "
+        "r.responseText }",
+        "OUT/canary.txt");
+    row("worker", "WorkerScript { source: 'worker.mjs'; onMessage: m => scene.leak = m.text }",
+        "WorkerScript");
+    row("page on desktop", "Component.onCompleted: Qt.openUrlExternally('http://evil.test/')",
+        "http://evil.test/");
+    row("odd scheme on desktop", "Component.onCompleted: Qt.openUrlExternally('odd:thing')",
+        "odd:thing");
+    row("program on desktop", "Component.onCompleted: Qt.openUrlExternally('evil.desktop')",
+        "evil.desktop");
+    row("plugin", "P.Thing {}", "plugged/qmldir", "import 'plugged' as P");
+    row("compiled scene", "Loader { source: 'Compiled.qml'; onLoaded: scene.leak = 1 }",
+        "Compiled.qmlc");
+}
+
+void TestSceneFence::scene_isKeptFromIt_whenItReachesOut()
+{
+    QFETCH(const QByteArray, imports);
+    QFETCH(const QByteArray, body);
+    QFETCH(const QByteArray, named);
+
+    qputenv("QML_XHR_ALLOW_FILE_READ", "1");
+    const auto restore = qScopeGuard([] { qunsetenv("QML_XHR_ALLOW_FILE_READ"); });
+    Desktop desktop;
+    EvilStage stage;
+    stage.write(u"ui/worker.mjs"_s,
+                "import { canary } from 'OUT/outside.mjs'\n"
+                "const r = new XMLHttpRequest; r.open('GET', 'NET/w'); r.send();\n"
+                "Qt.openUrlExternally('http://evil.test/');\n"
+                "WorkerScript.sendMessage({ text: canary });\n");
+    stage.write(u"ui/evil.desktop"_s, "[Desktop Entry]\nExec=evil\n");
+    stage.write(u"ui/plugged/qmldir"_s, "module plugged\nplugin evil\n");
+    stage.write(u"ui/Compiled.qml"_s, "import QtQuick\nItem {}\n");
+    stage.write(u"ui/Compiled.qmlc"_s, "evil");
+    // What the engine says of it besides goes to the log where nobody takes its warnings.
+    QTest::failOnWarning(QRegularExpression(u"^never$"_s));
+
+    stage.load(body, imports);
+    const QString expected = QString::fromUtf8(stage.filled(named));
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    QVERIFY2(stage.warnings().first().contains(expected), qPrintable(stage.warnings().first()));
+    QVERIFY(stage.warnings().first().endsWith(u"/ui/Scene1.qml"_s));
+    QVERIFY(stage.isServerUntouched());
+    QVERIFY(!stage.leak().isValid() || stage.leak().isNull());
+    QCOMPARE(desktop.opened, QStringList());
+    QCOMPARE(stage.warnings().size(), 1);
+}
+
+void TestSceneFence::scene_getsIt_whenFenceIsOpen_data()
+{
+    QTest::addColumn<QByteArray>("imports");
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("picture")
+        << QByteArray()
+        << QByteArray("Image { source: 'OUT/canary.png'; Component.onCompleted: if (status === "
+                      "Image.Ready) scene.leak = implicitWidth }");
+    QTest::newRow("script") << QByteArray("import '../../../outside/outside.js' as L")
+                            << QByteArray("Component.onCompleted: leak = L.canary");
+    QTest::newRow("worker")
+        << QByteArray()
+        << QByteArray("WorkerScript { source: 'worker.mjs'; onMessage: m => scene.leak = m.text }");
+    QTest::newRow("canvas")
+        << QByteArray()
+        << QByteArray(
+               "Canvas { anchors.fill: parent; Component.onCompleted: loadImage('OUT/canary.png');"
+               " onImageLoaded: scene.leak = 1 }");
+}
+
+void TestSceneFence::scene_getsIt_whenFenceIsOpen()
+{
+    QFETCH(const QByteArray, imports);
+    QFETCH(const QByteArray, body);
+    EvilStage stage(false);
+    stage.write(u"ui/worker.mjs"_s,
+                "import { canary } from 'OUT/outside.mjs'\n"
+                "WorkerScript.sendMessage({ text: canary });\n");
+    stage.load(body, imports);
+    QTRY_VERIFY(stage.leak().isValid() && !stage.leak().isNull());
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestSceneFence::scene_getsItsOwnFiles_withoutWarning()
+{
+    EvilStage stage;
+    stage.write(u"ui/parts/Part.qml"_s, "import QtQuick\nItem { property int number: 3 }\n");
+    stage.write(u"ui/parts/qmldir"_s, "module parts\nPart 1.0 Part.qml\n");
+    stage.write(u"ui/sum.js"_s, "function sum(a, b) { return a + b }\n");
+    stage.load("Image { id: a; source: 'good.png' }\n"
+               "Image { id: b; source: 'PKG/ui/good.png' }\n"
+               "Text { textFormat: Text.RichText; text: '<img src=\"good.png\">' }\n"
+               "Text { textFormat: Text.StyledText; text: '<img src=\"../ui/good.png\">' }\n"
+               "Loader { id: c; source: 'parts/Part.qml' }\n"
+               "P.Part { id: d }\n"
+               "Component.onCompleted: leak = J.sum(a.implicitWidth + b.implicitWidth,"
+               " c.item.number + d.number)",
+               "import QtQuick.Layouts\nimport 'parts' as P\nimport 'sum.js' as J");
+    QTRY_COMPARE(stage.leak().toInt(), 2 * kPictureSize + 6);
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestSceneFence::scene_isBound_whenSettingComesLater()
+{
+    EvilStage stage(false);
+    stage.load("Image { id: image; onStatusChanged: if (status === Image.Ready) scene.leak = 1 }\n"
+               "function reach(url) { image.source = url }");
+    QVERIFY(stage.view->rootObject());
+    stage.manager->context().set(ckConfineContent, true);
+    QMetaObject::invokeMethod(stage.view->rootObject()->property("item").value<QObject*>(), "reach",
+                              Q_ARG(QVariant, QString::fromUtf8(stage.filled("OUT/canary.png"))));
+    QCOMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.leak().isNull());
+}
+
+void TestSceneFence::warning_comesOnce_perAddressAndScene()
+{
+    EvilStage stage;
+    const QByteArray two = "Image { source: '../../../outside/canary.png' }\n"
+                           "Image { source: '../../../outside/canary.png' }";
+    stage.load(two);
+    QCOMPARE(stage.warnings().size(), 1);
+    stage.load(two);
+    QCOMPARE(stage.warnings().size(), 2);
+}
+
+void TestSceneFence::attribute_isRefused_whenItLeadsOut_data()
+{
+    QTest::addColumn<QString>("attribute");
+    QTest::addColumn<QString>("value");
+    const QStringList attributes = {u"ui"_s, u"simple"_s, u"resources"_s, u"l10n_name"_s};
+    for (const QString& attribute : attributes) {
+        QTest::addRow("absolute %s", qPrintable(attribute)) << attribute << u"DIR/canary.png"_s;
+        QTest::addRow("by steps %s", qPrintable(attribute))
+            << attribute << u"../../outside/canary.png"_s;
+        QTest::addRow("by link %s", qPrintable(attribute)) << attribute << u"ui/link/canary.png"_s;
+    }
+}
+
+void TestSceneFence::attribute_isRefused_whenItLeadsOut()
+{
+    QFETCH(const QString, attribute);
+    QFETCH(const QString, value);
+    EvilStage stage;
+    auto* content = new VLXmlElement(&stage.tree);
+    content->setAttribute(attribute, QString::fromUtf8(stage.filled(value.toUtf8())));
+    content->setAttribute(u"VLPackagName"_s, u"evil"_s);
+    stage.view->setContent(content);
+
+    const QString found = stage.view->findComponent(attribute, ckUiFile, QString(), QString());
+    QVERIFY2(!QFileInfo::exists(found), qPrintable(found));
+    QCOMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.warnings().first().contains(u"canary.png"_s));
+}
+
+void TestSceneFence::locator_isRefused_whenSchemeIsNotHarmless()
+{
+    Desktop desktop;
+    EvilStage stage;
+    stage.host.context().set(ckConfineContent, true);
+    auto& plain = static_cast<VLInterface&>(stage.host);
+    const auto open = [&plain](const QString& url) {
+        return plain.VLInterface::openExternalResource(VLResourceUrl, url);
+    };
+    QVERIFY(open(u"https://good.test/"_s));
+    QVERIFY(open(u"http://good.test/"_s));
+    QVERIFY(open(u"mailto:someone@good.test"_s));
+    QCOMPARE(stage.warnings(), QStringList());
+    QVERIFY(!open(u"file:///etc/passwd"_s));
+    QVERIFY(!open(u"odd:thing"_s));
+    QCOMPARE(desktop.opened.size(), 3);
+    QCOMPARE(stage.warnings(),
+             QStringList({u"Did not open file:///etc/passwd"_s, u"Did not open odd:thing"_s}));
+}
+
+void TestSceneFence::locator_reachesOverride_whateverItIs()
+{
+    EvilStage stage;
+    stage.view->openExternalResource(u"file:///etc/passwd"_s);
+    QCOMPARE(stage.host.openedResources.size(), 1);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestSceneFence>(argc, argv);
+}
+
+#include "tst_scenefence.moc"

@@ -1,0 +1,148 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLContentRoots.h>
+#include <Vidlets/VLSceneSource.h>
+
+#include <QDir>
+#include <QFile>
+#include <QLibraryInfo>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+using namespace Vidlets;
+
+class TestSceneSource : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void strayAddress_isFound_whenItLeadsOut_data();
+    void strayAddress_isFound_whenItLeadsOut();
+    void namesPlugin_tells_whenLineAsksForOne_data();
+    void namesPlugin_tells_whenLineAsksForOne();
+    void reachesOut_tellsModulesApart();
+    void roots_contain_whatLiesBelow_data();
+    void roots_contain_whatLiesBelow();
+    void roots_endTheirSearch_whenLinksLeadInCircle();
+};
+
+void TestSceneSource::strayAddress_isFound_whenItLeadsOut_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("stray");
+    QTest::newRow("plain text") << u"a file of ![text]"_s << QString();
+    QTest::newRow("own picture") << u"<img src='a.png'> <img src=\"b/c.png\">"_s << QString();
+    QTest::newRow("remote picture") << u"<img src='http://a.test/a.png'>"_s << QString();
+    QTest::newRow("absolute path") << u"<img src='/etc/a.png'>"_s << u"/etc/a.png"_s;
+    QTest::newRow("capitals") << u"<IMG alt=x SRC = FILE:///etc/a.png>"_s << u"FILE:///etc/a.png"_s;
+    QTest::newRow("escaped quotes") << u"\"<img src=\\\"../../a.png\\\">\""_s << u"../../a.png"_s;
+    QTest::newRow("Markdown") << u"x ![a](/etc/a.png \"t\")"_s << u"/etc/a.png"_s;
+    QTest::newRow("own Markdown") << u"x ![a](a.png)"_s << QString();
+    QTest::newRow("in a program") << u"loadImage('file:///etc/a.png')"_s << u"file:///etc/a.png"_s;
+    QTest::newRow("second of two")
+        << u"<img src='a.png'><img src='/etc/b.png'>"_s << u"/etc/b.png"_s;
+}
+
+void TestSceneSource::strayAddress_isFound_whenItLeadsOut()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, stray);
+    PackageBuilder packages;
+    const QString root = packages.packageRoot(u"a.vidlets"_s);
+    const VLContentRoots roots(QStringList{root});
+    const QUrl base = QUrl::fromLocalFile(root + u"/ui/A.qml"_s);
+    packages.packageRoot(u"a.vidlets/ui"_s);
+    QCOMPARE(SceneSource::strayAddress(text, base, roots), stray);
+    const QString file = packages.write(u"a.vidlets/ui/A.qml"_s, text.toUtf8());
+    QCOMPARE(SceneSource::strayAddressInFile(file, roots), stray);
+}
+
+void TestSceneSource::namesPlugin_tells_whenLineAsksForOne_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("isNamed");
+    QTest::newRow("none") << QByteArray("module a\nPart 1.0 Part.qml\n") << false;
+    QTest::newRow("plain") << QByteArray("module a\nplugin evil\n") << true;
+    QTest::newRow("optional") << QByteArray("module a\r\n  optional\tplugin evil lib") << true;
+    QTest::newRow("word within") << QByteArray("plugins 1.0 plugins.qml\n") << false;
+    QTest::newRow("comment") << QByteArray("# plugin\n") << false;
+}
+
+void TestSceneSource::namesPlugin_tells_whenLineAsksForOne()
+{
+    QFETCH(const QByteArray, content);
+    PackageBuilder packages;
+    const QString file = packages.write(u"a.vidlets/qmldir"_s, content);
+    QTEST(SceneSource::namesPlugin(file), "isNamed");
+}
+
+void TestSceneSource::reachesOut_tellsModulesApart()
+{
+    QVERIFY(SceneSource::reachesOut(u"Qt/labs/folderlistmodel/qmldir"_s));
+    QVERIFY(SceneSource::reachesOut(u"QtQuick/LocalStorage/qmldir"_s));
+    QVERIFY(!SceneSource::reachesOut(u"QtQuick/qmldir"_s));
+    QVERIFY(!SceneSource::reachesOut(u"QtQuick/Layouts/qmldir"_s));
+}
+
+void TestSceneSource::roots_contain_whatLiesBelow_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<bool>("isInside");
+    QTest::newRow("root") << u"a.vidlets"_s << true;
+    QTest::newRow("file") << u"a.vidlets/file"_s << true;
+    QTest::newRow("missing file") << u"a.vidlets/x/y/missing"_s << true;
+    QTest::newRow("data path") << u"."_s << false;
+    QTest::newRow("file beside") << u"beside"_s << false;
+    QTest::newRow("like-named sibling") << u"a.vidletsx/file"_s << false;
+    QTest::newRow("missing file beside") << u"b.vidlets/x/missing"_s << false;
+    QTest::newRow("by steps") << u"a.vidlets/../beside"_s << false;
+    QTest::newRow("by link") << u"a.vidlets/out/beside"_s << false;
+    QTest::newRow("missing by link") << u"a.vidlets/out/missing"_s << false;
+    QTest::newRow("dangling link") << u"a.vidlets/dangling"_s << false;
+    QTest::newRow("link into it") << u"into/file"_s << true;
+    QTest::newRow("resource") << u":/any"_s << true;
+    QTest::newRow("nothing") << QString() << false;
+}
+
+void TestSceneSource::roots_contain_whatLiesBelow()
+{
+    QFETCH(const QString, path);
+    QFETCH(const bool, isInside);
+    PackageBuilder packages;
+    packages.write(u"a.vidlets/file"_s, "a");
+    packages.write(u"a.vidletsx/file"_s, "a");
+    packages.write(u"beside"_s, "a");
+    QVERIFY(QFile::link(packages.dataPath(), packages.path(u"a.vidlets/out"_s)));
+    QVERIFY(QFile::link(u"/nowhere/at/all"_s, packages.path(u"a.vidlets/dangling"_s)));
+    QVERIFY(QFile::link(packages.path(u"a.vidlets"_s), packages.path(u"into"_s)));
+    const VLContentRoots roots(QStringList{packages.path(u"a.vidlets"_s)});
+    const bool isRelative = !path.isEmpty() && !path.startsWith(u':');
+    QCOMPARE(roots.contains(isRelative ? packages.dataPath() + u'/' + path : path), isInside);
+}
+
+void TestSceneSource::roots_endTheirSearch_whenLinksLeadInCircle()
+{
+    PackageBuilder packages;
+    const QString root = packages.packageRoot(u"a.vidlets"_s);
+    const QString one = packages.path(u"one"_s);
+    const QString two = packages.path(u"two"_s);
+    QVERIFY(QFile::link(two, one));
+    QVERIFY(QFile::link(one, two));
+    const VLContentRoots roots(QStringList{root});
+    QVERIFY(!roots.contains(one));
+    QVERIFY(!VLContentRoots().contains(root));
+    const QString modules = QLibraryInfo::path(QLibraryInfo::QmlImportsPath);
+    QVERIFY(roots.contains(modules + u"/QtQuick/qmldir"_s));
+    QCOMPARE(roots.relativeToQt(modules + u"/QtQuick/qmldir"_s), u"QtQuick/qmldir"_s);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestSceneSource>(argc, argv);
+}
+
+#include "tst_scenesource.moc"
