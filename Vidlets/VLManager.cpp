@@ -129,6 +129,7 @@ public:
     bool showWithoutContent(const QPoint& position, const QWidget* widget);
     void replaceContent(VLXmlElement* element);
     void askForShortcut(const QString& key, QObject* reference, VLXmlElement* element) const;
+    QString admitted(const QString& file) const;
 
     VLInterface* interface;
     QStringList searchPaths;
@@ -260,6 +261,15 @@ void VLManagerPrivate::askForShortcut(const QString& key, QObject* reference,
         interface->shortCutForObject(key, reference, element->attribute(shortcutAttribute()));
     if (!shortcut.isEmpty())
         element->setAttribute(shortcutAttribute(), shortcut);
+}
+
+/// Where nothing was found there is a name alone, which must not lead to the working directory.
+QString VLManagerPrivate::admitted(const QString& file) const
+{
+    if (!Settings::confineContent(settings)
+        || VLContentRoots(VLContentRoots::pathsOf(index)).contains(file))
+        return file;
+    return u":/com.larkspan/vidlets/refused"_s;
 }
 
 VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringList& dataPaths,
@@ -681,16 +691,11 @@ QString VLManager::translateString(const QString& text, const QString& context)
         d->tooltipWindow->view()->findComponent(translationsAttribute(), ckTranslationDirectory,
                                                 Settings::translationDirectoryDefault(), fileName);
 
-    // Where nothing was found this is a name alone, which must not lead to the working directory.
-    if (Settings::confineContent(d->settings)
-        && !VLContentRoots(VLContentRoots::pathsOf(d->index)).contains(file))
-        return text;
-
     if (!d->translator)
         d->translator = new QTranslator(this);
     // An empty name equals the null one: as long as nothing was loaded the translator stays empty.
     if (!d->isTranslationLoaded(file)) {
-        if (!d->loadTranslation(file, contentGuard())) {
+        if (!d->loadTranslation(d->admitted(file), contentGuard())) {
             d->translationFile = QString();
             return text;
         }

@@ -8,6 +8,7 @@
 #include "VLSceneSource.h"
 #include "VLSettings.h"
 #include "VLView.h"
+#include "VLXmlElement.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -112,6 +113,11 @@ VLSceneFence::VLSceneFence(VLView* view)
     refresh();
 }
 
+void VLSceneFence::detach()
+{
+    m_view.clear();
+}
+
 void VLSceneFence::beginScene()
 {
     m_refused.clear();
@@ -159,6 +165,44 @@ QUrl VLSceneFence::intercept(const QUrl& url, DataType type)
         break;
     }
     return judgeAddress(current, url);
+}
+
+void VLSceneFence::cleanContent(VLXmlElement* content)
+{
+    refresh();
+    m_refused.clear();
+    if (!content || !m_view || !m_state.isClosed)
+        return;
+    const QUrl base = QUrl::fromLocalFile(m_view->uiRootFilePath());
+    cleanElement(content, base);
+    const QObjectList elements = content->childElementList(QString());
+    for (QObject* element : elements)
+        cleanElement(qobject_cast<VLXmlElement*>(element), base);
+}
+
+void VLSceneFence::cleanElement(VLXmlElement* element, const QUrl& base)
+{
+    const QString content = cleaned(element->content(), base);
+    if (content != element->content())
+        element->setContent(content);
+    const QList<QString> names = element->attributeNames();
+    for (const QString& name : names) {
+        const QString value = element->attribute(name);
+        const QString result = cleaned(value, base);
+        if (result != value)
+            element->setAttribute(name, result);
+    }
+}
+
+/// @p text without the addresses that lead out; what is around them stays.
+QString VLSceneFence::cleaned(QString text, const QUrl& base)
+{
+    const QStringList strays = SceneSource::strayAddresses(text, base, m_state.roots);
+    for (const QString& stray : strays) {
+        refuse(stray);
+        text.remove(stray);
+    }
+    return text;
 }
 
 QNetworkAccessManager* VLSceneFence::create(QObject* parent)
@@ -225,10 +269,11 @@ QUrl VLSceneFence::judgeCode(const State& state, const QUrl& url)
         refuse(compiled);
         return nothing();
     }
-    const QString stray = SceneSource::strayAddressInFile(path, state.roots);
-    if (stray.isEmpty())
+    const QStringList strays = SceneSource::strayAddressesInFile(path, state.roots);
+    if (strays.isEmpty())
         return url;
-    refuse(stray);
+    for (const QString& stray : strays)
+        refuse(stray);
     return nothing();
 }
 
@@ -277,8 +322,11 @@ void VLSceneFence::warn(const QString& what)
     if (!m_view || !m_view->manager() || m_refused.contains(what))
         return;
     m_refused.insert(what);
-    m_view->manager()->handleMessage(
-        VLMessageWarning, u"Kept %1 from the scene %2"_s.arg(what, localPath(m_view->source())));
+    // Content comes before its scene.
+    const QString scene =
+        m_view->source().isEmpty() ? m_view->uiRootFilePath() : localPath(m_view->source());
+    m_view->manager()->handleMessage(VLMessageWarning,
+                                     u"Kept %1 from the scene %2"_s.arg(what, scene));
 }
 
 /// A worker could open addresses on the desktop and load modules from anywhere, and none of it
@@ -323,12 +371,12 @@ void VLSceneFence::sweepItem(QQuickItem* item, const VLContentRoots& roots)
 {
     if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit")) {
         const QUrl base = item->property("baseUrl").toUrl();
-        const QString stray =
-            SceneSource::strayAddress(item->property("text").toString(), base, roots);
-        if (!stray.isEmpty()) {
+        const QStringList strays =
+            SceneSource::strayAddresses(item->property("text").toString(), base, roots);
+        for (const QString& stray : strays)
             refuse(stray);
+        if (!strays.isEmpty())
             item->setProperty("text", QString());
-        }
     }
     const QList<QQuickItem*> children = item->childItems();
     for (QQuickItem* child : children)

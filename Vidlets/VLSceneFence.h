@@ -23,6 +23,7 @@ namespace Vidlets {
 
 class VLIndex;
 class VLView;
+class VLXmlElement;
 
 /**
  * Keeps the scenes of one view from the network and from files outside of the packages, while
@@ -45,12 +46,19 @@ public:
     /// Puts the fence around the engine of @p view. Both outlive their use of each other.
     explicit VLSceneFence(VLView* view);
 
+    /// Lets go of the view, which is about to end before its engine does. The fence stays as it is.
+    void detach();
+
     /// Makes ready for another scene: what was refused to the one before is told of again.
     void beginScene();
 
     /// Returns whether a scene may have the file @p path; warns where not. Always true while the
     /// setting is off.
     bool admitsFile(const QString& path);
+
+    /// Takes the addresses of outer files out of the texts and attributes of @p content, so that no
+    /// text that shows them loads a picture from there. @p content may be null.
+    void cleanContent(VLXmlElement* content);
 
     /// Returns whether a request for @p url may go out. @p isWrite tells of one that sends data.
     bool allows(const QUrl& url, bool isWrite);
@@ -74,6 +82,9 @@ private:
     QUrl judgeCode(const State& state, const QUrl& url);
     QUrl judgeModule(const State& state, const QUrl& url);
     QUrl judgeAddress(const State& state, const QUrl& url);
+
+    void cleanElement(VLXmlElement* element, const QUrl& base);
+    QString cleaned(QString text, const QUrl& base);
 
     void refuse(const QString& what);
     void warn(const QString& what);

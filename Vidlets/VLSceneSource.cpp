@@ -21,50 +21,76 @@ QString contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-/// The patterns of addresses, each with the address in its only group.
-const QList<QRegularExpression>& addressPatterns()
+QRegularExpression pattern(const QString& text)
+{
+    return QRegularExpression(
+        text, QRegularExpression::CaseInsensitiveOption | QRegularExpression::MultilineOption);
+}
+
+/// What documents load by themselves, each with the address in the only group. A quote may have a
+/// backslash before it: the text may be that of a program.
+const QList<QRegularExpression>& documentPatterns()
 {
     static const QList<QRegularExpression> patterns = {
-        // A step over a backslash: the text may be that of a program, where quotes are escaped.
-        QRegularExpression(u"(file:[^\\s\"'`<>)\\\\]+)"_s,
-                           QRegularExpression::CaseInsensitiveOption),
-        QRegularExpression(u"<img\\b[^>]*?\\bsrc\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s,
-                           QRegularExpression::CaseInsensitiveOption),
-        QRegularExpression(u"!\\[[^\\]]*\\]\\(\\s*<?([^\\s)>]+)"_s)};
+        pattern(
+            u"<img\\b(?:\"[^\"]*\"|'[^']*'|[^>])*?\\bsrc\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
+        pattern(u"<link\\b[^>]*?\\bhref\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
+        pattern(u"\\bbackground\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
+        pattern(u"\\burl\\(\\s*\\\\?[\"']?([^\\s\"')\\\\]+)"_s),
+        pattern(u"@import\\s*\\\\?[\"']([^\\s\"'\\\\]+)"_s),
+        pattern(u"!\\[[^\\]]*\\]\\(\\s*<?([^\\s)>]+)"_s),
+        pattern(u"^\\s*\\[[^\\]]+\\]:\\s*<?([^\\s>]+)"_s)};
     return patterns;
 }
 
 bool isStray(const QString& address, const QUrl& base, const VLContentRoots& roots)
 {
+    if (address.contains("&#"_L1))
+        return true;
     const QUrl url = base.resolved(QUrl(address));
     return url.isLocalFile() && !roots.contains(url.toLocalFile());
 }
 
-} // namespace
-
-QString strayAddress(const QString& text, const QUrl& base, const VLContentRoots& roots)
+void collect(const QRegularExpression& from, const QString& text, const QUrl& base,
+             const VLContentRoots& roots, QStringList& strays)
 {
-    for (const QRegularExpression& pattern : addressPatterns()) {
-        QRegularExpressionMatchIterator matches = pattern.globalMatch(text);
-        while (matches.hasNext()) {
-            const QString address = matches.next().captured(1);
-            if (isStray(address, base, roots))
-                return address;
-        }
+    QRegularExpressionMatchIterator matches = from.globalMatch(text);
+    while (matches.hasNext()) {
+        const QString address = matches.next().captured(1);
+        if (!strays.contains(address) && isStray(address, base, roots))
+            strays.append(address);
     }
-    return QString();
 }
 
-QString strayAddressInFile(const QString& path, const VLContentRoots& roots)
+} // namespace
+
+QStringList strayAddresses(const QString& text, const QUrl& base, const VLContentRoots& roots)
 {
-    return strayAddress(contentOf(path), QUrl::fromLocalFile(path), roots);
+    QStringList strays;
+    // Most texts hold none of it.
+    static const QRegularExpression hint = pattern(u"[<\\[]|url\\("_s);
+    if (!text.contains(hint))
+        return strays;
+    for (const QRegularExpression& from : documentPatterns())
+        collect(from, text, base, roots, strays);
+    return strays;
+}
+
+QStringList strayAddressesInFile(const QString& path, const VLContentRoots& roots)
+{
+    static const QRegularExpression files = pattern(u"(file:[^\\s\"'`<>)\\\\]+)"_s);
+    const QString text = contentOf(path);
+    const QUrl base = QUrl::fromLocalFile(path);
+    QStringList strays = strayAddresses(text, base, roots);
+    collect(files, text, base, roots, strays);
+    return strays;
 }
 
 bool namesPlugin(const QString& path)
 {
-    static const QRegularExpression pattern(u"^\\s*(optional\\s+)?plugin\\b"_s,
-                                            QRegularExpression::MultilineOption);
-    return pattern.match(contentOf(path)).hasMatch();
+    static const QRegularExpression line(u"^\\s*(optional\\s+)?plugin\\b"_s,
+                                         QRegularExpression::MultilineOption);
+    return line.match(contentOf(path)).hasMatch();
 }
 
 bool reachesOut(const QString& modulePath)

@@ -7,6 +7,7 @@
 #include "VLContentRoots.h"
 
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 /**
@@ -16,13 +17,14 @@
  */
 namespace Vidlets::SceneSource {
 
-/// Returns the first address in @p text that leads to a file outside of @p roots: one of the scheme
-/// "file" anywhere, or the one of a picture in HTML or Markdown, which counts from @p base. Null
-/// where there is none.
-QString strayAddress(const QString& text, const QUrl& base, const VLContentRoots& roots);
+/// Returns the addresses in the HTML or Markdown @p text that a document would load by itself, and
+/// that lead to a file outside of @p roots: pictures, backgrounds and style sheets. They count from
+/// @p base. One that hides its letters counts as outside.
+QStringList strayAddresses(const QString& text, const QUrl& base, const VLContentRoots& roots);
 
-/// The same for the file @p path, which addresses in it count from.
-QString strayAddressInFile(const QString& path, const VLContentRoots& roots);
+/// The same for the text of the program @p path, which addresses in it count from, and in addition
+/// each address of the scheme "file" in it.
+QStringList strayAddressesInFile(const QString& path, const VLContentRoots& roots);
 
 /// Returns whether the qmldir file @p path asks for native code.
 bool namesPlugin(const QString& path);

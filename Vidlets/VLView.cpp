@@ -63,6 +63,7 @@ VLView::~VLView()
 {
     // The scene goes before the data that it binds to.
     setSource(QUrl());
+    m_fence->detach();
     delete m_content;
 }
 
@@ -232,7 +233,10 @@ const VLXmlElement* VLView::content() const
 void VLView::setContent(VLXmlElement* content)
 {
     // Plain: nothing is deleted, and contentChanged stays unsent.
+    const bool isOther = m_content != content;
     m_content = content;
+    if (isOther)
+        m_fence->cleanContent(content);
 }
 
 bool VLView::stayOpen() const

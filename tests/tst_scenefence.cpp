@@ -173,6 +173,7 @@ private Q_SLOTS:
     void warning_comesOnce_perAddressAndScene();
     void attribute_isRefused_whenItLeadsOut_data();
     void attribute_isRefused_whenItLeadsOut();
+    void content_losesAddress_whenItLeadsOut();
     void locator_isRefused_whenSchemeIsNotHarmless();
     void locator_reachesOverride_whateverItIs();
 };
@@ -411,6 +412,23 @@ void TestSceneFence::attribute_isRefused_whenItLeadsOut()
     QVERIFY2(!QFileInfo::exists(found), qPrintable(found));
     QCOMPARE(stage.warnings().size(), 1);
     QVERIFY(stage.warnings().first().contains(u"canary.png"_s));
+}
+
+void TestSceneFence::content_losesAddress_whenItLeadsOut()
+{
+    EvilStage stage;
+    stage.packages.writeScene(u"evil.vidlets"_s);
+    auto* content = new VLXmlElement(&stage.tree);
+    content->setAttribute(u"VLPackagName"_s, u"evil"_s);
+    content->setAttribute(u"title"_s, u"<img src='/etc/a.png'>"_s);
+    auto* text = new VLXmlElement(content);
+    text->setContent(QString::fromUtf8(
+        stage.filled("See file:///etc, <img src=\"OUT/canary.png\"> and <img src='good.png'>.")));
+    stage.view->setContent(content);
+
+    QCOMPARE(content->attribute(u"title"_s), u"<img src=''>"_s);
+    QCOMPARE(text->content(), u"See file:///etc, <img src=\"\"> and <img src='good.png'>."_s);
+    QCOMPARE(stage.warnings().size(), 2);
 }
 
 void TestSceneFence::locator_isRefused_whenSchemeIsNotHarmless()
