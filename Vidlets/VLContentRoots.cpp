@@ -28,9 +28,16 @@ VLContentRoots::VLContentRoots(const QStringList& paths)
 {
     for (const QString& path : paths) {
         const QString root = QFileInfo(path).canonicalFilePath();
-        if (!root.isEmpty() && !m_roots.contains(root))
+        if (root.isEmpty())
+            m_isComplete = false;
+        else if (!m_roots.contains(root))
             m_roots.append(root);
     }
+}
+
+bool VLContentRoots::isComplete() const
+{
+    return m_isComplete;
 }
 
 QStringList VLContentRoots::pathsOf(const VLIndex* index)

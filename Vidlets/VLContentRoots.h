@@ -29,6 +29,9 @@ public:
     /// Returns the directories that count now, as they were recorded. @p index may be null.
     static QStringList pathsOf(const VLIndex* index);
 
+    /// Returns whether each of the directories was there, so that none can join later.
+    bool isComplete() const;
+
     /// Returns whether @p path lies in a root or is one. A path that does not exist is judged by
     /// the deepest directory above it that does. All resources of the process count as inside: no
     /// package can add one.
@@ -47,6 +50,7 @@ private:
     /// Canonical.
     QStringList m_roots;
     QString m_qtModules;
+    bool m_isComplete = true;
 };
 
 } // namespace Vidlets

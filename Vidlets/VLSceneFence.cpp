@@ -221,7 +221,7 @@ void VLSceneFence::refresh()
     if (isClosed) {
         const QStringList paths = VLContentRoots::pathsOf(m_index);
         // Made anew only where they differ: each root is a look at the disk.
-        if (!wasClosed || paths != m_rootPaths)
+        if (!wasClosed || paths != m_rootPaths || !m_state.roots.isComplete())
             setState({true, VLContentRoots(paths)});
         m_rootPaths = paths;
     } else if (wasClosed) {

@@ -49,6 +49,7 @@ void TestSceneSource::strayAddresses_areFound_whenItLeadsOut_data()
                                 << u"/etc/a.png"_s;
     QTest::newRow("own Markdown") << u"x ![a](a.png)"_s << QString();
     QTest::newRow("in a program") << u"loadImage('file:///etc/a.png')"_s << u"file:///etc/a.png"_s;
+    QTest::newRow("beginning alone") << u"loadImage('file:///' + found)"_s << QString();
     QTest::newRow("second of two")
         << u"<img src='a.png'><img src='/etc/b.png'>"_s << u"/etc/b.png"_s;
 }
