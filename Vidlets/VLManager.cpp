@@ -123,10 +123,11 @@ public:
     bool isTranslationLoaded(const QString& file) const;
     bool loadTranslation(const QString& file, VLContentGuard& guard);
     bool isAllowedToShow() const;
-    bool isOnShow(const QString& key) const;
-    bool isFallbackOnShow(const QString& key) const;
+    VLHoverKeeper& hover() const;
+    bool isOnShow(const QString& key, const QWidget* widget) const;
+    bool isFallbackOnShow(const QString& key, const QWidget* widget) const;
     FoundTip findFallback(const QString& key);
-    bool showWithoutContent(const QPoint& position, const QWidget* widget);
+    bool showWithoutContent(const QString& key, const QPoint& position, const QWidget* widget);
     void replaceContent(VLXmlElement* element);
     void askForShortcut(const QString& key, QObject* reference, VLXmlElement* element) const;
     QString admitted(const QString& file) const;
@@ -202,14 +203,22 @@ bool VLManagerPrivate::isAllowedToShow() const
     return !required || QGuiApplication::keyboardModifiers() == required;
 }
 
-bool VLManagerPrivate::isOnShow(const QString& key) const
+VLHoverKeeper& VLManagerPrivate::hover() const
 {
-    return tooltipWindow->isVisible() && hasContentWithKey(tooltipWindow, key);
+    return VLWidgetPrivate::hoverOf(tooltipWindow);
+}
+
+bool VLManagerPrivate::isOnShow(const QString& key, const QWidget* widget) const
+{
+    return tooltipWindow->isVisible() && hasContentWithKey(tooltipWindow, key)
+        && hover().isTipOf(widget);
 }
 
 /// Unlike isOnShow() this takes a popup without content for one that shows the empty key.
-bool VLManagerPrivate::isFallbackOnShow(const QString& key) const
+bool VLManagerPrivate::isFallbackOnShow(const QString& key, const QWidget* widget) const
 {
+    if (hover().isOn() && (key.isNull() || !hover().isTipOf(widget)))
+        return false;
     const VLXmlElement* content = contentOf(tooltipWindow);
     const QString keyOnShow = content ? content->attribute(keyAttribute()) : QString();
     return tooltipWindow->isVisible() && keyOnShow == key;
@@ -227,10 +236,13 @@ FoundTip VLManagerPrivate::findFallback(const QString& key)
 }
 
 /// Gives whether the popup that is up, if one is, may stay.
-bool VLManagerPrivate::showWithoutContent(const QPoint& position, const QWidget* widget)
+bool VLManagerPrivate::showWithoutContent(const QString& key, const QPoint& position,
+                                          const QWidget* widget)
 {
     if (!tooltipWindow->isVisible())
         return false;
+    if (hover().isOn())
+        return hover().staysWithoutContent(key, position, widget);
     if (tooltipWindow->isSafe(position) && (!widget || widget->toolTip().isEmpty()))
         return true;
     tooltipWindow->hideAnimated();
@@ -630,23 +642,28 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
     if (!d->isAllowedToShow())
         return false;
     initializeTooltipWindow();
-    if (d->isOnShow(key))
+    auto* widget =
+        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
+    if (d->isOnShow(key, widget)) {
+        d->hover().revive();
         return true;
+    }
 
     FoundTip tip;
     tip.element = retrieve(key, tip.path, tip.depth, tip.root);
-    if (!tip.element) {
+    if (!tip.element && !d->hover().isPartOfTip(widget)) {
         const QString fallback = Settings::fallbackKey(d->settings);
-        if (d->isFallbackOnShow(fallback))
+        if (d->isFallbackOnShow(fallback, widget)) {
+            d->hover().revive();
             return contentOf(d->tooltipWindow) != nullptr;
+        }
         tip = d->findFallback(fallback);
     }
-    auto* widget =
-        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
     if (!tip.element || !tip.root)
-        return d->showWithoutContent(position, widget);
+        return d->showWithoutContent(key, position, widget);
     // An index of the host's may hand out the very element that is on show.
-    if (d->tooltipWindow->isVisible() && contentOf(d->tooltipWindow) == tip.element)
+    if (d->tooltipWindow->isVisible() && contentOf(d->tooltipWindow) == tip.element
+        && d->hover().isTipOf(widget))
         return true;
 
     const QPoint tipPosition = tooltipPosition(position, widget);

@@ -69,6 +69,7 @@ VLWidget::~VLWidget()
 {
     // The popup itself and the widgets inside it die later than this, and must not call back then.
     d->forgetReferences();
+    d->hover().endWatch();
     setView(nullptr);
 }
 
@@ -138,6 +139,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     m_referenceWidget =
         reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
     d->setReference(m_referenceWidget);
+    d->hover().beginTip();
 
     m_view->setPackageRoot(QDir(rootPath));
     VLXmlElement* old = m_view->content();
@@ -178,7 +180,7 @@ void VLWidget::reposition()
 
 void VLWidget::hideAnimated()
 {
-    if (!isVisible() || m_animation->state() != QAbstractAnimation::Stopped)
+    if (!isVisible() || !d->hover().makeWayForHide())
         return;
 
     const int durationMs = Settings::hideDurationMs(settingsOf(m_manager));
@@ -282,11 +284,13 @@ void VLWidget::showEvent(QShowEvent* /*event*/)
         setTimer();
     reposition();
     d->beginMapping();
+    d->hover().beginWatch();
 }
 
 void VLWidget::hideEvent(QHideEvent* /*event*/)
 {
     d->endMapping();
+    d->hover().endWatch();
     disconnect(m_animation, &QAbstractAnimation::finished, this, &VLWidget::hideAnimationFinished);
 }
 

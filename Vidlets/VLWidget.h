@@ -18,6 +18,7 @@ class QTimer;
 
 namespace Vidlets {
 
+class VLHoverKeeper;
 class VLManager;
 class VLView;
 class VLWidgetPrivate;
@@ -125,6 +126,7 @@ private Q_SLOTS:
 private:
     Q_DISABLE_COPY_MOVE(VLWidget)
 
+    friend class VLHoverKeeper;
     friend class VLWidgetPrivate;
 
     /// Owned.

@@ -47,15 +47,34 @@ bool isWithin(const QObject* object, const QObject* ancestor)
 
 VLWidgetPrivate::VLWidgetPrivate(VLWidget* popup)
     : m_popup(popup)
+    , m_hover(popup)
 {
+}
+
+VLHoverKeeper& VLWidgetPrivate::hoverOf(VLWidget* popup)
+{
+    return popup->d->m_hover;
+}
+
+VLHoverKeeper& VLWidgetPrivate::hover()
+{
+    return m_hover;
+}
+
+QWidget* VLWidgetPrivate::reference() const
+{
+    return m_reference;
 }
 
 void VLWidgetPrivate::setReference(QWidget* widget)
 {
+    // The end of a control whose tip is gone must not hide the tip of another.
+    if (m_hover.isOn())
+        forgetReferences();
     m_reference = widget;
     if (!widget)
         return;
-    // Made anew at every show: the slot does no harm when it runs more often.
+    // Kept: made anew at every show; the slot does no harm when it runs more often.
     connect(widget, &QObject::destroyed, m_popup, &VLWidget::refWidgetDestroyed);
     m_connected.removeAll(nullptr);
     if (!m_connected.contains(widget))
@@ -86,6 +105,8 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
                 .adjusted(-1, -1, 1, 1)
                 .contains(m_reference->mapFromGlobal(position)))
         return false;
+    if (m_hover.isOn())
+        return m_hover.isOverControl(position);
     // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
     // widget, a point over no widget of the application counts as one over it.
     return QApplication::widgetAt(position) == m_popup->m_referenceWidget;
@@ -99,6 +120,7 @@ QRect VLWidgetPrivate::availableArea() const
 
 void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
 {
+    m_hover.retire();
     disconnect(m_popup->m_timer, &QTimer::timeout, m_popup, &VLWidget::hideAnimated);
     m_popup->setParent(window, Qt::WindowFlags());
     if (!window->layout()) {
@@ -118,6 +140,7 @@ void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
 
 void VLWidgetPrivate::floatAt(const QPoint& position)
 {
+    m_hover.retire();
     m_popup->setAttribute(Qt::WA_DeleteOnClose);
     m_popup->setParent(floatingParent(), kFloatingFlags);
     m_popup->setWindowModality(Qt::NonModal);

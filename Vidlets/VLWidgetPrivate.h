@@ -4,6 +4,8 @@
 #ifndef VLWIDGETPRIVATE_H
 #define VLWIDGETPRIVATE_H
 
+#include "VLHoverKeeper.h"
+
 #include <QList>
 #include <QObject>
 #include <QPoint>
@@ -27,11 +29,16 @@ class VLWidgetPrivate final : public QObject
 public:
     explicit VLWidgetPrivate(VLWidget* popup);
 
+    /// What keeps the tip of @p popup with its control.
+    static VLHoverKeeper& hoverOf(VLWidget* popup);
     /// Keeps the window of @p popup above others, or no longer so, and shows it.
     static void setStaysOnTop(VLWidget* popup, bool on);
 
     /// Remembers @p widget, which may be null, as the one that the popup belongs to.
     void setReference(QWidget* widget);
+    /// The widget that the popup belongs to; null where there is none, or none any more.
+    QWidget* reference() const;
+    VLHoverKeeper& hover();
     /// Drops what setReference() has connected. To be called while the popup is still whole.
     void forgetReferences();
     /// Whether the popup goes after a while when the pointer is elsewhere.
@@ -66,6 +73,7 @@ private:
     void renewView();
 
     VLWidget* const m_popup;
+    VLHoverKeeper m_hover;
     /// As long as it lives; the popup's own pointer keeps its value beyond that.
     QPointer<QWidget> m_reference;
     /// All that are connected to the popup, each once.
