@@ -3,6 +3,7 @@
 
 #include "VLManager.h"
 
+#include "VLAskingView.h"
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLContentRoots.h"
@@ -127,6 +128,7 @@ public:
     bool isOnShow(const QString& key, const QWidget* widget) const;
     bool isFallbackOnShow(const QString& key, const QWidget* widget) const;
     FoundTip findFallback(const QString& key);
+    const VLView* viewToTranslate(const VLManager* manager) const;
     bool showWithoutContent(const QString& key, const QPoint& position, const QWidget* widget);
     void replaceContent(VLXmlElement* element);
     void askForShortcut(const QString& key, QObject* reference, VLXmlElement* element) const;
@@ -233,6 +235,15 @@ FoundTip VLManagerPrivate::findFallback(const QString& key)
     const QLocale locale(Settings::contentFallbackLocale(settings));
     tip.element = index->retrieve(key, locale, tip.path, tip.depth, tip.root);
     return tip;
+}
+
+/// The view whose package has the translations; null where there is none.
+const VLView* VLManagerPrivate::viewToTranslate(const VLManager* manager) const
+{
+    const VLView* asking = VLAskingView::current();
+    if (asking && asking->manager() == manager && Settings::tendPinned(settings))
+        return asking;
+    return tooltipWindow ? tooltipWindow->view() : nullptr;
 }
 
 /// Gives whether the popup that is up, if one is, may stay.
@@ -699,14 +710,14 @@ void VLManager::setStayOnTop(bool onTop)
 
 QString VLManager::translateString(const QString& text, const QString& context)
 {
-    if (!d->tooltipWindow || !d->tooltipWindow->view())
+    const VLView* view = d->viewToTranslate(this);
+    if (!view)
         return text;
 
     const QString stem = Settings::translationStem(d->settings);
     const QString fileName = u"%1_%2.qm"_s.arg(stem, currentLocale().name());
-    const QString file =
-        d->tooltipWindow->view()->findComponent(translationsAttribute(), ckTranslationDirectory,
-                                                Settings::translationDirectoryDefault(), fileName);
+    const QString file = view->findComponent(translationsAttribute(), ckTranslationDirectory,
+                                             Settings::translationDirectoryDefault(), fileName);
 
     if (!d->translator)
         d->translator = new QTranslator(this);

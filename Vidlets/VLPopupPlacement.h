@@ -8,6 +8,8 @@
 #include <QRect>
 #include <QSize>
 
+#include <optional>
+
 /**
  * Where a popup goes and how large it is, worked out from numbers alone: no screen, window or
  * pointer is asked here.
@@ -24,6 +26,19 @@ struct Fit
     bool moved = false;
 };
 
+/// What a tip is not to cover.
+struct KeepOff
+{
+    /// The control that the tip belongs to; empty where there is none.
+    QRect control;
+    /// The pointer, as it was when the tip was asked for.
+    QPoint pointer;
+    /// How far from the pointer the tip goes.
+    QSize offset;
+    /// Whether the tip goes to the left of the pointer.
+    bool rightToLeft = false;
+};
+
 /// What decides about the place of a popup.
 struct Request
 {
@@ -35,6 +50,8 @@ struct Request
     int titleOffset = 0;
     /// What the popup may cover of its screen.
     QRect area;
+    /// Where it is set, the popup is placed anew by it, not where its frame is.
+    std::optional<KeepOff> keepOff = std::nullopt;
 };
 
 /// What becomes of a popup.
@@ -51,6 +68,11 @@ struct Placement
 /// Moves @p geometry into @p area without a change of its size. One that is too large ends flush
 /// with the bottom and the right of the area.
 Fit fitInto(const QRect& area, QRect geometry);
+
+/// Where a popup of @p size goes in @p area: below the pointer and beside it, else below the
+/// control, above it, or at one of its sides. One that covers the control wherever it goes leaves
+/// the pointer free at least.
+QPoint besidePointer(const QRect& area, const QSize& size, const KeepOff& keepOff);
 
 /// Works out the place and the size of a popup whose scene has the size of @p request.
 Placement place(const Request& request);

@@ -3,6 +3,7 @@
 
 #include "VLView.h"
 
+#include "VLAskingView.h"
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLIndex.h"
@@ -109,6 +110,7 @@ QString VLView::translate(const QString& string, const QString& context) const
 {
     if (!m_manager || !m_manager->interface())
         return string;
+    const VLAskingView asking(this);
     return m_manager->interface()->translateString(string, context);
 }
 

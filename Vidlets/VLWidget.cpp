@@ -151,6 +151,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     // After the content: the choice of the scene reads its attributes.
     const QFileInfo scene(m_view->uiRootFilePath());
 
+    d->setWantedPosition(pos);
     move(pos);
     d->holdPosition(pos);
     if (isVisible())
@@ -166,6 +167,10 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
 
 void VLWidget::reposition()
 {
+    if (const auto keepOff = d->keepOff()) {
+        move(PopupPlacement::besidePointer(d->availableArea(), frameGeometry().size(), *keepOff));
+        return;
+    }
     const QWidget* framed = window();
     if (!isWindow() && m_containerWidget)
         framed = m_containerWidget->window();
@@ -251,6 +256,12 @@ void VLWidget::contentResized()
     const QSize sceneSize = truncatedSizeOf(m_view->rootObject());
     if (m_containerWidget) {
         m_containerWidget->setFixedSize(sceneSize);
+    }
+    if (d->isTended()) {
+        d->followScene(sceneSize);
+        return;
+    }
+    if (m_containerWidget) {
         // Kept: no extra pixel here.
         if (!isWindow() && !isVisible()) {
             setFixedSize(sceneSize);
@@ -260,8 +271,8 @@ void VLWidget::contentResized()
 
     QWidget* framed = window();
     const int titleOffset = framed->frameGeometry().top() - framed->geometry().top();
-    const PopupPlacement::Placement placement =
-        PopupPlacement::place({sceneSize, d->framePosition(), titleOffset, d->availableArea()});
+    const PopupPlacement::Placement placement = PopupPlacement::place(
+        {sceneSize, d->framePosition(), titleOffset, d->availableArea(), d->keepOff()});
     if (placement.moved)
         framed->move(placement.position);
     setFixedSize(placement.size);
@@ -285,6 +296,8 @@ void VLWidget::showEvent(QShowEvent* /*event*/)
     reposition();
     d->beginMapping();
     d->hover().beginWatch();
+    if (d->isTended())
+        contentResized();
 }
 
 void VLWidget::hideEvent(QHideEvent* /*event*/)

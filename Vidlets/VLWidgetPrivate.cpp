@@ -112,15 +112,64 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
     return QApplication::widgetAt(position) == m_popup->m_referenceWidget;
 }
 
+void VLWidgetPrivate::setWantedPosition(const QPoint& position)
+{
+    const QSize offset = Settings::tooltipOffsetPx(settingsOf(m_popup->m_manager));
+    m_pointer = position - QPoint(offset.width(), offset.height());
+}
+
+std::optional<PopupPlacement::KeepOff> VLWidgetPrivate::keepOff() const
+{
+    const VLContext& settings = settingsOf(m_popup->m_manager);
+    if (m_pinned || !m_pointer || !m_popup->isWindow() || !Settings::keepOffReference(settings))
+        return std::nullopt;
+    PopupPlacement::KeepOff keepOff;
+    keepOff.pointer = *m_pointer;
+    keepOff.offset = Settings::tooltipOffsetPx(settings);
+    const QWidget* direction = m_reference ? m_reference.data() : m_popup;
+    keepOff.rightToLeft = direction->layoutDirection() == Qt::RightToLeft;
+    if (m_reference) {
+        // A control may be scrolled out of sight in part.
+        const QRect visible = m_reference->visibleRegion().boundingRect();
+        keepOff.control = QRect(m_reference->mapToGlobal(visible.topLeft()), visible.size());
+    }
+    return keepOff;
+}
+
 QRect VLWidgetPrivate::availableArea() const
 {
+    // The user may have taken a pinned window to another screen.
+    if (isTended())
+        return m_popup->window()->screen()->availableGeometry();
     const QScreen* screen = m_reference ? m_reference->screen() : m_popup->screen();
     return screen->availableGeometry();
+}
+
+bool VLWidgetPrivate::isTended() const
+{
+    return m_pinned && Settings::tendPinned(settingsOf(m_popup->m_manager));
+}
+
+void VLWidgetPrivate::followScene(const QSize& sceneSize)
+{
+    m_popup->setFixedSize(sceneSize);
+    if (m_popup->isWindow()) {
+        const PopupPlacement::Fit fit =
+            PopupPlacement::fitInto(availableArea(), m_popup->frameGeometry());
+        if (fit.moved)
+            m_popup->move(fit.geometry.topLeft());
+        return;
+    }
+    // A part of a host's larger window is laid out by the host. A hidden one takes no room yet.
+    QWidget* window = m_popup->parentWidget();
+    if (window->isWindow() && window->layout() && !m_popup->isHidden())
+        window->setFixedSize(window->layout()->totalSizeHint());
 }
 
 void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
 {
     m_hover.retire();
+    m_pinned = true;
     disconnect(m_popup->m_timer, &QTimer::timeout, m_popup, &VLWidget::hideAnimated);
     m_popup->setParent(window, Qt::WindowFlags());
     if (!window->layout()) {
@@ -141,15 +190,25 @@ void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
 void VLWidgetPrivate::floatAt(const QPoint& position)
 {
     m_hover.retire();
+    m_pinned = true;
     m_popup->setAttribute(Qt::WA_DeleteOnClose);
     m_popup->setParent(floatingParent(), kFloatingFlags);
     m_popup->setWindowModality(Qt::NonModal);
-    // Kept: the property and not the attribute, so the title stays empty unless somebody has set a
-    // dynamic property of that name on the element.
-    const VLXmlElement* content = m_popup->m_view->content();
-    m_popup->setWindowTitle(content ? content->property("title").toString() : QString());
+    m_popup->setWindowTitle(floatingTitle());
     m_popup->move(position);
     m_popup->show();
+}
+
+QString VLWidgetPrivate::floatingTitle() const
+{
+    const VLXmlElement* content = m_popup->m_view->content();
+    if (!content)
+        return QString();
+    if (isTended())
+        return content->attribute(ContentNames::titleAttribute());
+    // Kept: the property and not the attribute, so the title stays empty unless somebody has set a
+    // dynamic property of that name on the element.
+    return content->property("title").toString();
 }
 
 /// The window that a popup of its own belongs to. None where that would be the popup itself: its

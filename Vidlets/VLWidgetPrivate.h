@@ -5,6 +5,7 @@
 #define VLWIDGETPRIVATE_H
 
 #include "VLHoverKeeper.h"
+#include "VLPopupPlacement.h"
 
 #include <QList>
 #include <QObject>
@@ -12,6 +13,8 @@
 #include <QPointer>
 #include <QRect>
 #include <QWidget>
+
+#include <optional>
 
 class QWindow;
 
@@ -45,8 +48,17 @@ public:
     bool hidesByItself() const;
     /// Whether the widget at @p position is the one that the popup belongs to.
     bool isOverReference(const QPoint& position) const;
+    /// The popup is wanted at @p position, beside the pointer.
+    void setWantedPosition(const QPoint& position);
+    /// What the popup is not to cover; nothing where it goes wherever it is put.
+    std::optional<PopupPlacement::KeepOff> keepOff() const;
     /// What a popup may cover of the screen that it belongs on.
     QRect availableArea() const;
+
+    /// Whether the popup is a pinned window that follows its scene.
+    bool isTended() const;
+    /// Gives a pinned window the size of its scene.
+    void followScene(const QSize& sceneSize);
 
     /// The popup leaves the tooltip cycle, into @p window or as a window of its own.
     void dockInto(QWidget* window, const QPoint& position);
@@ -70,10 +82,14 @@ private:
 
     static void confirmTitledWindow(const QWidget* framed);
     QWidget* floatingParent() const;
+    QString floatingTitle() const;
     void renewView();
 
     VLWidget* const m_popup;
     VLHoverKeeper m_hover;
+    bool m_pinned = false;
+    /// Where the pointer was when the tip was asked for; nothing before the first time.
+    std::optional<QPoint> m_pointer;
     /// As long as it lives; the popup's own pointer keeps its value beyond that.
     QPointer<QWidget> m_reference;
     /// All that are connected to the popup, each once.

@@ -298,6 +298,8 @@ private Q_SLOTS:
     // On the way from the scene
     void translate_looksIntoPackage_byDefault();
     void translate_isLeftToHost_whenOverridden();
+    void translate_looksIntoOwnPackage_whenPinnedTipsAreTended_data();
+    void translate_looksIntoOwnPackage_whenPinnedTipsAreTended();
 
     // Attributes on show
     void vidletAttribute_readsElementOnShow_withoutRetrieval();
@@ -724,6 +726,39 @@ void TestTranslation::translate_looksIntoPackage_byDefault()
     QCOMPARE(view->translate(u"Open"_s, u"Tip"_s), u"Öffnen"_s);
     // As it comes, all the way.
     QCOMPARE(view->translate(u"Close"_s, u"Tip"_s), QString());
+}
+
+void TestTranslation::translate_looksIntoOwnPackage_whenPinnedTipsAreTended_data()
+{
+    QTest::addColumn<bool>("tended");
+    QTest::addColumn<QString>("ofPinned");
+    QTest::newRow("by default") << false << u"Los"_s;
+    QTest::newRow("tended") << true << u"Öffnen"_s;
+}
+
+void TestTranslation::translate_looksIntoOwnPackage_whenPinnedTipsAreTended()
+{
+    QFETCH(const bool, tended);
+    QFETCH(const QString, ofPinned);
+    WholeHost<VLInterface> host;
+    const QString other = u"other.vidlets"_s;
+    host.packages.writeTip(other, u"tips.xml"_s, saveKey());
+    compile({{u"Tip"_s, u"Open"_s, u"Los"_s}},
+            host.packages.path(other + u"/l10n/"_s + germanFile()));
+    VLView* pinned = host.showTip();
+    QVERIFY(pinned);
+    VLManager* manager = pinned->manager();
+    manager->context().set(ckTendPinned, tended);
+    manager->loadDataPath({host.packages.dataPath()});
+    const std::unique_ptr<VLWidget> window(manager->widget());
+    pinned->setReserved(true);
+
+    QVERIFY(host.interface->show(saveKey(), kPointer, nullptr));
+
+    QCOMPARE(pinned->translate(u"Open"_s, u"Tip"_s), ofPinned);
+    // The tip on show has its own, and so has a question from elsewhere.
+    QCOMPARE(manager->widget()->view()->translate(u"Open"_s, u"Tip"_s), u"Los"_s);
+    QCOMPARE(manager->translateString(u"Open"_s, u"Tip"_s), u"Los"_s);
 }
 
 void TestTranslation::translate_isLeftToHost_whenOverridden()

@@ -26,6 +26,9 @@ private Q_SLOTS:
     void fitInto_movesIntoArea();
     void place_fitsSceneAndAddsAPixel_data();
     void place_fitsSceneAndAddsAPixel();
+    void besidePointer_leavesControlFree_data();
+    void besidePointer_leavesControlFree();
+    void place_keepsOffWhereverFrameIs();
 };
 
 void TestVLPopupPlacement::fitInto_movesIntoArea_data()
@@ -111,6 +114,72 @@ void TestVLPopupPlacement::place_fitsSceneAndAddsAPixel()
 
     QCOMPARE(QRect(placement.position, placement.size), window);
     QCOMPARE(placement.moved, moved);
+}
+
+void TestVLPopupPlacement::besidePointer_leavesControlFree_data()
+{
+    QTest::addColumn<QRect>("control");
+    QTest::addColumn<QPoint>("pointer");
+    QTest::addColumn<bool>("rightToLeft");
+    QTest::addColumn<QPoint>("expected");
+
+    const auto row = [](const char* name, const QRect& control, const QPoint& pointer,
+                        const QPoint& expected, bool rightToLeft = false) {
+        QTest::newRow(name) << control << pointer << rightToLeft << expected;
+    };
+    // The area is 1000..1799 by 30..599, the tip 120 by 80, 35 and 30 away from the pointer.
+    row("below and beside", {1100, 100, 60, 20}, {1130, 110}, {1165, 140});
+    row("below and beside, right to left", {1300, 100, 60, 20}, {1330, 110}, {1176, 140}, true);
+    row("beside a narrow control", {1100, 100, 40, 300}, {1120, 120}, {1155, 150});
+    row("below a high control", {1100, 100, 200, 100}, {1120, 110}, {1155, 200});
+    row("below, moved in from the right", {1700, 100, 90, 20}, {1780, 110}, {1680, 140});
+    row("below, moved in from the left", {1010, 100, 90, 20}, {1020, 110}, {1000, 140}, true);
+    row("above", {1100, 550, 200, 40}, {1120, 570}, {1155, 461});
+    row("above, moved in from the left", {1000, 550, 200, 40}, {1020, 570}, {1000, 461}, true);
+    row("above, with just the room", {1100, 110, 200, 480}, {1120, 120}, {1155, 30});
+    row("at the right", {1000, 40, 600, 550}, {1100, 300}, {1600, 330});
+    row("at the right, near its edge", {1000, 40, 600, 550}, {1590, 580}, {1625, 520});
+    row("at the left, right to left", {1200, 40, 400, 550}, {1500, 300}, {1080, 330}, true);
+    row("at the left, where the right has no room", {1200, 40, 590, 550}, {1300, 300}, {1080, 330});
+    row("no side has room", {1000, 30, 800, 570}, {1200, 200}, {1235, 230});
+    row("no side has room, off the pointer", {1000, 30, 800, 570}, {1790, 590}, {1680, 481});
+    row("no control", {}, {1200, 200}, {1235, 230});
+    row("no control, in the corner", {}, {1790, 590}, {1680, 481});
+}
+
+void TestVLPopupPlacement::besidePointer_leavesControlFree()
+{
+    QFETCH(const QRect, control);
+    QFETCH(const QPoint, pointer);
+    QFETCH(const bool, rightToLeft);
+    QFETCH(const QPoint, expected);
+    const QSize offset(35, 30);
+
+    const QPoint position =
+        PopupPlacement::besidePointer(kArea, kScene, {control, pointer, offset, rightToLeft});
+
+    QCOMPARE(position, expected);
+    QVERIFY(!QRect(position, kScene).contains(pointer));
+}
+
+void TestVLPopupPlacement::place_keepsOffWhereverFrameIs()
+{
+    const PopupPlacement::KeepOff keepOff{{1100, 100, 200, 100}, {1120, 110}, {35, 30}, false};
+    PopupPlacement::Request request{kScene, QPoint(1155, 140), 0, kArea, keepOff};
+    PopupPlacement::Placement placement = PopupPlacement::place(request);
+    QCOMPARE(QRect(placement.position, placement.size), QRect(1155, 200, 121, 81));
+    QVERIFY(placement.moved);
+
+    request.framePosition = placement.position;
+    placement = PopupPlacement::place(request);
+    QCOMPARE(placement.position, request.framePosition);
+    QVERIFY(!placement.moved);
+
+    // Grown beyond the bottom: above is no room, so to the right.
+    request.sceneSize = QSize(150, 450);
+    placement = PopupPlacement::place(request);
+    QCOMPARE(placement.position, QPoint(1300, 140));
+    QVERIFY(placement.moved);
 }
 
 int main(int argc, char** argv)
