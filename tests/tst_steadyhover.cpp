@@ -91,8 +91,8 @@ Host::Host(VLContext& context, const QStringList& dataPaths, VLIndex* index)
     , amount(&window)
     , grid(&window)
 {
-    // A move to where the pointer was seen last, by the host before, would not count as one; so each
-    // host has a place of its own.
+    // A move to where the pointer was seen last, by the host before, would not count as one; so
+    // each host has a place of its own.
     static int hosts = 0;
     hosts += 3;
     window.setGeometry(300 + hosts, 200, 500, 400);
@@ -330,12 +330,14 @@ void TestSteadyHover::click_onTipOfModalDialog_reachesScene()
     QPushButton accept(u"Accept"_s, &dialog);
     accept.setObjectName(u"accept"_s);
     accept.setGeometry(20, 20, 120, 40);
-    dialog.resize(400, 300);
+    // Without a frame it is where it is put.
+    dialog.setWindowFlag(Qt::FramelessWindowHint);
+    dialog.setGeometry(450, 250, 400, 300);
     dialog.setModal(true);
     QVERIFY(bringUp(&dialog));
     dialog.activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
-    QVERIFY(hasItsFrame(dialog));
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(&dialog), dialog.pos(), kPatienceMs);
 
     stage.restOn(Stage::centerOf(accept), u"accept"_s);
     QVERIFY(PointerDriver::moveTo(stage.popup()->frameGeometry().center()));
