@@ -31,7 +31,6 @@ namespace Vidlets {
 namespace {
 
 constexpr qreal kFadeInStartOpacity = 0.1;
-constexpr Qt::WindowFlags kPopupFlags = Qt::Tool | Qt::FramelessWindowHint;
 
 void startFade(QPropertyAnimation* animation, qreal from, qreal to, int durationMs)
 {
@@ -57,10 +56,10 @@ VLWidget::VLWidget(VLManager* manager, QWidget* parent)
     , d(std::make_unique<VLWidgetPrivate>(this))
 {
     m_animation->setPropertyName("windowOpacity");
-    m_animation->setTargetObject(this);
+    m_animation->setTargetObject(d->surface().fadeTarget());
     m_timer->setSingleShot(true);
     if (!Settings::keepPopupWindowFlags(settingsOf(m_manager)))
-        setWindowFlags(kPopupFlags);
+        setWindowFlags(d->surface().windowFlags());
     connect(m_timer, &QTimer::timeout, this, &VLWidget::hideAnimated);
     m_timer->stop();
 }
@@ -108,6 +107,11 @@ void VLWidget::checkMousePosition(const QPoint& pos)
 
 bool VLWidget::isSafe(const QPoint& pos)
 {
+    const VLPopupSurface::PointerWindow pointer = d->surface().pointerWindow();
+    if (pointer == VLPopupSurface::PointerWindow::Popup)
+        return true;
+    if (pointer == VLPopupSurface::PointerWindow::Elsewhere)
+        return false;
     const QSize margin = Settings::safeZoneMarginPx(settingsOf(m_manager));
     const QRect frame(mapToGlobal(QPoint(0, 0)), frameGeometry().size());
     return frame.adjusted(-margin.width(), -margin.height(), margin.width(), margin.height())
@@ -195,7 +199,7 @@ void VLWidget::hideAnimated()
     }
     // Connected during a hide only, so that the end of a fade-in hides nothing.
     connect(m_animation, &QAbstractAnimation::finished, this, &VLWidget::hideAnimationFinished);
-    startFade(m_animation, windowOpacity(), 0.0, durationMs);
+    startFade(m_animation, d->surface().opacity(), 0.0, durationMs);
     m_timer->stop();
 }
 
@@ -213,11 +217,11 @@ void VLWidget::showAnimated()
 
     const int durationMs = Settings::showDurationMs(settingsOf(m_manager));
     if (durationMs == 0) {
-        setWindowOpacity(1.0);
+        d->surface().setOpacity(1.0);
         show();
         return;
     }
-    setWindowOpacity(kFadeInStartOpacity);
+    d->surface().setOpacity(kFadeInStartOpacity);
     show();
     contentResized();
     startFade(m_animation, kFadeInStartOpacity, 1.0, durationMs);

@@ -48,6 +48,7 @@ bool isWithin(const QObject* object, const QObject* ancestor)
 VLWidgetPrivate::VLWidgetPrivate(VLWidget* popup)
     : m_popup(popup)
     , m_hover(popup)
+    , m_surface(popup)
 {
 }
 
@@ -61,6 +62,11 @@ VLHoverKeeper& VLWidgetPrivate::hover()
     return m_hover;
 }
 
+VLPopupSurface& VLWidgetPrivate::surface()
+{
+    return m_surface;
+}
+
 QWidget* VLWidgetPrivate::reference() const
 {
     return m_reference;
@@ -72,6 +78,7 @@ void VLWidgetPrivate::setReference(QWidget* widget)
     if (m_hover.isOn())
         forgetReferences();
     m_reference = widget;
+    m_surface.setReference(widget);
     if (!widget)
         return;
     // Kept: made anew at every show; the slot does no harm when it runs more often.
@@ -109,7 +116,7 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
         return m_hover.isOverControl(position);
     // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
     // widget, a point over no widget of the application counts as one over it.
-    return QApplication::widgetAt(position) == m_popup->m_referenceWidget;
+    return VLPopupSurface::widgetAt(position, m_reference) == m_popup->m_referenceWidget;
 }
 
 void VLWidgetPrivate::setWantedPosition(const QPoint& position)
@@ -142,7 +149,7 @@ QRect VLWidgetPrivate::availableArea() const
     if (isTended())
         return m_popup->window()->screen()->availableGeometry();
     const QScreen* screen = m_reference ? m_reference->screen() : m_popup->screen();
-    return screen->availableGeometry();
+    return m_surface.availableArea(screen);
 }
 
 bool VLWidgetPrivate::isTended() const

@@ -6,6 +6,7 @@
 
 #include "VLHoverKeeper.h"
 #include "VLPopupPlacement.h"
+#include "VLPopupSurface.h"
 
 #include <QList>
 #include <QObject>
@@ -36,6 +37,9 @@ public:
     static VLHoverKeeper& hoverOf(VLWidget* popup);
     /// Keeps the window of @p popup above others, or no longer so, and shows it.
     static void setStaysOnTop(VLWidget* popup, bool on);
+
+    /// How the popup's window meets the window system.
+    VLPopupSurface& surface();
 
     /// Remembers @p widget, which may be null, as the one that the popup belongs to.
     void setReference(QWidget* widget);
@@ -90,6 +94,7 @@ private:
     bool m_pinned = false;
     /// Where the pointer was when the tip was asked for; nothing before the first time.
     std::optional<QPoint> m_pointer;
+    VLPopupSurface m_surface;
     /// As long as it lives; the popup's own pointer keeps its value beyond that.
     QPointer<QWidget> m_reference;
     /// All that are connected to the popup, each once.

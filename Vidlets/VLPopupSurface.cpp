@@ -1,0 +1,289 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLPopupSurface.h"
+
+#include "VLView.h"
+#include "VLWidget.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QLibraryInfo>
+#include <QScopedValueRollback>
+#include <QScreen>
+#include <QTimer>
+#include <QVersionNumber>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+namespace {
+
+/// Further than any screen reaches, and safe to count with.
+constexpr QRect kWithoutLimit(-1'000'000, -1'000'000, 2'000'000, 2'000'000);
+constexpr auto kOpacityProperty = "windowOpacity";
+
+bool isWayland()
+{
+    return QGuiApplication::platformName().startsWith("wayland"_L1);
+}
+
+/// Whether a popup that is up can be moved and resized as any other window.
+bool canReposition()
+{
+    return QLibraryInfo::version() >= QVersionNumber(6, 8);
+}
+
+QWindow* topLevelOf(QWindow* window)
+{
+    while (window && window->parent())
+        window = window->parent();
+    return window;
+}
+
+/// The window that the pointer is in, from what the widgets remember.
+QWindow* windowUnderPointer()
+{
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    for (const QWidget* widget : widgets) {
+        if (widget->isVisible() && widget->underMouse())
+            return widget->windowHandle();
+    }
+    return nullptr;
+}
+
+} // namespace
+
+VLPopupSurface::VLPopupSurface(VLWidget* popup)
+    : m_popup(popup)
+    , m_active(isWayland())
+{
+    if (!m_active)
+        return;
+    m_fade.setProperty(kOpacityProperty, 1.0);
+    m_pointerWindow = windowUnderPointer();
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+void VLPopupSurface::setReference(QWidget* widget)
+{
+    m_reference = widget;
+}
+
+Qt::WindowFlags VLPopupSurface::windowFlags() const
+{
+    // A tool window would come up in the middle of the screen and take the focus.
+    return (m_active ? Qt::ToolTip : Qt::Tool) | Qt::FramelessWindowHint;
+}
+
+QRect VLPopupSurface::availableArea(const QScreen* screen) const
+{
+    if (!m_active)
+        return screen->availableGeometry();
+    // Places are counted from the window of the control. Only one that fills the screen tells where
+    // that is; elsewhere the compositor moves what would not fit.
+    const QWidget* window = m_reference ? m_reference->window() : nullptr;
+    const bool fillsScreen = window && (window->isMaximized() || window->isFullScreen());
+    return fillsScreen && isPlacedByCompositor() ? window->frameGeometry() : kWithoutLimit;
+}
+
+QObject* VLPopupSurface::fadeTarget()
+{
+    if (m_active)
+        return &m_fade;
+    return m_popup;
+}
+
+qreal VLPopupSurface::opacity()
+{
+    return fadeTarget()->property(kOpacityProperty).toReal();
+}
+
+void VLPopupSurface::setOpacity(qreal opacity)
+{
+    fadeTarget()->setProperty(kOpacityProperty, opacity);
+}
+
+VLPopupSurface::PointerWindow VLPopupSurface::pointerWindow() const
+{
+    if (!isPlacedByCompositor())
+        return PointerWindow::Unknown;
+    QWindow* window = topLevelOf(m_pointerWindow);
+    if (!window)
+        return PointerWindow::Elsewhere;
+    if (window == m_popup->windowHandle())
+        return PointerWindow::Popup;
+    // Which window a popup belongs to that was shown for none is the compositor's secret.
+    if (!m_parentWindow)
+        return PointerWindow::Unknown;
+    return window == m_parentWindow ? PointerWindow::Reference : PointerWindow::Elsewhere;
+}
+
+QWidget* VLPopupSurface::widgetAt(const QPoint& position, const QWidget* reference)
+{
+    if (!reference || !isWayland())
+        return QApplication::widgetAt(position);
+    // All windows claim to be at the same place.
+    QWidget* window = reference->window();
+    const QPoint local = window->mapFromGlobal(position);
+    if (!window->rect().contains(local))
+        return nullptr;
+    QWidget* child = window->childAt(local);
+    return child ? child : window;
+}
+
+bool VLPopupSurface::isPlacedByCompositor() const
+{
+    return m_active && m_popup->isWindow() && m_popup->windowType() == Qt::ToolTip;
+}
+
+bool VLPopupSurface::eventFilter(QObject* object, QEvent* event)
+{
+    if (object == m_popup)
+        return filterPopup(event);
+    switch (event->type()) {
+    case QEvent::Enter:
+    case QEvent::Leave:
+        if (object->isWindowType())
+            followPointer(object, event->type());
+        break;
+    case QEvent::Expose:
+        if (object == m_unrevealed && m_unrevealed->isExposed())
+            revealView();
+        break;
+    default:
+        break;
+    }
+    return false;
+}
+
+/// Gives whether the popup is to hear nothing of @p event.
+bool VLPopupSurface::filterPopup(QEvent* event)
+{
+    if (event->spontaneous())
+        return false;
+    switch (event->type()) {
+    case QEvent::Show:
+        beginMapping();
+        return m_isMappingAnew;
+    case QEvent::Hide:
+        endMapping();
+        return m_isMappingAnew;
+    case QEvent::Move:
+    case QEvent::Resize:
+        if (isPlacedByCompositor() && m_popup->isVisible())
+            mapAnewLater();
+        return false;
+    default:
+        return false;
+    }
+}
+
+/// Sent before the popup's window is mapped: what the compositor is to know has to be there now.
+void VLPopupSurface::beginMapping()
+{
+    m_unrevealed = m_popup->window()->windowHandle();
+    if (!isPlacedByCompositor())
+        return;
+    m_popup->contentResized();
+    m_popup->reposition();
+    setParentWindow(referenceWindow());
+    m_mappedGeometry = m_popup->geometry();
+}
+
+void VLPopupSurface::endMapping()
+{
+    m_unrevealed = nullptr;
+}
+
+/// A popup cannot be moved once it is up, and one that grew could leave the screen.
+void VLPopupSurface::mapAnewLater()
+{
+    if (canReposition() || m_willMapAnew)
+        return;
+    m_willMapAnew = true;
+    QTimer::singleShot(0, this, &VLPopupSurface::mapAnew);
+}
+
+void VLPopupSurface::mapAnew()
+{
+    m_willMapAnew = false;
+    if (!isPlacedByCompositor() || !m_popup->isVisible())
+        return;
+    const QRect geometry = m_popup->geometry();
+    const bool grew = geometry.width() > m_mappedGeometry.width()
+        || geometry.height() > m_mappedGeometry.height();
+    if (!grew && geometry.topLeft() == m_mappedGeometry.topLeft()
+        && referenceWindow() == m_parentWindow)
+        return;
+    // For the popup itself it stays up: neither its timer nor its fade are touched.
+    const QScopedValueRollback<bool> guard(m_isMappingAnew, true);
+    m_popup->hide();
+    m_popup->show();
+}
+
+void VLPopupSurface::followPointer(QObject* object, QEvent::Type type)
+{
+    auto* window = static_cast<QWindow*>(object);
+    if (type == QEvent::Enter)
+        m_pointerWindow = window;
+    else if (m_pointerWindow == window)
+        m_pointerWindow = nullptr;
+    else
+        return;
+    if (!isPlacedByCompositor() || !m_popup->isVisible())
+        return;
+    // A turn later: who leaves one window for another is told so in two events. No move comes from
+    // a pointer that is in no window of the application, so this is the last that is heard of it.
+    QTimer::singleShot(0, this, [this] {
+        if (isPlacedByCompositor() && m_popup->isVisible())
+            m_popup->checkMousePosition(QCursor::pos());
+    });
+}
+
+/**
+ * Of windows that come up together Qt may expose only the outer one, and the inner one then never
+ * paints. So it is shown once more. Its first picture appears with the next one of the outer
+ * window.
+ */
+void VLPopupSurface::revealView()
+{
+    m_unrevealed = nullptr;
+    QTimer::singleShot(0, this, [this] {
+        VLView* view = m_popup->view();
+        if (!view || !m_popup->isVisible() || view->isExposed())
+            return;
+        connect(view, &QQuickWindow::frameSwapped, m_popup, qOverload<>(&QWidget::update),
+                static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+        view->hide();
+        view->show();
+        m_popup->update();
+    });
+}
+
+/// A popup must be gone before the window that it is a child of: compositors end the connection of
+/// a program that breaks this rule.
+void VLPopupSurface::setParentWindow(QWindow* window)
+{
+    disconnect(m_parentConnection);
+    m_parentWindow = window;
+    m_popup->windowHandle()->setTransientParent(window);
+    if (!window)
+        return;
+    m_parentConnection = connect(window, &QWindow::visibleChanged, m_popup, [this](bool visible) {
+        if (!visible && isPlacedByCompositor())
+            m_popup->hide();
+    });
+}
+
+QWindow* VLPopupSurface::referenceWindow() const
+{
+    QWindow* window = m_reference ? m_reference->window()->windowHandle() : nullptr;
+    // The popup's own border may be asked for a tip like any other widget.
+    return window == m_popup->windowHandle() ? m_parentWindow.data() : window;
+}
+
+} // namespace Vidlets
