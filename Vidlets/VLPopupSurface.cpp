@@ -186,7 +186,7 @@ bool VLPopupSurface::filterPopup(QEvent* event)
 void VLPopupSurface::beginMapping()
 {
     m_unrevealed = m_popup->window()->windowHandle();
-    if (!isPlacedByCompositor())
+    if (!isPlacedByCompositor() || !m_unrevealed)
         return;
     m_popup->contentResized();
     m_popup->reposition();
@@ -270,10 +270,10 @@ void VLPopupSurface::setParentWindow(QWindow* window)
 {
     disconnect(m_parentConnection);
     m_parentWindow = window;
-    m_popup->windowHandle()->setTransientParent(window);
+    m_unrevealed->setTransientParent(window);
     if (!window)
         return;
-    m_parentConnection = connect(window, &QWindow::visibleChanged, m_popup, [this](bool visible) {
+    m_parentConnection = connect(window, &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible && isPlacedByCompositor())
             m_popup->hide();
     });

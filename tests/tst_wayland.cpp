@@ -297,6 +297,7 @@ private Q_SLOTS:
     void rest_showsWholeTipBesidePointer_afterHide();
     void rest_onOtherControl_movesTipToPointer();
     void rest_showsTipOfControl_inSecondWindow();
+    void rest_keepsTipOnScreen_whenItWouldNotFit_data();
     void rest_keepsTipOnScreen_whenItWouldNotFit();
     void rest_keepsActivationOfWindow();
     void tip_staysWholeOnScreen_whenSceneGrows();
@@ -358,15 +359,27 @@ void TestWayland::rest_showsTipOfControl_inSecondWindow()
     QVERIFY(!hideTimer()->isActive());
 }
 
+void TestWayland::rest_keepsTipOnScreen_whenItWouldNotFit_data()
+{
+    QTest::addColumn<Qt::WindowState>("state");
+    QTest::newRow("full screen") << Qt::WindowFullScreen;
+    QTest::newRow("maximised") << Qt::WindowMaximized;
+}
+
 void TestWayland::rest_keepsTipOnScreen_whenItWouldNotFit()
 {
+    QFETCH(const Qt::WindowState, state);
     Host host;
     const QRect screen = CompositorScreen::picture().rect();
-    host.window.setWindowState(Qt::WindowFullScreen);
+    host.window.setWindowState(state);
     host.window.bringUpAndFind();
-    QVERIFY(comesTrue([&screen] { return CompositorScreen::placeOf(kWindowColor) == screen; }));
-    host.window.place = QPoint();
-    host.open.move(screen.width() - 130, screen.height() - 50);
+    QTRY_VERIFY_WITH_TIMEOUT(host.window.width() > screen.width() - 20, kPatienceMs);
+    QVERIFY(comesTrue([&host] {
+        const QRect place = CompositorScreen::placeOf(kWindowColor);
+        host.window.place = place.topLeft();
+        return place.size() == host.window.size();
+    }));
+    host.open.move(host.window.rect().bottomRight() - QPoint(130, 50));
     host.restOn(host.open);
     QVERIFY(!sceneAppears().isNull());
     QVERIFY(screen.contains(scenePlace()));
