@@ -3,14 +3,20 @@
 
 #include "VLVideoComponent.h"
 
+#include "VLClipSafeguards.h"
+#include "VLManager.h"
 #include "VLVideoController.h"
+#include "VLVideoControllerPrivate.h"
 #include "VLVideoSourceFFMPEG.h"
+#include "VLVideoSourcePrivate.h"
 #include "VLView.h"
 
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QPainter>
 #include <QUrl>
+
+using namespace Qt::StringLiterals;
 
 namespace Vidlets {
 
@@ -31,17 +37,78 @@ VLVideoComponent::VLVideoComponent(QQuickPaintedItem* parent)
             &VLVideoComponent::contentWidthChanged);
     connect(m_controller, &VLVideoController::loadProgressChanged, this,
             &VLVideoComponent::loadProgressChanged);
+    connect(this, &QQuickItem::windowChanged, this, &VLVideoComponent::followWindow);
     m_controller->start(QThread::InheritPriority);
     m_source->start(QThread::InheritPriority);
 }
 
 VLVideoComponent::~VLVideoComponent()
 {
+    // The base leaves its window when there is no item any more.
+    disconnect(this, &QQuickItem::windowChanged, this, nullptr);
+    readSafeguards();
+    // With prompting both threads end at the same time.
+    const bool release = VLVideoSourcePrivate::of(m_source)->safeguards().release;
+    if (VLVideoSourcePrivate::of(m_source)->wakeUp.isPrompt())
+        m_source->setShouldQuit();
     // The controller first, since it walks over the source's frames.
     m_controller->quit();
     m_source->quit();
     m_source->wait(QDeadlineTimer(QDeadlineTimer::Forever));
     m_controller->wait(QDeadlineTimer(QDeadlineTimer::Forever));
+    VLVideoSourcePrivate::of(m_source)->sayWarnings();
+    if (release)
+        releaseRecords();
+}
+
+void VLVideoComponent::followWindow(QQuickWindow* window)
+{
+    // An item on its way out goes by the settings that it had.
+    if (!window)
+        return;
+    const auto* view = qobject_cast<VLView*>(window);
+    m_manager = view ? view->manager() : nullptr;
+    applySafeguards(VLClipSafeguards::of(m_manager));
+}
+
+/// Reads what the settings ask for by now. Those of a manager that is gone hold on.
+void VLVideoComponent::readSafeguards()
+{
+    if (m_manager)
+        applySafeguards(VLClipSafeguards::of(m_manager));
+}
+
+void VLVideoComponent::applySafeguards(const VLClipSafeguards& safeguards)
+{
+    VLVideoSourcePrivate::of(m_source)->setSafeguards(safeguards, m_manager);
+    VLVideoControllerPrivate::of(m_controller)->setPrompt(safeguards.prompt);
+}
+
+/// Has all that the two threads own go with them. A thread that was terminated may have left a lock
+/// or a record half changed, so both keep their things.
+void VLVideoComponent::releaseRecords()
+{
+    VLVideoSourcePrivate* source = VLVideoSourcePrivate::of(m_source);
+    VLVideoControllerPrivate* controller = VLVideoControllerPrivate::of(m_controller);
+    const bool isWhole = !source->wasTerminated && !controller->wasTerminated;
+    source->isReleased = isWhole;
+    controller->isReleased = isWhole;
+}
+
+/// Whether the file that the name leads to may be opened; says why not.
+bool VLVideoComponent::isAllowed(const QString& name, const QString& path) const
+{
+    const VLClipSafeguards safeguards = VLVideoSourcePrivate::of(m_source)->safeguards();
+    if (!QFileInfo(path).isFile()) {
+        if (safeguards.guard && !name.isEmpty())
+            ClipSafeguards::warn(m_manager, path, u"The clip %1 was not found"_s.arg(name));
+        return false;
+    }
+    if (!safeguards.confine || ClipSafeguards::isConfined(m_view, path))
+        return true;
+    ClipSafeguards::warn(m_manager, path,
+                         u"The clip %1 was refused: it lies outside of its packages"_s.arg(path));
+    return false;
 }
 
 QString VLVideoComponent::source() const
@@ -61,10 +128,11 @@ void VLVideoComponent::setSource(const QString& name)
     m_view = qobject_cast<VLView*>(window());
     if (!m_view)
         return;
+    readSafeguards();
 
     const QString path = m_view->findResource(name);
     m_sourceText = name;
-    if (QFileInfo(path).isFile())
+    if (isAllowed(name, path))
         m_controller->setSource(QUrl::fromLocalFile(path));
     // The picture on screen stays until the next repaint: none is asked for here.
     m_frame = VLVideoFrame();

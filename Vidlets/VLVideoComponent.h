@@ -14,9 +14,11 @@
 
 namespace Vidlets {
 
+class VLManager;
 class VLVideoController;
 class VLVideoSource;
 class VLView;
+struct VLClipSafeguards;
 
 /**
  * The QML item that shows a clip of the package.
@@ -150,6 +152,12 @@ public Q_SLOTS:
 private:
     Q_DISABLE_COPY_MOVE(VLVideoComponent)
 
+    void followWindow(QQuickWindow* window);
+    void readSafeguards();
+    void applySafeguards(const VLClipSafeguards& safeguards);
+    void releaseRecords();
+    bool isAllowed(const QString& name, const QString& path) const;
+
     /// Both are children of the item.
     VLVideoSource* m_source = nullptr;
     VLVideoController* m_controller = nullptr;
@@ -162,6 +170,8 @@ private:
     double m_lastProgress = 0.0;
     QString m_searchPath;
     QString m_sourceText;
+    /// Whose settings the clip goes by, also once the item has lost its window.
+    QPointer<VLManager> m_manager;
 };
 
 } // namespace Vidlets

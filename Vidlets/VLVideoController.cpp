@@ -5,13 +5,14 @@
 
 #include "VLFramePacing.h"
 #include "VLNumbers.h"
+#include "VLVideoControllerPrivate.h"
 #include "VLVideoSource.h"
+#include "VLVideoSourcePrivate.h"
 
 #include <QDebug>
 #include <QMutexLocker>
-#include <QRecursiveMutex>
 
-#include <atomic>
+#include <algorithm>
 #include <chrono>
 #include <mutex>
 
@@ -22,30 +23,41 @@ namespace Vidlets {
 namespace {
 
 constexpr unsigned long kQuitTimeoutMs = 10000;
-constexpr unsigned long kIdleSleepMs = 100;
+constexpr std::chrono::milliseconds kIdleSleep(100);
 constexpr std::chrono::milliseconds kLockTimeout(100);
+// A clock that went back gives more than the wait can count. A day is as good as for ever.
+constexpr unsigned long kLongestPaceMs = 86400000;
 
 } // namespace
 
-class VLVideoControllerPrivate
+void VLVideoControllerPrivate::setPrompt(bool prompt)
 {
-public:
-    /// Not owned; never replaced.
-    VLVideoSource* source = nullptr;
-    /// The frame that the item last fetched.
-    quint64 shownPosition = 0;
-    /// The frame that the item is to fetch next. Set under the mutex, but raised by the step and
-    /// read by position() without it.
-    std::atomic<quint64> position = 0;
-    /// Guards everything here but source and, in part, position.
-    QRecursiveMutex controllerMutex;
-    bool shouldQuit = false;
-    /// A frame must be shown although the position does not walk.
-    bool needFrame = true;
-    bool scrubbing = false;
-    QDateTime lastFrameDisplayTime;
-    VLVideoController::State state = VLVideoController::StatePaused;
-};
+    {
+        VLVideoSourcePrivate* shown = VLVideoSourcePrivate::of(source);
+        const QMutexLocker locker(&shown->cacheMutex);
+        shown->frameWakeUp = wakeUp;
+    }
+    wakeUp->setPrompt(prompt);
+}
+
+bool VLVideoControllerPrivate::isFrameAvailable(quint64 index)
+{
+    // Before the look, so that a frame that comes after it is not missed.
+    wakeUp->setAwaitsFrame(true);
+    const bool isAvailable = source->isFrameAvailable(index);
+    if (isAvailable)
+        wakeUp->setAwaitsFrame(false);
+    return isAvailable;
+}
+
+void VLVideoControllerPrivate::sleepBetweenFrames(unsigned long delayMs)
+{
+    // Not the other's wait: a thread that nobody prompts may be terminated in here.
+    if (wakeUp->isPrompt())
+        wakeUp->pace(std::chrono::milliseconds(std::min(delayMs, kLongestPaceMs)));
+    else
+        QThread::msleep(delayMs);
+}
 
 VLVideoController::VLVideoController(VLVideoSource* source, QObject* parent)
     : QThread(parent)
@@ -64,6 +76,8 @@ VLVideoController::~VLVideoController()
 {
     // Waits for nothing: the owner has called quit(). The record stays.
     setShouldQuit();
+    if (d->isReleased)
+        delete d;
 }
 
 bool VLVideoController::setSource(const QUrl& url)
@@ -100,6 +114,7 @@ void VLVideoController::play()
         if (d->source && d->position >= d->source->totalFrameCount())
             setProgress(0.0);
     }
+    d->wakeUp->wake(VLWakeUp::Work);
     Q_EMIT stateChanged();
 }
 
@@ -114,6 +129,7 @@ void VLVideoController::setState(State state)
         const QMutexLocker locker(&d->controllerMutex);
         d->state = state;
     }
+    d->wakeUp->wake(VLWakeUp::Command);
     Q_EMIT stateChanged();
 }
 
@@ -140,6 +156,7 @@ void VLVideoController::setPosition(quint64 position)
         // One behind means that the frame here was not fetched yet.
         d->shownPosition = position - 1;
     }
+    d->wakeUp->wake(VLWakeUp::Command);
     setNeedFrame(true);
     Q_EMIT positionChanged();
 }
@@ -216,8 +233,11 @@ void VLVideoController::setScrubbing(bool scrubbing)
 
 void VLVideoController::setNeedFrame(bool needFrame)
 {
-    const QMutexLocker locker(&d->controllerMutex);
-    d->needFrame = needFrame;
+    {
+        const QMutexLocker locker(&d->controllerMutex);
+        d->needFrame = needFrame;
+    }
+    d->wakeUp->wake(VLWakeUp::Work);
 }
 
 QDateTime VLVideoController::lastFrameDisplayTime() const
@@ -234,8 +254,11 @@ void VLVideoController::setLastFrameDisplayTime(const QDateTime& time)
 
 void VLVideoController::setShouldQuit()
 {
-    const QMutexLocker locker(&d->controllerMutex);
-    d->shouldQuit = true;
+    {
+        const QMutexLocker locker(&d->controllerMutex);
+        d->shouldQuit = true;
+    }
+    d->wakeUp->wake(VLWakeUp::Quit);
 }
 
 bool VLVideoController::shouldQuit()
@@ -250,6 +273,7 @@ void VLVideoController::quit()
     if (wait(kQuitTimeoutMs))
         return;
     qDebug("VLVideoController did not quit in a timely fashion");
+    d->wasTerminated = true;
     terminate();
     if (wait(kQuitTimeoutMs))
         return;
@@ -281,8 +305,9 @@ void VLVideoController::presentFrame()
         Q_EMIT positionChanged();
         setLastFrameDisplayTime(QDateTime::currentDateTime());
     }
+    // What is not a number is no delay either.
     if (delaySeconds > 0.0)
-        msleep(VLFramePacing::sleepMs(delaySeconds));
+        d->sleepBetweenFrames(VLFramePacing::sleepMs(delaySeconds));
 }
 
 void VLVideoController::streamEnded()
@@ -303,7 +328,7 @@ void VLVideoController::sourceLoaded()
 
 void VLVideoController::run()
 {
-    while (!shouldQuit()) {
+    for (d->wakeUp->beginPass(); !shouldQuit(); d->wakeUp->beginPass()) {
         std::unique_lock lock(d->controllerMutex, kLockTimeout);
         // The pass has nothing to do then, and no sleep: the try itself has waited.
         if (!lock.owns_lock())
@@ -313,7 +338,7 @@ void VLVideoController::run()
         if (plays)
             presentFrame();
         else
-            msleep(kIdleSleepMs);
+            d->wakeUp->idle(kIdleSleep);
     }
 }
 
@@ -323,7 +348,7 @@ bool VLVideoController::step()
 {
     const quint64 position = d->position;
     if (d->state == StatePaused) {
-        if (d->needFrame && d->source->isFrameAvailable(position)) {
+        if (d->needFrame && d->isFrameAvailable(position)) {
             // Kept: the first frame, wherever the position is. It is only looked at for being
             // there; the item fetches the one at the position.
             if (!d->source->getFrame(0).isNull())
@@ -332,7 +357,7 @@ bool VLVideoController::step()
         }
         return false;
     }
-    if (d->source->isFrameAvailable(position)) {
+    if (d->isFrameAvailable(position)) {
         d->needFrame = false;
         return true;
     }

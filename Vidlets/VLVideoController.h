@@ -146,6 +146,7 @@ protected:
     void run() override;
 
 private:
+    friend class VLVideoControllerPrivate;
     Q_DISABLE_COPY_MOVE(VLVideoController)
 
     bool step();

@@ -3,17 +3,16 @@
 
 #include "VLVideoSource.h"
 
+#include "VLManager.h"
 #include "VLVideoFrameCache.h"
+#include "VLVideoSourcePrivate.h"
 
 #include <QDebug>
-#include <QList>
-#include <QMap>
 #include <QMutexLocker>
-#include <QRecursiveMutex>
 
 #include <algorithm>
-#include <atomic>
 #include <iterator>
+#include <utility>
 
 namespace Vidlets {
 
@@ -21,68 +20,44 @@ namespace {
 
 constexpr unsigned long kQuitTimeoutMs = 10000;
 
-/**
- * Where change records arrive: any thread adds one without waiting for another, and whoever takes
- * them takes all.
- */
-class ChangeInbox
-{
-public:
-    /// Takes ownership of @p change.
-    void add(VLVideoSourceChange* change)
-    {
-        auto* node = new Node{change, m_newest.load()};
-        while (!m_newest.compare_exchange_weak(node->older, node)) { }
-    }
-    /// Takes all records out and appends them to @p changes, oldest first.
-    void moveTo(QList<VLVideoSourceChange*>& changes)
-    {
-        const qsizetype before = changes.size();
-        for (Node* node = m_newest.exchange(nullptr); node;) {
-            changes.append(node->change);
-            const Node* taken = node;
-            node = node->older;
-            delete taken;
-        }
-        std::reverse(std::next(changes.begin(), before), changes.end());
-    }
-
-private:
-    struct Node
-    {
-        VLVideoSourceChange* change;
-        Node* older;
-    };
-
-    std::atomic<Node*> m_newest = nullptr;
-};
-
 } // namespace
 
-class VLVideoSourcePrivate
+VLVideoChangeInbox::~VLVideoChangeInbox()
 {
-public:
-    /// Guarded by stateMutex.
-    QUrl source;
-    /// Guarded by stateMutex.
-    bool shouldQuit = false;
-    /// Guarded by stateMutex.
-    VLVideoSource::Action action = VLVideoSource::ActionIdle;
-    /// Held also while an old cache is deleted with all its frames.
-    QRecursiveMutex cacheMutex;
-    /// Held while two URLs are compared, and while a record is added or deleted.
-    QRecursiveMutex stateMutex;
-    /// The queue, oldest first; owns the records. Guarded by stateMutex.
     QList<VLVideoSourceChange*> changes;
-    /// The end of the queue, which records come in by. Needs no lock.
-    ChangeInbox inbox;
-    /// Owned; null until the first source is set up. Guarded by cacheMutex.
-    VLVideoFrameCache* cache = nullptr;
-    /// Always empty: a clip that comes back after another one is decoded again.
-    QMap<QString, VLVideoFrameCache*> cachesByUrl;
+    moveTo(changes);
+    qDeleteAll(changes);
+}
 
-    bool makeCacheCurrent(const QString& name);
-};
+void VLVideoChangeInbox::add(VLVideoSourceChange* change)
+{
+    auto* node = new Node{change, m_newest.load()};
+    while (!m_newest.compare_exchange_weak(node->older, node)) { }
+}
+
+void VLVideoChangeInbox::moveTo(QList<VLVideoSourceChange*>& changes)
+{
+    const qsizetype before = changes.size();
+    for (Node* node = m_newest.exchange(nullptr); node;) {
+        changes.append(node->change);
+        const Node* taken = node;
+        node = node->older;
+        delete taken;
+    }
+    std::reverse(std::next(changes.begin(), before), changes.end());
+}
+
+bool VLVideoChangeInbox::isEmpty() const
+{
+    return !m_newest;
+}
+
+// Runs only where the safeguards ask for it: else the record stays allocated.
+VLVideoSourcePrivate::~VLVideoSourcePrivate()
+{
+    qDeleteAll(changes);
+    delete cache;
+}
 
 /// Replaces the current cache by the known one of that name, or by a new one. Returns whether there
 /// was a known one.
@@ -99,6 +74,59 @@ bool VLVideoSourcePrivate::makeCacheCurrent(const QString& name)
     return false;
 }
 
+void VLVideoSourcePrivate::setSafeguards(const VLClipSafeguards& asked, VLManager* warned)
+{
+    m_warned = warned;
+    {
+        const QMutexLocker locker(&stateMutex);
+        m_safeguards = asked;
+    }
+    wakeUp.setPrompt(asked.prompt);
+}
+
+VLClipSafeguards VLVideoSourcePrivate::safeguards()
+{
+    const QMutexLocker locker(&stateMutex);
+    return m_safeguards;
+}
+
+bool VLVideoSourcePrivate::isToldToStop()
+{
+    if (!wakeUp.isPrompt())
+        return false;
+    const QMutexLocker locker(&stateMutex);
+    return shouldQuit;
+}
+
+bool VLVideoSourcePrivate::isQueueEmpty()
+{
+    const QMutexLocker locker(&stateMutex);
+    return changes.isEmpty() && inbox.isEmpty();
+}
+
+void VLVideoSourcePrivate::addWarning(VLVideoSource* owner, const QString& file,
+                                      const QString& text)
+{
+    {
+        const QMutexLocker locker(&stateMutex);
+        m_warnings.append({file, text});
+    }
+    // Forgotten with the source, whose owner then says what is left.
+    QMetaObject::invokeMethod(
+        owner, [this] { sayWarnings(); }, Qt::QueuedConnection);
+}
+
+void VLVideoSourcePrivate::sayWarnings()
+{
+    QList<Warning> warnings;
+    {
+        const QMutexLocker locker(&stateMutex);
+        warnings.swap(m_warnings);
+    }
+    for (const Warning& warning : std::as_const(warnings))
+        ClipSafeguards::warn(m_warned, warning.file, warning.text);
+}
+
 VLVideoSource::VLVideoSource(QObject* parent)
     : QThread(parent)
     , d(new VLVideoSourcePrivate)
@@ -109,6 +137,8 @@ VLVideoSource::~VLVideoSource()
 {
     // Stops the thread and no more: record, queue and cache stay, should it have survived.
     quit();
+    if (d->isReleased)
+        delete d;
 }
 
 void VLVideoSource::close()
@@ -139,6 +169,7 @@ bool VLVideoSource::setSource(const QUrl& url)
     if (!url.isValid() || url == d->source)
         return false;
     d->inbox.add(new VLVideoSourceSourceChange(ActionLoad, url));
+    d->wakeUp.wake(VLWakeUp::Work);
     return true;
 }
 
@@ -158,6 +189,7 @@ void VLVideoSource::setAction(Action action)
 {
     // Kept: without the lock, which setSource() takes. Only the source thread comes here.
     d->inbox.add(new VLVideoSourceChange(action));
+    d->wakeUp.wake(VLWakeUp::Work);
 }
 
 void VLVideoSource::clearChanges()
@@ -188,6 +220,8 @@ void VLVideoSource::pushFrame(const VLVideoFrame& frame)
 {
     const QMutexLocker locker(&d->cacheMutex);
     d->cache->addFrame(frame);
+    if (d->frameWakeUp)
+        d->frameWakeUp->wakeForFrame();
 }
 
 bool VLVideoSource::isFrameAvailable(quint64 index)
@@ -214,8 +248,11 @@ void VLVideoSource::notifyStreamEnded()
 
 void VLVideoSource::setShouldQuit()
 {
-    const QMutexLocker locker(&d->stateMutex);
-    d->shouldQuit = true;
+    {
+        const QMutexLocker locker(&d->stateMutex);
+        d->shouldQuit = true;
+    }
+    d->wakeUp.wake(VLWakeUp::Quit);
 }
 
 bool VLVideoSource::shouldQuit()
@@ -230,6 +267,7 @@ void VLVideoSource::quit()
     if (wait(kQuitTimeoutMs))
         return;
     qDebug("VLVideoSource did not quit in a timely fashion");
+    d->wasTerminated = true;
     terminate();
     if (wait(kQuitTimeoutMs))
         return;

@@ -143,6 +143,7 @@ protected:
     void processActionQueue();
 
 private:
+    friend class VLVideoSourcePrivate;
     Q_DISABLE_COPY_MOVE(VLVideoSource)
 
     VLVideoSourcePrivate* const d;

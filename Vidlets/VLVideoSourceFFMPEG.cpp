@@ -4,14 +4,17 @@
 #include "VLVideoSourceFFMPEG.h"
 
 #include "VLNumbers.h"
+#include "VLVideoSourcePrivate.h"
 
 #include <QDebug>
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -30,7 +33,8 @@ namespace {
 constexpr double kDefaultWidthPx = 200.0;
 constexpr double kDefaultHeightPx = 150.0;
 constexpr double kMicrosecondsPerSecond = 1000000.0;
-constexpr unsigned long kIdleSleepMs = 100;
+constexpr std::chrono::milliseconds kIdleSleep(100);
+constexpr qint64 kPictureBytesPerPixel = 4;
 // A decoder may refuse a packet until it has worked off the parts of the one before; VP9 packs up
 // to eight. The bound keeps one that refuses for ever from hanging the thread.
 constexpr int kSendAttempts = 32;
@@ -94,6 +98,26 @@ int packetPtsGetBuffer(AVCodecContext* context, AVFrame* picture, int flags)
     return result;
 }
 
+struct DictionaryDeleter
+{
+    void operator()(AVDictionary* dictionary) const
+    {
+        av_dict_free(&dictionary);
+    }
+};
+using DictionaryPointer = std::unique_ptr<AVDictionary, DictionaryDeleter>;
+
+qint64 pictureBytes(int width, int height)
+{
+    return qint64(width) * height * kPictureBytesPerPixel;
+}
+
+/// For FFmpeg, which asks while it waits for a file.
+int isToldToStop(void* source)
+{
+    return static_cast<VLVideoSourcePrivate*>(source)->isToldToStop() ? 1 : 0;
+}
+
 void writePlainLine(const QString& text)
 {
     qDebug("%s", qUtf8Printable(text));
@@ -150,6 +174,10 @@ public:
     int scalerWidth = 0;
     int scalerHeight = 0;
     int scalerFormat = AV_PIX_FMT_NONE;
+    /// What the clip was opened under, and how many pictures it has given since. The source
+    /// thread's own.
+    VLClipSafeguards safeguards;
+    qint64 pictureCount = 0;
     /// Guards everything above but owner against the queries and close(), which come from other
     /// threads. The source thread holds it while a file is opened, and for at most one packet after
     /// that. It goes without it for what it alone writes: it reads endOfStream, moves videoClock,
@@ -158,11 +186,19 @@ public:
 
 private:
     bool openStreams();
+    void setUpFormatContext() const;
+    bool findStreamInfo();
     bool openDecoder();
     bool openScaler();
     bool makeScaler(SwsContext* reusable, int width, int height, int format);
     void readStreamProperties();
     bool fail(const char* message) const;
+    bool fits(int width, int height) const;
+    bool refuse(int width, int height) const;
+    bool refuseStreamsBeyondLimit() const;
+    bool endAtLimit(QMutexLocker<QRecursiveMutex>& locker);
+    void releaseScaling();
+    void warn(const QString& text) const;
     bool readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
     bool decodePacket(const AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
     bool fetchPictures(QMutexLocker<QRecursiveMutex>& locker);
@@ -172,17 +208,29 @@ private:
     QImage convertedImage() const;
 };
 
-// Nothing runs it: the record stays allocated when its source goes.
+// Runs only where the safeguards ask for it: else the record stays allocated.
 VLVideoSourceFFMPEGPrivate::~VLVideoSourceFFMPEGPrivate()
 {
     delete workingFrame;
     closeMedia();
+    releaseScaling();
+}
+
+void VLVideoSourceFFMPEGPrivate::releaseScaling()
+{
+    av_freep(&buffer);
+    sws_freeContext(swsContext);
+    swsContext = nullptr;
 }
 
 bool VLVideoSourceFFMPEGPrivate::openMedia()
 {
     closeMedia();
+    safeguards = VLVideoSourcePrivate::of(owner)->safeguards();
+    pictureCount = 0;
     QMutexLocker locker(&mediaMutex);
+    if (safeguards.release)
+        releaseScaling();
     if (!openStreams() || !openDecoder() || !openScaler()) {
         locker.unlock();
         closeMedia();
@@ -195,16 +243,102 @@ bool VLVideoSourceFFMPEGPrivate::openMedia()
 bool VLVideoSourceFFMPEGPrivate::openStreams()
 {
     formatContext = avformat_alloc_context();
+    setUpFormatContext();
     const QByteArray path = fileName.toUtf8();
     if (avformat_open_input(&formatContext, path.constData(), nullptr, nullptr) < 0)
         return fail("Could not open media at: %1");
-    if (avformat_find_stream_info(formatContext, nullptr) < 0)
+    if (refuseStreamsBeyondLimit())
+        return false;
+    if (!findStreamInfo())
         return fail("Could not find any stream information in media at: %1");
     videoStream = -1;
     videoStream = av_find_best_stream(formatContext, AVMEDIA_TYPE_VIDEO, -1, -1, &codec, 0);
     if (videoStream < 0)
         return fail("Could not find a video stream in %1");
     return true;
+}
+
+void VLVideoSourceFFMPEGPrivate::setUpFormatContext() const
+{
+    if (!formatContext)
+        return;
+    if (safeguards.prompt)
+        formatContext->interrupt_callback = {isToldToStop, VLVideoSourcePrivate::of(owner)};
+    if (!safeguards.confine)
+        return;
+    // FFmpeg goes by the bytes of a file and not by its name: a playlist would open other files.
+    formatContext->protocol_whitelist = av_strdup(ClipSafeguards::protocols());
+    formatContext->format_whitelist = av_strdup(ClipSafeguards::containers());
+    formatContext->codec_whitelist = av_strdup(ClipSafeguards::codecs());
+}
+
+/// With a limit the pictures that are decoded to learn of the stream keep to it, too.
+bool VLVideoSourceFFMPEGPrivate::findStreamInfo()
+{
+    if (safeguards.memoryLimitBytes <= 0)
+        return avformat_find_stream_info(formatContext, nullptr) >= 0;
+    AVDictionary* limit = nullptr;
+    av_dict_set_int(&limit, "max_pixels", safeguards.memoryLimitBytes / kPictureBytesPerPixel, 0);
+    const DictionaryPointer limitOwner(limit);
+    std::vector<AVDictionary*> options(formatContext->nb_streams, nullptr);
+    for (AVDictionary*& option : options)
+        av_dict_copy(&option, limit, 0);
+    const int result = avformat_find_stream_info(formatContext, options.data());
+    for (AVDictionary*& option : options)
+        av_dict_free(&option);
+    return result >= 0;
+}
+
+bool VLVideoSourceFFMPEGPrivate::fits(int width, int height) const
+{
+    return safeguards.memoryLimitBytes <= 0
+        || pictureBytes(width, height) <= safeguards.memoryLimitBytes;
+}
+
+/// Returns false, with a warning.
+bool VLVideoSourceFFMPEGPrivate::refuse(int width, int height) const
+{
+    warn(u"The clip %1 was refused: one picture of %2x%3 pixels takes more than %4 bytes"_s.arg(
+        fileName, QString::number(width), QString::number(height),
+        QString::number(safeguards.memoryLimitBytes)));
+    return false;
+}
+
+/// By what the header says, before anything is made for a picture. Returns whether there was one.
+bool VLVideoSourceFFMPEGPrivate::refuseStreamsBeyondLimit() const
+{
+    for (unsigned int i = 0; i < formatContext->nb_streams; ++i) {
+        const AVCodecParameters* parameters = formatContext->streams[i]->codecpar;
+        if (parameters->codec_type != AVMEDIA_TYPE_VIDEO
+            || fits(parameters->width, parameters->height))
+            continue;
+        refuse(parameters->width, parameters->height);
+        return true;
+    }
+    return false;
+}
+
+/// Ends the clip before the picture that would exceed the limit. Returns false where there is room
+/// for one more. Enters and leaves locked, and lets go of the lock to tell of it.
+bool VLVideoSourceFFMPEGPrivate::endAtLimit(QMutexLocker<QRecursiveMutex>& locker)
+{
+    const qint64 limit = safeguards.memoryLimitBytes;
+    if (limit <= 0 || (pictureCount + 1) * pictureBytes(clipWidth, clipHeight) <= limit)
+        return false;
+    endOfStream = true;
+    closeMedia();
+    locker.unlock();
+    warn(u"The clip %1 was cut off: %2 pictures of %3x%4 pixels were kept, one more takes more "
+         u"than %5 bytes"_s.arg(fileName, QString::number(pictureCount), QString::number(clipWidth),
+                                QString::number(clipHeight), QString::number(limit)));
+    owner->notifyStreamEnded();
+    locker.relock();
+    return true;
+}
+
+void VLVideoSourceFFMPEGPrivate::warn(const QString& text) const
+{
+    VLVideoSourcePrivate::of(owner)->addWarning(owner, fileName, text);
 }
 
 bool VLVideoSourceFFMPEGPrivate::openDecoder()
@@ -215,6 +349,10 @@ bool VLVideoSourceFFMPEGPrivate::openDecoder()
         return fail("Could not open codec for stream in: %1");
     // More threads would withhold more pictures at the end of the clip.
     codecContext->thread_count = 1;
+    if (safeguards.memoryLimitBytes > 0)
+        codecContext->max_pixels = safeguards.memoryLimitBytes / kPictureBytesPerPixel;
+    if (safeguards.confine)
+        codecContext->codec_whitelist = av_strdup(ClipSafeguards::codecs());
     if (avcodec_open2(codecContext, codec, nullptr) < 0)
         return fail("Could not open codec for stream in: %1");
 
@@ -231,6 +369,8 @@ bool VLVideoSourceFFMPEGPrivate::openScaler()
 {
     clipWidth = codecContext->width;
     clipHeight = codecContext->height;
+    if (!fits(clipWidth, clipHeight))
+        return refuse(clipWidth, clipHeight);
     const int rowWidth = (clipWidth + kRowBlockPx - 1) / kRowBlockPx * kRowBlockPx;
     // Without a size there is no picture to scale to.
     const int bufferSize =
@@ -282,7 +422,13 @@ void VLVideoSourceFFMPEGPrivate::readStreamProperties()
 
 bool VLVideoSourceFFMPEGPrivate::fail(const char* message) const
 {
-    writePlainLine(QString::fromLatin1(message).arg(fileName));
+    // A clip that was told to stop has not failed.
+    if (VLVideoSourcePrivate::of(owner)->isToldToStop())
+        return false;
+    const QString text = QString::fromLatin1(message).arg(fileName);
+    writePlainLine(text);
+    if (safeguards.guard || safeguards.confine)
+        warn(text);
     return false;
 }
 
@@ -358,6 +504,8 @@ bool VLVideoSourceFFMPEGPrivate::fetchPictures(QMutexLocker<QRecursiveMutex>& lo
 {
     bool finished = false;
     while (codecContext && avcodec_receive_frame(codecContext, frame) >= 0) {
+        if (endAtLimit(locker))
+            break;
         if (convertPicture())
             finished = deliverPicture(locker) || finished;
     }
@@ -396,6 +544,7 @@ bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& l
     // The cache has a mutex of its own, which is never taken with the media's held.
     workingFrame->setPts(stamp);
     owner->pushFrame(*workingFrame);
+    ++pictureCount;
     locker.relock();
     return true;
 }
@@ -445,8 +594,12 @@ VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
         av_log_set_level(AV_LOG_QUIET);
 }
 
-// The base stops the thread; the media is not closed, and the record stays.
-VLVideoSourceFFMPEG::~VLVideoSourceFFMPEG() = default;
+VLVideoSourceFFMPEG::~VLVideoSourceFFMPEG()
+{
+    // Else the base stops the thread; the media is not closed, and the record stays.
+    if (VLVideoSourcePrivate::of(this)->isReleased)
+        delete d;
+}
 
 void VLVideoSourceFFMPEG::close()
 {
@@ -529,7 +682,8 @@ double VLVideoSourceFFMPEG::progress()
 void VLVideoSourceFFMPEG::run()
 {
     // The action is a standing order: it is repeated on each pass until a record changes it.
-    while (!shouldQuit()) {
+    VLVideoSourcePrivate* record = VLVideoSourcePrivate::of(this);
+    for (record->wakeUp.beginPass(); !shouldQuit(); record->wakeUp.beginPass()) {
         processActionQueue();
         switch (action()) {
         case ActionQuit:
@@ -549,7 +703,9 @@ void VLVideoSourceFFMPEG::run()
                 setAction(ActionIdle);
             break;
         case ActionIdle:
-            msleep(kIdleSleepMs);
+            // Kept: by default each record waits for the sleep before it.
+            if (!record->wakeUp.isPrompt() || record->isQueueEmpty())
+                record->wakeUp.idle(kIdleSleep);
             break;
         case ActionNone:
             break;

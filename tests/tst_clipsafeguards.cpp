@@ -1,0 +1,561 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+/// What a host gains for clips by its safeguards.
+
+#include "ClipWriter.h"
+#include "PackageBuilder.h"
+#include "RecordingInterface.h"
+#include "ThreadSpy.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndex.h>
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLVideoComponent.h>
+#include <Vidlets/VLVideoController.h>
+#include <Vidlets/VLVideoSourceFFMPEG.h>
+#include <Vidlets/VLView.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <memory>
+
+#include <malloc.h>
+
+using namespace Qt::StringLiterals;
+
+using namespace Vidlets;
+
+namespace {
+
+constexpr int kClipFrames = 12;
+constexpr int kLongClipFrames = 300;
+constexpr int kSlowClipFrames = 30;
+/// How long nothing is to happen: many steps of a thread that polls.
+constexpr int kQuietMs = 1500;
+
+QSize clipSize()
+{
+    return {64, 48};
+}
+
+qint64 pictureBytes()
+{
+    return qint64(clipSize().width()) * clipSize().height() * 4;
+}
+
+QString package()
+{
+    return u"tips.vidlets"_s;
+}
+
+QString resource(const QString& name)
+{
+    return package() + u"/Resources/"_s + name;
+}
+
+/// The clips that all tests share, written once.
+class Clips
+{
+public:
+    Clips()
+    {
+        // Every picture of this codec stands for itself, so that none is withheld at the end.
+        m_writer.testClip(u"clip.avi"_s, u"mjpeg"_s, clipSize(), 25, kClipFrames);
+        m_writer.testClip(u"other.avi"_s, u"mjpeg"_s, clipSize(), 25, kClipFrames / 2);
+        m_writer.testClip(u"slow.avi"_s, u"mjpeg"_s, clipSize(), 1, kSlowClipFrames);
+        m_writer.testClip(u"long.avi"_s, u"mjpeg"_s, {640, 360}, 30, kLongClipFrames);
+    }
+    QString path(const QString& name) const
+    {
+        return m_writer.path(name);
+    }
+
+private:
+    ClipWriter m_writer;
+};
+
+/// A view on a package with the clips, and what the host was told.
+class Stage
+{
+public:
+    explicit Stage(const Clips& clips)
+    {
+        m_packages.writeTip(package(), u"tips.xml"_s, u"k"_s);
+        m_packages.write(resource(u"here.txt"_s), "");
+        for (const QString& name : {u"clip.avi"_s, u"other.avi"_s, u"slow.avi"_s, u"long.avi"_s})
+            QFile::copy(clips.path(name), m_packages.path(resource(name)));
+        m_manager = std::make_unique<VLManager>(&m_host, m_context,
+                                                QStringList{m_packages.dataPath()}, &m_index);
+        view = std::make_unique<VLView>(m_manager.get(), nullptr);
+        auto* content = new VLXmlElement;
+        content->setAttribute(u"VLPackagName"_s, u"tips"_s);
+        view->setContent(content);
+    }
+    void set(contextKey key, const QVariant& value) const
+    {
+        m_manager->context().set(key, value);
+    }
+    QString write(const QString& name, const QByteArray& bytes)
+    {
+        return m_packages.write(resource(name), bytes);
+    }
+    QString pathOf(const QString& name) const
+    {
+        return m_packages.path(resource(name));
+    }
+    QString packagePath(const QString& relativePath) const
+    {
+        return m_packages.path(relativePath);
+    }
+    std::unique_ptr<VLVideoComponent> newItem() const
+    {
+        auto item = std::make_unique<VLVideoComponent>();
+        item->setParentItem(view->contentItem());
+        return item;
+    }
+    QStringList warnings() const
+    {
+        return m_host.messages(VLMessageWarning);
+    }
+
+private:
+    PackageBuilder m_packages;
+    VLContext m_context{nullptr};
+    RecordingInterface m_host{m_context};
+    VLIndex m_index{nullptr, {}};
+    std::unique_ptr<VLManager> m_manager;
+
+public:
+    std::unique_ptr<VLView> view;
+};
+
+VLVideoSourceFFMPEG* sourceOf(const VLVideoComponent& item)
+{
+    return item.findChild<VLVideoSourceFFMPEG*>();
+}
+
+VLVideoController* controllerOf(const VLVideoComponent& item)
+{
+    return item.findChild<VLVideoController*>();
+}
+
+/// Loads the clip @p name and waits until its decoding has ended.
+void load(VLVideoComponent& item, const QString& name)
+{
+    ThreadSpy ended(sourceOf(item), &VLVideoSource::streamEnded);
+    item.setSource(name);
+    QTRY_COMPARE(ended.count(), 1);
+}
+
+/// How often the threads of clips went to sleep by themselves so far.
+int sleepsOfClipThreads()
+{
+    int sleeps = 0;
+    const QDir tasks(u"/proc/self/task"_s);
+    for (const QString& id : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(tasks.filePath(id + u"/status"_s));
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray status = file.readAll();
+        if (!status.contains("FFMPEG\n") && !status.contains("Controller\n"))
+            continue;
+        const QByteArray tag = "\nvoluntary_ctxt_switches:";
+        const qsizetype start = status.indexOf(tag) + tag.size();
+        sleeps += status.mid(start, status.indexOf('\n', start) - start).trimmed().toInt();
+    }
+    return sleeps;
+}
+
+bool isOpen(const QString& path)
+{
+    const QDir descriptors(u"/proc/self/fd"_s);
+    for (const QString& number :
+         descriptors.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+        if (QFileInfo(descriptors.filePath(number)).symLinkTarget() == path)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+class TestClipSafeguards : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void promptClip_showsFirstFrame();
+    void promptClip_playsToTheEnd();
+    void promptClip_showsFrameThatIsSought();
+    void promptClip_takesEachOfManySources();
+    void promptClip_wakesNoThread_whenPaused();
+    void promptClip_keepsItsPace();
+    void promptClip_goesAtOnce_whilePlaying();
+
+    void releasedClip_closesItsFile_whileDecoding();
+    void releasedClip_leavesNoMemory();
+    void releasedClip_leavesNoMemory_whenSourceChanges();
+
+    void limitedClip_endsAtLimit_withOneWarning();
+    void limitedClip_isWhole_whenItJustFits();
+    void limitedClip_refusesPicture_beforeThereIsMemoryForIt();
+
+    void guardedClip_isWarnedAboutOnce_whenItDoesNotOpen();
+    void guardedClip_isWarnedAboutAgain_whenFileHasChanged();
+    void guardedClip_isWarnedAboutOnce_whenItIsMissing();
+
+    void confinedClip_plays_whenItIsInPackage();
+    void confinedClip_isRefused_whenLinkLeadsOut();
+    void confinedClip_isRefused_whenPathLeadsOut();
+    void confinedClip_isRefused_whenItIsPlaylist_data();
+    void confinedClip_isRefused_whenItIsPlaylist();
+    void confinedClip_isRefused_whenCodecIsUnusual();
+
+private:
+    const Clips m_clips;
+};
+
+void TestClipSafeguards::promptClip_showsFirstFrame()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    ThreadSpy shown(controllerOf(*item), &VLVideoController::displayFrame);
+    item->setSource(u"clip.avi"_s);
+    QVERIFY(shown.wait());
+    QTRY_VERIFY(!controllerOf(*item)->currentFrame().isNull());
+}
+
+void TestClipSafeguards::promptClip_playsToTheEnd()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    item->play();
+    QTRY_COMPARE(item->position(), qlonglong(kClipFrames));
+    QTRY_COMPARE(item->state(), VLVideoComponent::pausedState);
+}
+
+void TestClipSafeguards::promptClip_showsFrameThatIsSought()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    load(*item, u"slow.avi"_s);
+    ThreadSpy shown(controllerOf(*item), &VLVideoController::displayFrame);
+    item->setPosition(7);
+    QVERIFY(shown.wait());
+    // The next one would take a second by itself.
+    item->play();
+    QTRY_VERIFY(item->position() > 7);
+    item->setPosition(20);
+    QTRY_VERIFY(item->position() > 20);
+}
+
+void TestClipSafeguards::promptClip_takesEachOfManySources()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    ThreadSpy loaded(sourceOf(*item), &VLVideoSource::sourceLoaded);
+    for (int i = 0; i < 4; ++i)
+        item->setSource(i % 2 == 0 ? u"clip.avi"_s : u"other.avi"_s);
+    QTRY_COMPARE(loaded.count(), 4);
+    QTRY_COMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames / 2));
+}
+
+void TestClipSafeguards::promptClip_wakesNoThread_whenPaused()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    ThreadSpy shown(controllerOf(*item), &VLVideoController::displayFrame);
+    load(*item, u"clip.avi"_s);
+    QTRY_VERIFY(shown.count() > 0);
+    // What the end of the decoding has set going comes to rest.
+    int before = -1;
+    QTRY_VERIFY_WITH_TIMEOUT(
+        std::exchange(before, sleepsOfClipThreads()) == sleepsOfClipThreads() && before > 0, 5000);
+    QTest::qWait(kQuietMs);
+    before = sleepsOfClipThreads();
+    QTest::qWait(kQuietMs);
+    QCOMPARE(sleepsOfClipThreads(), before);
+}
+
+void TestClipSafeguards::promptClip_keepsItsPace()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    QElapsedTimer timer;
+    timer.start();
+    item->play();
+    QTRY_COMPARE(item->position(), qlonglong(kClipFrames));
+    // 40 milliseconds lie between two frames; the sleep leaves out the fraction.
+    QVERIFY2(timer.elapsed() >= 39 * (kClipFrames - 1),
+             qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestClipSafeguards::promptClip_goesAtOnce_whilePlaying()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    qint64 elapsedMs = 0;
+    constexpr int kTries = 20;
+    for (int i = 0; i < kTries; ++i) {
+        auto item = stage.newItem();
+        load(*item, u"slow.avi"_s);
+        item->play();
+        QTRY_VERIFY(item->position() > 0);
+        QElapsedTimer timer;
+        timer.start();
+        item.reset();
+        elapsedMs += timer.elapsed();
+    }
+    // Each would wait for the next frame, for up to a second.
+    QVERIFY2(elapsedMs < kTries * 250, qPrintable(QString::number(elapsedMs)));
+}
+
+void TestClipSafeguards::releasedClip_closesItsFile_whileDecoding()
+{
+    const Stage stage(m_clips);
+    stage.set(ckReleaseClips, true);
+    const QString path = stage.pathOf(u"long.avi"_s);
+    auto item = stage.newItem();
+    item->setSource(u"long.avi"_s);
+    QTRY_VERIFY(sourceOf(*item)->loadedFrameCount() > 0);
+    QVERIFY2(isOpen(path), "The clip was decoded before it could be looked at");
+    item.reset();
+    QVERIFY(!isOpen(path));
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+static qint64 bytesInUse()
+{
+    const struct mallinfo2 use = mallinfo2();
+    return static_cast<qint64>(use.uordblks + use.hblkhd);
+}
+constexpr bool kCountsMemory = true;
+#else
+static qint64 bytesInUse()
+{
+    return 0;
+}
+constexpr bool kCountsMemory = false;
+#endif
+
+void TestClipSafeguards::releasedClip_leavesNoMemory()
+{
+    if (!kCountsMemory)
+        QSKIP("The sanitizer's own memory would be counted");
+    const Stage stage(m_clips);
+    stage.set(ckReleaseClips, true);
+    stage.set(ckPromptClips, true);
+    constexpr int kTries = 20;
+    qint64 before = 0;
+    for (int i = 0; i < 2 * kTries; ++i) {
+        // The first ones fill the tables that everything else shares.
+        if (i == kTries)
+            before = bytesInUse();
+        auto item = stage.newItem();
+        load(*item, u"clip.avi"_s);
+    }
+    const qint64 growth = (bytesInUse() - before) / kTries;
+    QVERIFY2(growth < pictureBytes() / 4, qPrintable(QString::number(growth)));
+}
+
+void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
+{
+    if (!kCountsMemory)
+        QSKIP("The sanitizer's own memory would be counted");
+    const Stage stage(m_clips);
+    stage.set(ckReleaseClips, true);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    constexpr int kTries = 20;
+    qint64 before = 0;
+    for (int i = 0; i < 2 * kTries; ++i) {
+        if (i == kTries)
+            before = bytesInUse();
+        load(*item, u"clip.avi"_s);
+        load(*item, u"other.avi"_s);
+    }
+    const qint64 growth = (bytesInUse() - before) / kTries;
+    QVERIFY2(growth < pictureBytes() / 4, qPrintable(QString::number(growth)));
+}
+
+void TestClipSafeguards::limitedClip_endsAtLimit_withOneWarning()
+{
+    const Stage stage(m_clips);
+    stage.set(ckClipMemoryLimit, 5 * pictureBytes() + pictureBytes() / 2);
+    const auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(5));
+    QVERIFY(!isOpen(stage.pathOf(u"clip.avi"_s)));
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    const QString warning = stage.warnings().constFirst();
+    QVERIFY2(warning.contains(stage.pathOf(u"clip.avi"_s)), qPrintable(warning));
+    QVERIFY2(warning.contains(u"5 pictures of 64x48 pixels"_s), qPrintable(warning));
+    // What was kept plays.
+    item->play();
+    QTRY_COMPARE(item->position(), qlonglong(5));
+}
+
+void TestClipSafeguards::limitedClip_isWhole_whenItJustFits()
+{
+    const Stage stage(m_clips);
+    stage.set(ckClipMemoryLimit, kClipFrames * pictureBytes());
+    auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames));
+    item.reset();
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestClipSafeguards::limitedClip_refusesPicture_beforeThereIsMemoryForIt()
+{
+    Stage stage(m_clips);
+    stage.set(ckClipMemoryLimit, 256 * 1024 * 1024);
+    // A picture of 20000 by 20000 pixels in a few bytes.
+    QByteArray gif("GIF89a");
+    gif += QByteArray::fromHex("204e204e800000000000ffffff");
+    gif += QByteArray::fromHex("2c00000000204e204e0002024401003b");
+    stage.write(u"bomb.gif"_s, gif);
+    const auto item = stage.newItem();
+    ThreadSpy loaded(sourceOf(*item), &VLVideoSource::sourceLoaded);
+    item->setSource(u"bomb.gif"_s);
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    const QString warning = stage.warnings().constFirst();
+    QVERIFY2(warning.contains(u"20000x20000"_s), qPrintable(warning));
+    QCOMPARE(loaded.count(), 0);
+    QCOMPARE(sourceOf(*item)->frameWidth(), 200.0);
+}
+
+void TestClipSafeguards::guardedClip_isWarnedAboutOnce_whenItDoesNotOpen()
+{
+    Stage stage(m_clips);
+    stage.set(ckGuardContent, true);
+    const QString path = stage.write(u"broken.avi"_s, "This is no clip.");
+    for (int i = 0; i < 3; ++i) {
+        const auto item = stage.newItem();
+        ThreadSpy carriedOut(sourceOf(*item), &VLVideoSource::actionChanged);
+        item->setSource(u"broken.avi"_s);
+        // Told to load, and to idle since that failed.
+        QTRY_VERIFY(carriedOut.count() >= 2);
+    }
+    QTRY_COMPARE(stage.warnings(), QStringList{u"Could not open media at: "_s + path});
+}
+
+void TestClipSafeguards::guardedClip_isWarnedAboutAgain_whenFileHasChanged()
+{
+    Stage stage(m_clips);
+    stage.set(ckGuardContent, true);
+    stage.write(u"broken.avi"_s, "This is no clip.");
+    auto item = stage.newItem();
+    item->setSource(u"broken.avi"_s);
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    stage.write(u"broken.avi"_s, "This is no clip either.");
+    item = stage.newItem();
+    item->setSource(u"broken.avi"_s);
+    QTRY_COMPARE(stage.warnings().size(), 2);
+}
+
+void TestClipSafeguards::guardedClip_isWarnedAboutOnce_whenItIsMissing()
+{
+    const Stage stage(m_clips);
+    stage.set(ckGuardContent, true);
+    const auto item = stage.newItem();
+    for (int i = 0; i < 3; ++i)
+        item->setSource(u"missing.avi"_s);
+    item->setSource(QString());
+    const QStringList warnings = stage.warnings().filter(u"missing.avi"_s);
+    QCOMPARE(warnings, QStringList{u"The clip missing.avi was not found"_s});
+}
+
+void TestClipSafeguards::confinedClip_plays_whenItIsInPackage()
+{
+    const Stage stage(m_clips);
+    stage.set(ckConfineContent, true);
+    auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames));
+    item.reset();
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestClipSafeguards::confinedClip_isRefused_whenLinkLeadsOut()
+{
+    const Stage stage(m_clips);
+    stage.set(ckConfineContent, true);
+    QVERIFY(QFile::link(m_clips.path(u"clip.avi"_s), stage.pathOf(u"link.avi"_s)));
+    const auto item = stage.newItem();
+    item->setSource(u"link.avi"_s);
+    item->setSource(u"link.avi"_s);
+    QCOMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.warnings().constFirst().contains(u"link.avi"_s));
+    // The next clip is the first one to be loaded.
+    load(*item, u"other.avi"_s);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames / 2));
+}
+
+void TestClipSafeguards::confinedClip_isRefused_whenPathLeadsOut()
+{
+    const Stage stage(m_clips);
+    stage.set(ckConfineContent, true);
+    QVERIFY(QFile::copy(m_clips.path(u"clip.avi"_s), stage.packagePath(u"beside.avi"_s)));
+    const auto item = stage.newItem();
+    item->setSource(u"../../beside.avi"_s);
+    item->setSource(m_clips.path(u"clip.avi"_s));
+    QCOMPARE(stage.warnings().size(), 2);
+    QVERIFY(!sourceOf(*item)->isOpen());
+    QCOMPARE(controllerOf(*item)->source(), QUrl());
+}
+
+void TestClipSafeguards::confinedClip_isRefused_whenItIsPlaylist_data()
+{
+    QTest::addColumn<QByteArray>("playlist");
+    QTest::newRow("list of files") << QByteArray("ffconcat version 1.0\nfile 'other.avi'\n");
+    QTest::newRow("list of segments")
+        << QByteArray("#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nother.avi\n#EXT-X-ENDLIST\n");
+}
+
+void TestClipSafeguards::confinedClip_isRefused_whenItIsPlaylist()
+{
+    QFETCH(QByteArray, playlist);
+    Stage stage(m_clips);
+    stage.set(ckConfineContent, true);
+    const QString path = stage.write(u"playlist.mp4"_s, playlist);
+    const auto item = stage.newItem();
+    item->setSource(u"playlist.mp4"_s);
+    QTRY_COMPARE(stage.warnings(), QStringList{u"Could not open media at: "_s + path});
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(0));
+}
+
+void TestClipSafeguards::confinedClip_isRefused_whenCodecIsUnusual()
+{
+    Stage stage(m_clips);
+    ClipWriter writer;
+    writer.testClip(u"unusual.avi"_s, u"snow"_s, clipSize(), 25, 5,
+                    {u"-strict"_s, u"experimental"_s});
+    stage.write(u"unusual.avi"_s, writer.readBytes(u"unusual.avi"_s));
+    stage.set(ckConfineContent, true);
+    const auto item = stage.newItem();
+    item->setSource(u"unusual.avi"_s);
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.warnings().constFirst().contains(u"unusual.avi"_s));
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(0));
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestClipSafeguards>(argc, argv);
+}
+
+#include "tst_clipsafeguards.moc"
