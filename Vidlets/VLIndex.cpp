@@ -21,6 +21,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -212,6 +213,12 @@ VLIndex::VLIndex(VLContext* context, const QList<QString>& paths)
 // The record stays allocated, also where a host deletes its index: intended.
 VLIndex::~VLIndex() = default;
 
+void VLIndex::deleteWhole()
+{
+    const std::unique_ptr<VLIndexPrivate> record(d);
+    delete this;
+}
+
 bool VLIndex::open()
 {
     return true;
@@ -284,13 +291,15 @@ QList<QString> VLIndex::keys()
         QFile file(entry.location);
         if (!file.open(QIODevice::ReadOnly))
             continue;
-        // The trees stay allocated, and an empty result ends the process: both intended.
+        // By default the trees stay allocated, and an empty result ends the process.
         const QList<QObject*> elements = parser.parse(file);
         for (QObject* child : elements.first()->children()) {
             const auto* tip = qobject_cast<VLXmlElement*>(child);
             if (tip && tip->hasAttribute(keyAttribute()))
                 result.append(tip->attribute(keyAttribute()));
         }
+        if (Settings::releaseClips(context()))
+            qDeleteAll(elements);
     }
     return result;
 }
@@ -454,9 +463,12 @@ void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
         return;
 
     const QList<QObject*> elements = parser.parse(file);
-    // A root without a record stays allocated: intended.
-    if (elements.isEmpty() || elements.first()->children().isEmpty())
+    // By default a root without a record stays allocated.
+    if (elements.isEmpty() || elements.first()->children().isEmpty()) {
+        if (Settings::releaseClips(context()))
+            qDeleteAll(elements);
         return;
+    }
 
     QObject* root = elements.first();
     auto* record = qobject_cast<VLXmlElement*>(root->children().first());

@@ -213,6 +213,9 @@ private:
     /// Returns the roots of all packages, each as it was recorded.
     QList<QString> packageRoots() const;
 
+    /// Deletes the index with its record, which else stays allocated.
+    void deleteWhole();
+
     /**
      * Says that @p file and @p root are canonical paths, until the next call.
      *

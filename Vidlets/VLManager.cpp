@@ -7,6 +7,7 @@
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
 #include "VLContentRoots.h"
+#include "VLContentTree.h"
 #include "VLContext.h"
 #include "VLIndex.h"
 #include "VLNumbers.h"
@@ -142,6 +143,8 @@ public:
     /// The current popup, or null.
     QPointer<VLWidget> tooltipWindow;
     VLIndex* index;
+    /// Made here, for want of one of the host's.
+    bool ownsIndex = false;
     /// Popups given up to the user, in the order of reserving; entries die with their window.
     QList<QPointer<VLWidget>> reservedWindows;
     QMap<QString, QVariant> globalProperties;
@@ -300,8 +303,10 @@ VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringLi
     : QObject(nullptr)
     , d(std::make_unique<VLManagerPrivate>(interface, context, dataPaths, index))
 {
-    if (!d->index)
+    if (!d->index) {
         d->index = new VLIndex(&d->settings, dataPaths);
+        d->ownsIndex = true;
+    }
     d->index->guard().setListener([manager = QPointer<VLManager>(this)](const QString& warning) {
         if (manager)
             manager->handleMessage(VLMessageWarning, warning);
@@ -346,6 +351,8 @@ VLManager::~VLManager()
     // Deferred, since the manager may go while an event of the popup is being delivered.
     if (d->tooltipWindow)
         d->tooltipWindow->deleteLater();
+    if (d->ownsIndex && Settings::releaseClips(d->settings))
+        d->index->deleteWhole();
 }
 
 VLContentGuard& VLManager::contentGuard()
@@ -751,8 +758,11 @@ QString VLManager::vidletAttribute(const QString& key, const QString& attribute,
     if (!tip.element)
         return defaultValue;
     QString value = attributeOr(tip.element, attribute, defaultValue);
-    // The element alone: what is above it stays allocated.
-    delete tip.element;
+    // By default the element alone: what is above it stays allocated.
+    if (Settings::releaseClips(d->settings))
+        deleteTreeOf(tip.element);
+    else
+        delete tip.element;
     return value;
 }
 

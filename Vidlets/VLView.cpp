@@ -6,6 +6,7 @@
 #include "VLAskingView.h"
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
+#include "VLContentTree.h"
 #include "VLIndex.h"
 #include "VLInterface.h"
 #include "VLManager.h"
@@ -65,7 +66,10 @@ VLView::~VLView()
     // The scene goes before the data that it binds to.
     setSource(QUrl());
     m_fence->detach();
-    delete m_content;
+    if (m_releasesContent)
+        deleteTreeOf(m_content);
+    else
+        delete m_content;
 }
 
 void VLView::setItemCursor(QObject* object, const QString& shape, const QString& /*tag*/)
@@ -239,6 +243,8 @@ void VLView::setContent(VLXmlElement* content)
     m_content = content;
     if (isOther)
         m_fence->cleanContent(content);
+    // A view may outlive the manager and its settings.
+    m_releasesContent = Settings::releaseClips(settingsOf(m_manager));
 }
 
 bool VLView::stayOpen() const

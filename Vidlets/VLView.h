@@ -219,6 +219,8 @@ private:
     VLSceneFence* m_fence = nullptr;
     bool m_stayOpen = false;
     bool m_reserved = false;
+    /// The content goes with the root above it.
+    bool m_releasesContent = false;
 };
 
 } // namespace Vidlets

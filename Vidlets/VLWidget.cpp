@@ -4,6 +4,7 @@
 #include "VLWidget.h"
 
 #include "VLContentNames.h"
+#include "VLContentTree.h"
 #include "VLContext.h"
 #include "VLManager.h"
 #include "VLManagerSettings.h"
@@ -146,10 +147,14 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     d->hover().beginTip();
 
     m_view->setPackageRoot(QDir(rootPath));
+    const bool releases = Settings::releaseClips(settingsOf(m_manager));
     VLXmlElement* old = m_view->content();
     if (old && old != content) {
         m_view->setContent(nullptr);
-        delete old;
+        if (releases)
+            deleteTreeOf(old);
+        else
+            delete old;
     }
     m_view->setContent(content);
     // After the content: the choice of the scene reads its attributes.
@@ -164,7 +169,9 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     QQmlContext* context = m_view->rootContext();
     context->setContextProperty(u"vidlet"_s, content);
     context->setContextProperty(u"dataLocation"_s, QVariant(rootPath));
-    context->setContextProperty(u"vidletView"_s, m_view);
+    // Each time leaves a connection to the view with the engine.
+    if (!releases || context->contextProperty(u"vidletView"_s).value<QObject*>() != m_view)
+        context->setContextProperty(u"vidletView"_s, m_view);
     m_view->loadQML(scene.absoluteFilePath());
     showAnimated();
 }

@@ -562,10 +562,11 @@ void TestVLManager::directCalls_work_whenFilterIsNotInstalled()
     QVERIFY(manager.widget()->isVisible());
     QCOMPARE(manager.vidletAttribute(u"k"_s, u"title"_s, QString()), u"A title"_s);
 
-    // The view owns the element alone, not the root above it.
-    const std::unique_ptr<QObject> root(manager.widget()->view()->content()->parent());
+    // By default the view owns the element alone, not the root above it.
+    const QPointer<QObject> root = manager.widget()->view()->content()->parent();
     setup.manager.reset();
     runDeferredDeletions();
+    delete root;
 }
 
 void TestVLManager::destructor_removesEventFilter()
