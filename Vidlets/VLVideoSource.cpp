@@ -9,16 +9,40 @@
 
 #include <QDebug>
 #include <QMutexLocker>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <iterator>
 #include <utility>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 namespace Vidlets {
 
 namespace {
 
 constexpr unsigned long kQuitTimeoutMs = 10000;
+constexpr int kDisposerExpiryMs = 100;
+
+/// Deletes pictures where nobody waits for it: those of one clip take many milliseconds.
+void dispose(VLVideoFrameCache* cache)
+{
+    if (!cache)
+        return;
+    // Waits for its thread at the end of the process.
+    static QThreadPool pool;
+    pool.setMaxThreadCount(1);
+    pool.setExpiryTimeout(kDisposerExpiryMs);
+    pool.start([cache] {
+        delete cache;
+#ifdef __GLIBC__
+        // Else the pictures of a clip stay with the memory of its thread, of which there are many.
+        malloc_trim(0);
+#endif
+    });
+}
 
 } // namespace
 
@@ -56,7 +80,7 @@ bool VLVideoChangeInbox::isEmpty() const
 VLVideoSourcePrivate::~VLVideoSourcePrivate()
 {
     qDeleteAll(changes);
-    delete cache;
+    dispose(cache);
 }
 
 /// Replaces the current cache by the known one of that name, or by a new one. Returns whether there
