@@ -5,6 +5,7 @@
 
 #include "AllocationCounter.h"
 #include "PopupStage.h"
+#include <Vidlets/VLSafeguards.h>
 #include <Vidlets/VLVideoComponent.h>
 #include <Vidlets/VLVideoSourceFFMPEG.h>
 #include <Vidlets/VLView.h>
@@ -108,7 +109,7 @@ QString HoverStage::keyOf(int number)
     return u"control-%1"_s.arg(number % kControls, 2, 10, QChar(u'0'));
 }
 
-HoverStage::HoverStage()
+HoverStage::HoverStage(bool safeguarded)
 {
     writePackage();
     m_window.resize(1000, 300);
@@ -123,6 +124,8 @@ HoverStage::HoverStage()
         qFatal("The window did not come up");
     QCursor::setPos(m_window.mapToGlobal(kEmptyPlace));
 
+    if (safeguarded)
+        useSafeguards(m_settings);
     m_settings.set(ckInstallEventFilter, true);
     m_settings.set(ckHideDuration, 0);
     m_settings.set(ckStayDuration, kStayMs);

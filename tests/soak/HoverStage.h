@@ -40,7 +40,7 @@ public:
     static QSize clipSize();
     static bool hasClip(int hover);
 
-    HoverStage();
+    explicit HoverStage(bool safeguarded);
 
     /// Rests on the control whose turn it is, until its tip is on the screen and its clip decoded,
     /// and has the tip go again; each way to go has its turns, a tip that follows at once included.
