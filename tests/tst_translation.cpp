@@ -204,15 +204,15 @@ QByteArray contentOf(const QString& path)
 }
 
 /// Has the manager translate by a file with @p content, and forget it again.
-void translateBy(TranslationStage& stage, const QByteArray& content)
+void translateBy(PopupStage& stage, const QByteArray& content)
 {
-    stage.packages.write(tipsPackage() + u"/l10n/"_s + germanFile(), content);
+    stage.packages.write(germanPath(), content);
     const QList<Entry> entries = manyEntries();
     for (const Entry& entry : entries)
         stage.manager->translateString(entry.source, entry.context);
     stage.manager->translateString(u"Close"_s, u"None"_s);
-    QFile::remove(stage.germanPath());
-    QCOMPARE(stage.translated(), u"Open"_s);
+    QFile::remove(stage.packages.path(germanPath()));
+    QCOMPARE(translated(stage), u"Open"_s);
 }
 
 /// A host that translates by itself.
@@ -629,8 +629,8 @@ void TestTranslation::guardedFile_givesWhatAnyGives_data()
 void TestTranslation::guardedFile_givesWhatAnyGives()
 {
     QFETCH(QStringList, options);
-    TranslationStage stage(guardedGerman());
-    compile(manyEntries(), stage.germanPath(), options);
+    PopupStage stage(guardedGerman());
+    compile(manyEntries(), stage.packages.path(germanPath()), options);
     stage.showTip();
     const QList<Entry> entries = manyEntries();
     for (const Entry& entry : entries)
@@ -644,13 +644,13 @@ void TestTranslation::guardedFile_loadsNoDependencies()
     for (const bool isGuarded : {false, true}) {
         Settings settings = guardedGerman();
         settings.insert(ckGuardContent, isGuarded);
-        TranslationStage stage(settings);
-        stage.writeFile(tipsPackage() + u"/l10n/other.qm"_s, u"Auf"_s);
-        compile({{u"Tip"_s, u"Save"_s, u"Sichern"_s}}, stage.germanPath(), {},
+        PopupStage stage(settings);
+        writeFile(stage, tipsPackage() + u"/l10n/other.qm"_s, u"Auf"_s);
+        compile({{u"Tip"_s, u"Save"_s, u"Sichern"_s}}, stage.packages.path(germanPath()), {},
                 stage.packages.path(tipsPackage() + u"/l10n/other"_s));
         stage.showTip();
         for (int i = 0; i < 2; ++i)
-            QCOMPARE(stage.translated(), isGuarded ? QString() : u"Auf"_s);
+            QCOMPARE(translated(stage), isGuarded ? QString() : u"Auf"_s);
         QCOMPARE(stage.manager->translateString(u"Save"_s, u"Tip"_s), u"Sichern"_s);
         QCOMPARE(stage.interface.messages(VLMessageWarning).size(), isGuarded ? 1 : 0);
     }
@@ -658,32 +658,32 @@ void TestTranslation::guardedFile_loadsNoDependencies()
 
 void TestTranslation::guardedFile_isKept_whenItIsCutWhileLoaded()
 {
-    TranslationStage stage(guardedGerman());
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage(guardedGerman());
+    writeFile(stage, u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     // A mapped one would end the process here.
-    QVERIFY(QFile::resize(stage.germanPath(), 0));
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QVERIFY(QFile::resize(stage.packages.path(germanPath()), 0));
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::guardedFile_isReadFromMemory_whenGuardIsTurnedOnLater()
 {
-    TranslationStage stage({{ckLocale, u"de_DE"_s}, {ckGuardContent, false}});
-    stage.writeFile(u"Auf"_s);
+    PopupStage stage({{ckLocale, u"de_DE"_s}, {ckGuardContent, false}});
+    writeFile(stage, u"Auf"_s);
     stage.showTip();
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
     stage.set(ckGuardContent, true);
-    QCOMPARE(stage.translated(), u"Auf"_s);
-    QVERIFY(QFile::resize(stage.germanPath(), 0));
-    QCOMPARE(stage.translated(), u"Auf"_s);
+    QCOMPARE(translated(stage), u"Auf"_s);
+    QVERIFY(QFile::resize(stage.packages.path(germanPath()), 0));
+    QCOMPARE(translated(stage), u"Auf"_s);
 }
 
 void TestTranslation::guardedFile_neverEndsTheProcess_whenCutOff()
 {
-    TranslationStage stage(guardedGerman());
-    compile(manyEntries(), stage.germanPath(), {u"-compress"_s});
-    const QByteArray good = contentOf(stage.germanPath());
+    PopupStage stage(guardedGerman());
+    compile(manyEntries(), stage.packages.path(germanPath()), {u"-compress"_s});
+    const QByteArray good = contentOf(stage.packages.path(germanPath()));
     stage.showTip();
     constexpr qsizetype kStep = 29;
     for (qsizetype size = 0; size < good.size(); size += kStep) {
@@ -695,9 +695,9 @@ void TestTranslation::guardedFile_neverEndsTheProcess_whenCutOff()
 
 void TestTranslation::guardedFile_neverEndsTheProcess_whenGarbled()
 {
-    TranslationStage stage(guardedGerman());
-    compile(manyEntries(), stage.germanPath(), {u"-compress"_s});
-    const QByteArray good = contentOf(stage.germanPath());
+    PopupStage stage(guardedGerman());
+    compile(manyEntries(), stage.packages.path(germanPath()), {u"-compress"_s});
+    const QByteArray good = contentOf(stage.packages.path(germanPath()));
     stage.showTip();
     // The same bytes in each run.
     QRandomGenerator random(1);
@@ -753,7 +753,7 @@ void TestTranslation::translate_looksIntoOwnPackage_whenPinnedTipsAreTended()
     const std::unique_ptr<VLWidget> window(manager->widget());
     pinned->setReserved(true);
 
-    QVERIFY(host.interface->show(saveKey(), kPointer, nullptr));
+    QVERIFY(host.interface->show(saveKey(), PopupStage::pointer(), nullptr));
 
     QCOMPARE(pinned->translate(u"Open"_s, u"Tip"_s), ofPinned);
     // The tip on show has its own, and so has a question from elsewhere.
