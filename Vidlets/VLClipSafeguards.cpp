@@ -99,7 +99,7 @@ namespace ClipSafeguards {
 // containers whose streams come up only while they are read.
 const char* containers()
 {
-    return "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,ogg,gif,apng,ivf,yuv4mpegpipe,"
+    return "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,ogg,gif,apng,ivf,mjpeg,yuv4mpegpipe,wav,"
            "png_pipe,jpeg_pipe,webp_pipe";
 }
 
