@@ -20,7 +20,10 @@ namespace {
 /// off.
 QByteArray safeguardException()
 {
-    QFile list(qEnvironmentVariable("VIDLETS_SAFEGUARD_EXCEPTIONS"));
+    const QString path = qEnvironmentVariable("VIDLETS_SAFEGUARD_EXCEPTIONS");
+    if (path.isEmpty())
+        return QByteArray();
+    QFile list(path);
     if (!list.open(QIODevice::ReadOnly))
         return QByteArray();
     const QByteArray program =
