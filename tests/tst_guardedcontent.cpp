@@ -17,6 +17,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QPointer>
 
 #include <memory>
 
@@ -349,6 +350,7 @@ void TestGuardedContent::resource_isWarnedOf_whenNotFound()
     VLXmlElement* root = nullptr;
     VLXmlElement* tip = host.index.retrieve(u"open"_s, QLocale(u"en_US"_s), path, depth, root);
     QVERIFY(tip);
+    const QPointer<VLXmlElement> left(root);
     {
         VLView view(&host.manager);
         view.setContent(tip);
@@ -356,7 +358,8 @@ void TestGuardedContent::resource_isWarnedOf_whenNotFound()
         for (int i = 0; i < 2; ++i)
             QCOMPARE(view.findResource(u"b.png"_s), u"Resources"_s);
     }
-    delete root;
+    // With ckReleaseClips it has gone with the tip.
+    delete left;
     QCOMPARE(host.warnings(),
              QStringList{u"tips.vidlets/Control/tips.xml: the resource \"b.png\" is not found"_s});
 }
