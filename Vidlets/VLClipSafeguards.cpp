@@ -4,17 +4,13 @@
 #include "VLClipSafeguards.h"
 
 #include "VLContext.h"
-#include "VLIndex.h"
 #include "VLManager.h"
 #include "VLSettings.h"
-#include "VLView.h"
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <QHash>
 #include <QObject>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -66,21 +62,6 @@ private:
     QHash<QString, FileState> m_states;
 };
 
-bool isBelow(const QString& root, const QString& canonicalPath)
-{
-    const QString canonicalRoot = QFileInfo(root).canonicalFilePath();
-    return !canonicalRoot.isEmpty() && canonicalPath.startsWith(canonicalRoot + u'/');
-}
-
-/// A root that a host has recorded outside of all packages, such as a data path, gives no clips.
-bool isInPackage(const QString& root, const QString& extension)
-{
-    const QStringList names = root.split(u'/');
-    return std::any_of(names.cbegin(), names.cend(), [&extension](const QString& name) {
-        return name.endsWith(u'.' + extension);
-    });
-}
-
 } // namespace
 
 VLClipSafeguards VLClipSafeguards::of(const VLManager* manager)
@@ -117,24 +98,6 @@ const char* codecs()
 const char* protocols()
 {
     return "file";
-}
-
-bool isConfined(const VLView* view, const QString& path)
-{
-    VLManager* manager = view->manager();
-    const QString canonicalPath = QFileInfo(path).canonicalFilePath();
-    if (!manager || canonicalPath.isEmpty())
-        return false;
-    const VLContext& settings = manager->context();
-    const QString extraPath = Settings::extraComponentPath(settings);
-    if (!extraPath.isEmpty() && isBelow(extraPath, canonicalPath))
-        return true;
-    const QString extension = Settings::packageExtension(settings);
-    const QList<QString> roots =
-        manager->index()->componentPathsForElement(view->content(), QString());
-    return std::any_of(roots.cbegin(), roots.cend(), [&](const QString& root) {
-        return isInPackage(root, extension) && isBelow(root, canonicalPath);
-    });
 }
 
 void warn(VLManager* manager, const QString& file, const QString& text)

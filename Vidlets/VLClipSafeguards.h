@@ -11,7 +11,6 @@ class VLContext;
 namespace Vidlets {
 
 class VLManager;
-class VLView;
 
 /// What the settings ask of a clip; nothing for a clip that lies in no view. Internal to the
 /// library.
@@ -34,10 +33,6 @@ namespace ClipSafeguards {
 const char* containers();
 const char* codecs();
 const char* protocols();
-
-/// Whether @p path is below the root of a package that the content of @p view is given its clips
-/// from, or below the host's own component path. By canonical paths, so that no link leads out.
-bool isConfined(const VLView* view, const QString& path);
 
 /// Says @p text as a warning of @p manager, once for each state of @p file. On the user-interface
 /// thread.

@@ -553,8 +553,11 @@ int VLIndex::indexDataShouldGenerateElement(const QString& tag,
 QList<QString> VLIndex::packageRoots() const
 {
     QList<QString> paths;
-    for (const QList<QString>& roots : std::as_const(d->packages))
-        paths.append(roots);
+    for (auto it = d->packages.cbegin(); it != d->packages.cend(); ++it) {
+        // Those under the null name lie in no package, and may be a whole data path.
+        if (!it.key().isEmpty())
+            paths.append(it.value());
+    }
     return paths;
 }
 

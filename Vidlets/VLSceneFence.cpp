@@ -17,6 +17,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
 #include <QQmlEngine>
+#include <QQmlError>
 #include <QQmlFile>
 #include <QQuickItem>
 #include <QThread>
@@ -33,11 +34,13 @@ constexpr int kWorkerEndMs = 1000;
 constexpr QLatin1StringView kWorkerEngineClass{"QQuickWorkerScriptEngine"};
 constexpr QLatin1StringView kWorkerClass{"QQuickWorkerScript"};
 
+constexpr QLatin1StringView kNothing{":/com.larkspan/vidlets/refused/"};
+
 /// In place of code that is refused: a file that is not there, so that the engine ends the matter
 /// at once and by itself.
 QUrl nothing()
 {
-    return QUrl(u"qrc:/com.larkspan/vidlets/refused/"_s);
+    return QUrl("qrc"_L1 + kNothing);
 }
 
 /// The path of @p url on the disk or among the resources; empty for any other place.
@@ -127,11 +130,21 @@ void VLSceneFence::beginScene()
 
 bool VLSceneFence::admitsFile(const QString& path)
 {
-    refresh();
-    if (!m_state.isClosed || m_state.roots.contains(path))
+    if (isInside(path))
         return true;
     refuse(path);
     return false;
+}
+
+bool VLSceneFence::isInside(const QString& path)
+{
+    refresh();
+    return !m_state.isClosed || m_state.roots.contains(path);
+}
+
+bool VLSceneFence::isOfRefusal(const QQmlError& error)
+{
+    return error.url() == nothing() || error.description().contains(kNothing);
 }
 
 bool VLSceneFence::allows(const QUrl& url, bool isWrite)

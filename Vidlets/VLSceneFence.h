@@ -17,6 +17,7 @@
 #include <QUrl>
 
 class QQmlEngine;
+class QQmlError;
 class QQuickItem;
 
 namespace Vidlets {
@@ -55,6 +56,12 @@ public:
     /// Returns whether a scene may have the file @p path; warns where not. Always true while the
     /// setting is off.
     bool admitsFile(const QString& path);
+
+    /// Returns the same without a warning.
+    bool isInside(const QString& path);
+
+    /// Returns whether @p error is nothing but what the engine makes of a refusal.
+    static bool isOfRefusal(const QQmlError& error);
 
     /// Takes the addresses of outer files out of the texts and attributes of @p content, so that no
     /// text that shows them loads a picture from there. @p content may be null.

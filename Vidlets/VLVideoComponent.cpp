@@ -95,20 +95,19 @@ void VLVideoComponent::releaseRecords()
     controller->isReleased = isWhole;
 }
 
-/// Whether the file that the name leads to may be opened; says why not.
-bool VLVideoComponent::isAllowed(const QString& name, const QString& path) const
+/// The file of the clip @p name; null where there is none to open.
+QString VLVideoComponent::fileOf(const QString& name) const
 {
     const VLClipSafeguards safeguards = VLVideoSourcePrivate::of(m_source)->safeguards();
-    if (!QFileInfo(path).isFile()) {
-        if (safeguards.guard && !name.isEmpty())
-            ClipSafeguards::warn(m_manager, path, u"The clip %1 was not found"_s.arg(name));
-        return false;
-    }
-    if (!safeguards.confine || ClipSafeguards::isConfined(m_view, path))
-        return true;
-    ClipSafeguards::warn(m_manager, path,
-                         u"The clip %1 was refused: it lies outside of its packages"_s.arg(path));
-    return false;
+    // Kept: by default the name that stands in for a clip that is not found may be that of a file
+    // in the working directory, which is opened then.
+    const bool isStrict = safeguards.guard || safeguards.confine;
+    QString path = isStrict ? m_view->searchResource(name).path : m_view->findResource(name);
+    if (QFileInfo(path).isFile())
+        return path;
+    if (safeguards.guard && !path.isNull() && !name.isEmpty())
+        ClipSafeguards::warn(m_manager, path, u"%1: not a regular file"_s.arg(path));
+    return QString();
 }
 
 QString VLVideoComponent::source() const
@@ -130,9 +129,9 @@ void VLVideoComponent::setSource(const QString& name)
         return;
     readSafeguards();
 
-    const QString path = m_view->findResource(name);
+    const QString path = fileOf(name);
     m_sourceText = name;
-    if (isAllowed(name, path))
+    if (!path.isNull())
         m_controller->setSource(QUrl::fromLocalFile(path));
     // The picture on screen stays until the next repaint: none is asked for here.
     m_frame = VLVideoFrame();

@@ -156,7 +156,7 @@ private:
     void readSafeguards();
     void applySafeguards(const VLClipSafeguards& safeguards);
     void releaseRecords();
-    bool isAllowed(const QString& name, const QString& path) const;
+    QString fileOf(const QString& name) const;
 
     /// Both are children of the item.
     VLVideoSource* m_source = nullptr;

@@ -120,16 +120,22 @@ QString VLView::translate(const QString& string, const QString& context) const
 
 QString VLView::findResource(const QString& relativePath) const
 {
+    const Finding finding = searchResource(relativePath);
+    return finding.path.isNull() ? finding.fallback : finding.path;
+}
+
+VLView::Finding VLView::searchResource(const QString& relativePath) const
+{
     const QString category = categoryPath(
         resourcesAttribute(), Settings::resourceDirectoryDefault(), ckResourceDirectory);
-    const QString path = findExisting(category, relativePath);
-    if (!path.isNull())
-        return path;
-    if (m_content && isGuarded()) {
-        m_manager->contentGuard().warn(m_content->attribute(locationAttribute()),
+    const Finding finding = find(category, relativePath);
+    const bool isMissing =
+        finding.path.isNull() && !finding.isRefused && m_content && !relativePath.isEmpty();
+    if (isMissing && isGuarded()) {
+        m_manager->contentGuard().warn(faultyFile(),
                                        u"the resource \"%1\" is not found"_s.arg(relativePath));
     }
-    return admitted(category);
+    return finding;
 }
 
 int VLView::getScaledSize(int size)
@@ -157,42 +163,53 @@ QString VLView::categoryPath(const QString& attribute, const QString& defaultVal
 QString VLView::findComponent(const QString& attribute, contextKey key, const QString& defaultValue,
                               const QString& relativePath) const
 {
-    const QString category = categoryPath(attribute, defaultValue, key);
-    const QString path = findExisting(category, relativePath);
-    return path.isNull() ? admitted(category) : path;
+    const Finding finding = find(categoryPath(attribute, defaultValue, key), relativePath);
+    return finding.path.isNull() ? finding.fallback : finding.path;
 }
 
-/// Callers try what they get where nothing was found, so an absolute path must not lead out there.
-QString VLView::admitted(const QString& category) const
+VLView::Finding VLView::find(const QString& category, const QString& relativePath) const
 {
-    if (QDir::isAbsolutePath(category) && !m_fence->admitsFile(category))
-        return QString();
-    return category;
-}
-
-/// The first file or directory that exists; null where none does.
-QString VLView::findExisting(const QString& category, const QString& relativePath) const
-{
-    if (!m_manager)
-        return QString();
-    const QList<QString> candidates =
-        m_manager->index()->componentPathsForElement(m_content, category);
-    for (const QString& candidate : candidates) {
-        const QFileInfo info(
-            relativePath.isEmpty() ? candidate : QDir(candidate).absoluteFilePath(relativePath));
-        if (info.exists() && m_fence->admitsFile(info.absoluteFilePath()))
-            return info.absoluteFilePath();
+    Finding finding;
+    if (m_manager) {
+        const QList<QString> candidates =
+            m_manager->index()->componentPathsForElement(m_content, category);
+        for (const QString& candidate : candidates) {
+            const QFileInfo info(relativePath.isEmpty()
+                                     ? candidate
+                                     : QDir(candidate).absoluteFilePath(relativePath));
+            if (!info.exists())
+                continue;
+            if (m_fence->admitsFile(info.absoluteFilePath())) {
+                finding.path = info.absoluteFilePath();
+                return finding;
+            }
+            finding.isRefused = true;
+        }
     }
-    return QString();
+    // Callers try what they get where nothing was found, so an absolute path must not lead out
+    // there.
+    if (!QDir::isAbsolutePath(category) || m_fence->isInside(category)) {
+        finding.fallback = category;
+    } else if (!finding.isRefused) {
+        m_fence->admitsFile(category);
+        finding.isRefused = true;
+    }
+    return finding;
 }
 
 QString VLView::uiRootFilePath() const
 {
-    if (Settings::simpleTooltips(settingsOf(m_manager))) {
-        return findComponent(simpleUiAttribute(), ckSimpleUiFile, Settings::simpleUiFileDefault(),
-                             QString());
-    }
-    return findComponent(uiAttribute(), ckUiFile, Settings::uiFileDefault(), QString());
+    const Finding finding = searchScene();
+    return finding.path.isNull() ? finding.fallback : finding.path;
+}
+
+VLView::Finding VLView::searchScene() const
+{
+    const bool isSimple = Settings::simpleTooltips(settingsOf(m_manager));
+    const QString category = isSimple
+        ? categoryPath(simpleUiAttribute(), Settings::simpleUiFileDefault(), ckSimpleUiFile)
+        : categoryPath(uiAttribute(), Settings::uiFileDefault(), ckUiFile);
+    return find(category, QString());
 }
 
 QString VLView::resourceDirectoryPath() const
@@ -314,13 +331,22 @@ bool VLView::isGuarded() const
     return m_manager && Settings::guardContent(settingsOf(m_manager));
 }
 
+QString VLView::faultyFile() const
+{
+    const QString location = m_content ? m_content->attribute(locationAttribute()) : QString();
+    return location.isEmpty() ? source().toLocalFile() : location;
+}
+
 void VLView::warnOfMissing(const QString& path)
 {
     if (!isGuarded())
         return;
     // A name that was found nowhere comes as one in the working directory, which helps nobody.
-    const QString wanted = uiRootFilePath();
+    const Finding scene = searchScene();
+    const QString wanted = scene.path.isNull() ? scene.fallback : scene.path;
     const bool isWanted = m_content && QFileInfo(wanted).absoluteFilePath() == path;
+    if (isWanted && scene.isRefused)
+        return;
     m_manager->contentGuard().warn(
         m_content ? m_content->attribute(locationAttribute()) : path,
         u"the scene \"%1\" is not found"_s.arg(isWanted ? wanted : path));
@@ -350,6 +376,9 @@ void VLView::warnOfFailure(const QUrl& url)
 
 void VLView::warnOf(const QQmlError& error)
 {
+    // The fence has said what and why.
+    if (VLSceneFence::isOfRefusal(error))
+        return;
     const QUrl url = error.url().isEmpty() ? source() : error.url();
     const QString path = url.isLocalFile() ? url.toLocalFile() : url.toString();
     // An error of the file as a whole has no place.

@@ -195,6 +195,20 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLView)
 
+    // For the files of its clips.
+    friend class VLVideoComponent;
+
+    /// Where a search has led.
+    struct Finding
+    {
+        /// The first file or directory that exists and may be had; null where none does.
+        QString path;
+        /// What is given out where there is none.
+        QString fallback;
+        /// Whether something was kept back, which was warned of.
+        bool isRefused = false;
+    };
+
     bool isGuarded() const;
     /// Warns, where content is guarded, that there is no scene @p path.
     void warnOfMissing(const QString& path);
@@ -202,8 +216,12 @@ private:
     void warnOfFailure(const QUrl& url);
     /// Hands @p error on as a warning with its file and place.
     void warnOf(const QQmlError& error);
-    QString findExisting(const QString& category, const QString& relativePath) const;
-    QString admitted(const QString& category) const;
+    /// The file that a warning about the content names.
+    QString faultyFile() const;
+    Finding find(const QString& category, const QString& relativePath) const;
+    Finding searchScene() const;
+    /// Warns, where content is guarded, if there is none.
+    Finding searchResource(const QString& relativePath) const;
 
     /// Null once the manager is gone, which a scene may outlive.
     QPointer<VLManager> m_manager;

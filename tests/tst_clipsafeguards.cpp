@@ -21,10 +21,13 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
+#include <QTemporaryDir>
 
 #include <memory>
 
 #include <malloc.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -85,7 +88,7 @@ class Stage
 public:
     explicit Stage(const Clips& clips)
     {
-        m_packages.writeTip(package(), u"tips.xml"_s, u"k"_s);
+        const QString location = m_packages.writeTip(package(), u"tips.xml"_s, u"k"_s);
         m_packages.write(resource(u"here.txt"_s), "");
         for (const QString& name : {u"clip.avi"_s, u"other.avi"_s, u"slow.avi"_s, u"long.avi"_s})
             QFile::copy(clips.path(name), m_packages.path(resource(name)));
@@ -94,6 +97,7 @@ public:
         view = std::make_unique<VLView>(m_manager.get(), nullptr);
         auto* content = new VLXmlElement;
         content->setAttribute(u"VLPackagName"_s, u"tips"_s);
+        content->setAttribute(u"VLLocation"_s, location);
         view->setContent(content);
     }
     void set(contextKey key, const QVariant& value) const
@@ -103,6 +107,19 @@ public:
     QString write(const QString& name, const QByteArray& bytes)
     {
         return m_packages.write(resource(name), bytes);
+    }
+    /// Indexes one more package, with a directory of resources.
+    void addPackage(const QString& name)
+    {
+        m_packages.packageRoot(name + u"/Resources"_s);
+        m_packages.writeTip(name, u"tips.xml"_s, u"other"_s);
+        m_manager->loadDataPath({m_packages.dataPath()});
+    }
+    /// Records the data path as the root of a control file beside the packages, as a host may.
+    void recordDataPathAsRoot()
+    {
+        const QString file = m_packages.write(u"loose.xml"_s, "<vidlets/>");
+        m_index.indexControlFile(file, QFileInfo(m_packages.dataPath()).canonicalFilePath());
     }
     QString pathOf(const QString& name) const
     {
@@ -208,10 +225,16 @@ private Q_SLOTS:
     void guardedClip_isWarnedAboutOnce_whenItDoesNotOpen();
     void guardedClip_isWarnedAboutAgain_whenFileHasChanged();
     void guardedClip_isWarnedAboutOnce_whenItIsMissing();
+    void guardedClip_isWarnedAboutOnce_whenItIsNoRegularFile_data();
+    void guardedClip_isWarnedAboutOnce_whenItIsNoRegularFile();
+    void missingClip_isNotTakenFromWorkingDirectory_data();
+    void missingClip_isNotTakenFromWorkingDirectory();
 
     void confinedClip_plays_whenItIsInPackage();
-    void confinedClip_isRefused_whenLinkLeadsOut();
-    void confinedClip_isRefused_whenPathLeadsOut();
+    void confinedClip_plays_whenItIsInAnotherPackage();
+    void confinedClip_isRefusedWithOneWarning_whenItLeadsOut_data();
+    void confinedClip_isRefusedWithOneWarning_whenItLeadsOut();
+    void confinedClip_isRefused_whenDataPathWasRecordedAsRoot();
     void confinedClip_isRefused_whenItIsPlaylist_data();
     void confinedClip_isRefused_whenItIsPlaylist();
     void confinedClip_isRefused_whenCodecIsUnusual();
@@ -475,8 +498,59 @@ void TestClipSafeguards::guardedClip_isWarnedAboutOnce_whenItIsMissing()
     for (int i = 0; i < 3; ++i)
         item->setSource(u"missing.avi"_s);
     item->setSource(QString());
-    const QStringList warnings = stage.warnings().filter(u"missing.avi"_s);
-    QCOMPARE(warnings, QStringList{u"The clip missing.avi was not found"_s});
+    QCOMPARE(stage.warnings(),
+             QStringList{stage.packagePath(package() + u"/Control/tips.xml"_s)
+                         + u": the resource \"missing.avi\" is not found"_s});
+}
+
+void TestClipSafeguards::guardedClip_isWarnedAboutOnce_whenItIsNoRegularFile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("directory") << u"directory.avi"_s;
+    QTest::newRow("FIFO") << u"fifo.avi"_s;
+}
+
+void TestClipSafeguards::guardedClip_isWarnedAboutOnce_whenItIsNoRegularFile()
+{
+    QFETCH(const QString, name);
+    const Stage stage(m_clips);
+    stage.set(ckGuardContent, true);
+    QVERIFY(QDir().mkpath(stage.pathOf(u"directory.avi"_s)));
+    QCOMPARE(mkfifo(qPrintable(stage.pathOf(u"fifo.avi"_s)), S_IRUSR | S_IWUSR), 0);
+    const auto item = stage.newItem();
+    item->setSource(name);
+    item->setSource(name);
+    QCOMPARE(stage.warnings(), QStringList{stage.pathOf(name) + u": not a regular file"_s});
+    QCOMPARE(controllerOf(*item)->source(), QUrl());
+}
+
+void TestClipSafeguards::missingClip_isNotTakenFromWorkingDirectory_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<int>("warnings");
+    QTest::newRow("guarded") << int(ckGuardContent) << 1;
+    // A clip that is merely missing is the guard's business.
+    QTest::newRow("confined") << int(ckConfineContent) << 0;
+}
+
+void TestClipSafeguards::missingClip_isNotTakenFromWorkingDirectory()
+{
+    QFETCH(const int, key);
+    QFETCH(const int, warnings);
+    const QTemporaryDir directory;
+    QVERIFY(QFile::copy(m_clips.path(u"clip.avi"_s), directory.filePath(u"Resources"_s)));
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(directory.path()));
+    const auto back = qScopeGuard([&before] { QDir::setCurrent(before); });
+
+    const Stage stage(m_clips);
+    stage.set(ckGuardContent, false);
+    stage.set(ckConfineContent, false);
+    stage.set(contextKey(key), true);
+    const auto item = stage.newItem();
+    item->setSource(u"missing.avi"_s);
+    QCOMPARE(controllerOf(*item)->source(), QUrl());
+    QCOMPARE(stage.warnings().size(), warnings);
 }
 
 void TestClipSafeguards::confinedClip_plays_whenItIsInPackage()
@@ -490,31 +564,67 @@ void TestClipSafeguards::confinedClip_plays_whenItIsInPackage()
     QCOMPARE(stage.warnings(), QStringList());
 }
 
-void TestClipSafeguards::confinedClip_isRefused_whenLinkLeadsOut()
+void TestClipSafeguards::confinedClip_plays_whenItIsInAnotherPackage()
 {
+    Stage stage(m_clips);
+    stage.set(ckConfineContent, true);
+    stage.addPackage(u"others.vidlets"_s);
+    const QString name = u"../../others.vidlets/Resources/clip.avi"_s;
+    QVERIFY(QFile::copy(m_clips.path(u"clip.avi"_s), stage.pathOf(name)));
+    auto item = stage.newItem();
+    load(*item, name);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames));
+    item.reset();
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestClipSafeguards::confinedClip_isRefusedWithOneWarning_whenItLeadsOut_data()
+{
+    QTest::addColumn<bool>("isGuarded");
+    QTest::addColumn<QString>("name");
+    for (const bool isGuarded : {false, true}) {
+        const char* suffix = isGuarded ? ", guarded" : "";
+        QTest::addRow("link%s", suffix) << isGuarded << u"link.avi"_s;
+        QTest::addRow("steps%s", suffix) << isGuarded << u"../../beside.avi"_s;
+        QTest::addRow("absolute%s", suffix) << isGuarded << m_clips.path(u"clip.avi"_s);
+        QTest::addRow("not indexed%s", suffix) << isGuarded << u"../../empty.vidlets/clip.avi"_s;
+    }
+}
+
+void TestClipSafeguards::confinedClip_isRefusedWithOneWarning_whenItLeadsOut()
+{
+    QFETCH(const bool, isGuarded);
+    QFETCH(const QString, name);
     const Stage stage(m_clips);
     stage.set(ckConfineContent, true);
-    QVERIFY(QFile::link(m_clips.path(u"clip.avi"_s), stage.pathOf(u"link.avi"_s)));
+    stage.set(ckGuardContent, isGuarded);
+    const QString clip = m_clips.path(u"clip.avi"_s);
+    QVERIFY(QFile::link(clip, stage.pathOf(u"link.avi"_s)));
+    QVERIFY(QFile::copy(clip, stage.packagePath(u"beside.avi"_s)));
+    QVERIFY(QDir().mkpath(stage.packagePath(u"empty.vidlets"_s)));
+    QVERIFY(QFile::copy(clip, stage.packagePath(u"empty.vidlets/clip.avi"_s)));
     const auto item = stage.newItem();
-    item->setSource(u"link.avi"_s);
-    item->setSource(u"link.avi"_s);
+    item->setSource(name);
+    item->setSource(name);
     QCOMPARE(stage.warnings().size(), 1);
-    QVERIFY(stage.warnings().constFirst().contains(u"link.avi"_s));
+    const QString warning = stage.warnings().constFirst();
+    QVERIFY2(warning.contains(QFileInfo(name).fileName()), qPrintable(warning));
+    QCOMPARE(controllerOf(*item)->source(), QUrl());
     // The next clip is the first one to be loaded.
     load(*item, u"other.avi"_s);
     QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames / 2));
+    QCOMPARE(stage.warnings().size(), 1);
 }
 
-void TestClipSafeguards::confinedClip_isRefused_whenPathLeadsOut()
+void TestClipSafeguards::confinedClip_isRefused_whenDataPathWasRecordedAsRoot()
 {
-    const Stage stage(m_clips);
+    Stage stage(m_clips);
     stage.set(ckConfineContent, true);
     QVERIFY(QFile::copy(m_clips.path(u"clip.avi"_s), stage.packagePath(u"beside.avi"_s)));
+    stage.recordDataPathAsRoot();
     const auto item = stage.newItem();
     item->setSource(u"../../beside.avi"_s);
-    item->setSource(m_clips.path(u"clip.avi"_s));
-    QCOMPARE(stage.warnings().size(), 2);
-    QVERIFY(!sourceOf(*item)->isOpen());
+    QCOMPARE(stage.warnings().size(), 1);
     QCOMPARE(controllerOf(*item)->source(), QUrl());
 }
 
