@@ -110,6 +110,16 @@ QString VLVideoComponent::fileOf(const QString& name) const
     return QString();
 }
 
+/// Kept: by default the clip before stays whole where there is no file for the next.
+void VLVideoComponent::releaseClip()
+{
+    VLVideoSourcePrivate* source = VLVideoSourcePrivate::of(m_source);
+    if (!source->safeguards().release)
+        return;
+    m_controller->setSource(QUrl());
+    source->unload();
+}
+
 QString VLVideoComponent::source() const
 {
     return m_sourceText;
@@ -133,6 +143,8 @@ void VLVideoComponent::setSource(const QString& name)
     m_sourceText = name;
     if (!path.isNull())
         m_controller->setSource(QUrl::fromLocalFile(path));
+    else
+        releaseClip();
     // The picture on screen stays until the next repaint: none is asked for here.
     m_frame = VLVideoFrame();
 }

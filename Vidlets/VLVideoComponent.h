@@ -156,6 +156,7 @@ private:
     void readSafeguards();
     void applySafeguards(const VLClipSafeguards& safeguards);
     void releaseRecords();
+    void releaseClip();
     QString fileOf(const QString& name) const;
 
     /// Both are children of the item.

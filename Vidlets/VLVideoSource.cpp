@@ -15,10 +15,6 @@
 #include <iterator>
 #include <utility>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
-
 namespace Vidlets {
 
 namespace {
@@ -35,13 +31,7 @@ void dispose(VLVideoFrameCache* cache)
     static QThreadPool pool;
     pool.setMaxThreadCount(1);
     pool.setExpiryTimeout(kDisposerExpiryMs);
-    pool.start([cache] {
-        delete cache;
-#ifdef __GLIBC__
-        // Else the pictures of a clip stay with the memory of its thread, of which there are many.
-        malloc_trim(0);
-#endif
-    });
+    pool.start([cache] { delete cache; });
 }
 
 } // namespace
@@ -96,6 +86,12 @@ bool VLVideoSourcePrivate::makeCacheCurrent(const QString& name)
     delete cache;
     cache = new VLVideoFrameCache(name);
     return false;
+}
+
+void VLVideoSourcePrivate::unload()
+{
+    inbox.add(new VLVideoSourceSourceChange(VLVideoSource::ActionLoad, QUrl()));
+    wakeUp.wake(VLWakeUp::Work);
 }
 
 void VLVideoSourcePrivate::setSafeguards(const VLClipSafeguards& asked, VLManager* warned)

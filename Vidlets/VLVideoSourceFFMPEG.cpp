@@ -4,6 +4,7 @@
 #include "VLVideoSourceFFMPEG.h"
 
 #include "VLNumbers.h"
+#include "VLPictureMemory.h"
 #include "VLVideoSourcePrivate.h"
 
 #include <QDebug>
@@ -136,6 +137,7 @@ public:
 
     bool openMedia();
     void closeMedia();
+    void release();
     bool decodeNextFrame();
     void seek();
 
@@ -195,6 +197,7 @@ private:
     bool fail(const char* message) const;
     bool fits(int width, int height) const;
     bool refuse(int width, int height) const;
+    bool refuseUnknownSize() const;
     bool refuseStreamsBeyondLimit() const;
     bool endAtLimit(QMutexLocker<QRecursiveMutex>& locker);
     void releaseScaling();
@@ -221,6 +224,17 @@ void VLVideoSourceFFMPEGPrivate::releaseScaling()
     av_freep(&buffer);
     sws_freeContext(swsContext);
     swsContext = nullptr;
+}
+
+/// Lets go of what is left of a clip that no other follows, where the safeguards ask for it.
+void VLVideoSourceFFMPEGPrivate::release()
+{
+    VLVideoSourcePrivate* record = VLVideoSourcePrivate::of(owner);
+    if (!record->safeguards().release)
+        return;
+    record->makeCacheCurrent(QString());
+    const QMutexLocker locker(&mediaMutex);
+    releaseScaling();
 }
 
 bool VLVideoSourceFFMPEGPrivate::openMedia()
@@ -304,6 +318,14 @@ bool VLVideoSourceFFMPEGPrivate::refuse(int width, int height) const
     return false;
 }
 
+/// Where the size stands in the pictures, one that is too large is not even known.
+bool VLVideoSourceFFMPEGPrivate::refuseUnknownSize() const
+{
+    warn(u"The clip %1 was refused: it has no picture that takes at most %2 bytes"_s.arg(
+        fileName, QString::number(safeguards.memoryLimitBytes)));
+    return false;
+}
+
 /// By what the header says, before anything is made for a picture. Returns whether there was one.
 bool VLVideoSourceFFMPEGPrivate::refuseStreamsBeyondLimit() const
 {
@@ -371,6 +393,8 @@ bool VLVideoSourceFFMPEGPrivate::openScaler()
     clipHeight = codecContext->height;
     if (!fits(clipWidth, clipHeight))
         return refuse(clipWidth, clipHeight);
+    if (safeguards.memoryLimitBytes > 0 && pictureBytes(clipWidth, clipHeight) <= 0)
+        return refuseUnknownSize();
     const int rowWidth = (clipWidth + kRowBlockPx - 1) / kRowBlockPx * kRowBlockPx;
     // Without a size there is no picture to scale to.
     const int bufferSize =
@@ -582,7 +606,8 @@ QImage VLVideoSourceFFMPEGPrivate::convertedImage() const
 {
     const QImage picture(frameRGB->data[0], clipWidth, clipHeight, frameRGB->linesize[0],
                          QImage::Format_RGB888);
-    return picture.convertToFormat(QImage::Format_RGB32);
+    return safeguards.release ? PictureMemory::copyOf(picture)
+                              : picture.convertToFormat(QImage::Format_RGB32);
 }
 
 VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)
@@ -723,6 +748,7 @@ bool VLVideoSourceFFMPEG::loadSource()
         }
         setAction(ActionIdle);
         close();
+        d->release();
         return false;
     }
 

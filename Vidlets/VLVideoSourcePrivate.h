@@ -66,6 +66,9 @@ public:
 
     bool makeCacheCurrent(const QString& name);
 
+    /// Has the clip go without another in its place.
+    void unload();
+
     /// What the source goes by from its next load on; prompting at once. @p warned is told of
     /// warnings. On the thread of the source object.
     void setSafeguards(const VLClipSafeguards& asked, VLManager* warned);

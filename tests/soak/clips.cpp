@@ -40,6 +40,8 @@ constexpr int kWarmUp = 10;
 constexpr int kTries = 30;
 constexpr int kPatienceMs = 30000;
 constexpr int kQuietMs = 10000;
+constexpr int kSettleMs = 300;
+constexpr long long kMaxGrowthBytes = 1024;
 
 constexpr auto kTextScene = "import QtQuick\nRectangle { width: 160; height: 90 }\n";
 constexpr auto kClipScene = "import QtQuick\nimport com.larkspan.vidlets.qml\n"
@@ -75,6 +77,17 @@ int sleepsOfClipThreads()
         sleeps += status.mid(start, status.indexOf('\n', start) - start).trimmed().toInt();
     }
     return sleeps;
+}
+
+/// Whether a clip plays, or the pictures of one are being freed.
+bool hasClipThreads()
+{
+    const QDir tasks(u"/proc/self/task"_s);
+    const QStringList ids = tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::any_of(ids.cbegin(), ids.cend(), [&tasks](const QString& id) {
+        const QByteArray name = contentOf(tasks.filePath(id + u"/comm"_s));
+        return name == "FFMPEG\n" || name == "Controller\n" || name.contains("pooled");
+    });
 }
 
 /// A host with one tip that has a clip and one that has none.
@@ -130,49 +143,75 @@ private:
     std::unique_ptr<VLInterface> m_interface;
 };
 
-void printTimes(const char* name, std::vector<double> times)
+/// Prints what was measured beside its aim. Gives whether it was met.
+bool checkTimes(const char* name, std::vector<double> times, double medianMs, double worstMs)
 {
     std::sort(times.begin(), times.end());
-    std::printf("%s: median %.2f ms, worst %.2f ms of %zu\n", name, times[times.size() / 2],
-                times.back(), times.size());
+    const double median = times[times.size() / 2];
+    const bool met = median <= medianMs && times.back() <= worstMs;
+    std::printf("%s: median %.2f ms (aim %.0f), worst %.2f ms (aim %.0f) of %zu: %s\n", name,
+                median, medianMs, times.back(), worstMs, times.size(), met ? "met" : "missed");
+    return met;
 }
 
-void hover(Stage& stage, int hovers, bool decodeWhole)
+struct Holdings
 {
-    std::vector<double> blocked;
     long long resident = 0;
     qsizetype threads = 0;
     qsizetype descriptors = 0;
-    for (int i = 0; i < kWarmUp + hovers; ++i) {
-        if (i == kWarmUp) {
-            resident = residentBytes();
-            threads = entriesOf(u"/proc/self/task"_s);
-            descriptors = entriesOf(u"/proc/self/fd"_s);
-        }
-        VLVideoComponent* item = stage.showClip();
-        auto* source = item->findChild<VLVideoSource*>();
-        bool ended = false;
-        QObject::connect(source, &VLVideoSource::streamEnded, item, [&ended] { ended = true; });
-        item->setSource(u"clip.mp4"_s);
-        item->play();
-        if (!QTest::qWaitFor([&] { return decodeWhole ? ended : source->loadedFrameCount() > 5; },
-                             kPatienceMs))
-            qFatal("The clip was not decoded");
-        const double time = stage.showText();
-        if (i >= kWarmUp)
-            blocked.push_back(time);
-        QTest::qWait(1);
-    }
-    std::printf("%d hovers, %s: %lld bytes a hover, threads %+lld, descriptors %+lld\n", hovers,
-                decodeWhole ? "clip decoded" : "in mid-decoding",
-                (residentBytes() - resident) / hovers,
-                static_cast<long long>(entriesOf(u"/proc/self/task"_s) - threads),
-                static_cast<long long>(entriesOf(u"/proc/self/fd"_s) - descriptors));
-    printTimes("  next tip after one with a player", blocked);
-    std::fflush(stdout);
+};
+
+/// What the process holds once the thread that frees pictures has gone.
+Holdings settledHoldings(Stage& stage)
+{
+    stage.showText();
+    if (!QTest::qWaitFor([] { return !hasClipThreads(); }, kPatienceMs))
+        std::printf("  threads of a clip are still there\n");
+    QTest::qWait(kSettleMs);
+    return {residentBytes(), entriesOf(u"/proc/self/task"_s), entriesOf(u"/proc/self/fd"_s)};
 }
 
-void showFirstPictures(Stage& stage)
+/// Has one tip with a clip come and go, and gives how long the next tip took.
+double hoverOnce(Stage& stage, bool decodeWhole)
+{
+    VLVideoComponent* item = stage.showClip();
+    auto* source = item->findChild<VLVideoSource*>();
+    bool ended = false;
+    QObject::connect(source, &VLVideoSource::streamEnded, item, [&ended] { ended = true; });
+    item->setSource(u"clip.mp4"_s);
+    item->play();
+    if (!QTest::qWaitFor([&] { return decodeWhole ? ended : source->loadedFrameCount() > 5; },
+                         kPatienceMs))
+        qFatal("The clip was not decoded");
+    const double time = stage.showText();
+    QTest::qWait(1);
+    return time;
+}
+
+bool hover(Stage& stage, int hovers, bool decodeWhole)
+{
+    for (int i = 0; i < kWarmUp; ++i)
+        hoverOnce(stage, decodeWhole);
+    const Holdings before = settledHoldings(stage);
+    std::vector<double> blocked;
+    for (int i = 0; i < hovers; ++i)
+        blocked.push_back(hoverOnce(stage, decodeWhole));
+    const Holdings after = settledHoldings(stage);
+
+    const long long growth = (after.resident - before.resident) / hovers;
+    const qsizetype threads = after.threads - before.threads;
+    const qsizetype descriptors = after.descriptors - before.descriptors;
+    const bool met = growth < kMaxGrowthBytes && threads <= 0 && descriptors <= 0;
+    std::printf("%d hovers, %s: %lld bytes a hover, threads %+lld, descriptors %+lld: %s\n", hovers,
+                decodeWhole ? "clip decoded" : "in mid-decoding", growth,
+                static_cast<long long>(threads), static_cast<long long>(descriptors),
+                met ? "met" : "missed");
+    const bool inTime = checkTimes("  next tip after one with a player", blocked, 5, 20);
+    std::fflush(stdout);
+    return met && inTime;
+}
+
+bool showFirstPictures(Stage& stage)
 {
     std::vector<double> times;
     for (int i = 0; i < kTries; ++i) {
@@ -194,18 +233,21 @@ void showFirstPictures(Stage& stage)
         times.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
         stage.showText();
     }
-    printTimes("First picture after source, paused", times);
+    return checkTimes("First picture after source, paused", times, 30, 60);
 }
 
-void countWakeUps(Stage& stage)
+bool countWakeUps(Stage& stage)
 {
     VLVideoComponent* item = stage.showClip();
     item->setSource(u"clip.mp4"_s);
     QTest::qWait(kQuietMs / 2);
     const int before = sleepsOfClipThreads();
     QTest::qWait(kQuietMs);
-    std::printf("Wake-ups of a paused clip in 10 s: %d\n", sleepsOfClipThreads() - before);
+    const int wakeUps = sleepsOfClipThreads() - before;
+    std::printf("Wake-ups of a paused clip in 10 s: %d: %s\n", wakeUps,
+                wakeUps == 0 ? "met" : "missed");
     stage.showText();
+    return wakeUps == 0;
 }
 
 } // namespace
@@ -217,9 +259,9 @@ int main(int argc, char** argv)
     if (hovers <= 0)
         return EXIT_FAILURE;
     Stage stage(argc <= 2);
-    hover(stage, hovers, false);
-    hover(stage, hovers, true);
-    showFirstPictures(stage);
-    countWakeUps(stage);
-    return EXIT_SUCCESS;
+    bool met = hover(stage, hovers, false);
+    met = hover(stage, hovers, true) && met;
+    met = showFirstPictures(stage) && met;
+    met = countWakeUps(stage) && met;
+    return met ? EXIT_SUCCESS : EXIT_FAILURE;
 }
