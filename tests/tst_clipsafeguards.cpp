@@ -188,6 +188,45 @@ int sleepsOfClipThreads()
     return sleeps;
 }
 
+/// A picture of 16000 by 16000 pixels in a few bytes, near the largest that FFmpeg takes.
+QByteArray hugeGif()
+{
+    const QByteArray screen = QByteArray::fromHex("803e803e800000000000ffffff");
+    const QByteArray picture = QByteArray::fromHex("2c000000000100010000");
+    return "GIF89a" + screen + picture + QByteArray::fromHex("02024401003b");
+}
+
+/// The same.
+QByteArray hugePng()
+{
+    return QByteArray::fromHex("89504e470d0a1a0a0000000d4948445200003e8000003e800802000000ce1c4889"
+                               "0000000c49444154789c6360a03d00000064000186643c350000000049454e44ae"
+                               "426082");
+}
+
+/// @p clip, whose pictures are PNG, with that size in each picture and not in the container.
+QByteArray withHugePictures(QByteArray clip)
+{
+    // With the check sum.
+    constexpr qsizetype kHeaderSize = 21;
+    const QByteArray header = hugePng().mid(hugePng().indexOf("IHDR"), kHeaderSize);
+    for (qsizetype at = clip.indexOf("IHDR"); at >= 0; at = clip.indexOf("IHDR", at + 1))
+        clip.replace(at, kHeaderSize, header);
+    return clip;
+}
+
+/// The largest address space that the process has had, whether it was written to or not.
+qint64 peakBytes()
+{
+    QFile file(u"/proc/self/status"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray status = file.readAll();
+    const QByteArray tag = "\nVmPeak:";
+    const qsizetype start = status.indexOf(tag) + tag.size();
+    return status.mid(start, status.indexOf("kB", start) - start).trimmed().toLongLong() * 1024;
+}
+
 bool isOpen(const QString& path)
 {
     const QDir descriptors(u"/proc/self/fd"_s);
@@ -220,7 +259,9 @@ private Q_SLOTS:
 
     void limitedClip_endsAtLimit_withOneWarning();
     void limitedClip_isWhole_whenItJustFits();
+    void limitedClip_refusesPicture_beforeThereIsMemoryForIt_data();
     void limitedClip_refusesPicture_beforeThereIsMemoryForIt();
+    void limitedClip_isRefusedByItsHeader_withOneWarning();
 
     void guardedClip_isWarnedAboutOnce_whenItDoesNotOpen();
     void guardedClip_isWarnedAboutAgain_whenFileHasChanged();
@@ -442,21 +483,48 @@ void TestClipSafeguards::limitedClip_isWhole_whenItJustFits()
     QCOMPARE(stage.warnings(), QStringList());
 }
 
+void TestClipSafeguards::limitedClip_refusesPicture_beforeThereIsMemoryForIt_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("clip");
+    QTest::newRow("GIF") << u"bomb.gif"_s << hugeGif();
+    QTest::newRow("PNG") << u"bomb.png"_s << hugePng();
+    ClipWriter writer;
+    writer.testClip(u"clip.avi"_s, u"png"_s, clipSize(), 25, 3);
+    QTest::newRow("AVI with a header of another size")
+        << u"bomb.avi"_s << withHugePictures(writer.readBytes(u"clip.avi"_s));
+}
+
 void TestClipSafeguards::limitedClip_refusesPicture_beforeThereIsMemoryForIt()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QByteArray, clip);
+    Stage stage(m_clips);
+    stage.set(ckClipMemoryLimit, 256 * 1024 * 1024);
+    stage.write(name, clip);
+    const auto item = stage.newItem();
+    ThreadSpy carriedOut(sourceOf(*item), &VLVideoSource::actionChanged);
+    const qint64 before = peakBytes();
+    item->setSource(name);
+    QTRY_VERIFY(carriedOut.count() >= 2 && sourceOf(*item)->action() == VLVideoSource::ActionIdle);
+    const qint64 growth = peakBytes() - before;
+    // The picture takes twice that, without what comes after it; threads have some for themselves.
+    constexpr qint64 kMaxGrowth = 512 * 1024 * 1024;
+    QVERIFY2(growth < kMaxGrowth, qPrintable(QString::number(growth)));
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(0));
+}
+
+void TestClipSafeguards::limitedClip_isRefusedByItsHeader_withOneWarning()
 {
     Stage stage(m_clips);
     stage.set(ckClipMemoryLimit, 256 * 1024 * 1024);
-    // A picture of 20000 by 20000 pixels in a few bytes.
-    QByteArray gif("GIF89a");
-    gif += QByteArray::fromHex("204e204e800000000000ffffff");
-    gif += QByteArray::fromHex("2c00000000204e204e0002024401003b");
-    stage.write(u"bomb.gif"_s, gif);
+    stage.write(u"bomb.gif"_s, hugeGif());
     const auto item = stage.newItem();
     ThreadSpy loaded(sourceOf(*item), &VLVideoSource::sourceLoaded);
     item->setSource(u"bomb.gif"_s);
     QTRY_COMPARE(stage.warnings().size(), 1);
     const QString warning = stage.warnings().constFirst();
-    QVERIFY2(warning.contains(u"20000x20000"_s), qPrintable(warning));
+    QVERIFY2(warning.contains(u"16000x16000"_s), qPrintable(warning));
     QCOMPARE(loaded.count(), 0);
     QCOMPARE(sourceOf(*item)->frameWidth(), 200.0);
 }
