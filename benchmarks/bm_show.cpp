@@ -4,6 +4,7 @@
 /// From the request for a popup to its first frame on the screen, beside a bare view in a window
 /// container that shows the same scene.
 
+#include "BarePopup.h"
 #include "FrameWatch.h"
 #include "PackageBuilder.h"
 #include "Report.h"
@@ -15,7 +16,6 @@
 #include <Vidlets/VLXmlElement.h>
 
 #include <QApplication>
-#include <QHBoxLayout>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -70,63 +70,43 @@ Rectangle {
 )";
 }
 
-/// What a popup is made of, and no more.
-class BareWindow
+/// A bare popup with content for its scene, which outlives the scene.
+class BareTip
 {
 public:
-    explicit BareWindow(const QUrl& scene)
+    explicit BareTip(const QUrl& scene)
         : m_scene(scene)
     {
         m_content.setAttribute(u"title"_s, u"A title"_s);
         auto* text = new Vidlets::VLXmlElement(&m_content);
         text->setProperty("tagName", u"text"_s);
-        m_window.setWindowFlags(Qt::Tool | Qt::FramelessWindowHint);
-        m_view = new QQuickView;
-        m_view->setFlags(Qt::FramelessWindowHint);
-        m_container = QWidget::createWindowContainer(m_view, &m_window);
-        auto* layout = new QHBoxLayout(&m_window);
-        layout->setContentsMargins(0, 0, 0, 0);
-        layout->addWidget(m_container);
     }
 
-    ~BareWindow()
-    {
-        m_view->setSource(QUrl());
-    }
-
-    /// The scene is loaded anew, since that of a popup goes with its content.
     void show()
     {
-        m_view->setSource(QUrl());
-        m_view->rootContext()->setContextProperty(u"vidlet"_s, &m_content);
-        m_view->setSource(m_scene);
-        m_window.setFixedSize(m_view->rootObject()->size().toSize());
-        m_window.move(kPosition);
-        showLoaded();
+        m_popup.view()->rootContext()->setContextProperty(u"vidlet"_s, &m_content);
+        m_popup.show(m_scene, kPosition);
     }
 
     void showLoaded()
     {
-        m_window.show();
-        m_window.raise();
+        m_popup.showLoaded();
     }
 
     QWidget& window()
     {
-        return m_window;
+        return m_popup.window();
     }
 
     QQuickView* view() const
     {
-        return m_view;
+        return m_popup.view();
     }
 
 private:
     QUrl m_scene;
     Vidlets::VLXmlElement m_content;
-    QWidget m_window;
-    QQuickView* m_view;
-    QWidget* m_container;
+    BarePopup m_popup;
 };
 
 class ShowBenchmark
@@ -186,7 +166,7 @@ public:
 
     template <typename Show> void laterBareShow(benchmark::State& state, Show show)
     {
-        BareWindow bare(m_scene);
+        BareTip bare(m_scene);
         bare.show();
         for ([[maybe_unused]] auto turn : state) {
             hide(bare.window(), bare.view());
@@ -221,7 +201,7 @@ private:
     double firstBareSeconds()
     {
         FrameWatch frames;
-        auto bare = std::make_unique<BareWindow>(m_scene);
+        auto bare = std::make_unique<BareTip>(m_scene);
         bare->show();
         frames.watch(bare->view());
         const double seconds = frames.waitForFirst();
@@ -285,10 +265,10 @@ int main(int argc, char* argv[])
     add("first-bare", [&](benchmark::State& state) { showing.firstBareShow(state); });
     add("later", [&](benchmark::State& state) { showing.laterShow(state); });
     add("later-bare", [&](benchmark::State& state) {
-        showing.laterBareShow(state, [](BareWindow& bare) { bare.show(); });
+        showing.laterBareShow(state, [](BareTip& bare) { bare.show(); });
     });
     add("later-bare-same-scene", [&](benchmark::State& state) {
-        showing.laterBareShow(state, [](BareWindow& bare) { bare.showLoaded(); });
+        showing.laterBareShow(state, [](BareTip& bare) { bare.showLoaded(); });
     });
 
     const std::string backend =

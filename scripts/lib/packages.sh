@@ -46,6 +46,11 @@ vidlets_coverage_packages=(
 
 vidlets_bench_packages=(
     libbenchmark-dev ffmpeg
+    # What a host would take for its clips instead, with the plugins that it decodes with.
+    qt6-multimedia-dev qml6-module-qtmultimedia
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-libav
+    # Reads the screen.
+    libxcb1-dev
 )
 
 vidlets_docs_packages=(
