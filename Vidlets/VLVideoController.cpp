@@ -50,6 +50,14 @@ bool VLVideoControllerPrivate::isFrameAvailable(quint64 index)
     return isAvailable;
 }
 
+bool VLVideoControllerPrivate::endsAt(quint64 index)
+{
+    // A picture before this one has had its time, so a clip that is played anew at once does not
+    // keep the thread busy. One that is still decoded may go on after a while.
+    return wakeUp->isPrompt() && index > 1 && index >= source->loadedFrameCount()
+        && source->action() == VLVideoSource::ActionIdle;
+}
+
 void VLVideoControllerPrivate::sleepBetweenFrames(unsigned long delayMs)
 {
     // Not the other's wait: a thread that nobody prompts may be terminated in here.
@@ -304,6 +312,10 @@ void VLVideoController::presentFrame()
         Q_EMIT displayFrame();
         Q_EMIT positionChanged();
         setLastFrameDisplayTime(QDateTime::currentDateTime());
+        // The step past the end shows nothing: the last picture would stand twice its time, which
+        // is seen as a halt where the clip begins anew.
+        if (d->endsAt(position + 1))
+            return;
     }
     // What is not a number is no delay either.
     if (delaySeconds > 0.0)

@@ -31,6 +31,9 @@ public:
     void setPrompt(bool prompt);
     /// Whether there is a frame at @p index; where there is none, its coming wakes the thread.
     bool isFrameAvailable(quint64 index);
+    /// Whether a clip that is whole has no frame from @p index on that would need its time. Only
+    /// for a thread that is prompted.
+    bool endsAt(quint64 index);
     void sleepBetweenFrames(unsigned long delayMs);
 
     /// Not owned; never replaced.

@@ -37,6 +37,7 @@ namespace {
 
 constexpr int kClipFrames = 12;
 constexpr int kLongClipFrames = 300;
+constexpr int kSlowestClipFrames = 3;
 constexpr int kSlowClipFrames = 30;
 /// How long nothing is to happen: many steps of a thread that polls.
 constexpr int kQuietMs = 1500;
@@ -71,6 +72,10 @@ public:
         m_writer.testClip(u"clip.avi"_s, u"mjpeg"_s, clipSize(), 25, kClipFrames);
         m_writer.testClip(u"other.avi"_s, u"mjpeg"_s, clipSize(), 25, kClipFrames / 2);
         m_writer.testClip(u"slow.avi"_s, u"mjpeg"_s, clipSize(), 1, kSlowClipFrames);
+        m_writer.testClip(u"single.avi"_s, u"mjpeg"_s, clipSize(), 25, 1);
+        // A picture every twenty seconds.
+        m_writer.testClip(u"slowest.avi"_s, u"mjpeg"_s, clipSize(), 1, kSlowestClipFrames,
+                          {u"-vf"_s, u"setpts=20*PTS"_s, u"-r"_s, u"1/20"_s});
         m_writer.testClip(u"long.avi"_s, u"mjpeg"_s, {640, 360}, 30, kLongClipFrames);
     }
     QString path(const QString& name) const
@@ -90,7 +95,8 @@ public:
     {
         const QString location = m_packages.writeTip(package(), u"tips.xml"_s, u"k"_s);
         m_packages.write(resource(u"here.txt"_s), "");
-        for (const QString& name : {u"clip.avi"_s, u"other.avi"_s, u"slow.avi"_s, u"long.avi"_s})
+        for (const QString& name : {u"clip.avi"_s, u"other.avi"_s, u"slow.avi"_s, u"single.avi"_s,
+                                    u"slowest.avi"_s, u"long.avi"_s})
             QFile::copy(clips.path(name), m_packages.path(resource(name)));
         m_manager = std::make_unique<VLManager>(&m_host, m_context,
                                                 QStringList{m_packages.dataPath()}, &m_index);
@@ -251,6 +257,8 @@ private Q_SLOTS:
     void promptClip_takesEachOfManySources();
     void promptClip_wakesNoThread_whenPaused();
     void promptClip_keepsItsPace();
+    void promptClip_endsWithoutHalt_afterLastFrame();
+    void promptClip_keepsItsPace_whenOneFrameIsPlayedAnew();
     void promptClip_goesAtOnce_whilePlaying();
 
     void releasedClip_closesItsFile_whileDecoding();
@@ -365,6 +373,36 @@ void TestClipSafeguards::promptClip_keepsItsPace()
     // 40 milliseconds lie between two frames; the sleep leaves out the fraction.
     QVERIFY2(timer.elapsed() >= 39 * (kClipFrames - 1),
              qPrintable(QString::number(timer.elapsed())));
+}
+
+void TestClipSafeguards::promptClip_endsWithoutHalt_afterLastFrame()
+{
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    load(*item, u"slowest.avi"_s);
+    item->setPosition(kSlowestClipFrames - 1);
+    item->play();
+    // A second halt would take twenty seconds.
+    QTRY_COMPARE_WITH_TIMEOUT(item->state(), VLVideoComponent::pausedState, 10000);
+    QCOMPARE(item->position(), qlonglong(kSlowestClipFrames));
+}
+
+void TestClipSafeguards::promptClip_keepsItsPace_whenOneFrameIsPlayedAnew()
+{
+    constexpr int kTurns = 5;
+    const Stage stage(m_clips);
+    stage.set(ckPromptClips, true);
+    const auto item = stage.newItem();
+    load(*item, u"single.avi"_s);
+    QElapsedTimer timer;
+    timer.start();
+    for (int turn = 0; turn < kTurns; ++turn) {
+        item->play();
+        QTRY_COMPARE(item->state(), VLVideoComponent::pausedState);
+    }
+    // 40 milliseconds are the time of a frame; the sleep leaves out the fraction.
+    QVERIFY2(timer.elapsed() >= 39 * kTurns, qPrintable(QString::number(timer.elapsed())));
 }
 
 void TestClipSafeguards::promptClip_goesAtOnce_whilePlaying()
