@@ -8,12 +8,17 @@
 #include "Report.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLIndex.h>
+#include <Vidlets/VLSafeguards.h>
 #include <Vidlets/VLXmlElement.h>
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QLocale>
 #include <QXmlStreamReader>
+
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -91,6 +96,33 @@ QString lookUp(Vidlets::VLIndex& index, const QString& key)
     return location;
 }
 
+template <typename Operation> void add(const std::string& name, const Operation& operation)
+{
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [operation](benchmark::State& state) {
+                                     for ([[maybe_unused]] auto turn : state)
+                                         benchmark::DoNotOptimize(operation());
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+std::vector<Report::Aim> aims()
+{
+    std::vector<Report::Aim> all;
+    for (const char* subject : {"hit", "miss"}) {
+        Report::Aim aim;
+        aim.subject = std::string("lookup-") + subject;
+        aim.measured = {subject, {}};
+        aim.baseline = {"bare-reader", {}};
+        aim.value = 1.05;
+        all.push_back(aim);
+        const std::vector<Report::Aim> beside = Report::safeguardedAims(aim.subject, subject);
+        all.insert(all.end(), beside.cbegin(), beside.cend());
+    }
+    return all;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -100,47 +132,28 @@ int main(int argc, char* argv[])
     const QStringList files = writePackage(packages);
     VLContext context;
     Vidlets::VLIndex index(&context, {packages.dataPath()});
-    for (const QString& file : files)
-        index.indexControlFile(file, packages.packageRoot(kPackage));
+    VLContext safeguards;
+    Vidlets::useSafeguards(safeguards);
+    Vidlets::VLIndex safeguarded(&safeguards, {packages.dataPath()});
 
     const QString lastKey = u"0.%1"_s.arg(kTipsPerFile - 1);
     const QString missingKey = u"nowhere"_s;
-    Report::verify(lookUp(index, lastKey) == files.constFirst(),
-                   "the key is in the file that is searched last");
-    Report::verify(lookUp(index, missingKey).isNull(), "the other key is nowhere");
+    for (Vidlets::VLIndex* each : {&index, &safeguarded}) {
+        for (const QString& file : files)
+            each->indexControlFile(file, packages.packageRoot(kPackage));
+        Report::verify(lookUp(*each, lastKey) == files.constFirst(),
+                       "the key is in the file that is searched last");
+        Report::verify(lookUp(*each, missingKey).isNull(), "the other key is nowhere");
+    }
     Report::verify(readAll(files) == kFiles * (1 + kTipsPerFile * kTagsPerTip),
                    "the baseline reads all tags");
 
-    benchmark::RegisterBenchmark("hit",
-                                 [&](benchmark::State& state) {
-                                     for ([[maybe_unused]] auto turn : state)
-                                         benchmark::DoNotOptimize(lookUp(index, lastKey));
-                                 })
-        ->UseRealTime()
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("miss",
-                                 [&](benchmark::State& state) {
-                                     for ([[maybe_unused]] auto turn : state)
-                                         benchmark::DoNotOptimize(lookUp(index, missingKey));
-                                 })
-        ->UseRealTime()
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark("bare-reader",
-                                 [&](benchmark::State& state) {
-                                     for ([[maybe_unused]] auto turn : state)
-                                         benchmark::DoNotOptimize(readAll(files));
-                                 })
-        ->UseRealTime()
-        ->Unit(benchmark::kMillisecond);
-
-    std::vector<Report::Aim> aims;
-    for (const char* subject : {"hit", "miss"}) {
-        Report::Aim aim;
-        aim.subject = std::string("lookup-") + subject;
-        aim.measured = {subject, {}};
-        aim.baseline = {"bare-reader", {}};
-        aim.value = 1.05;
-        aims.push_back(aim);
+    for (const auto& [name, key] : {std::pair(std::string("hit"), lastKey), {"miss", missingKey}}) {
+        add(name, [&index, key = key] { return lookUp(index, key); });
+        add(name + Report::kSafeguarded,
+            [&safeguarded, key = key] { return lookUp(safeguarded, key); });
     }
-    return Report::run(argc, argv, kRepetitions, aims);
+    add("bare-reader", [&files] { return readAll(files); });
+
+    return Report::run(argc, argv, kRepetitions, aims());
 }

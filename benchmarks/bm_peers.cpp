@@ -592,8 +592,7 @@ int main(int argc, char* argv[])
     add("loop-media", media, u"loop"_s, kPlayRepetitions, &Trial::loop);
 
     Report::Aim loop = aim("loop", "media");
-    loop.measured.counter = "gap_ms";
-    loop.baseline.counter = "gap_ms";
+    loop.measured.counter = loop.baseline.counter = "gap_ms";
     loop.comparison = Report::Comparison::Difference;
     loop.value = 1.0;
     loop.unit = "ms";

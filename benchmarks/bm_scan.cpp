@@ -8,12 +8,16 @@
 #include "Report.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+
+#include <string>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -62,14 +66,19 @@ int listAndReadFirstLines(const QString& dataPath)
     return controlFiles;
 }
 
-template <typename Operation> void timeEach(benchmark::State& state, const Operation& operation)
+template <typename Operation> void add(const std::string& name, const Operation& operation)
 {
-    for ([[maybe_unused]] auto turn : state) {
-        QElapsedTimer clock;
-        clock.start();
-        operation();
-        state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / kNsPerSecond);
-    }
+    const auto time = [operation](benchmark::State& state) {
+        for ([[maybe_unused]] auto turn : state) {
+            QElapsedTimer clock;
+            clock.start();
+            operation();
+            state.SetIterationTime(static_cast<double>(clock.nsecsElapsed()) / kNsPerSecond);
+        }
+    };
+    benchmark::RegisterBenchmark(name.c_str(), time)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
 }
 
 } // namespace
@@ -82,31 +91,29 @@ int main(int argc, char* argv[])
     const QString dataPath = packages.dataPath();
 
     VLContext context;
-    Vidlets::VLInterface host(context, {dataPath}, nullptr);
-    Report::verify(host.keys().size() == qsizetype(kPackages) * kFilesPerPackage * kTipsPerFile,
-                   "the scan records all control files");
+    VLContext safeguarded;
+    Vidlets::useSafeguards(safeguarded);
+    for (VLContext* each : {&context, &safeguarded}) {
+        Vidlets::VLInterface host(*each, {dataPath}, nullptr);
+        Report::verify(host.keys().size() == qsizetype(kPackages) * kFilesPerPackage * kTipsPerFile,
+                       "the scan records all control files");
+    }
     Report::verify(listAndReadFirstLines(dataPath) == kPackages * kFilesPerPackage,
                    "the baseline reads all control files");
 
-    benchmark::RegisterBenchmark(
-        "scan",
-        [&](benchmark::State& state) {
-            timeEach(state, [&] { Vidlets::VLInterface scanning(context, {dataPath}, nullptr); });
-        })
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
-    benchmark::RegisterBenchmark(
-        "list-and-read",
-        [&](benchmark::State& state) {
-            timeEach(state, [&] { benchmark::DoNotOptimize(listAndReadFirstLines(dataPath)); });
-        })
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond);
+    const auto scan = [&dataPath](VLContext& settings) {
+        Vidlets::VLInterface scanning(settings, {dataPath}, nullptr);
+    };
+    add("scan", [&] { scan(context); });
+    add(std::string("scan") + Report::kSafeguarded, [&] { scan(safeguarded); });
+    add("list-and-read", [&] { benchmark::DoNotOptimize(listAndReadFirstLines(dataPath)); });
 
     Report::Aim aim;
     aim.subject = "scan";
     aim.measured = {"scan", {}};
     aim.baseline = {"list-and-read", {}};
     aim.value = 2.0;
-    return Report::run(argc, argv, kRepetitions, {aim});
+    std::vector<Report::Aim> aims = Report::safeguardedAims(aim.subject, "scan");
+    aims.insert(aims.begin(), aim);
+    return Report::run(argc, argv, kRepetitions, aims);
 }

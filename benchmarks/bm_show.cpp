@@ -11,6 +11,7 @@
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
 #include <Vidlets/VLManager.h>
+#include <Vidlets/VLSafeguards.h>
 #include <Vidlets/VLView.h>
 #include <Vidlets/VLWidget.h>
 #include <Vidlets/VLXmlElement.h>
@@ -109,12 +110,20 @@ private:
     BarePopup m_popup;
 };
 
+struct Host
+{
+    VLContext context;
+    Vidlets::VLInterface interface {
+        context, {}, nullptr
+    };
+};
+
 class ShowBenchmark
 {
 public:
     ShowBenchmark()
-        : m_host(m_context, {}, nullptr)
     {
+        Vidlets::useSafeguards(m_safeguarded.context);
         const QString path = m_packages.write(kPackage + u"/ui/VidletUI.qml"_s, scene());
         m_scene = QUrl::fromLocalFile(path);
         for (const QString& key : {u"even"_s, u"odd"_s}) {
@@ -124,7 +133,8 @@ public:
                     + "\" title=\"A title\"><text>Text of the tip</text></vidlet></vidlets>");
         }
         // Counting down, as by default, but never to the end.
-        m_context.set(Vidlets::ckStayDuration, kEndlessMs);
+        for (Host* host : {&m_plain, &m_safeguarded})
+            host->context.set(Vidlets::ckStayDuration, kEndlessMs);
         m_control.setGeometry(100, 100, 200, 100);
         m_control.show();
         waitUntil([this] { return m_control.windowHandle()->isExposed(); }, "the control");
@@ -134,14 +144,25 @@ public:
     /// would fall on whichever benchmark comes first.
     void warmUp()
     {
-        firstPopupSeconds();
+        firstPopupSeconds(m_plain);
+        firstPopupSeconds(m_safeguarded);
         firstBareSeconds();
     }
 
-    void firstShow(benchmark::State& state)
+    Host& plain()
+    {
+        return m_plain;
+    }
+
+    Host& safeguarded()
+    {
+        return m_safeguarded;
+    }
+
+    void firstShow(benchmark::State& state, Host& host)
     {
         for ([[maybe_unused]] auto turn : state)
-            state.SetIterationTime(firstPopupSeconds());
+            state.SetIterationTime(firstPopupSeconds(host));
     }
 
     void firstBareShow(benchmark::State& state)
@@ -150,9 +171,9 @@ public:
             state.SetIterationTime(firstBareSeconds());
     }
 
-    void laterShow(benchmark::State& state)
+    void laterShow(benchmark::State& state, Host& host)
     {
-        const auto manager = newManager();
+        const auto manager = newManager(host);
         requestPopup(*manager);
         for ([[maybe_unused]] auto turn : state) {
             hide(*manager->widget(), manager->widget()->view());
@@ -179,15 +200,15 @@ public:
     }
 
 private:
-    std::unique_ptr<Vidlets::VLManager> newManager()
+    std::unique_ptr<Vidlets::VLManager> newManager(Host& host)
     {
-        return std::make_unique<Vidlets::VLManager>(&m_host, m_context,
+        return std::make_unique<Vidlets::VLManager>(&host.interface, host.context,
                                                     QStringList{m_packages.dataPath()}, nullptr);
     }
 
-    double firstPopupSeconds()
+    double firstPopupSeconds(Host& host)
     {
-        auto manager = newManager();
+        auto manager = newManager(host);
         FrameWatch frames;
         requestPopup(*manager);
         frames.watch(manager->widget()->view());
@@ -241,8 +262,8 @@ private:
     }
 
     PackageBuilder m_packages;
-    VLContext m_context;
-    Vidlets::VLInterface m_host;
+    Host m_plain;
+    Host m_safeguarded;
     QUrl m_scene;
     QWidget m_control;
     int m_shows = 0;
@@ -261,9 +282,13 @@ int main(int argc, char* argv[])
             ->Iterations(1)
             ->Unit(benchmark::kMillisecond);
     };
-    add("first", [&](benchmark::State& state) { showing.firstShow(state); });
+    add("first", [&](benchmark::State& state) { showing.firstShow(state, showing.plain()); });
+    add("first-safeguarded",
+        [&](benchmark::State& state) { showing.firstShow(state, showing.safeguarded()); });
     add("first-bare", [&](benchmark::State& state) { showing.firstBareShow(state); });
-    add("later", [&](benchmark::State& state) { showing.laterShow(state); });
+    add("later", [&](benchmark::State& state) { showing.laterShow(state, showing.plain()); });
+    add("later-safeguarded",
+        [&](benchmark::State& state) { showing.laterShow(state, showing.safeguarded()); });
     add("later-bare", [&](benchmark::State& state) {
         showing.laterBareShow(state, [](BareTip& bare) { bare.show(); });
     });
@@ -281,6 +306,8 @@ int main(int argc, char* argv[])
         aim.baseline = {show + "-bare", {}};
         aim.value = show == "later" ? 1.05 : 1.1;
         aims.push_back(aim);
+        const std::vector<Report::Aim> beside = Report::safeguardedAims(aim.subject, show);
+        aims.insert(aims.end(), beside.cbegin(), beside.cend());
     }
     return Report::run(argc, argv, kRepetitions, aims);
 }

@@ -29,7 +29,20 @@ void waitUntilDecoded(Vidlets::VLVideoSource& source, quint64 atLeastFrames)
 }
 
 ClipLoader::ClipLoader()
-    : m_source(nullptr)
+    : m_ownSource(std::make_unique<Vidlets::VLVideoSourceFFMPEG>(nullptr))
+    , m_source(*m_ownSource)
+{
+    follow();
+    m_source.start(QThread::InheritPriority);
+}
+
+ClipLoader::ClipLoader(Vidlets::VLVideoSource& source)
+    : m_source(source)
+{
+    follow();
+}
+
+void ClipLoader::follow()
 {
     m_clock.start();
     connect(
@@ -38,7 +51,6 @@ ClipLoader::ClipLoader()
     connect(
         &m_source, &Vidlets::VLVideoSource::streamEnded, this,
         [this] { m_endNs = m_clock.nsecsElapsed(); }, Qt::DirectConnection);
-    m_source.start(QThread::InheritPriority);
 }
 
 double ClipLoader::load(const QString& path, int frames)

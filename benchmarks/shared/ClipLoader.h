@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <atomic>
+#include <memory>
 
 /// Runs the event loop until @p source has decoded the clip that it was given, to the end.
 void waitUntilDecoded(Vidlets::VLVideoSource& source, quint64 atLeastFrames);
@@ -25,6 +26,8 @@ class ClipLoader : public QObject
 {
 public:
     ClipLoader();
+    /// Decodes with @p source, which is running.
+    explicit ClipLoader(Vidlets::VLVideoSource& source);
 
     /// Decodes the clip at @p path, which has @p frames, to its end. Gives the seconds that it
     /// took, without the wait for the thread to notice. The clip must not be the one before.
@@ -34,7 +37,10 @@ public:
     quint64 frameCount();
 
 private:
-    Vidlets::VLVideoSourceFFMPEG m_source;
+    void follow();
+
+    const std::unique_ptr<Vidlets::VLVideoSource> m_ownSource; ///< Null where it is another's.
+    Vidlets::VLVideoSource& m_source;
     QElapsedTimer m_clock;
     std::atomic<qint64> m_startNs = 0;
     std::atomic<qint64> m_endNs = 0;

@@ -18,6 +18,7 @@ namespace Report {
 namespace {
 
 constexpr double kNsPerSecond = 1e9;
+constexpr double kLevelRatio = 1.05;
 
 using Figures = std::vector<double>;
 
@@ -137,6 +138,21 @@ void printAim(const Aim& aim, const Reporter& reporter)
 }
 
 } // namespace
+
+std::vector<Aim> safeguardedAims(const std::string& subject, const std::string& benchmark,
+                                 const std::string& processorCounter)
+{
+    Aim time;
+    time.subject = subject + kSafeguarded;
+    time.measured = {benchmark + kSafeguarded, {}};
+    time.baseline = {benchmark, {}};
+    time.value = kLevelRatio;
+    Aim processor = time;
+    processor.subject += "-processor";
+    processor.measured.counter = processorCounter;
+    processor.baseline.counter = processorCounter;
+    return {time, processor};
+}
 
 int run(int argc, char* argv[], int repetitions, const std::vector<Aim>& aims)
 {

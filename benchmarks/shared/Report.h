@@ -56,6 +56,14 @@ struct Aim
     Statistic statistic = Statistic::Median;
 };
 
+/// Follows the name of a series in its twin, which runs with safeguards on.
+inline constexpr const char* kSafeguarded = "-safeguarded";
+
+/// The aims of @p benchmark with safeguards on, beside the same without: by its time, and by
+/// @p processorCounter, which other work on the machine disturbs less.
+std::vector<Aim> safeguardedAims(const std::string& subject, const std::string& benchmark,
+                                 const std::string& processorCounter = kProcessorNs);
+
 /**
  * Runs the registered benchmarks @p repetitions times each, in a random order, so that whatever
  * else the machine does falls on subject and baseline alike. Prints the usual table and then, for
