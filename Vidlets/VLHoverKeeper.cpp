@@ -10,8 +10,6 @@
 #include "VLWidgetPrivate.h"
 
 #include <QApplication>
-#include <QCursor>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPropertyAnimation>
 #include <QWindow>
@@ -68,12 +66,12 @@ bool VLHoverKeeper::isOn() const
 
 bool VLHoverKeeper::isOverControl(const QPoint& position) const
 {
-    const QWidget* under = QApplication::widgetAt(position);
+    const QWidget* under = surface().widgetAt(position);
     const QWidget* owner = control();
     if (owner)
         return under && (under == owner || owner->isAncestorOf(under));
     // A host without widgets: nobody but it knows where the control ends.
-    return !under && QGuiApplication::topLevelAt(position);
+    return !under && surface().windowAt(position);
 }
 
 bool VLHoverKeeper::isTipOf(const QWidget* requester) const
@@ -116,8 +114,7 @@ void VLHoverKeeper::beginTip()
     if (m_popup->m_view->stayOpen())
         m_popup->m_view->setStayOpen(false);
     // The window system learns to which window a popup belongs when the popup comes up.
-    const QWindow* window = m_popup->windowHandle();
-    if (m_popup->isVisible() && window && window->transientParent() != windowOfControl())
+    if (m_popup->isVisible() && !surface().isInReferenceWindow())
         m_popup->hide();
 }
 
@@ -144,13 +141,8 @@ void VLHoverKeeper::beginWatch()
     if (!isOn() || !m_popup->isWindow())
         return;
     // As a part of the control's window the popup gets input while that window is modal.
-    if (QWindow* window = m_popup->windowHandle()) {
-        // The view within came up before, as a window of nobody, and Qt looks at it once more only
-        // where the popup turns from a blocked window into a free one.
-        window->setTransientParent(nullptr);
-        window->setTransientParent(windowOfControl());
-    }
-    m_pointer = QCursor::pos();
+    surface().joinReferenceWindow();
+    m_pointer = surface().pointer();
     m_watch.start();
     QCoreApplication::instance()->installEventFilter(this);
 }
@@ -199,13 +191,9 @@ QWidget* VLHoverKeeper::control() const
     return m_popup->d->reference();
 }
 
-/// Null also where the popup itself is the control's window.
-QWindow* VLHoverKeeper::windowOfControl() const
+VLPopupSurface& VLHoverKeeper::surface() const
 {
-    const QWidget* owner = control();
-    if (!owner || owner->window() == m_popup)
-        return nullptr;
-    return owner->window()->windowHandle();
+    return m_popup->d->surface();
 }
 
 bool VLHoverKeeper::isWithinPopup(const QObject* object) const
@@ -231,7 +219,7 @@ void VLHoverKeeper::endFade()
     disconnect(m_popup->m_animation, &QAbstractAnimation::finished, m_popup,
                &VLWidget::hideAnimationFinished);
     m_popup->m_animation->stop();
-    m_popup->setWindowOpacity(1.0);
+    surface().setOpacity(1.0);
 }
 
 /// A pointer that rests is left alone. One that moves outside of the application's windows, or so
@@ -240,11 +228,11 @@ void VLHoverKeeper::followPointer()
 {
     if (!m_watch.isActive())
         return;
-    const QPoint position = QCursor::pos();
-    if (m_pointer == position)
+    const VLPopupSurface::Pointer pointer = surface().pointer();
+    if (m_pointer == pointer)
         return;
-    m_pointer = position;
-    m_popup->checkMousePosition(position);
+    m_pointer = pointer;
+    m_popup->checkMousePosition(pointer.position);
 }
 
 void VLHoverKeeper::keyPressed(const QObject* receiver, int key)

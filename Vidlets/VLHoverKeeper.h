@@ -4,6 +4,8 @@
 #ifndef VLHOVERKEEPER_H
 #define VLHOVERKEEPER_H
 
+#include "VLPopupSurface.h"
+
 #include <QObject>
 #include <QPoint>
 #include <QString>
@@ -13,7 +15,6 @@
 
 class QEvent;
 class QWidget;
-class QWindow;
 
 namespace Vidlets {
 
@@ -67,7 +68,7 @@ private:
     Q_DISABLE_COPY_MOVE(VLHoverKeeper)
 
     QWidget* control() const;
-    QWindow* windowOfControl() const;
+    VLPopupSurface& surface() const;
     bool isWithinPopup(const QObject* object) const;
     bool isFadingOut() const;
     void endFade();
@@ -78,8 +79,8 @@ private:
     VLWidget* const m_popup;
     /// Runs while the tip is up.
     QTimer m_watch;
-    /// Where the pointer was seen last; nothing for a tip that has not been looked at yet.
-    std::optional<QPoint> m_pointer;
+    /// The pointer as it was seen last; nothing for a tip that has not been looked at yet.
+    std::optional<VLPopupSurface::Pointer> m_pointer;
     bool m_retired = false;
 };
 

@@ -16,6 +16,8 @@
 #include <QTimer>
 #include <QVersionNumber>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace Vidlets {
@@ -55,6 +57,18 @@ QWindow* windowUnderPointer()
     return nullptr;
 }
 
+/// The top-level widget that @p window belongs to; null for one that holds no widgets.
+QWidget* widgetOf(const QWindow* window)
+{
+    if (!window)
+        return nullptr;
+    const QWidgetList widgets = QApplication::topLevelWidgets();
+    const auto found =
+        std::find_if(widgets.cbegin(), widgets.cend(),
+                     [window](const QWidget* widget) { return widget->windowHandle() == window; });
+    return found == widgets.cend() ? nullptr : *found;
+}
+
 } // namespace
 
 VLPopupSurface::VLPopupSurface(VLWidget* popup)
@@ -71,6 +85,37 @@ VLPopupSurface::VLPopupSurface(VLWidget* popup)
 void VLPopupSurface::setReference(QWidget* widget)
 {
     m_reference = widget;
+    // Two controls may be at the same place, each in its own window.
+    if (isPlacedByCompositor() && m_popup->isVisible() && !isInReferenceWindow())
+        mapAnewLater();
+}
+
+bool VLPopupSurface::isInReferenceWindow() const
+{
+    const QWindow* window = m_popup->windowHandle();
+    return !window || window->transientParent() == referenceWindow();
+}
+
+void VLPopupSurface::joinReferenceWindow()
+{
+    QWindow* window = m_popup->windowHandle();
+    if (!window)
+        return;
+    QWindow* parent = referenceWindow();
+    m_parentWindow = parent;
+    // The view within came up before, as a window of nobody. Where a dialog is modal Qt looks at it
+    // once more only when the popup turns from a blocked window into a free one.
+    window->setTransientParent(nullptr);
+    window->setTransientParent(parent);
+    // A popup must be gone before the window that it is a child of: compositors end the connection
+    // of a program that breaks this rule.
+    disconnect(m_parentConnection);
+    if (!m_active || !parent)
+        return;
+    m_parentConnection = connect(parent, &QWindow::visibleChanged, this, [this](bool visible) {
+        if (!visible && isPlacedByCompositor())
+            m_popup->hide();
+    });
 }
 
 Qt::WindowFlags VLPopupSurface::windowFlags() const
@@ -83,11 +128,17 @@ QRect VLPopupSurface::availableArea(const QScreen* screen) const
 {
     if (!m_active)
         return screen->availableGeometry();
+    if (!m_reference || !isPlacedByCompositor())
+        return kWithoutLimit;
     // Places are counted from the window of the control. Only one that fills the screen tells where
-    // that is; elsewhere the compositor moves what would not fit.
-    const QWidget* window = m_reference ? m_reference->window() : nullptr;
-    const bool fillsScreen = window && (window->isMaximized() || window->isFullScreen());
-    return fillsScreen && isPlacedByCompositor() ? window->frameGeometry() : kWithoutLimit;
+    // that is. Of another one it is known how far it can be from the edges, which is where at the
+    // latest a popup leaves the screen; the compositor moves what does so before.
+    const QWidget* window = m_reference->window();
+    const QRect frame = window->frameGeometry();
+    if (window->isMaximized() || window->isFullScreen())
+        return frame;
+    const QSize room = (screen->size() - frame.size()).expandedTo(QSize(0, 0));
+    return frame.adjusted(-room.width(), -room.height(), room.width(), room.height());
 }
 
 QObject* VLPopupSurface::fadeTarget()
@@ -122,17 +173,29 @@ VLPopupSurface::PointerWindow VLPopupSurface::pointerWindow() const
     return window == m_parentWindow ? PointerWindow::Reference : PointerWindow::Elsewhere;
 }
 
-QWidget* VLPopupSurface::widgetAt(const QPoint& position, const QWidget* reference)
+VLPopupSurface::Pointer VLPopupSurface::pointer() const
 {
-    if (!reference || !isWayland())
+    return {QCursor::pos(), m_pointerWindow};
+}
+
+QWidget* VLPopupSurface::widgetAt(const QPoint& position) const
+{
+    if (!m_active)
         return QApplication::widgetAt(position);
     // All windows claim to be at the same place.
-    QWidget* window = reference->window();
+    QWidget* window = m_reference ? m_reference->window() : widgetOf(windowAt(position));
+    if (!window)
+        return nullptr;
     const QPoint local = window->mapFromGlobal(position);
     if (!window->rect().contains(local))
         return nullptr;
     QWidget* child = window->childAt(local);
     return child ? child : window;
+}
+
+QWindow* VLPopupSurface::windowAt(const QPoint& position) const
+{
+    return m_active ? topLevelOf(m_pointerWindow) : QGuiApplication::topLevelAt(position);
 }
 
 bool VLPopupSurface::isPlacedByCompositor() const
@@ -174,7 +237,7 @@ bool VLPopupSurface::filterPopup(QEvent* event)
         return m_isMappingAnew;
     case QEvent::Move:
     case QEvent::Resize:
-        if (isPlacedByCompositor() && m_popup->isVisible())
+        if (!canReposition() && isPlacedByCompositor() && m_popup->isVisible())
             mapAnewLater();
         return false;
     default:
@@ -190,7 +253,7 @@ void VLPopupSurface::beginMapping()
         return;
     m_popup->contentResized();
     m_popup->reposition();
-    setParentWindow(referenceWindow());
+    joinReferenceWindow();
     m_mappedGeometry = m_popup->geometry();
 }
 
@@ -199,10 +262,11 @@ void VLPopupSurface::endMapping()
     m_unrevealed = nullptr;
 }
 
-/// A popup cannot be moved once it is up, and one that grew could leave the screen.
+/// A popup keeps its window once it is up. Nor can it be moved, and one that grew could leave the
+/// screen.
 void VLPopupSurface::mapAnewLater()
 {
-    if (canReposition() || m_willMapAnew)
+    if (m_willMapAnew)
         return;
     m_willMapAnew = true;
     QTimer::singleShot(0, this, &VLPopupSurface::mapAnew);
@@ -216,8 +280,8 @@ void VLPopupSurface::mapAnew()
     const QRect geometry = m_popup->geometry();
     const bool grew = geometry.width() > m_mappedGeometry.width()
         || geometry.height() > m_mappedGeometry.height();
-    if (!grew && geometry.topLeft() == m_mappedGeometry.topLeft()
-        && referenceWindow() == m_parentWindow)
+    const bool moved = geometry.topLeft() != m_mappedGeometry.topLeft();
+    if (isInReferenceWindow() && (canReposition() || (!grew && !moved)))
         return;
     // For the popup itself it stays up: neither its timer nor its fade are touched.
     const QScopedValueRollback<bool> guard(m_isMappingAnew, true);
@@ -261,21 +325,6 @@ void VLPopupSurface::revealView()
         view->hide();
         view->show();
         m_popup->update();
-    });
-}
-
-/// A popup must be gone before the window that it is a child of: compositors end the connection of
-/// a program that breaks this rule.
-void VLPopupSurface::setParentWindow(QWindow* window)
-{
-    disconnect(m_parentConnection);
-    m_parentWindow = window;
-    m_unrevealed->setTransientParent(window);
-    if (!window)
-        return;
-    m_parentConnection = connect(window, &QWindow::visibleChanged, this, [this](bool visible) {
-        if (!visible && isPlacedByCompositor())
-            m_popup->hide();
     });
 }
 

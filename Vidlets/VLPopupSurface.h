@@ -32,6 +32,10 @@ public:
 
     /// Remembers @p widget, which may be null, as the one that the popup belongs to.
     void setReference(QWidget* widget);
+    /// Whether the popup's window is a child of the reference's.
+    bool isInReferenceWindow() const;
+    /// Makes the popup's window, which is there but not up yet, a child of the reference's.
+    void joinReferenceWindow();
 
     /// What the window of a popup is.
     Qt::WindowFlags windowFlags() const;
@@ -51,9 +55,24 @@ public:
         Elsewhere
     };
     PointerWindow pointerWindow() const;
-    /// The widget at @p position; no other window than that of @p reference is looked at where
-    /// windows have no places.
-    static QWidget* widgetAt(const QPoint& position, const QWidget* reference);
+    /// What is known of the pointer, and changes with it: its place, and the window that it is in
+    /// where its place is not told outside of windows.
+    struct Pointer
+    {
+        QPoint position;
+        const QWindow* window = nullptr;
+
+        bool operator==(const Pointer& other) const
+        {
+            return position == other.position && window == other.window;
+        }
+    };
+    Pointer pointer() const;
+    /// What lies at @p position. Where windows have no places, only the reference's is looked at,
+    /// or, without a reference, the one that the pointer is in.
+    QWidget* widgetAt(const QPoint& position) const;
+    /// The window that @p position is in, or the pointer where windows have no places.
+    QWindow* windowAt(const QPoint& position) const;
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
@@ -68,7 +87,6 @@ private:
     void mapAnewLater();
     void followPointer(QObject* object, QEvent::Type type);
     void revealView();
-    void setParentWindow(QWindow* window);
     QWindow* referenceWindow() const;
 
     VLWidget* const m_popup;

@@ -116,7 +116,7 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
         return m_hover.isOverControl(position);
     // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
     // widget, a point over no widget of the application counts as one over it.
-    return VLPopupSurface::widgetAt(position, m_reference) == m_popup->m_referenceWidget;
+    return m_surface.widgetAt(position) == m_popup->m_referenceWidget;
 }
 
 void VLWidgetPrivate::setWantedPosition(const QPoint& position)
