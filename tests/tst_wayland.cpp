@@ -15,12 +15,15 @@
 #include <Vidlets/VLWidget.h>
 
 #include <QDeadlineTimer>
+#include <QDialog>
 #include <QFile>
+#include <QLineEdit>
 #include <QProcess>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QQuickItem>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTimer>
 
 #include <memory>
@@ -42,6 +45,7 @@ const QPoint kDesktop(1270, 10);
 constexpr int kPatienceMs = 15000;
 constexpr int kEndlessMs = 600000;
 constexpr int kShortMs = 50;
+constexpr int kFlickSpeed = 5000;
 
 // A colour that is drawn last and in the outermost corner tells that nothing of the scene is cut.
 constexpr auto kScene = R"(import QtQuick
@@ -195,6 +199,20 @@ public:
     }
 
     QPoint place;
+    /// Keys and turns of the wheel that have reached the window.
+    int keys = 0;
+    int turns = 0;
+
+protected:
+    void keyPressEvent(QKeyEvent* /*event*/) override
+    {
+        ++keys;
+    }
+
+    void wheelEvent(QWheelEvent* /*event*/) override
+    {
+        ++turns;
+    }
 
 private:
     const QColor m_color;
@@ -207,10 +225,16 @@ public:
     explicit Host(const QSize& windowSize = QSize(700, 450));
     ~Host();
 
+    /// Changes a setting while the host runs.
+    void set(int key, const QVariant& value) const;
     /// The pointer rests on @p control until the tip for it is on the screen.
     void restOn(const QWidget& control);
     /// The same, until the tip is beside the pointer as a whole.
     void restUntilWhole(const QWidget& control);
+
+    /// Moves the control to where neither it nor its tip is below a window whose scene is at
+    /// @p place.
+    void putSaveAsideOf(const QRect& place);
 
     PackageBuilder packages;
     VLContext context;
@@ -260,6 +284,11 @@ Host::~Host()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+void Host::set(int key, const QVariant& value) const
+{
+    interface->context().set(key, value);
+}
+
 void Host::restOn(const QWidget& control)
 {
     const auto* shownIn = static_cast<const ColoredWindow*>(control.window());
@@ -275,15 +304,35 @@ void Host::restUntilWhole(const QWidget& control)
     QVERIFY(sceneComesTo(QRect(shownIn->centerOf(control) + kOffset, kSceneSize)));
 }
 
-/// Pins the tip as a user does. Gives the popup, or null.
+void Host::putSaveAsideOf(const QRect& place)
+{
+    const QRect taken = place.translated(-window.place).adjusted(-40, -40, 40, 40);
+    for (const QPoint& free :
+         {QPoint(20, 20), QPoint(480, 20), QPoint(20, 300), QPoint(480, 300)}) {
+        save.move(free);
+        const QRect tip(save.geometry().center() + kOffset, kSceneSize);
+        if (!taken.intersects(save.geometry() | tip))
+            break;
+    }
+}
+
+/// Pins the tip as a user does, and waits until the compositor has given its window a place. Gives
+/// the popup, or null.
 VLWidget* pin()
 {
     VLWidget* popup = popupOnScreen();
-    const bool isClicked = CompositorScreen::movePointerTo(scenePlace().topLeft() + QPoint(20, 70))
-        && PointerDriver::click();
-    return isClicked && QTest::qWaitFor([popup] { return popup->view()->reserved(); }, kPatienceMs)
-        ? popup
-        : nullptr;
+    const QRect before = scenePlace();
+    if (!CompositorScreen::movePointerTo(before.topLeft() + QPoint(20, 70))
+        || !PointerDriver::click())
+        return nullptr;
+    const auto isUp = [popup] {
+        return popup->view()->reserved() && popup->window()->isActiveWindow();
+    };
+    const auto isPlaced = [&before] {
+        const QRect place = scenePlace();
+        return place.size() == kSceneSize && place.topLeft() != before.topLeft();
+    };
+    return QTest::qWaitFor(isUp, kPatienceMs) && comesTrue(isPlaced) ? popup : nullptr;
 }
 
 } // namespace
@@ -297,6 +346,7 @@ private Q_SLOTS:
     void rest_showsWholeTipBesidePointer_afterHide();
     void rest_onOtherControl_movesTipToPointer();
     void rest_showsTipOfControl_inSecondWindow();
+    void rest_movesTip_toSamePlaceInOtherWindow();
     void rest_keepsTipOnScreen_whenItWouldNotFit_data();
     void rest_keepsTipOnScreen_whenItWouldNotFit();
     void rest_keepsActivationOfWindow();
@@ -314,6 +364,27 @@ private Q_SLOTS:
     void pin_makesWindowWithTitleBar();
     void pin_leavesNextTipBesidePointer();
     void pin_docksIntoWindowOfHost();
+    void stayOnTop_leavesPinnedWindowWhole();
+    void otherProgram_hidesTip_whenItTakesActivation();
+    void click_onTipOfModalDialog_reachesScene_data();
+    void click_onTipOfModalDialog_reachesScene();
+
+    void steadyTip_hides_whenPointerFlicksOverTitleBar();
+    void steadyTip_hides_whenPointerLeavesThroughIt();
+    void steadyTip_stays_overPartOfControl();
+    void steadyTip_hides_atRequestWithoutContent();
+    void steadyTip_hides_atKeyThatReachesHost_data();
+    void steadyTip_hides_atKeyThatReachesHost();
+    void steadyTip_hides_atWheelThatReachesHost();
+    void steadyTip_stays_atWheelOverIt();
+    void steadyTip_goesWithItsControl();
+    void steadyTip_fadesFromFull_onceItCameBack();
+    void steadyTip_moves_toOtherWindow();
+
+    void keptOffTip_leavesControlFree_data();
+    void keptOffTip_leavesControlFree();
+    void keptOffTip_leavesControlFree_inLargeWindow();
+    void keptOffTip_leavesControlFree_whenSceneGrows();
 };
 
 void TestWayland::rest_showsWholeTipBesidePointer()
@@ -357,6 +428,21 @@ void TestWayland::rest_showsTipOfControl_inSecondWindow()
     host.restUntilWhole(control);
     // A pointer that rests on the control is safe, whatever other window claims the place.
     QVERIFY(!hideTimer()->isActive());
+}
+
+void TestWayland::rest_movesTip_toSamePlaceInOtherWindow()
+{
+    Host host(QSize(500, 300));
+    ColoredWindow second(kOtherColor);
+    second.resize(500, 300);
+    QPushButton control(u"Save"_s, &second);
+    control.setObjectName(u"save"_s);
+    control.setGeometry(host.open.geometry());
+    second.bringUpAndFind();
+    host.restUntilWhole(control);
+    // A window comes up on top of those that are there.
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
 }
 
 void TestWayland::rest_keepsTipOnScreen_whenItWouldNotFit_data()
@@ -581,13 +667,19 @@ void TestWayland::pin_makesWindowWithTitleBar()
     QCOMPARE(pinned->windowType(), Qt::Tool);
     // Dragged by its title bar it moves as a whole.
     const QRect before = scenePlace();
-    QVERIFY(CompositorScreen::movePointerTo(before.topLeft() + QPoint(60, -12)));
+    QPoint pointer = before.topLeft() + QPoint(60, -12);
+    QVERIFY(CompositorScreen::movePointerTo(pointer));
     QVERIFY(QProcess::execute(u"xdotool"_s, {u"mousedown"_s, u"1"_s}) == 0);
-    const QPoint distance(70, 50);
-    QVERIFY(CompositorScreen::movePointerTo(before.topLeft() + QPoint(60, -12) + distance));
+    // The compositor begins once the program has asked for it, and goes by the moves from then on.
+    const QPoint step = before.x() > 300 ? QPoint(-5, 3) : QPoint(5, 3);
+    const bool isDragged = comesTrue([&] {
+        pointer += step;
+        return CompositorScreen::movePointerTo(pointer)
+            && scenePlace().topLeft() != before.topLeft();
+    });
     QVERIFY(QProcess::execute(u"xdotool"_s, {u"mouseup"_s, u"1"_s}) == 0);
+    QVERIFY(isDragged);
     QVERIFY(!sceneAppears().isNull());
-    QVERIFY(comesTrue([&before] { return scenePlace().topLeft() != before.topLeft(); }));
     pinned->close();
     QVERIFY(sceneGoes());
 }
@@ -603,14 +695,7 @@ void TestWayland::pin_leavesNextTipBesidePointer()
     QVERIFY(!place.isNull());
     pinned->view()->rootObject()->setProperty("visible", false);
     QVERIFY(sceneGoes());
-    // Where the compositor has not put the pinned window.
-    const QRect taken = place.translated(-host.window.place).adjusted(-60, -60, 60, 60);
-    for (const QPoint& free :
-         {QPoint(20, 20), QPoint(480, 20), QPoint(20, 300), QPoint(480, 300)}) {
-        host.save.move(free);
-        if (!taken.intersects(host.save.geometry()))
-            break;
-    }
+    host.putSaveAsideOf(place);
     host.restUntilWhole(host.save);
     delete pinned;
 }
@@ -630,6 +715,315 @@ void TestWayland::pin_docksIntoWindowOfHost()
     QVERIFY(CompositorScreen::movePointerTo(scenePlace().topLeft() + QPoint(20, 20)));
     QVERIFY(PointerDriver::click());
     QTRY_COMPARE_WITH_TIMEOUT(host.interface->openedResources.size(), 1, kPatienceMs);
+}
+
+void TestWayland::stayOnTop_leavesPinnedWindowWhole()
+{
+    Host host;
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    const std::unique_ptr<VLWidget> pinned(pin());
+    QVERIFY(pinned);
+    const QRect place = sceneAppears();
+    QVERIFY(!place.isNull());
+    host.putSaveAsideOf(place);
+    host.restOn(host.save);
+    for (const bool onTop : {true, false}) {
+        pinned->manager()->setStayOnTop(onTop);
+        QVERIFY(popupOnScreen());
+        QTRY_VERIFY_WITH_TIMEOUT(pinned->view()->isExposed(), kPatienceMs);
+    }
+    popupOnScreen()->hide();
+    QVERIFY(!sceneAppears().isNull());
+    QVERIFY(CompositorScreen::movePointerTo(scenePlace().topLeft() + QPoint(20, 20)));
+    QVERIFY(PointerDriver::click());
+    QTRY_COMPARE_WITH_TIMEOUT(host.interface->openedResources.size(), 1, kPatienceMs);
+}
+
+void TestWayland::otherProgram_hidesTip_whenItTakesActivation()
+{
+    Host host;
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    QProcess program;
+    program.start(u"weston-flower"_s, QStringList());
+    QVERIFY(program.waitForStarted());
+    QTRY_VERIFY_WITH_TIMEOUT(!host.window.isActiveWindow(), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!popupOnScreen(), kPatienceMs);
+    QVERIFY(sceneGoes());
+    program.kill();
+    QVERIFY(program.waitForFinished());
+    // What the compositor does about it is over before the next window comes up.
+    QTRY_VERIFY_WITH_TIMEOUT(host.window.isActiveWindow(), kPatienceMs);
+}
+
+void TestWayland::click_onTipOfModalDialog_reachesScene_data()
+{
+    QTest::addColumn<bool>("isSteady");
+    QTest::newRow("as it is") << false;
+    QTest::newRow("steady") << true;
+}
+
+void TestWayland::click_onTipOfModalDialog_reachesScene()
+{
+    QFETCH(const bool, isSteady);
+    Host host;
+    host.set(ckSteadyHover, isSteady);
+    host.window.bringUpAndFind();
+    // The window in between has the colour, and takes no part in the dialog.
+    ColoredWindow dialog(kOtherColor);
+    dialog.setParent(&host.window, Qt::Dialog);
+    dialog.setWindowModality(Qt::ApplicationModal);
+    dialog.resize(300, 200);
+    QPushButton control(u"Save"_s, &dialog);
+    control.setObjectName(u"save"_s);
+    control.setGeometry(20, 20, 120, 40);
+    dialog.bringUpAndFind();
+    host.restUntilWhole(control);
+    QVERIFY(CompositorScreen::movePointerTo(scenePlace().topLeft() + QPoint(20, 20)));
+    QVERIFY(PointerDriver::click());
+    QTRY_COMPARE_WITH_TIMEOUT(host.interface->openedResources.size(), 1, kPatienceMs);
+    QVERIFY(popupOnScreen());
+    QVERIFY(!hideTimer()->isActive());
+}
+
+void TestWayland::steadyTip_hides_whenPointerFlicksOverTitleBar()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.open.move(60, 0);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    host.set(ckStayDuration, kShortMs);
+    const QPoint start = host.window.centerOf(host.open);
+    QVERIFY(PointerDriver::flick(start, QPoint(start.x(), 2), kFlickSpeed));
+    QTRY_VERIFY_WITH_TIMEOUT(!popupOnScreen(), kPatienceMs);
+    QVERIFY(sceneGoes());
+}
+
+void TestWayland::steadyTip_hides_whenPointerLeavesThroughIt()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    // Out of the window where there is more room.
+    const QRect screen = CompositorScreen::picture().rect();
+    const int roomAbove = host.window.place.y();
+    const bool isAbove = roomAbove > screen.height() - roomAbove - host.window.height();
+    const QSize offset(35, isAbove ? -120 : 30);
+    host.set(ckTooltipOffset, offset);
+    host.open.move(60, isAbove ? 0 : host.window.height() - host.open.height());
+    host.restOn(host.open);
+    const QPoint place = host.window.centerOf(host.open) + QPoint(offset.width(), offset.height());
+    QVERIFY(sceneComesTo(QRect(place, kSceneSize)));
+
+    const int y = isAbove ? place.y() + 5 : place.y() + kSceneSize.height() - 5;
+    const QPoint inTip(place.x() + 80, y);
+    QVERIFY(CompositorScreen::movePointerTo(inTip));
+    QTRY_COMPARE_WITH_TIMEOUT(QCursor::pos() - popupOnScreen()->pos(), inTip - place, kPatienceMs);
+    QVERIFY(!hideTimer()->isActive());
+    host.set(ckStayDuration, kShortMs);
+    QVERIFY(PointerDriver::flick(inTip, QPoint(inTip.x(), isAbove ? 2 : screen.bottom() - 2),
+                                 kFlickSpeed));
+    QTRY_VERIFY_WITH_TIMEOUT(!popupOnScreen(), kPatienceMs);
+    QVERIFY(sceneGoes());
+}
+
+void TestWayland::steadyTip_stays_overPartOfControl()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    QSpinBox amount(&host.window);
+    amount.setObjectName(u"open"_s);
+    amount.setGeometry(300, 200, 120, 40);
+    const auto* edit = amount.findChild<QLineEdit*>();
+    host.window.bringUpAndFind();
+    QVERIFY(CompositorScreen::movePointerTo(host.window.centerOf(*edit)));
+    QTRY_VERIFY_WITH_TIMEOUT(popupOnScreen(), kPatienceMs);
+    QCOMPARE(popupOnScreen()->referenceWidget(), &amount);
+    const qsizetype requests = host.interface->objectsAskedForKey.size();
+    QVERIFY(CompositorScreen::movePointerTo(host.window.centerOf(*edit) + QPoint(5, 0)));
+    // The part was asked for, to no effect.
+    QTRY_VERIFY_WITH_TIMEOUT(host.interface->objectsAskedForKey.size() > requests, kPatienceMs);
+    QVERIFY(popupOnScreen());
+    QVERIFY(!hideTimer()->isActive());
+    QCOMPARE(popupOnScreen()->referenceWidget(), &amount);
+    // Qt 6.4 forgets to delete the window of a line edit that goes from under the pointer.
+    host.restOn(host.save);
+}
+
+void TestWayland::steadyTip_hides_atRequestWithoutContent()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    // As the next cell of a view has another key.
+    host.open.setObjectName(u"unknown"_s);
+    QVERIFY(CompositorScreen::movePointerTo(host.window.centerOf(host.open) + QPoint(20, 0)));
+    QTRY_VERIFY_WITH_TIMEOUT(!popupOnScreen(), kPatienceMs);
+    QVERIFY(sceneGoes());
+}
+
+void TestWayland::steadyTip_hides_atKeyThatReachesHost_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<bool>("hides");
+    QTest::newRow("escape") << u"Escape"_s << true;
+    QTest::newRow("letter") << u"a"_s << true;
+    QTest::newRow("modifier") << u"Shift_L"_s << false;
+}
+
+void TestWayland::steadyTip_hides_atKeyThatReachesHost()
+{
+    QFETCH(const QString, key);
+    QFETCH(const bool, hides);
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    host.window.setFocus();
+    host.restUntilWhole(host.open);
+    QVERIFY(PointerDriver::pressKey(key));
+    QTRY_VERIFY_WITH_TIMEOUT(host.window.keys > 0, kPatienceMs);
+    QCOMPARE(popupOnScreen() == nullptr, hides);
+}
+
+void TestWayland::steadyTip_hides_atWheelThatReachesHost()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    QVERIFY(PointerDriver::turnWheel());
+    QTRY_VERIFY_WITH_TIMEOUT(host.window.turns > 0, kPatienceMs);
+    QVERIFY(!popupOnScreen());
+}
+
+void TestWayland::steadyTip_stays_atWheelOverIt()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    QVERIFY(CompositorScreen::movePointerTo(scenePlace().topLeft() + QPoint(20, 20)));
+    QVERIFY(PointerDriver::turnWheel());
+    // Events come in their order: after this one the turn is no longer on its way.
+    QVERIFY(PointerDriver::click());
+    QTRY_COMPARE_WITH_TIMEOUT(host.interface->openedResources.size(), 1, kPatienceMs);
+    QVERIFY(popupOnScreen());
+}
+
+void TestWayland::steadyTip_goesWithItsControl()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    host.open.hide();
+    QVERIFY(!popupOnScreen());
+    QVERIFY(sceneGoes());
+}
+
+void TestWayland::steadyTip_fadesFromFull_onceItCameBack()
+{
+    Host host;
+    host.set(ckSteadyHover, true);
+    host.set(ckHideDuration, kEndlessMs);
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    auto* popup = popupOnScreen();
+    auto* fade = popup->findChild<QPropertyAnimation*>(QString(), Qt::FindDirectChildrenOnly);
+    popup->hideAnimated();
+    fade->setCurrentTime(kEndlessMs / 2);
+    QVERIFY(CompositorScreen::movePointerTo(host.window.centerOf(host.open) + QPoint(5, 0)));
+    QTRY_COMPARE_WITH_TIMEOUT(fade->state(), QAbstractAnimation::Stopped, kPatienceMs);
+    QVERIFY(popup->isVisible());
+    popup->hideAnimated();
+    QCOMPARE(fade->startValue().toReal(), 1.0);
+}
+
+void TestWayland::steadyTip_moves_toOtherWindow()
+{
+    Host host(QSize(500, 300));
+    host.set(ckSteadyHover, true);
+    host.window.bringUpAndFind();
+    ColoredWindow second(kOtherColor);
+    second.resize(500, 300);
+    QPushButton control(u"Save"_s, &second);
+    control.setObjectName(u"save"_s);
+    control.setGeometry(host.save.geometry());
+    second.bringUpAndFind();
+    host.restUntilWhole(control);
+    QVERIFY(!hideTimer()->isActive());
+    // On top of the other one, which claims the same place and was made later.
+    host.window.hide();
+    host.window.bringUpAndFind();
+    host.restUntilWhole(host.open);
+    QVERIFY(!hideTimer()->isActive());
+    QCOMPARE(popupOnScreen()->windowHandle()->transientParent(), host.window.windowHandle());
+    const QPoint before = QCursor::pos();
+    QVERIFY(CompositorScreen::movePointerTo(host.window.centerOf(host.open) + QPoint(5, 0)));
+    QTRY_COMPARE_WITH_TIMEOUT(QCursor::pos(), before + QPoint(5, 0), kPatienceMs);
+    QVERIFY(!hideTimer()->isActive());
+}
+
+void TestWayland::keptOffTip_leavesControlFree_data()
+{
+    QTest::addColumn<Qt::WindowState>("state");
+    QTest::addColumn<QRect>("control");
+    QTest::addColumn<QPoint>("expected");
+    QTest::newRow("below") << Qt::WindowNoState << QRect(60, 60, 121, 41) << QPoint(155, 110);
+    QTest::newRow("below a high one")
+        << Qt::WindowNoState << QRect(60, 60, 121, 201) << QPoint(155, 261);
+    QTest::newRow("above") << Qt::WindowFullScreen << QRect(60, 700, 121, 61) << QPoint(155, 609);
+    QTest::newRow("at the side") << Qt::WindowFullScreen << QRect(60, 40, 301, 741)
+                                 << QPoint(361, 440);
+}
+
+void TestWayland::keptOffTip_leavesControlFree()
+{
+    QFETCH(const Qt::WindowState, state);
+    QFETCH(const QRect, control);
+    QFETCH(const QPoint, expected);
+    Host host;
+    host.set(ckKeepOffReference, true);
+    host.open.setGeometry(control);
+    host.window.setWindowState(state);
+    host.window.bringUpAndFind();
+    if (state == Qt::WindowFullScreen) {
+        const QRect screen = CompositorScreen::picture().rect();
+        QVERIFY(comesTrue([&screen] { return CompositorScreen::placeOf(kWindowColor) == screen; }));
+        host.window.place = QPoint();
+    }
+    host.restOn(host.open);
+    QVERIFY(sceneComesTo(QRect(host.window.toScreen(expected), kSceneSize)));
+}
+
+void TestWayland::keptOffTip_leavesControlFree_inLargeWindow()
+{
+    Host host(QSize(1200, 720));
+    host.set(ckKeepOffReference, true);
+    host.open.setGeometry(60, 670, 121, 50);
+    host.window.bringUpAndFind();
+    host.restOn(host.open);
+    // Wherever the window is, there is no room below it.
+    QVERIFY(sceneComesTo(QRect(host.window.toScreen(QPoint(155, 574)), kSceneSize)));
+}
+
+void TestWayland::keptOffTip_leavesControlFree_whenSceneGrows()
+{
+    Host host;
+    host.set(ckKeepOffReference, true);
+    host.window.setWindowState(Qt::WindowFullScreen);
+    host.open.setGeometry(60, 500, 121, 51);
+    host.window.bringUpAndFind();
+    const QRect screen = CompositorScreen::picture().rect();
+    QVERIFY(comesTrue([&screen] { return CompositorScreen::placeOf(kWindowColor) == screen; }));
+    host.window.place = QPoint();
+    host.restUntilWhole(host.open);
+    popupOnScreen()->view()->rootObject()->setProperty("isLarge", true);
+    // Above, since it has no room below any more.
+    QVERIFY(sceneComesTo(QRect(QPoint(155, 195), kLargeSize)));
 }
 
 int main(int argc, char** argv)
