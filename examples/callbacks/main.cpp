@@ -4,6 +4,7 @@
 #include "HostInterface.h"
 #include "ItemKeys.h"
 #include "Popups.h"
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 #include <QMainWindow>
@@ -66,6 +67,7 @@ int main(int argc, char* argv[])
     fill(window);
 
     VLContext context;
+    Vidlets::useSafeguards(context);
     context.set(Vidlets::ckInstallEventFilter, true);
     context.set(Vidlets::ckMessageLevel, Vidlets::VLMessageInformation);
     int result = 0;

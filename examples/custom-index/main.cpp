@@ -4,6 +4,7 @@
 #include "RememberingIndex.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 #include <QPushButton>
@@ -20,6 +21,7 @@ int main(int argc, char* argv[])
 
     const QStringList dataPaths = {QStringLiteral(EXAMPLE_PACKAGES)};
     VLContext context;
+    Vidlets::useSafeguards(context);
     context.set(Vidlets::ckInstallEventFilter, true);
     RememberingIndex index(&context, dataPaths);
     Vidlets::VLInterface vidlets(context, dataPaths, &index);

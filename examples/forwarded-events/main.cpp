@@ -4,6 +4,7 @@
 #include "HoverForwarder.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 #include <QPushButton>
@@ -21,6 +22,7 @@ int main(int argc, char* argv[])
 
     // Without ckInstallEventFilter: what the library gets to see is the host's decision.
     VLContext context;
+    Vidlets::useSafeguards(context);
     const QStringList dataPaths = {QStringLiteral(EXAMPLE_PACKAGES)};
     Vidlets::VLInterface vidlets(context, dataPaths, nullptr);
 

@@ -3,6 +3,7 @@
 
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLInterface.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 #include <QPushButton>
@@ -18,8 +19,9 @@ int main(int argc, char* argv[])
     button.setObjectName(u"greeting"_s);
     button.resize(320, 120);
 
-    // Let the library watch the application for tooltip events.
+    // Let the library watch the application for tooltip events, with all safeguards on.
     VLContext context;
+    Vidlets::useSafeguards(context);
     context.set(Vidlets::ckInstallEventFilter, true);
     context.set(Vidlets::ckAlwaysShowToolTips, true);
 

@@ -112,6 +112,8 @@ Options readOptions(const QCoreApplication& application)
     const auto simple = flag("simple", "Start with simple tooltips.");
     const auto dark = flag("dark", "Use dark colours.");
     const auto noTips = flag("no-tips", "Start with rich tooltips switched off.");
+    const auto noSafeguards =
+        flag("no-safeguards", "Leave all safeguards off, as the library does by itself.");
     auto locale = valued("locale", "Locale of the content, such as en_US.", "name");
     auto stay = valued("stay", "Time until a popup fades after the pointer has left.", "ms");
     const auto messages =
@@ -127,7 +129,8 @@ Options readOptions(const QCoreApplication& application)
 
     QCommandLineParser parser;
     describeProgram(parser);
-    parser.addOptions({noFilter, simple, dark, noTips, locale, stay, messages, geometry, popup});
+    parser.addOptions(
+        {noFilter, simple, dark, noTips, noSafeguards, locale, stay, messages, geometry, popup});
     parser.process(application);
 
     Options options;
@@ -144,6 +147,7 @@ Options readOptions(const QCoreApplication& application)
     options.isSimple = parser.isSet(simple);
     options.isDark = parser.isSet(dark);
     options.hasNoTips = parser.isSet(noTips);
+    options.hasNoSafeguards = parser.isSet(noSafeguards);
     return options;
 }
 

@@ -27,6 +27,7 @@ struct Options
     bool isSimple = false;
     bool isDark = false;
     bool hasNoTips = false;
+    bool hasNoSafeguards = false;
 };
 
 /// Reads the arguments; prints help or a complaint and ends the program where that is called for.

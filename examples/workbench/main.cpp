@@ -9,6 +9,7 @@
 #include "probe/ControlReport.h"
 #include "probe/PopupReport.h"
 #include <Vidlets/VLContext.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 
@@ -22,6 +23,9 @@ namespace {
 
 void fillContext(VLContext& context, const Options& options)
 {
+    if (!options.hasNoSafeguards) {
+        Vidlets::useSafeguards(context);
+    }
     context.set(Vidlets::ckInstallEventFilter, !options.hasOwnFilter);
     // A tip may take the keyboard focus for itself; the window behind it must go on giving tips.
     context.set(Vidlets::ckAlwaysShowToolTips, true);
