@@ -217,6 +217,14 @@ void correctPosition(const QByteArray& document, XmlReport& report)
         report.faultPosition = position;
 }
 
+/// The reader's words for the commonest slip of all name neither it nor what to do.
+void explainAmpersand(const QByteArray& document, XmlReport& report)
+{
+    const QByteArray line = document.split('\n').value(report.faultPosition.line - 1);
+    if (QString::fromUtf8(line).mid(report.faultPosition.column - 2, 1) == "&"_L1)
+        report.fault += u" \"&\" is written \"&amp;\"."_s;
+}
+
 } // namespace
 
 bool VLContentGuard::Stamp::operator==(const Stamp& other) const
@@ -295,6 +303,8 @@ std::unique_ptr<VLXmlElement> VLContentGuard::parse(const QString& path, QLatin1
     XmlReport report;
     std::unique_ptr<VLXmlElement> root(parser.parseGuarded(document, report));
     correctPosition(document, report);
+    if (!report.fault.isNull())
+        explainAmpersand(document, report);
     if (report.fault.isNull() && report.rootTag != rootTag) {
         report.fault = u"the root is <%1>, not <%2>"_s.arg(report.rootTag, rootTag);
         report.faultPosition = report.rootPosition;
@@ -339,6 +349,20 @@ void VLContentGuard::warn(const QString& path, const QString& reason)
 void VLContentGuard::warn(const QString& path, XmlPosition position, const QString& reason)
 {
     tell(recordOf(path, stampAt(path)), withPosition(path, position, reason));
+}
+
+void VLContentGuard::warn(const QString& path, const std::function<XmlPosition()>& place,
+                          const QString& reason)
+{
+    const QSet<QString> told = recordOf(path, stampAt(path)).told;
+    if (told.contains(reason) || told.size() >= kMaxWarningsPerState)
+        return;
+    // Looks into the file, so that the record may be another one after it.
+    const XmlPosition position = place();
+    Record& record = recordOf(path, stampAt(path));
+    record.told.insert(reason);
+    tell(record,
+         position.line > 0 ? withPosition(path, position, reason) : withoutPosition(path, reason));
 }
 
 VLContentGuard::Record& VLContentGuard::recordOf(const QString& path, const Stamp& stamp)

@@ -92,6 +92,10 @@ public:
     void warn(const QString& path, const QString& reason);
     /// @overload
     void warn(const QString& path, XmlPosition position, const QString& reason);
+    /// Warns likewise; @p place is asked only where there is a warning to give, and may give a line
+    /// of 0 if it does not know.
+    void warn(const QString& path, const std::function<XmlPosition()>& place,
+              const QString& reason);
 
 private:
     Q_DISABLE_COPY_MOVE(VLContentGuard)

@@ -54,15 +54,20 @@ int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attribut
     return matchChild(tag, kKeyDataFileTag, kKeyDataTag, attributes.value(nameAttribute()) == key);
 }
 
+const QRegularExpression& tagPattern()
+{
+    // Compiled once: that takes longer than all the rest of a file's share in a scan.
+    static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
+    return pattern;
+}
+
 /// The tag by which a file is told apart: the first one found on a line by the pattern, be it in a
 /// comment; null where there is none.
 QString firstTagIn(QIODevice& file)
 {
-    // Compiled once: that takes longer than all the rest of a file's share in a scan.
-    static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
     for (QByteArray line = file.readLine(kMaxLineBytes); !line.isEmpty();
          line = file.readLine(kMaxLineBytes)) {
-        const QRegularExpressionMatch match = pattern.match(QString::fromUtf8(line));
+        const QRegularExpressionMatch match = tagPattern().match(QString::fromUtf8(line));
         if (match.hasMatch())
             return match.captured(1);
     }
@@ -87,6 +92,30 @@ QString guardedFirstTag(const QString& filePath, bool isListed)
         return tag;
     QFile file(filePath);
     return VLContentGuard::open(file) ? firstTagIn(file) : QString();
+}
+
+/// Why a file whose first tag is @p tag, null for none, is passed over.
+QString noControlFile(const QString& tag)
+{
+    return tag.isNull() ? u"no control file: it holds no tag"_s
+                        : u"no control file: its first tag is not <%1 with an attribute or the "
+                          "bracket on the same line"_s.arg(kControlFileTag);
+}
+
+/// Where the first tag in the beginning of the file stands; its start where there is none.
+XmlPosition placeOfFirstTag(const QString& filePath)
+{
+    bool isWhole = false;
+    QByteArray head = VLContentGuard::readHead(filePath, false, isWhole);
+    QBuffer buffer(&head);
+    buffer.open(QIODevice::ReadOnly);
+    for (XmlPosition place{1, 1}; !buffer.atEnd(); ++place.line) {
+        const QRegularExpressionMatch match =
+            tagPattern().match(QString::fromUtf8(buffer.readLine()));
+        if (match.hasMatch())
+            return {place.line, match.capturedStart() + 1};
+    }
+    return {1, 1};
 }
 
 bool isTextuallyBelow(const QString& root, const QString& file)
@@ -345,8 +374,12 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
         return;
     }
     const QString tag = isGuarded ? guardedFirstTag(file, isResolved) : firstTag(file);
-    if (tag != kControlFileTag)
+    if (tag != kControlFileTag) {
+        if (isGuarded && QFileInfo(file).isFile())
+            d->guard.warn(
+                file, [&file] { return placeOfFirstTag(file); }, noControlFile(tag));
         return;
+    }
 
     const IndexedLocation entry{file, depth};
     if (d->contains(entry))
@@ -475,6 +508,18 @@ void VLIndex::loadKeyData(const QString& key, VLXmlElement* element)
     copyRecord(record, element);
     delete record;
     delete root;
+}
+
+void VLIndex::warnInTip(const VLXmlElement* tip, const QString& reason)
+{
+    const QString location = tip->attribute(locationAttribute());
+    QString key = tip->attribute(keyAttribute());
+    const auto placeOfTip = [this, &location, &key] {
+        QList<XmlPosition> positions;
+        d->guard.parse(location, kControlFileTag, matchKeyElement, &key, positions);
+        return positions.value(1);
+    };
+    d->guard.warn(location, placeOfTip, reason);
 }
 
 void VLIndex::loadKeyDataGuarded(const QString& path, const QString& key, VLXmlElement* element)

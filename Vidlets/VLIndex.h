@@ -209,6 +209,7 @@ private:
 
     friend class VLManager;
     friend class VLContentRoots;
+    friend class VLView;
 
     /// Returns the roots of all packages, each as it was recorded.
     QList<QString> packageRoots() const;
@@ -230,6 +231,8 @@ private:
     /// load() where ckGuardContent is set: the result lives, or is null together with @p root.
     VLXmlElement* loadGuarded(const QString& key, const QString& location, const QLocale& locale,
                               VLXmlElement*& root);
+    /// Warns of @p reason with the place of @p tip in its file, once for as long as that stays.
+    void warnInTip(const VLXmlElement* tip, const QString& reason);
     /// loadKeyData() of the file @p path where ckGuardContent is set.
     void loadKeyDataGuarded(const QString& path, const QString& key, VLXmlElement* element);
     /// keys() where ckGuardContent is set: leaves nothing allocated.

@@ -82,6 +82,9 @@ bool VLInterface::openExternalResource(VLExternalResourceType type, const QStrin
 
 void VLInterface::handleMessage(VLMessageType type, const QString& message)
 {
+    // The scan is over before there is a manager.
+    if (d->manager && d->manager->isRepeating())
+        return;
     const QString line = u"%1:%2"_s.arg(messageLabel(type), message);
     qDebug("%s", line.toUtf8().constData());
 }

@@ -28,6 +28,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 #include <QRegularExpression>
+#include <QScopedValueRollback>
 #include <QSet>
 #include <QSize>
 #include <QStringBuilder>
@@ -109,6 +110,14 @@ QString pathIn(const QString& canonicalDirectory, const QString& fileName)
 
 } // namespace
 
+/// A warning from before the host's override existed.
+struct EarlyWarning
+{
+    QString text;
+    /// Whether the level let it pass to the default.
+    bool wasSaid = false;
+};
+
 class VLManagerPrivate
 {
 public:
@@ -160,7 +169,9 @@ public:
     /// Whether the constructor runs, so that the interface is not yet what the host derived of it.
     bool isBeingBuilt = true;
     /// The warnings of that time.
-    QStringList earlyWarnings;
+    QList<EarlyWarning> earlyWarnings;
+    /// Whether one is being repeated that the default has said.
+    bool isRepeating = false;
     float scaleValue = 1.0F;
 };
 
@@ -334,9 +345,11 @@ VLManager::VLManager(VLInterface* interface, VLContext& context, const QStringLi
         QMetaObject::invokeMethod(
             this,
             [this] {
-                const QStringList warnings = std::exchange(d->earlyWarnings, {});
-                for (const QString& warning : warnings)
-                    handleMessage(VLMessageWarning, warning);
+                const QList<EarlyWarning> warnings = std::exchange(d->earlyWarnings, {});
+                for (const EarlyWarning& warning : warnings) {
+                    const QScopedValueRollback repeating(d->isRepeating, warning.wasSaid);
+                    handleMessage(VLMessageWarning, warning.text);
+                }
             },
             Qt::QueuedConnection);
     }
@@ -353,6 +366,11 @@ VLManager::~VLManager()
         d->tooltipWindow->deleteLater();
     if (d->ownsIndex && Settings::releaseClips(d->settings))
         d->index->deleteWhole();
+}
+
+bool VLManager::isRepeating() const
+{
+    return d->isRepeating;
 }
 
 VLContentGuard& VLManager::contentGuard()
@@ -393,9 +411,10 @@ float VLManager::realScaleValue()
 void VLManager::handleMessage(VLMessageType type, const QString& message)
 {
     // What is said before the host's override exists is said to it once more.
+    const bool passes = type <= Settings::messageLevel(d->settings);
     if (d->isBeingBuilt && type == VLMessageWarning && Settings::guardContent(d->settings))
-        d->earlyWarnings.append(message);
-    if (type > Settings::messageLevel(d->settings))
+        d->earlyWarnings.append({message, passes});
+    if (!passes)
         return;
     if (d->interface)
         d->interface->handleMessage(type, message);

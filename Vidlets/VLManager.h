@@ -209,7 +209,11 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLManager)
 
+    friend class VLInterface;
     friend class VLView;
+
+    /// Returns whether a warning comes to the host's override that the default has given out.
+    bool isRepeating() const;
 
     /// The way to content files where ckGuardContent is set.
     VLContentGuard& contentGuard();

@@ -34,13 +34,13 @@ constexpr int kWorkerEndMs = 1000;
 constexpr QLatin1StringView kWorkerEngineClass{"QQuickWorkerScriptEngine"};
 constexpr QLatin1StringView kWorkerClass{"QQuickWorkerScript"};
 
-constexpr QLatin1StringView kNothing{":/com.larkspan/vidlets/refused/"};
+constexpr QLatin1StringView kRefused{":/com.larkspan/vidlets/refused/"};
 
 /// In place of code that is refused: a file that is not there, so that the engine ends the matter
 /// at once and by itself.
 QUrl nothing()
 {
-    return QUrl("qrc"_L1 + kNothing);
+    return QUrl(u"qrc"_s + kRefused);
 }
 
 /// The path of @p url on the disk or among the resources; empty for any other place.
@@ -142,9 +142,14 @@ bool VLSceneFence::isInside(const QString& path)
     return !m_state.isClosed || m_state.roots.contains(path);
 }
 
-bool VLSceneFence::isOfRefusal(const QQmlError& error)
+bool VLSceneFence::isEcho(const QQmlError& error) const
 {
-    return error.url() == nothing() || error.description().contains(kNothing);
+    if (!state().isClosed)
+        return false;
+    // A text takes an address that was taken out for its own.
+    const QString emptied = u"Error decoding: %1: "_s.arg(error.url().toString());
+    return error.url() == nothing() || error.description().contains(kRefused)
+        || error.description().contains(emptied);
 }
 
 bool VLSceneFence::allows(const QUrl& url, bool isWrite)

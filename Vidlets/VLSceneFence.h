@@ -60,12 +60,13 @@ public:
     /// Returns the same without a warning.
     bool isInside(const QString& path);
 
-    /// Returns whether @p error is nothing but what the engine makes of a refusal.
-    static bool isOfRefusal(const QQmlError& error);
-
     /// Takes the addresses of outer files out of the texts and attributes of @p content, so that no
     /// text that shows them loads a picture from there. @p content may be null.
     void cleanContent(VLXmlElement* content);
+
+    /// Returns whether @p error only tells that something is not there which was refused, and has
+    /// been warned of by that.
+    bool isEcho(const QQmlError& error) const;
 
     /// Returns whether a request for @p url may go out. @p isWrite tells of one that sends data.
     bool allows(const QUrl& url, bool isWrite);

@@ -132,8 +132,8 @@ VLView::Finding VLView::searchResource(const QString& relativePath) const
     const bool isMissing =
         finding.path.isNull() && !finding.isRefused && m_content && !relativePath.isEmpty();
     if (isMissing && isGuarded()) {
-        m_manager->contentGuard().warn(faultyFile(),
-                                       u"the resource \"%1\" is not found"_s.arg(relativePath));
+        m_manager->index()->warnInTip(m_content,
+                                      u"the resource \"%1\" is not found"_s.arg(relativePath));
     }
     return finding;
 }
@@ -347,9 +347,11 @@ void VLView::warnOfMissing(const QString& path)
     const bool isWanted = m_content && QFileInfo(wanted).absoluteFilePath() == path;
     if (isWanted && scene.isRefused)
         return;
-    m_manager->contentGuard().warn(
-        m_content ? m_content->attribute(locationAttribute()) : path,
-        u"the scene \"%1\" is not found"_s.arg(isWanted ? wanted : path));
+    const QString reason = u"the scene \"%1\" is not found"_s.arg(isWanted ? wanted : path);
+    if (m_content)
+        m_manager->index()->warnInTip(m_content, reason);
+    else
+        m_manager->contentGuard().warn(path, reason);
 }
 
 void VLView::warnOfFailure(const QUrl& url)
@@ -377,7 +379,7 @@ void VLView::warnOfFailure(const QUrl& url)
 void VLView::warnOf(const QQmlError& error)
 {
     // The fence has said what and why.
-    if (VLSceneFence::isOfRefusal(error))
+    if (m_fence->isEcho(error))
         return;
     const QUrl url = error.url().isEmpty() ? source() : error.url();
     const QString path = url.isLocalFile() ? url.toLocalFile() : url.toString();

@@ -75,12 +75,19 @@ Examination depthIs(int depth)
 BadCases malformedFiles()
 {
     return {
-        broken("not-xml").isNotFound(),
-        broken("another-kind-of-xml").isNotFound(),
-        broken("empty").isNotFound(),
-        broken("white-space-alone").isNotFound(),
-        broken("comment-alone").isNotFound(),
-        broken("binary").isNotFound(),
+        broken("not-xml").isNotFound().isWarnedOf(
+            "bad\\.xml:1:1: no control file: it holds no tag"),
+        broken("another-kind-of-xml")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: its first tag"),
+        broken("empty").isNotFound().isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
+        broken("white-space-alone")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
+        broken("comment-alone")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
+        broken("binary").isNotFound().isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
         broken("binary-behind-the-first-tag").endsTheLookup().isRefusedAt(2),
         broken("control-characters-behind-the-first-tag").isNotFound().isRefusedAt(2),
         broken("binary-in-the-tip").isStale().isRefusedAt(1),
@@ -103,8 +110,12 @@ BadCases malformedFiles()
 BadCases cutOffFiles()
 {
     return {
-        broken("cut-off-in-the-declaration").isNotFound(),
-        broken("cut-off-in-the-name-of-the-root").isNotFound(),
+        broken("cut-off-in-the-declaration")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
+        broken("cut-off-in-the-name-of-the-root")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: its first tag"),
         broken("cut-off-in-the-roots-attributes").endsTheLookup().isRefusedAt(1),
         broken("cut-off-behind-the-roots-start-tag").isNotFound().isRefusedAt(1),
         broken("cut-off-in-a-tip-before").isNotFound().isRefusedAt(1),
@@ -130,7 +141,9 @@ BadCases wronglyEncodedFiles()
     const QByteArray farBehind = "<!--" + QByteArray(kMebibyte, 'x') + "\xE9-->";
     return {
         broken("byte-order-mark").isShown(),
-        broken("utf-16-in-which-no-tag-is-seen").isNotFound(),
+        broken("utf-16-in-which-no-tag-is-seen")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: it holds no tag"),
         broken("latin-1-that-says-so").isShown().where(contentIs(QString(QChar(0xE9)))),
         // The reader refuses the first piece of the file as a whole, before any tag.
         broken("latin-1-that-does-not-say-so").endsTheLookup().isRefusedAt(2),
@@ -196,9 +209,15 @@ BadCases filesOfAnotherMeaning()
         broken("no-tip").isNotFound(),
         broken("tip-without-a-key").isNotFound(),
         broken("locale-that-does-not-exist").isNotFound(),
-        broken("root-with-a-prefix").isNotFound(),
-        broken("root-split-behind-its-name").isNotFound(),
-        broken("tag-in-a-comment-before-the-root").isNotFound(),
+        broken("root-with-a-prefix")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:28: no control file: its first tag"),
+        broken("root-split-behind-its-name")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:1: no control file: its first tag"),
+        broken("tag-in-a-comment-before-the-root")
+            .isNotFound()
+            .isWarnedOf("bad\\.xml:1:6: no control file: its first tag"),
     };
 }
 

@@ -11,6 +11,7 @@
 #include <Vidlets/VLIndex.h>
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLView.h>
+#include <Vidlets/VLWidget.h>
 #include <Vidlets/VLXmlElement.h>
 
 #include <QDateTime>
@@ -121,6 +122,11 @@ private Q_SLOTS:
     void dataPath_isWarnedOf_whenNoDirectoryOrWithoutPackage();
     void earlyWarning_reachesOverride_whenEventLoopRuns();
     void earlyWarning_goesByLevelThenInForce();
+    void earlyWarning_isLoggedOnce_withoutOverride();
+    void ampersand_isExplained_whenItStandsAlone();
+    void fileInControl_isWarnedOf_whenNoControlFile_data();
+    void fileInControl_isWarnedOf_whenNoControlFile();
+    void scene_isWarnedOf_withPlaceOfTip_whenNotFound();
     void earlyWarning_isDropped_whenInterfaceDiesBefore();
     void earlyWarning_isNotRepeated_withoutGuard();
     void interpolation_givesSameResult_whenItEnds_data();
@@ -360,8 +366,9 @@ void TestGuardedContent::resource_isWarnedOf_whenNotFound()
     }
     // With ckReleaseClips it has gone with the tip.
     delete left;
-    QCOMPARE(host.warnings(),
-             QStringList{u"tips.vidlets/Control/tips.xml: the resource \"b.png\" is not found"_s});
+    QCOMPARE(
+        host.warnings(),
+        QStringList{u"tips.vidlets/Control/tips.xml:2:1: the resource \"b.png\" is not found"_s});
 }
 
 void TestGuardedContent::dataPath_isWarnedOf_whenNoDirectoryOrWithoutPackage()
@@ -376,6 +383,53 @@ void TestGuardedContent::dataPath_isWarnedOf_whenNoDirectoryOrWithoutPackage()
                                u"missing: not a directory, so no data path"_s,
                                u"empty: holds no package (*.vidlets)"_s};
     QCOMPARE(host.warnings(), expected);
+}
+
+void TestGuardedContent::ampersand_isExplained_whenItStandsAlone()
+{
+    GuardedHost host(
+        "<vidlets>\n<vidlet key=\"open\">Gr\xc3\xbc\xc3\x9f & Kuss</vidlet>\n</vidlets>\n");
+    QVERIFY(!host.finds());
+    QCOMPARE(host.warnings().size(), 1);
+    const QString warning = host.warnings().constFirst();
+    QVERIFY2(warning.startsWith("tips.vidlets/Control/tips.xml:2:26: "_L1), qPrintable(warning));
+    QVERIFY2(warning.endsWith(" \"&\" is written \"&amp;\"."_L1), qPrintable(warning));
+}
+
+void TestGuardedContent::fileInControl_isWarnedOf_whenNoControlFile_data()
+{
+    const QString otherTag = u"no control file: its first tag is not <vidlets with an attribute or "
+                             "the bracket on the same line"_s;
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("warning");
+    QTest::newRow("empty") << QByteArray() << u"1:1: no control file: it holds no tag"_s;
+    QTest::newRow("other root") << QByteArray("<tips><vidlet key=\"open\"/></tips>")
+                                << u"1:1: "_s + otherTag;
+    QTest::newRow("tag in a comment")
+        << QByteArray("\n<!-- see <tips> -->\n<vidlets/>") << u"2:10: "_s + otherTag;
+}
+
+void TestGuardedContent::fileInControl_isWarnedOf_whenNoControlFile()
+{
+    QFETCH(const QByteArray, content);
+    QFETCH(const QString, warning);
+    PackageBuilder packages;
+    const QString file = packages.writeControlFile(u"tips.vidlets"_s, u"tips.xml"_s, content);
+    VLContext context;
+    RecordingInterface interface(guarded(context), {packages.dataPath()});
+    QTRY_COMPARE(interface.messages(VLMessageWarning), QStringList{file + u':' + warning});
+}
+
+void TestGuardedContent::scene_isWarnedOf_withPlaceOfTip_whenNotFound()
+{
+    GuardedHost host("<vidlets>\n<vidlet key=\"close\"/>\n<vidlet key=\"open\"/>\n</vidlets>\n");
+    for (int i = 0; i < 2; ++i) {
+        QVERIFY(host.manager.show(u"open"_s, QPoint(), nullptr));
+        host.manager.widget()->hide();
+    }
+    QCOMPARE(host.warnings(),
+             QStringList{u"tips.vidlets/Control/tips.xml:3:1: "
+                         "the scene \"ui/VidletUI.qml\" is not found"_s});
 }
 
 void TestGuardedContent::earlyWarning_reachesOverride_whenEventLoopRuns()
@@ -399,6 +453,28 @@ void TestGuardedContent::earlyWarning_goesByLevelThenInForce()
     loud.context().set(ckMessageLevel, VLMessageWarning);
     QTRY_COMPARE(loud.messages(VLMessageWarning).size(), 1);
     QVERIFY(quiet.recordedMessages.isEmpty());
+}
+
+void TestGuardedContent::earlyWarning_isLoggedOnce_withoutOverride()
+{
+    static QStringList lines;
+    lines.clear();
+    const QtMessageHandler former = qInstallMessageHandler(
+        [](QtMsgType, const QMessageLogContext&, const QString& line) { lines += line; });
+    {
+        VLContext context;
+        context.set(ckMessageLevel, VLMessageError);
+        VLInterface quiet(guarded(context), {u"/quiet"_s}, nullptr);
+        // The level of the time of the repetition counts.
+        quiet.context().set(ckMessageLevel, VLMessageWarning);
+        context.set(ckMessageLevel, VLMessageWarning);
+        const VLInterface loud(context, {u"/loud"_s}, nullptr);
+        QCoreApplication::processEvents();
+    }
+    qInstallMessageHandler(former);
+    const QStringList expected{u"Warning:/loud: not a directory, so no data path"_s,
+                               u"Warning:/quiet: not a directory, so no data path"_s};
+    QCOMPARE(lines, expected);
 }
 
 void TestGuardedContent::earlyWarning_isDropped_whenInterfaceDiesBefore()
