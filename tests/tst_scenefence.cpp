@@ -206,6 +206,8 @@ private Q_SLOTS:
     void scene_getsItsOwnFiles_withoutWarning();
     void scene_isBound_whenSettingComesLater();
     void warning_comesOnce_perAddressAndScene();
+    void warning_comesOnce_whenContentIsGuardedToo_data();
+    void warning_comesOnce_whenContentIsGuardedToo();
     void attribute_isRefused_whenItLeadsOut_data();
     void attribute_isRefused_whenItLeadsOut();
     void refusedScene_isWarnedOfOnce_whenContentIsGuardedToo_data();
@@ -431,6 +433,27 @@ void TestSceneFence::warning_comesOnce_perAddressAndScene()
     QCOMPARE(stage.warnings().size(), 1);
     stage.load(two);
     QCOMPARE(stage.warnings().size(), 2);
+}
+
+void TestSceneFence::warning_comesOnce_whenContentIsGuardedToo_data()
+{
+    QTest::addColumn<QByteArray>("source");
+    QTest::newRow("remote") << QByteArray("NET/i.png");
+    QTest::newRow("outside") << QByteArray("../../../outside/canary.png");
+}
+
+void TestSceneFence::warning_comesOnce_whenContentIsGuardedToo()
+{
+    QFETCH(const QByteArray, source);
+    EvilStage stage;
+    stage.manager->context().set(ckGuardContent, true);
+    stage.load("Image { source: '" + source + "'; onStatusChanged: leak = status }");
+    constexpr int kImageError = 3;
+    QTRY_COMPARE(stage.leak().toInt(), kImageError);
+    // The reader complains of what it was given in place of the picture.
+    QCoreApplication::processEvents();
+    QCOMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.warnings().constFirst().startsWith("Kept "_L1));
 }
 
 void TestSceneFence::attribute_isRefused_whenItLeadsOut_data()
