@@ -57,8 +57,9 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable m_condition;
-    /// Reasons since the pass began. Guarded by m_mutex.
-    int m_reasons = 0;
+    /// Reasons since the pass began. Changed under m_mutex alone, so that none comes between the
+    /// look and the sleep; atomic for the thread sanitizer, which does not see each lock of it.
+    std::atomic_int m_reasons = 0;
     std::atomic_bool m_isPrompt = false;
     std::atomic_bool m_awaitsFrame = false;
 };

@@ -8,8 +8,13 @@
 /// its inline part tells by itself.
 
 #include <QRecursiveMutex>
+#include <QRunnable>
 #include <QSemaphore>
 #include <QThread>
+#include <QThreadPool>
+
+#include <functional>
+#include <utility>
 
 #include <dlfcn.h>
 #include <pthread.h>
@@ -63,6 +68,25 @@ void ignoreThisThread()
     AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
     AnnotateIgnoreWritesBegin(__FILE__, __LINE__);
 }
+
+/// What is handed over with the function is the pool's thread's once it runs.
+class Handover : public QRunnable
+{
+public:
+    explicit Handover(std::function<void()> function)
+        : m_function(std::move(function))
+    {
+    }
+
+    void run() override
+    {
+        __tsan_acquire(this);
+        m_function();
+    }
+
+private:
+    std::function<void()> m_function;
+};
 
 } // namespace
 
@@ -149,4 +173,13 @@ bool QThread::wait(QDeadlineTimer deadline)
     if (hasEnded)
         __tsan_acquire(this);
     return hasEnded;
+}
+
+void QThreadPool::start(std::function<void()> functionToRun, int priority)
+{
+    using Start = void (*)(QThreadPool*, QRunnable*, int);
+    static const auto real = realFunction<Start>("_ZN11QThreadPool5startEP9QRunnablei");
+    auto* handover = new Handover(std::move(functionToRun));
+    __tsan_release(handover);
+    real(this, handover, priority);
 }
