@@ -43,12 +43,22 @@ template <typename Function> Function realFunction(const char* mangledName)
     return reinterpret_cast<Function>(address);
 }
 
+thread_local bool isIgnored = false;
+
 constexpr unsigned kMutexFlags = __tsan_mutex_write_reentrant;
+
+void endToIgnoreThisThread()
+{
+    if (!isIgnored)
+        return;
+    isIgnored = false;
+    AnnotateIgnoreWritesEnd(__FILE__, __LINE__);
+    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+}
 
 void endToIgnore(void*)
 {
-    AnnotateIgnoreWritesEnd(__FILE__, __LINE__);
-    AnnotateIgnoreReadsEnd(__FILE__, __LINE__);
+    endToIgnoreThisThread();
 }
 
 /**
@@ -65,6 +75,7 @@ void ignoreThisThread()
         return result;
     }();
     pthread_setspecific(key, &key);
+    isIgnored = true;
     AnnotateIgnoreReadsBegin(__FILE__, __LINE__);
     AnnotateIgnoreWritesBegin(__FILE__, __LINE__);
 }
@@ -80,8 +91,11 @@ public:
 
     void run() override
     {
+        endToIgnoreThisThread();
         __tsan_acquire(this);
         m_function();
+        // From here on the thread is Qt's: it takes the next from a queue that it shares with all.
+        ignoreThisThread();
     }
 
 private:
