@@ -22,6 +22,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -80,7 +81,8 @@ QString firstTag(const QString& filePath)
     return file.open(QIODevice::ReadOnly) ? firstTagIn(file) : QString();
 }
 
-QString guardedFirstTag(const QString& filePath, bool isListed)
+/// Nothing for a file that cannot be read.
+std::optional<QString> guardedFirstTag(const QString& filePath, bool isListed)
 {
     bool isWhole = false;
     QByteArray head = VLContentGuard::readHead(filePath, isListed, isWhole);
@@ -88,10 +90,10 @@ QString guardedFirstTag(const QString& filePath, bool isListed)
     buffer.open(QIODevice::ReadOnly);
     const QString tag = firstTagIn(buffer);
     // The line that the head ends in may go on behind it.
-    if (isWhole || (!tag.isNull() && !buffer.atEnd()))
+    if (!tag.isNull() && (isWhole || !buffer.atEnd()))
         return tag;
     QFile file(filePath);
-    return VLContentGuard::open(file) ? firstTagIn(file) : QString();
+    return VLContentGuard::open(file) ? std::optional(firstTagIn(file)) : std::nullopt;
 }
 
 /// Why a file whose first tag is @p tag, null for none, is passed over.
@@ -373,11 +375,12 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
         d->guard.warn(file, u"not below the package %1"_s.arg(root));
         return;
     }
-    const QString tag = isGuarded ? guardedFirstTag(file, isResolved) : firstTag(file);
+    const std::optional<QString> tag =
+        isGuarded ? guardedFirstTag(file, isResolved) : std::optional(firstTag(file));
     if (tag != kControlFileTag) {
-        if (isGuarded && QFileInfo(file).isFile())
+        if (isGuarded && tag)
             d->guard.warn(
-                file, [&file] { return placeOfFirstTag(file); }, noControlFile(tag));
+                file, [&file] { return placeOfFirstTag(file); }, noControlFile(*tag));
         return;
     }
 

@@ -192,12 +192,12 @@ BadCases missingScenes()
             .afterTheScan(removed(scenePath()))
             .isShownEmpty()
             .tellsTheHost("^Can't find :.*ui/VidletUI\\.qml$")
-            .isWarnedOf("/bad\\.xml: the scene \"ui/VidletUI\\.qml\" is not found$"),
+            .isWarnedOf("/bad\\.xml:2:1: the scene \"ui/VidletUI\\.qml\" is not found$"),
         bad("a scene that the tip names and that is missing")
             .has(controlFile(fileWith("<vidlet key=\"bad\" ui=\"ui/None.qml\"/>")))
             .isShownEmpty()
             .tellsTheHost("^Can't find :.*ui/None\\.qml$")
-            .isWarnedOf("/bad\\.xml: the scene \"ui/None\\.qml\" is not found$"),
+            .isWarnedOf("/bad\\.xml:2:1: the scene \"ui/None\\.qml\" is not found$"),
         bad("a scene that is a directory")
             .has(goodControlFile())
             .afterTheScan(removed(scenePath()))
