@@ -34,11 +34,11 @@ constexpr qint64 kSettledAfterNs = 3'000 * kNsPerMs;
 // A scene may find ever new things to complain of.
 constexpr int kMaxWarningsPerState = 100;
 // Holds the first tag of nearly all control files, and takes one step to read.
-constexpr qint64 kHeadBytes = 16 * 1024;
+constexpr qint64 kHeadBytes = qint64(16) * 1024;
 // Far above what any content needs, and below what a host can spare for a moment.
-constexpr qint64 kMaxDocumentBytes = 256 * 1024 * 1024;
+constexpr qint64 kMaxDocumentBytes = qint64(256) * 1024 * 1024;
 // Far above what any translation needs, and far below what a host can spare.
-constexpr qint64 kMaxTranslationBytes = 64 * 1024 * 1024;
+constexpr qint64 kMaxTranslationBytes = qint64(64) * 1024 * 1024;
 
 QString withPosition(const QString& path, XmlPosition position, const QString& reason)
 {

@@ -88,7 +88,7 @@ std::optional<QString> guardedFirstTag(const QString& filePath, bool isListed)
     QByteArray head = VLContentGuard::readHead(filePath, isListed, isWhole);
     QBuffer buffer(&head);
     buffer.open(QIODevice::ReadOnly);
-    const QString tag = firstTagIn(buffer);
+    QString tag = firstTagIn(buffer);
     // The line that the head ends in may go on behind it.
     if (!tag.isNull() && (isWhole || !buffer.atEnd()))
         return tag;

@@ -78,7 +78,8 @@ QStringList strayAddresses(const QString& text, const QUrl& base, const VLConten
 
 QStringList strayAddressesInFile(const QString& path, const VLContentRoots& roots)
 {
-    static const QRegularExpression files = pattern(u"(file:/*[^/\\s\"'`<>)\\\\][^\\s\"'`<>)\\\\]+)"_s);
+    static const QRegularExpression files =
+        pattern(u"(file:/*[^/\\s\"'`<>)\\\\][^\\s\"'`<>)\\\\]+)"_s);
     const QString text = contentOf(path);
     const QUrl base = QUrl::fromLocalFile(path);
     QStringList strays = strayAddresses(text, base, roots);

@@ -10,7 +10,7 @@ namespace Vidlets {
 
 namespace {
 
-constexpr qsizetype kMaxBytes = 1024 * 1024;
+constexpr qsizetype kMaxBytes = qsizetype(1024) * 1024;
 // Leaves room for values within values many levels deep.
 constexpr qsizetype kMaxExpandedLength = 4 * kMaxBytes;
 

@@ -452,11 +452,15 @@ static qint64 bytesInUse()
 }
 constexpr bool kCountsMemory = false;
 #endif
+/// Less than the records of a clip alone take.
+constexpr qint64 kMaxGrowthBytes = 1024;
 
 void TestClipSafeguards::releasedClip_leavesNoMemory()
 {
-    if (!kCountsMemory)
-        QSKIP("The sanitizer's own memory would be counted");
+    if (!kCountsMemory) {
+        QTest::qSkip("The sanitizer's own memory would be counted", __FILE__, __LINE__);
+        return;
+    }
     const Stage stage(m_clips);
     stage.set(ckReleaseClips, true);
     stage.set(ckPromptClips, true);
@@ -470,13 +474,15 @@ void TestClipSafeguards::releasedClip_leavesNoMemory()
         load(*item, u"clip.avi"_s);
     }
     const qint64 growth = (bytesInUse() - before) / kTries;
-    QVERIFY2(growth < pictureBytes(), qPrintable(QString::number(growth)));
+    QVERIFY2(growth < kMaxGrowthBytes, qPrintable(QString::number(growth)));
 }
 
 void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
 {
-    if (!kCountsMemory)
-        QSKIP("The sanitizer's own memory would be counted");
+    if (!kCountsMemory) {
+        QTest::qSkip("The sanitizer's own memory would be counted", __FILE__, __LINE__);
+        return;
+    }
     const Stage stage(m_clips);
     stage.set(ckReleaseClips, true);
     stage.set(ckPromptClips, true);
@@ -490,7 +496,7 @@ void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
         load(*item, u"other.avi"_s);
     }
     const qint64 growth = (bytesInUse() - before) / kTries;
-    QVERIFY2(growth < pictureBytes(), qPrintable(QString::number(growth)));
+    QVERIFY2(growth < kMaxGrowthBytes, qPrintable(QString::number(growth)));
 }
 
 void TestClipSafeguards::limitedClip_endsAtLimit_withOneWarning()

@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QVariant>
 
-
 namespace {
 
 constexpr int kFirstSafeguard = 1000;
