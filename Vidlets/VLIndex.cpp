@@ -519,7 +519,9 @@ void VLIndex::warnInTip(const VLXmlElement* tip, const QString& reason)
     QString key = tip->attribute(keyAttribute());
     const auto placeOfTip = [this, &location, &key] {
         QList<XmlPosition> positions;
-        d->guard.parse(location, kControlFileTag, matchKeyElement, &key, positions);
+        // A tip of the host's own making has no file.
+        if (!location.isEmpty())
+            d->guard.parse(location, kControlFileTag, matchKeyElement, &key, positions);
         return positions.value(1);
     };
     d->guard.warn(location, placeOfTip, reason);

@@ -131,10 +131,8 @@ VLView::Finding VLView::searchResource(const QString& relativePath) const
     const Finding finding = find(category, relativePath);
     const bool isMissing =
         finding.path.isNull() && !finding.isRefused && m_content && !relativePath.isEmpty();
-    if (isMissing && isGuarded()) {
-        m_manager->index()->warnInTip(m_content,
-                                      u"the resource \"%1\" is not found"_s.arg(relativePath));
-    }
+    if (isMissing && isGuarded())
+        warnOfTip(u"the resource \"%1\" is not found"_s.arg(relativePath));
     return finding;
 }
 
@@ -331,10 +329,13 @@ bool VLView::isGuarded() const
     return m_manager && Settings::guardContent(settingsOf(m_manager));
 }
 
-QString VLView::faultyFile() const
+void VLView::warnOfTip(const QString& reason) const
 {
-    const QString location = m_content ? m_content->attribute(locationAttribute()) : QString();
-    return location.isEmpty() ? source().toLocalFile() : location;
+    const bool isPlaced = m_content && !m_content->attribute(locationAttribute()).isEmpty();
+    if (isPlaced)
+        m_manager->index()->warnInTip(m_content, reason);
+    else
+        m_manager->contentGuard().warn(source().toLocalFile(), reason);
 }
 
 void VLView::warnOfMissing(const QString& path)

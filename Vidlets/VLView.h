@@ -216,8 +216,9 @@ private:
     void warnOfFailure(const QUrl& url);
     /// Hands @p error on as a warning with its file and place.
     void warnOf(const QQmlError& error);
-    /// The file that a warning about the content names.
-    QString faultyFile() const;
+    /// Warns of @p reason at the place of the tip, or in the file of the scene where that is
+    /// unknown.
+    void warnOfTip(const QString& reason) const;
     Finding find(const QString& category, const QString& relativePath) const;
     Finding searchScene() const;
     /// Warns, where content is guarded, if there is none.
