@@ -159,6 +159,8 @@ bool VLWidgetPrivate::isTended() const
 
 void VLWidgetPrivate::followScene(const QSize& sceneSize)
 {
+    if (awaitsFrame())
+        return;
     m_popup->setFixedSize(sceneSize);
     if (m_popup->isWindow()) {
         const PopupPlacement::Fit fit =
@@ -171,6 +173,19 @@ void VLWidgetPrivate::followScene(const QSize& sceneSize)
     QWidget* window = m_popup->parentWidget();
     if (window->isWindow() && window->layout() && !m_popup->isHidden())
         window->setFixedSize(window->layout()->totalSizeHint());
+}
+
+/// Whether the window is on its way to the screen. The window manager has yet to put its frame
+/// around it, and a change of size meanwhile would take it elsewhere: the scene is looked at again
+/// once it has.
+bool VLWidgetPrivate::awaitsFrame()
+{
+    QWindow* window = m_popup->isWindow() ? m_popup->windowHandle() : nullptr;
+    if (!window || !window->isVisible() || window->isExposed())
+        return false;
+    m_unframed = window;
+    window->installEventFilter(this);
+    return true;
 }
 
 void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
@@ -318,6 +333,11 @@ bool VLWidgetPrivate::eventFilter(QObject* object, QEvent* event)
     case QEvent::Expose:
         if (object == m_mapping && m_mapping->isExposed())
             endMapping();
+        if (object == m_unframed && m_unframed->isExposed()) {
+            m_unframed->removeEventFilter(this);
+            m_unframed = nullptr;
+            m_popup->contentResized();
+        }
         break;
     case QEvent::Move:
         // What the window system reports is what must not be believed yet.

@@ -87,6 +87,7 @@ private:
     static void confirmTitledWindow(const QWidget* framed);
     QWidget* floatingParent() const;
     QString floatingTitle() const;
+    bool awaitsFrame();
     void renewView();
 
     VLWidget* const m_popup;
@@ -102,6 +103,8 @@ private:
     /// The popup's window, as long as its place is held.
     QPointer<QWindow> m_mapping;
     QPoint m_heldPosition;
+    /// The window of a pinned popup that waits for its frame before it follows its scene.
+    QPointer<QWindow> m_unframed;
 };
 
 } // namespace Vidlets

@@ -3,6 +3,7 @@
 
 #include "PopupStage.h"
 #include "VidletsTest.h"
+#include "XServer.h"
 
 #include <QLabel>
 #include <QQuickItem>
@@ -57,6 +58,7 @@ class TestTendPinned : public VidletsTest
 private Q_SLOTS:
     void window_carriesTitleOfTip();
     void window_isAsLargeAsScene();
+    void window_staysInPlace_whenSceneGrowsAtOnce();
     void window_followsScene_onTheScreen();
     void hostWindow_followsScene();
     void hostWindow_keepsRoomForItsOwn();
@@ -82,6 +84,20 @@ void TestTendPinned::window_isAsLargeAsScene()
         QCOMPARE(pinned.popup->maximumSize(), size);
         QTRY_COMPARE_WITH_TIMEOUT(pinned.popup->view()->size(), size, kPatienceMs);
     }
+}
+
+void TestTendPinned::window_staysInPlace_whenSceneGrowsAtOnce()
+{
+    const Pinned pinned;
+    const VLWidget* popup = pinned.popup.get();
+    const QPoint place = popup->pos();
+    // Before the window manager has put its frame around it.
+    resizeScene(*pinned.popup, kLarger);
+    QTRY_VERIFY_WITH_TIMEOUT(popup->frameGeometry() != popup->geometry(), kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(popup->size(), kLarger, kPatienceMs);
+    // The scene stays where it was, and the frame goes around it.
+    QTRY_COMPARE_WITH_TIMEOUT(popup->geometry().topLeft(), place, kPatienceMs);
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(popup), place, kPatienceMs);
 }
 
 void TestTendPinned::window_followsScene_onTheScreen()
