@@ -95,13 +95,19 @@ bool VLHoverKeeper::staysWithoutContent(const QString& key, const QPoint& positi
     // the control itself.
     if (m_popup->isVisible() && !isFadingOut()) {
         // What lies between the control and its tip, and asks for nothing, does not cost the tip.
-        const bool isInBetween = key.isEmpty() && requester != control()
-            && !hasOwnToolTip(requester) && m_popup->isSafe(position);
+        const bool isInBetween = key.isEmpty() && isAround(requester) && !hasOwnToolTip(requester)
+            && m_popup->isSafe(position);
         if (isPartOfTip(requester) || isInBetween)
             return true;
     }
     m_popup->hideAnimated();
     return false;
+}
+
+/// Whether the control lies within @p requester, which may be null.
+bool VLHoverKeeper::isAround(const QWidget* requester) const
+{
+    return !requester || !control() || requester->isAncestorOf(control());
 }
 
 void VLHoverKeeper::beginTip()
@@ -170,7 +176,9 @@ bool VLHoverKeeper::eventFilter(QObject* object, QEvent* event)
     case QEvent::ShortcutOverride:
         // The only event of a key that is a shortcut.
     case QEvent::KeyPress:
-        keyPressed(object, static_cast<QKeyEvent*>(event)->key());
+        // A window of Qt Quick hands the event on to its items.
+        if (object->isWidgetType() || object->isWindowType())
+            keyPressed(object, static_cast<QKeyEvent*>(event)->key());
         break;
     case QEvent::Wheel:
         if ((object->isWidgetType() || object->isWindowType()) && !isWithinPopup(object))

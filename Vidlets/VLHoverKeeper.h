@@ -69,6 +69,7 @@ private:
 
     QWidget* control() const;
     VLPopupSurface& surface() const;
+    bool isAround(const QWidget* requester) const;
     bool isWithinPopup(const QObject* object) const;
     bool isFadingOut() const;
     void endFade();

@@ -55,11 +55,11 @@ struct IndexedLocation
  * 3. The first file that counts serves the key.
  *
  * A host may derive an index of its own: all operations of a storage back end are virtual, and most
- * do nothing here. The library deletes no index, neither the host's nor one of its own. Failures
- * show as null or as a shorter list, and the parser reports invalid XML on standard output. The
- * faults that end the process are described at VLXmlParser. With ckGuardContent set none does: a
- * broken file counts as having no keys, and the manager is warned. An index belongs to the
- * user-interface thread.
+ * do nothing here. The library deletes no index, neither the host's nor, unless ckReleaseClips is
+ * set, one of its own. Failures show as null or as a shorter list, and the parser reports invalid
+ * XML on standard output. The faults that end the process are described at VLXmlParser. With
+ * ckGuardContent set none does: a broken file counts as having no keys, and the manager is warned.
+ * An index belongs to the user-interface thread.
  */
 class VIDLETS_EXPORT VLIndex : public QObject
 {

@@ -3,12 +3,12 @@
 
 #include "VLPictureMemory.h"
 
-#include <QPainter>
-
 #ifdef Q_OS_UNIX
 #include <sys/mman.h>
 #endif
 
+#include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace Vidlets::PictureMemory {
@@ -20,6 +20,8 @@ namespace {
 /// Below that a mapping of its own is not worth its pages, and the heap keeps little.
 constexpr qsizetype kMinMappedBytes = qsizetype(128) * 1024;
 constexpr qsizetype kBytesPerPixel = 4;
+/// What stays in the processor's cache between the conversion and the copy.
+constexpr qsizetype kChunkBytes = qsizetype(64) * 1024;
 
 /// Stands before the pixels, which thereby stay aligned for any instruction.
 struct alignas(64) MappingHead
@@ -54,9 +56,18 @@ QImage copyOf(const QImage& picture)
     QImage copy = mappedImage(picture.size());
     if (copy.isNull())
         return copy;
-    QPainter painter(&copy);
-    painter.setCompositionMode(QPainter::CompositionMode_Source);
-    painter.drawImage(0, 0, picture);
+    const qsizetype rowBytes = copy.bytesPerLine();
+    const int rows = static_cast<int>(std::max(kChunkBytes / rowBytes, qsizetype(1)));
+    for (int y = 0; y < picture.height(); y += rows) {
+        const QImage chunk(picture.constScanLine(y), picture.width(),
+                           std::min(rows, picture.height() - y), picture.bytesPerLine(),
+                           picture.format());
+        const QImage converted = chunk.convertToFormat(QImage::Format_RGB32);
+        if (converted.isNull())
+            return QImage();
+        std::memcpy(copy.scanLine(y), converted.constBits(),
+                    static_cast<size_t>(converted.sizeInBytes()));
+    }
     return copy;
 }
 

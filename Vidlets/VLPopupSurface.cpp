@@ -79,6 +79,7 @@ VLPopupSurface::VLPopupSurface(VLWidget* popup)
         return;
     m_fade.setProperty(kOpacityProperty, 1.0);
     m_pointerWindow = windowUnderPointer();
+    m_knowsPointer = m_pointerWindow != nullptr;
     QCoreApplication::instance()->installEventFilter(this);
 }
 
@@ -164,7 +165,7 @@ VLPopupSurface::PointerWindow VLPopupSurface::pointerWindow() const
         return PointerWindow::Unknown;
     QWindow* window = topLevelOf(m_pointerWindow);
     if (!window)
-        return PointerWindow::Elsewhere;
+        return m_knowsPointer ? PointerWindow::Elsewhere : PointerWindow::Unknown;
     if (window == m_popup->windowHandle())
         return PointerWindow::Popup;
     // Which window a popup belongs to that was shown for none is the compositor's secret.
@@ -292,6 +293,7 @@ void VLPopupSurface::mapAnew()
 void VLPopupSurface::followPointer(QObject* object, QEvent::Type type)
 {
     auto* window = static_cast<QWindow*>(object);
+    m_knowsPointer = true;
     if (type == QEvent::Enter)
         m_pointerWindow = window;
     else if (m_pointerWindow == window)

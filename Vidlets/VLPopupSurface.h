@@ -96,6 +96,9 @@ private:
     QPointer<QWidget> m_reference;
     /// The window that the pointer is in; null where it is in none of the application.
     QPointer<QWindow> m_pointerWindow;
+    /// Whether any window has told of the pointer: one that it was in before the popup was made may
+    /// not have.
+    bool m_knowsPointer = false;
     /// The window that the popup is a child of.
     QPointer<QWindow> m_parentWindow;
     QMetaObject::Connection m_parentConnection;

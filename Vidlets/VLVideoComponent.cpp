@@ -110,13 +110,15 @@ QString VLVideoComponent::fileOf(const QString& name) const
     return QString();
 }
 
-/// Kept: by default the clip before stays whole where there is no file for the next.
-void VLVideoComponent::releaseClip()
+/// Kept: by default the clip before stays whole where there is no file for the next. @p mayPlay
+/// tells of one that has not been stopped.
+void VLVideoComponent::releaseClip(bool mayPlay)
 {
     VLVideoSourcePrivate* source = VLVideoSourcePrivate::of(m_source);
     if (!source->safeguards().release)
         return;
-    m_controller->setSource(QUrl());
+    if (mayPlay)
+        m_controller->setSource(QUrl());
     source->unload();
 }
 
@@ -144,7 +146,7 @@ void VLVideoComponent::setSource(const QString& name)
     if (!path.isNull())
         m_controller->setSource(QUrl::fromLocalFile(path));
     else
-        releaseClip();
+        releaseClip(!name.isEmpty());
     // The picture on screen stays until the next repaint: none is asked for here.
     m_frame = VLVideoFrame();
 }

@@ -156,7 +156,7 @@ private:
     void readSafeguards();
     void applySafeguards(const VLClipSafeguards& safeguards);
     void releaseRecords();
-    void releaseClip();
+    void releaseClip(bool mayPlay);
     QString fileOf(const QString& name) const;
 
     /// Both are children of the item.

@@ -274,6 +274,8 @@ private Q_SLOTS:
     void request_ofOtherKeyWithoutContent_hidesTip();
     void request_ofSameKeyForOtherControl_showsTipThere();
     void request_withoutKeyOnTheWayToTip_keepsTip();
+    void request_withoutKeyForOtherControl_hidesTip();
+    void key_inSceneOfTip_keepsTip();
     void hide_duringFadeIn_hidesTip();
     void repeatedShows_connectOnce();
     void endOfFormerControl_keepsTip();
@@ -558,14 +560,43 @@ void TestSteadyHover::request_ofSameKeyForOtherControl_showsTipThere()
 void TestSteadyHover::request_withoutKeyOnTheWayToTip_keepsTip()
 {
     PopupStage stage(steady());
-    QVERIFY(showKey(stage, u"open"_s, &stage.control));
-    QWidget between;
+    QWidget around;
+    around.setGeometry(500, 400, 100, 50);
+    QWidget control(&around);
+    QVERIFY(bringUp(&around));
+    QVERIFY(showKey(stage, u"open"_s, &control));
     const QPoint edge = stage.popup()->frameGeometry().topLeft() - QPoint(5, 5);
-    QVERIFY(stage.manager->show(QString(), edge, &between));
+    QVERIFY(stage.manager->show(QString(), edge, &around));
     QVERIFY(!isFading(stage));
     // Far from the tip it does cost it.
-    QVERIFY(!stage.manager->show(QString(), PopupStage::farAway(), &between));
+    QVERIFY(!stage.manager->show(QString(), PopupStage::farAway(), &around));
     QVERIFY(isFading(stage));
+}
+
+void TestSteadyHover::request_withoutKeyForOtherControl_hidesTip()
+{
+    PopupStage stage(steady());
+    QVERIFY(showKey(stage, u"open"_s, &stage.control));
+    QWidget other;
+    const QPoint edge = stage.popup()->frameGeometry().topLeft() - QPoint(5, 5);
+    QVERIFY(!stage.manager->show(QString(), edge, &other));
+    QVERIFY(isFading(stage));
+}
+
+void TestSteadyHover::key_inSceneOfTip_keepsTip()
+{
+    PopupStage stage(steady());
+    stage.writeScene("import QtQuick\n"
+                     "TextInput { width: 120; height: 80; focus: true }\n");
+    QVERIFY(showKey(stage, u"open"_s, &stage.control));
+    QTRY_VERIFY_WITH_TIMEOUT(stage.popup()->isVisible(), kPatienceMs);
+    QVERIFY(PointerDriver::moveTo(stage.popup()->frameGeometry().center()));
+    QVERIFY(PointerDriver::click());
+    QTRY_VERIFY_WITH_TIMEOUT(stage.scene()->property("activeFocus").toBool(), kPatienceMs);
+    QTest::keyClick(stage.view(), Qt::Key_A);
+    QCOMPARE(stage.scene()->property("text").toString(), u"a"_s);
+    QVERIFY(stage.popup()->isVisible());
+    QVERIFY(!isFading(stage));
 }
 
 void TestSteadyHover::hide_duringFadeIn_hidesTip()
