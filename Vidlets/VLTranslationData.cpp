@@ -66,7 +66,7 @@ public:
     }
     template <typename Number> Number at(qsizetype offset) const
     {
-        return qFromBigEndian<Number>(m_bytes.constData() + offset);
+        return qFromBigEndian<Number>(m_bytes.cbegin() + offset);
     }
 
 private:
