@@ -66,7 +66,11 @@ public:
     }
     template <typename Number> Number at(qsizetype offset) const
     {
-        return qFromBigEndian<Number>(m_bytes.cbegin() + offset);
+        // The compiler must not take a file without bytes for one that is read.
+        Number number = 0;
+        for (qsizetype i = 0; i < qsizetype(sizeof(Number)); ++i)
+            number = static_cast<Number>((quint64(number) << 8U) | quint8(m_bytes.at(offset + i)));
+        return number;
     }
 
 private:
