@@ -60,6 +60,11 @@ bool isScript(const QString& path)
     return path.endsWith(".js"_L1) || path.endsWith(".mjs"_L1);
 }
 
+bool isCode(const QString& path)
+{
+    return isScript(path) || path.endsWith(".qml"_L1);
+}
+
 /// Kinds of files that a scene may ask for by address. An address can also be handed to the
 /// desktop, which opens it without asking: so nothing that the desktop would run, and no web page.
 bool isKindForScenes(const QString& path)
@@ -73,6 +78,41 @@ bool isKindForScenes(const QString& path)
         u"mov"_s, u"mp3"_s, u"mp4"_s,  u"m4v"_s,  u"ogg"_s,  u"ogv"_s,  u"wav"_s,  u"webm"_s};
     const QFileInfo info(path);
     return !info.isFile() || kinds.contains(info.suffix().toLower());
+}
+
+/// Whether to open @p path could wait for ever, or set off what a device does. What is not there
+/// is left to the engine, and so are directories, which begin many addresses.
+bool isHazard(const QString& path)
+{
+    const QFileInfo info(path);
+    return info.exists() && !info.isFile() && !info.isDir();
+}
+
+/// Whether @p path cannot be read as a part of a program. A directory stands for its qmldir file.
+bool isHazardOfCode(const QString& path)
+{
+    return !QFileInfo(path).isDir() && !SceneSource::isReadable(path);
+}
+
+/// The files that are loaded for the picture @p path besides, or in its place: those for screens
+/// with finer points, and textures.
+QStringList siblingsOf(const QString& path)
+{
+    constexpr int kMostPoints = 9;
+    const QFileInfo info(path);
+    QStringList siblings;
+    if (!info.exists()) {
+        for (const QLatin1StringView suffix : {".ktx"_L1, ".pkm"_L1, ".astc"_L1})
+            siblings.append(path + suffix);
+    }
+    qsizetype dot = path.lastIndexOf(u'.');
+    if (dot <= path.lastIndexOf(u'/'))
+        dot = path.size();
+    for (int points = 2; points <= kMostPoints; ++points) {
+        QString sibling = path;
+        siblings.append(sibling.insert(dot, u"@%1x"_s.arg(points)));
+    }
+    return siblings;
 }
 
 /// Sends out what the fence allows, and answers the rest with an error.
@@ -136,6 +176,12 @@ bool VLSceneFence::admitsFile(const QString& path)
     return false;
 }
 
+bool VLSceneFence::isReadable(const QString& path)
+{
+    refresh();
+    return (!m_state.isClosed && !m_state.isGuarded) || SceneSource::isReadable(path);
+}
+
 bool VLSceneFence::isInside(const QString& path)
 {
     refresh();
@@ -171,7 +217,13 @@ QUrl VLSceneFence::intercept(const QUrl& url, DataType type)
     if (isOnInterfaceThread())
         refresh();
     const State current = state();
-    if (!current.isClosed || url.isEmpty())
+    if ((!current.isClosed && !current.isGuarded) || url.isEmpty())
+        return url;
+    if (isHazardAt(url, type)) {
+        refuse(url.toString());
+        return type == UrlString ? QUrl() : nothing();
+    }
+    if (!current.isClosed)
         return url;
     switch (type) {
     case QmlFile:
@@ -234,16 +286,19 @@ void VLSceneFence::refresh()
     VLManager* manager = m_view ? m_view->manager() : nullptr;
     if (!manager)
         return;
+    const VLContext& settings = std::as_const(*manager).context();
     const bool wasClosed = m_state.isClosed;
-    const bool isClosed = Settings::confineContent(std::as_const(*manager).context());
+    const bool isClosed = Settings::confineContent(settings);
+    const bool isGuarded = Settings::guardContent(settings);
     if (isClosed) {
         const QStringList paths = VLContentRoots::pathsOf(m_index);
         // Made anew only where they differ: each root is a look at the disk.
-        if (!wasClosed || paths != m_rootPaths || !m_state.roots.isComplete())
-            setState({true, VLContentRoots(paths)});
+        if (!wasClosed || isGuarded != m_state.isGuarded || paths != m_rootPaths
+            || !m_state.roots.isComplete())
+            setState({true, isGuarded, VLContentRoots(paths)});
         m_rootPaths = paths;
-    } else if (wasClosed) {
-        setState({});
+    } else if (wasClosed || isGuarded != m_state.isGuarded) {
+        setState({false, isGuarded, {}});
     }
     if (!isClosed)
         return;
@@ -269,7 +324,17 @@ VLSceneFence::State VLSceneFence::state() const
 
 bool VLSceneFence::isOnInterfaceThread()
 {
-    return QThread::currentThread() == QCoreApplication::instance()->thread();
+    // A view may outlive the application.
+    const QCoreApplication* application = QCoreApplication::instance();
+    return !application || QThread::currentThread() == application->thread();
+}
+
+bool VLSceneFence::isHazardAt(const QUrl& url, DataType type)
+{
+    const QString path = localPath(url);
+    if (path.isEmpty() || path.startsWith(u':'))
+        return false;
+    return type == UrlString ? isHazard(path) : isHazardOfCode(path);
 }
 
 QUrl VLSceneFence::judgeCode(const State& state, const QUrl& url)
@@ -301,10 +366,12 @@ QUrl VLSceneFence::judgeModule(const State& state, const QUrl& url)
     // The engine asks for many that are not there.
     if (!path.isEmpty() && !QFileInfo::exists(path))
         return url;
+    if (path.startsWith(u':'))
+        return url;
     const bool isInside = !path.isEmpty() && state.roots.contains(path);
-    const bool isOfQt = isInside && (path.startsWith(u':') || state.roots.isOfQt(path));
-    const bool isRefused = !isInside || (!isOfQt && SceneSource::namesPlugin(path))
-        || (isOfQt && SceneSource::reachesOut(state.roots.relativeToQt(path)));
+    const bool isRefused = !isInside
+        || (state.roots.isOfQt(path) ? SceneSource::reachesOut(state.roots.relativeToQt(path))
+                                     : SceneSource::namesPlugin(path));
     if (!isRefused)
         return url;
     refuse(url.toString());
@@ -317,6 +384,10 @@ QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
         return url;
     const QString path = localPath(url);
     if (!path.isEmpty() && state.roots.contains(path) && isKindForScenes(path)) {
+        if (const QString stray = straySibling(state, path); !stray.isNull()) {
+            refuse(stray);
+            return QUrl();
+        }
         // Texts ask so just before they load a picture.
         if (path.endsWith(".qml"_L1) && isOnInterfaceThread())
             sweepLater();
@@ -324,6 +395,20 @@ QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
     }
     refuse(isScript(path) ? worker() : url.toString());
     return QUrl();
+}
+
+/// The first file that would be loaded for @p path and may not; null where there is none.
+QString VLSceneFence::straySibling(const State& state, const QString& path)
+{
+    if (path.startsWith(u':') || isCode(path) || QFileInfo(path).isDir())
+        return QString();
+    const QStringList siblings = siblingsOf(path);
+    for (const QString& sibling : siblings) {
+        const bool exists = QFileInfo::exists(sibling);
+        if (exists && (!state.roots.contains(sibling) || isHazard(sibling)))
+            return sibling;
+    }
+    return QString();
 }
 
 void VLSceneFence::refuse(const QString& what)

@@ -28,7 +28,7 @@ class VLXmlElement;
 
 /**
  * Keeps the scenes of one view from the network and from files outside of the packages, while
- * ckConfineContent is set.
+ * ckConfineContent is set, and from what is no regular file, while that or ckGuardContent is set.
  *
  * Internal to the library. The fence stands around the engine of the view from its start, lets all
  * pass while the setting is off, and reads it anew at each request, so that it closes around a
@@ -57,7 +57,11 @@ public:
     /// setting is off.
     bool admitsFile(const QString& path);
 
-    /// Returns the same without a warning.
+    /// Returns whether the scene file @p path can be read without harm. Always true while nothing
+    /// is guarded.
+    bool isReadable(const QString& path);
+
+    /// Returns the same as admitsFile() without a warning.
     bool isInside(const QString& path);
 
     /// Takes the addresses of outer files out of the texts and attributes of @p content, so that no
@@ -79,6 +83,8 @@ private:
     struct State
     {
         bool isClosed = false;
+        /// Whether to refuse what is no regular file, also where the fence is open.
+        bool isGuarded = false;
         VLContentRoots roots;
     };
 
@@ -87,9 +93,12 @@ private:
     State state() const;
     static bool isOnInterfaceThread();
 
+    static bool isHazardAt(const QUrl& url, DataType type);
     QUrl judgeCode(const State& state, const QUrl& url);
     QUrl judgeModule(const State& state, const QUrl& url);
     QUrl judgeAddress(const State& state, const QUrl& url);
+
+    static QString straySibling(const State& state, const QString& path);
 
     void cleanElement(VLXmlElement* element, const QUrl& base);
     QString cleaned(QString text, const QUrl& base);

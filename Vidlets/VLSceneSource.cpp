@@ -4,6 +4,7 @@
 #include "VLSceneSource.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -15,10 +16,33 @@ namespace Vidlets::SceneSource {
 
 namespace {
 
+// Far above what any program needs, and below what a host can spare for a moment.
+constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
+
 QString contentOf(const QString& path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    if (!isReadable(path) || !file.open(QIODevice::ReadOnly))
+        return QString();
+    return QString::fromUtf8(file.read(kMaxFileBytes));
+}
+
+/// Whether the engine would take @p line of a qmldir file for one that names a plugin. It parts
+/// words at each blank of Unicode, and lines at line feeds alone.
+bool namesPluginInLine(QStringView line)
+{
+    qsizetype end = 0;
+    for (qsizetype begin = 0; begin < line.size(); begin = end + 1) {
+        end = begin;
+        while (end < line.size() && !line.at(end).isSpace())
+            ++end;
+        const QStringView word = line.mid(begin, end - begin);
+        if (word.startsWith(u'#'))
+            return false;
+        if (word == "plugin"_L1)
+            return true;
+    }
+    return false;
 }
 
 QRegularExpression pattern(const QString& text)
@@ -87,35 +111,50 @@ QStringList strayAddressesInFile(const QString& path, const VLContentRoots& root
     return strays;
 }
 
+bool isReadable(const QString& path)
+{
+    const QFileInfo info(path);
+    return !info.exists() || (info.isFile() && info.size() <= kMaxFileBytes);
+}
+
 bool namesPlugin(const QString& path)
 {
-    static const QRegularExpression line(u"^\\s*(optional\\s+)?plugin\\b"_s,
-                                         QRegularExpression::MultilineOption);
-    return line.match(contentOf(path)).hasMatch();
+    if (!isReadable(path))
+        return true;
+    const QString content = contentOf(path);
+    const QList<QStringView> lines = QStringView(content).split(u'\n');
+    return std::any_of(lines.cbegin(), lines.cend(), namesPluginInLine);
 }
 
 bool reachesOut(const QString& modulePath)
 {
-    static const QStringList modules = {u"Qt/labs/folderlistmodel/"_s,
-                                        u"Qt/labs/platform/"_s,
-                                        u"Qt/labs/settings/"_s,
-                                        u"Qt/labs/sharedimage/"_s,
-                                        u"QtCore/"_s,
-                                        u"QtLocation/"_s,
-                                        u"QtMultimedia/"_s,
-                                        u"QtQuick/Dialogs/"_s,
-                                        u"QtQuick/LocalStorage/"_s,
-                                        u"QtQuick/Pdf/"_s,
-                                        u"QtQuick3D/"_s,
-                                        u"QtRemoteObjects/"_s,
-                                        u"QtTextToSpeech/"_s,
-                                        u"QtWebChannel/"_s,
-                                        u"QtWebEngine/"_s,
-                                        u"QtWebSockets/"_s,
-                                        u"QtWebView/"_s};
-    return std::any_of(modules.cbegin(), modules.cend(), [&modulePath](const QString& module) {
-        return modulePath.startsWith(module);
-    });
+    static const QStringList harmless = {u"QML/"_s,
+                                         u"QtQml/"_s,
+                                         u"QtQml/Base/"_s,
+                                         u"QtQml/Models/"_s,
+                                         u"QtQml/StateMachine/"_s,
+                                         u"QtQml/WorkerScript/"_s,
+                                         u"QtQml/XmlListModel/"_s,
+                                         u"QtQuick/"_s,
+                                         u"QtQuick/Effects/"_s,
+                                         u"QtQuick/Layouts/"_s,
+                                         u"QtQuick/NativeStyle/"_s,
+                                         u"QtQuick/Particles/"_s,
+                                         u"QtQuick/Shapes/"_s,
+                                         u"QtQuick/Templates/"_s,
+                                         u"QtQuick/Window/"_s,
+                                         u"Qt/labs/animation/"_s,
+                                         u"Qt/labs/qmlmodels/"_s};
+    static const QStringList harmlessTrees = {u"QtQuick/Controls/"_s, u"QtQuick/Timeline/"_s,
+                                              u"QtQuick/Shapes/"_s,
+                                              u"Qt5Compat/GraphicalEffects/"_s};
+    // Some directories have the version in their name.
+    static const QRegularExpression version(u"\\.[0-9.]+/"_s);
+    QString directory = modulePath.left(modulePath.lastIndexOf(u'/') + 1);
+    directory.replace(version, u"/"_s);
+    return !harmless.contains(directory)
+        && std::none_of(harmlessTrees.cbegin(), harmlessTrees.cend(),
+                        [&directory](const QString& tree) { return directory.startsWith(tree); });
 }
 
 } // namespace Vidlets::SceneSource

@@ -26,11 +26,16 @@ QStringList strayAddresses(const QString& text, const QUrl& base, const VLConten
 /// each address of the scheme "file" in it.
 QStringList strayAddressesInFile(const QString& path, const VLContentRoots& roots);
 
-/// Returns whether the qmldir file @p path asks for native code.
+/// Returns whether a program @p path can be read to its end without harm: it is a regular file of a
+/// sensible size, or none at all.
+bool isReadable(const QString& path);
+
+/// Returns whether the qmldir file @p path asks for native code, or cannot be read without harm.
 bool namesPlugin(const QString& path);
 
-/// Returns whether a module of Qt opens files, databases or connections by ways of its own.
-/// @p modulePath is relative to where Qt keeps its modules.
+/// Returns whether a module may open files, databases or connections by ways of its own: all but
+/// those of Qt that are known to open none. @p modulePath, the path of a file in its directory, is
+/// relative to where Qt keeps its modules.
 bool reachesOut(const QString& modulePath);
 
 } // namespace Vidlets::SceneSource

@@ -311,6 +311,10 @@ void VLView::loadQML(const QString& path)
         warnOfMissing(path);
         return;
     }
+    if (m_manager && !m_fence->isReadable(path)) {
+        m_manager->contentGuard().warn(path, u"not a regular file of a sensible size"_s);
+        return;
+    }
     // The same scene stays alive; new content reaches it through the context names.
     const QUrl url = QUrl::fromLocalFile(path);
     if (url == source())

@@ -13,8 +13,10 @@
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QImage>
+#include <QLibraryInfo>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -24,6 +26,8 @@
 
 #include <algorithm>
 #include <memory>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -201,6 +205,10 @@ private Q_SLOTS:
     void scene_isKeptFromIt_whenItReachesOut_data();
     void scene_isKeptFromIt_whenItReachesOut();
     void refusedAddress_isNoFaultOfScene_whenContentIsGuardedToo();
+    void host_lives_whenFileIsNotRegular_data();
+    void host_lives_whenFileIsNotRegular();
+    void scene_isLeftOut_whenItIsNotRegular();
+    void scene_isKeptFromModule_whenItReachesOut();
     void scene_getsIt_whenFenceIsOpen_data();
     void scene_getsIt_whenFenceIsOpen();
     void scene_getsItsOwnFiles_withoutWarning();
@@ -311,6 +319,9 @@ void TestSceneFence::scene_isKeptFromIt_whenItReachesOut_data()
     row("program on desktop", "Component.onCompleted: Qt.openUrlExternally('evil.desktop')",
         "evil.desktop");
     row("plugin", "P.Thing {}", "plugged/qmldir", "import 'plugged' as P");
+    row("plugin behind another blank", "P.Thing {}", "blank/qmldir", "import 'blank' as P");
+    row("outer picture for fine points", "Image { source: 'fine.png' }", "fine@2x.png");
+    row("outer texture in place of a picture", "Image { source: 'texture' }", "texture.ktx");
     row("compiled scene", "Loader { source: 'Compiled.qml'; onLoaded: scene.leak = 1 }",
         "Compiled.qmlc");
 }
@@ -332,13 +343,20 @@ void TestSceneFence::scene_isKeptFromIt_whenItReachesOut()
                 "WorkerScript.sendMessage({ text: canary });\n");
     stage.write(u"ui/evil.desktop"_s, "[Desktop Entry]\nExec=evil\n");
     stage.write(u"ui/plugged/qmldir"_s, "module plugged\nplugin evil\n");
+    stage.write(u"ui/blank/qmldir"_s, "module blank\n\xc2\xa0plugin evil\n");
+    EvilStage::savePicture(stage.packages.path(u"evil.vidlets/ui/fine.png"_s));
+    for (const QString& link : {u"fine@2x.png"_s, u"texture.ktx"_s}) {
+        QFile::link(stage.outside + u"/canary.png"_s,
+                    stage.packages.path(u"evil.vidlets/ui/"_s + link));
+    }
     stage.write(u"ui/Compiled.qml"_s, "import QtQuick\nItem {}\n");
     stage.write(u"ui/Compiled.qmlc"_s, "evil");
     const FontSilence silence;
 
     stage.load(body, imports);
     const QString expected = QString::fromUtf8(stage.filled(named));
-    QTRY_COMPARE(stage.refusals().size(), 1);
+    QTRY_VERIFY(!stage.refusals().isEmpty());
+    QVERIFY2(stage.refusals().size() == 1, qPrintable(stage.refusals().join(u'\n')));
     QVERIFY2(stage.refusals().first().contains(expected), qPrintable(stage.refusals().first()));
     QVERIFY(stage.refusals().first().endsWith(u"/ui/Scene1.qml"_s));
     QVERIFY(stage.isServerUntouched());
@@ -357,6 +375,59 @@ void TestSceneFence::refusedAddress_isNoFaultOfScene_whenContentIsGuardedToo()
     QTRY_COMPARE(stage.leak().toInt(), 1);
     QCOMPARE(stage.warnings().size(), 1);
     QVERIFY(stage.warnings().first().startsWith("Kept "_L1));
+}
+
+void TestSceneFence::host_lives_whenFileIsNotRegular_data()
+{
+    QTest::addColumn<contextKey>("safeguard");
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QByteArray>("body");
+    for (const contextKey key : {ckConfineContent, ckGuardContent}) {
+        QTest::addRow("picture %d", key)
+            << key << u"fifo.png"_s << QByteArray("Image { source: 'fifo.png' }");
+        QTest::addRow("loader %d", key)
+            << key << u"Fifo.qml"_s << QByteArray("Loader { source: 'Fifo.qml' }");
+        QTest::addRow("module %d", key) << key << u"qmldir"_s << QByteArray("Item {}");
+    }
+    QTest::newRow("picture for fine points")
+        << ckConfineContent << u"good@2x.png"_s << QByteArray("Image { source: 'good.png' }");
+}
+
+void TestSceneFence::host_lives_whenFileIsNotRegular()
+{
+    QFETCH(const contextKey, safeguard);
+    QFETCH(const QString, file);
+    QFETCH(const QByteArray, body);
+    EvilStage stage(false);
+    stage.manager->context().set(safeguard, true);
+    const QString fifo = stage.packages.path(u"evil.vidlets/ui/"_s + file);
+    QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), 0700), 0);
+    stage.load(body);
+    QTRY_COMPARE(stage.refusals().size(), 1);
+    QVERIFY2(stage.refusals().first().contains(file), qPrintable(stage.refusals().first()));
+}
+
+void TestSceneFence::scene_isLeftOut_whenItIsNotRegular()
+{
+    EvilStage stage(false);
+    stage.manager->context().set(ckGuardContent, true);
+    const QString fifo = stage.packages.path(u"evil.vidlets/ui/Fifo.qml"_s);
+    QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), 0700), 0);
+    stage.view->loadQML(fifo);
+    QVERIFY(!stage.view->rootObject());
+    QCOMPARE(stage.warnings(), QStringList(fifo + u": not a regular file of a sensible size"_s));
+}
+
+void TestSceneFence::scene_isKeptFromModule_whenItReachesOut()
+{
+    EvilStage stage;
+    const QString modules = QLibraryInfo::path(QLibraryInfo::QmlImportsPath);
+    if (!QFileInfo::exists(modules + u"/QtMultimedia/qmldir"_s))
+        QSKIP("There is no module here that opens files.");
+    stage.load("MediaPlayer { Component.onCompleted: scene.leak = 1 }", "import QtMultimedia");
+    QTRY_COMPARE(stage.refusals().size(), 1);
+    QVERIFY(stage.refusals().first().contains("QtMultimedia/qmldir"_L1));
+    QVERIFY(stage.leak().isNull());
 }
 
 void TestSceneFence::scene_getsIt_whenFenceIsOpen_data()

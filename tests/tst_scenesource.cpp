@@ -25,6 +25,7 @@ private Q_SLOTS:
     void namesPlugin_tells_whenLineAsksForOne_data();
     void namesPlugin_tells_whenLineAsksForOne();
     void reachesOut_tellsModulesApart();
+    void isReadable_fails_whenFileWouldNotEnd();
     void roots_contain_whatLiesBelow_data();
     void roots_contain_whatLiesBelow();
     void roots_endTheirSearch_whenLinksLeadInCircle();
@@ -78,6 +79,18 @@ void TestSceneSource::namesPlugin_tells_whenLineAsksForOne_data()
     QTest::newRow("none") << QByteArray("module a\nPart 1.0 Part.qml\n") << false;
     QTest::newRow("plain") << QByteArray("module a\nplugin evil\n") << true;
     QTest::newRow("optional") << QByteArray("module a\r\n  optional\tplugin evil lib") << true;
+    QTest::newRow("after a blank of another kind")
+        << QByteArray("module a\n\xc2\xa0plugin evil\n") << true;
+    QTest::newRow("before a blank of another kind") << QByteArray("module a\nplugin\xe3\x80\x80"
+                                                                  "evil\n")
+                                                    << true;
+    QTest::newRow("optional, other blanks") << QByteArray("optional\xe2\x80\xafplugin\xc2\x85"
+                                                          "evil\n")
+                                            << true;
+    QTest::newRow("after a line separator")
+        << QByteArray("# a\nmodule a\xe2\x80\xa8plugin evil\n") << true;
+    QTest::newRow("after a carriage return") << QByteArray("module a\rplugin evil\n") << true;
+    QTest::newRow("byte order mark") << QByteArray("\xef\xbb\xbfplugin evil\n") << true;
     QTest::newRow("word within") << QByteArray("plugins 1.0 plugins.qml\n") << false;
     QTest::newRow("comment") << QByteArray("# plugin\n") << false;
 }
@@ -92,10 +105,41 @@ void TestSceneSource::namesPlugin_tells_whenLineAsksForOne()
 
 void TestSceneSource::reachesOut_tellsModulesApart()
 {
-    QVERIFY(SceneSource::reachesOut(u"Qt/labs/folderlistmodel/qmldir"_s));
-    QVERIFY(SceneSource::reachesOut(u"QtQuick/LocalStorage/qmldir"_s));
-    QVERIFY(!SceneSource::reachesOut(u"QtQuick/qmldir"_s));
-    QVERIFY(!SceneSource::reachesOut(u"QtQuick/Layouts/qmldir"_s));
+    const QStringList reaching = {u"Qt/labs/folderlistmodel/qmldir"_s,
+                                  u"Qt/labs/wavefrontmesh/qmldir"_s,
+                                  u"QtQuick/LocalStorage/qmldir"_s,
+                                  u"QtQuick/LocalStorage.2/qmldir"_s,
+                                  u"QtPositioning/qmldir"_s,
+                                  u"QtQuick3D/Helpers/qmldir"_s,
+                                  u"QtCore/qmldir"_s,
+                                  u"org/other/qmldir"_s,
+                                  u"qmldir"_s};
+    for (const QString& module : reaching)
+        QVERIFY2(SceneSource::reachesOut(module), qPrintable(module));
+    const QStringList harmless = {u"QtQuick/qmldir"_s,
+                                  u"QtQuick.2/qmldir"_s,
+                                  u"QtQuick/Layouts/qmldir"_s,
+                                  u"QtQuick/Window.2/qmldir"_s,
+                                  u"QtQml/qmldir"_s,
+                                  u"QtQml/Models.2/qmldir"_s,
+                                  u"QtQuick/Controls/Basic/impl/qmldir"_s,
+                                  u"QtQuick/Controls.2/qmldir"_s};
+    for (const QString& module : harmless)
+        QVERIFY2(!SceneSource::reachesOut(module), qPrintable(module));
+}
+
+void TestSceneSource::isReadable_fails_whenFileWouldNotEnd()
+{
+    PackageBuilder packages;
+    const QString file = packages.write(u"a.vidlets/A.qml"_s, "Item {}");
+    QVERIFY(SceneSource::isReadable(file));
+    QVERIFY(SceneSource::isReadable(packages.path(u"a.vidlets/None.qml"_s)));
+    QVERIFY(!SceneSource::isReadable(packages.path(u"a.vidlets"_s)));
+    QVERIFY(!SceneSource::isReadable(u"/dev/null"_s));
+    QVERIFY(SceneSource::namesPlugin(u"/dev/zero"_s));
+    QVERIFY(QFile::resize(file, qint64(1) << 31));
+    QVERIFY(!SceneSource::isReadable(file));
+    QVERIFY(SceneSource::namesPlugin(file));
 }
 
 void TestSceneSource::roots_contain_whatLiesBelow_data()
