@@ -6,6 +6,7 @@
 #include "VLIndex.h"
 #include "VLManager.h"
 #include "VLSceneSource.h"
+#include "VLSceneText.h"
 #include "VLSettings.h"
 #include "VLView.h"
 #include "VLXmlElement.h"
@@ -13,6 +14,9 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFileInfo>
+#include <QGuiApplication>
+#include <QMetaMethod>
+#include <QMetaProperty>
 #include <QMutexLocker>
 #include <QNetworkAccessManager>
 #include <QNetworkRequest>
@@ -20,9 +24,11 @@
 #include <QQmlError>
 #include <QQmlFile>
 #include <QQuickItem>
+#include <QQuickTextDocument>
+#include <QQuickWindow>
 #include <QThread>
 
-#include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -30,7 +36,9 @@ namespace Vidlets {
 
 namespace {
 
-constexpr int kWorkerEndMs = 1000;
+constexpr int kWorkerEndMs = 100;
+// A scene may find ever new addresses.
+constexpr int kMaxWarningsPerScene = 100;
 constexpr QLatin1StringView kWorkerEngineClass{"QQuickWorkerScriptEngine"};
 constexpr QLatin1StringView kWorkerClass{"QQuickWorkerScript"};
 
@@ -115,6 +123,19 @@ QStringList siblingsOf(const QString& path)
     return siblings;
 }
 
+QStringList straysIn(const QObject& text, const VLContentRoots& roots)
+{
+    const QUrl base = text.property("baseUrl").toUrl();
+    if (text.inherits("QQuickTextEdit")) {
+        const auto* edited = text.property("textDocument").value<QQuickTextDocument*>();
+        return edited && edited->textDocument()
+            ? SceneText::strayAddresses(*edited->textDocument(), base, roots)
+            : QStringList();
+    }
+    const auto format = static_cast<SceneText::Format>(text.property("textFormat").toInt());
+    return SceneText::strayAddresses(text.property("text").toString(), format, base, roots);
+}
+
 /// Sends out what the fence allows, and answers the rest with an error.
 class FencedAccess : public QNetworkAccessManager
 {
@@ -192,10 +213,12 @@ bool VLSceneFence::isEcho(const QQmlError& error) const
 {
     if (!state().isClosed)
         return false;
-    // A text takes an address that was taken out for its own.
+    const QString text = error.description();
+    // A refused address becomes an empty one, and a text takes one that was taken out for its own.
     const QString emptied = u"Error decoding: %1: "_s.arg(error.url().toString());
-    return error.url() == nothing() || error.description().contains(kRefused)
-        || error.description().contains(emptied);
+    const bool isOfEmptyAddress = !m_refused.isEmpty() && text == "Invalid empty URL"_L1;
+    return isOfEmptyAddress || error.url() == nothing() || text.contains(kRefused)
+        || text.contains(emptied);
 }
 
 bool VLSceneFence::allows(const QUrl& url, bool isWrite)
@@ -265,14 +288,13 @@ void VLSceneFence::cleanElement(VLXmlElement* element, const QUrl& base)
 }
 
 /// @p text without the addresses that lead out; what is around them stays.
-QString VLSceneFence::cleaned(QString text, const QUrl& base)
+QString VLSceneFence::cleaned(const QString& text, const QUrl& base)
 {
-    const QStringList strays = SceneSource::strayAddresses(text, base, m_state.roots);
-    for (const QString& stray : strays) {
+    QStringList strays;
+    QString result = SceneText::cleaned(text, base, m_state.roots, strays);
+    for (const QString& stray : std::as_const(strays))
         refuse(stray);
-        text.remove(stray);
-    }
-    return text;
+    return result;
 }
 
 QNetworkAccessManager* VLSceneFence::create(QObject* parent)
@@ -305,8 +327,11 @@ void VLSceneFence::refresh()
     // A host may have put in one of its own, which knows no fence.
     if (m_engine->networkAccessManagerFactory() != this)
         m_engine->setNetworkAccessManagerFactory(this);
-    if (!wasClosed)
+    if (!wasClosed) {
+        // Texts may have changed while nobody looked.
+        forgetAll();
         sweepLater();
+    }
     stopWorkers();
 }
 
@@ -388,9 +413,6 @@ QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
             refuse(stray);
             return QUrl();
         }
-        // Texts ask so just before they load a picture.
-        if (path.endsWith(".qml"_L1) && isOnInterfaceThread())
-            sweepLater();
         return url;
     }
     refuse(isScript(path) ? worker() : url.toString());
@@ -422,7 +444,8 @@ void VLSceneFence::refuse(const QString& what)
 
 void VLSceneFence::warn(const QString& what)
 {
-    if (!m_view || !m_view->manager() || m_refused.contains(what))
+    if (!m_view || !m_view->manager() || m_refused.size() >= kMaxWarningsPerScene
+        || m_refused.contains(what))
         return;
     m_refused.insert(what);
     // Content comes before its scene.
@@ -430,6 +453,9 @@ void VLSceneFence::warn(const QString& what)
         m_view->source().isEmpty() ? m_view->uiRootFilePath() : localPath(m_view->source());
     m_view->manager()->handleMessage(VLMessageWarning,
                                      u"Kept %1 from the scene %2"_s.arg(what, scene));
+    if (m_refused.size() == kMaxWarningsPerScene)
+        m_view->manager()->handleMessage(VLMessageWarning,
+                                         u"Keeping more from the scene %1"_s.arg(scene));
 }
 
 /// A worker could open addresses on the desktop and load modules from anywhere, and none of it
@@ -441,9 +467,14 @@ void VLSceneFence::stopWorkers()
         auto* thread = qobject_cast<QThread*>(child);
         if (!thread || !thread->inherits(kWorkerEngineClass.data()) || !thread->isRunning())
             continue;
+        refuse(worker());
+        // One that is busy ends when its script does; to wait for it at each address would hold
+        // the user interface up for as long.
+        if (m_stoppedWorkers.contains(thread))
+            continue;
+        m_stoppedWorkers.insert(thread);
         thread->quit();
         thread->wait(QDeadlineTimer(kWorkerEndMs));
-        refuse(worker());
     }
 }
 
@@ -453,37 +484,120 @@ void VLSceneFence::sweepLater()
         return;
     m_isSweepDue = true;
     QMetaObject::invokeMethod(
-        this, [this] { sweep(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            m_isSweepDue = false;
+            sweep();
+        },
+        Qt::QueuedConnection);
 }
 
-/// Texts load a picture of the disk without asking for it by its own address. One that was put
-/// together while the scene runs is taken away again before it is drawn.
+/// Texts load a picture of the disk without asking for it by its own address. So each is looked at
+/// when it is first met and whenever it has changed, before its window is drawn.
 void VLSceneFence::sweep()
 {
-    m_isSweepDue = false;
-    if (!m_view || !m_view->rootObject() || !m_state.isClosed)
+    if (!m_view || !m_state.isClosed)
         return;
-    sweepItem(m_view->rootObject(), m_state.roots);
-    const QObjectList objects = m_view->rootObject()->findChildren<QObject*>();
-    if (std::any_of(objects.cbegin(), objects.cend(),
-                    [](const QObject* object) { return object->inherits(kWorkerClass.data()); }))
-        refuse(worker());
+    const QWindowList windows = QGuiApplication::allWindows();
+    for (QWindow* window : windows) {
+        auto* scene = qobject_cast<QQuickWindow*>(window);
+        if (!scene || (scene != m_view && qmlEngine(scene) != m_engine))
+            continue;
+        connect(scene, &QQuickWindow::afterAnimating, this, &VLSceneFence::sweep,
+                Qt::UniqueConnection);
+        sweepBelow(scene);
+    }
+    // What a scene does about it may end others of them, or change them again.
+    for (auto count = m_changed.size(); count > 0 && !m_changed.isEmpty(); --count) {
+        QObject* text = *m_changed.cbegin();
+        m_changed.remove(text);
+        judgeText(text);
+    }
 }
 
-void VLSceneFence::sweepItem(QQuickItem* item, const VLContentRoots& roots)
+/// Goes by both kinds of children: items may have no owner in the scene, and owners no place in it.
+void VLSceneFence::sweepBelow(QObject* root)
 {
-    if (item->inherits("QQuickText") || item->inherits("QQuickTextEdit")) {
-        const QUrl base = item->property("baseUrl").toUrl();
-        const QStringList strays =
-            SceneSource::strayAddresses(item->property("text").toString(), base, roots);
-        for (const QString& stray : strays)
-            refuse(stray);
-        if (!strays.isEmpty())
-            item->setProperty("text", QString());
+    QList<QObject*> waiting = {root};
+    QSet<const QObject*> met = {root};
+    const auto add = [this, &waiting, &met](QObject* object) {
+        // The engine belongs to the window, and this to the engine.
+        if (object == m_engine || met.contains(object))
+            return;
+        met.insert(object);
+        waiting.append(object);
+    };
+    while (!waiting.isEmpty()) {
+        QObject* object = waiting.takeLast();
+        meet(object);
+        for (QObject* child : object->children())
+            add(child);
+        if (auto* window = qobject_cast<QQuickWindow*>(object))
+            add(window->contentItem());
+        if (auto* item = qobject_cast<QQuickItem*>(object)) {
+            const QList<QQuickItem*> children = item->childItems();
+            for (QQuickItem* child : children)
+                add(child);
+        }
     }
-    const QList<QQuickItem*> children = item->childItems();
-    for (QQuickItem* child : children)
-        sweepItem(child, roots);
+}
+
+void VLSceneFence::meet(QObject* object)
+{
+    if (m_met.contains(object))
+        return;
+    m_met.insert(object);
+    connect(object, &QObject::destroyed, this, [this, object] {
+        m_met.remove(object);
+        m_changed.remove(object);
+    });
+    if (object->inherits(kWorkerClass.data()))
+        refuse(worker());
+    const bool isEdit = object->inherits("QQuickTextEdit");
+    if (!isEdit && !object->inherits("QQuickText"))
+        return;
+    const QMetaMethod slot = staticMetaObject.method(staticMetaObject.indexOfSlot("judgeSender()"));
+    for (const char* name : {"text", "textFormat", "baseUrl"}) {
+        const QMetaObject* type = object->metaObject();
+        const QMetaProperty property = type->property(type->indexOfProperty(name));
+        if (property.hasNotifySignal())
+            connect(object, property.notifySignal(), this, slot);
+    }
+    m_changed.insert(object);
+}
+
+void VLSceneFence::forgetAll()
+{
+    for (const QObject* object : std::as_const(m_met))
+        disconnect(object, nullptr, this, nullptr);
+    m_met.clear();
+    m_changed.clear();
+}
+
+void VLSceneFence::judgeSender()
+{
+    // Not at once: a text that is emptied in the midst of a change takes that badly.
+    m_changed.insert(sender());
+    sweepLater();
+}
+
+/// Empties @p text where it shows what it may not have, so that this is never drawn.
+void VLSceneFence::judgeText(QObject* text)
+{
+    if (!m_state.isClosed)
+        return;
+    const QStringList strays = straysIn(*text, m_state.roots);
+    if (strays.isEmpty())
+        return;
+    for (const QString& stray : strays)
+        refuse(stray);
+    const QPointer<QQuickItem> item = qobject_cast<QQuickItem*>(text);
+    text->setProperty("text", QString());
+    // A scene may put it back at once.
+    if (item && !straysIn(*item, m_state.roots).isEmpty())
+        item->setParentItem(nullptr);
 }
 
 } // namespace Vidlets
+
+#include "moc_VLSceneFence.cpp"

@@ -18,7 +18,6 @@
 
 class QQmlEngine;
 class QQmlError;
-class QQuickItem;
 
 namespace Vidlets {
 
@@ -43,6 +42,8 @@ class VLSceneFence
     , public QQmlAbstractUrlInterceptor
     , public QQmlNetworkAccessManagerFactory
 {
+    Q_OBJECT
+
 public:
     /// Puts the fence around the engine of @p view. Both outlive their use of each other.
     explicit VLSceneFence(VLView* view);
@@ -78,6 +79,9 @@ public:
     QUrl intercept(const QUrl& url, DataType type) override;
     QNetworkAccessManager* create(QObject* parent) override;
 
+private Q_SLOTS:
+    void judgeSender();
+
 private:
     /// What the other threads go by.
     struct State
@@ -101,14 +105,17 @@ private:
     static QString straySibling(const State& state, const QString& path);
 
     void cleanElement(VLXmlElement* element, const QUrl& base);
-    QString cleaned(QString text, const QUrl& base);
+    QString cleaned(const QString& text, const QUrl& base);
 
     void refuse(const QString& what);
     void warn(const QString& what);
     void stopWorkers();
     void sweepLater();
     void sweep();
-    void sweepItem(QQuickItem* item, const VLContentRoots& roots);
+    void sweepBelow(QObject* root);
+    void meet(QObject* object);
+    void forgetAll();
+    void judgeText(QObject* text);
 
     QPointer<VLView> m_view;
     QPointer<VLIndex> m_index;
@@ -118,6 +125,12 @@ private:
     State m_state; ///< Guarded by m_mutex.
     /// What the present scene was refused.
     QSet<QString> m_refused;
+    /// Compared only; they may be gone.
+    QSet<const QObject*> m_stoppedWorkers;
+    /// The objects that are looked at whenever they change, or need not be. None of them is gone.
+    QSet<QObject*> m_met;
+    /// Those of them that have changed since they were looked at.
+    QSet<QObject*> m_changed;
     bool m_isSweepDue = false;
 };
 

@@ -5,10 +5,12 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QQmlFile>
 #include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -52,27 +54,47 @@ QRegularExpression pattern(const QString& text)
 }
 
 /// What documents load by themselves, each with the address in the only group. A quote may have a
-/// backslash before it: the text may be that of a program.
+/// backslash before it. Each pattern looks at a bounded stretch from where it begins, so that no
+/// text takes long; what it misses is found again where the text is shown.
 const QList<QRegularExpression>& documentPatterns()
 {
     static const QList<QRegularExpression> patterns = {
+        pattern(u"\\bsrc\\s{0,8}=\\s{0,8}\\\\?[\"']([^\"'<>\\\\]{1,4096})"_s),
+        pattern(u"<img\\b[^<>]{0,1000}?\\bsrc\\s{0,8}=\\s{0,8}([^\\s\"'>\\\\]{1,4096})"_s),
         pattern(
-            u"<img\\b(?:\"[^\"]*\"|'[^']*'|[^>])*?\\bsrc\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
-        pattern(u"<link\\b[^>]*?\\bhref\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
-        pattern(u"\\bbackground\\s*=\\s*\\\\?[\"']?([^\\s\"'>\\\\]+)"_s),
-        pattern(u"\\burl\\(\\s*\\\\?[\"']?([^\\s\"')\\\\]+)"_s),
-        pattern(u"@import\\s*\\\\?[\"']([^\\s\"'\\\\]+)"_s),
-        pattern(u"!\\[[^\\]]*\\]\\(\\s*<?([^\\s)>]+)"_s),
-        pattern(u"^\\s*\\[[^\\]]+\\]:\\s*<?([^\\s>]+)"_s)};
+            u"<link\\b[^<>]{0,1000}?\\bhref\\s{0,8}=\\s{0,8}\\\\?[\"']?([^\"'<>\\\\]{1,4096})"_s),
+        pattern(u"\\bbackground\\s{0,8}=\\s{0,8}\\\\?[\"']?([^\\s\"'>\\\\]{1,4096})"_s),
+        pattern(u"\\burl\\(\\s{0,8}\\\\?[\"']?([^\\s\"')\\\\]{1,4096})"_s),
+        pattern(u"@import\\s{0,8}\\\\?[\"']([^\\s\"'\\\\]{1,4096})"_s),
+        pattern(u"!\\[[^\\]]{0,1000}\\]\\(\\s{0,8}<?([^\\s)>]{1,4096})"_s),
+        pattern(u"^\\s{0,8}\\[[^\\]]{1,1000}\\]:\\s{0,8}<?([^\\s>]{1,4096})"_s)};
     return patterns;
 }
 
-bool isStray(const QString& address, const QUrl& base, const VLContentRoots& roots)
+/// Without the lines that are comments as a whole: those do nothing.
+QString withoutCommentLines(const QString& program)
 {
-    if (address.contains("&#"_L1))
-        return true;
-    const QUrl url = base.resolved(QUrl(address));
-    return url.isLocalFile() && !roots.contains(url.toLocalFile());
+    static const QRegularExpression comment(u"^[ \\t]{0,1000}//[^\\n]*"_s,
+                                            QRegularExpression::MultilineOption);
+    QString code = program;
+    return code.remove(comment);
+}
+
+/// The text between each @p quote and the next in @p program. Some of it is what lies between two
+/// literals, which is no address that leads out.
+void collectLiterals(const QString& program, QChar quote, QStringList& literals)
+{
+    constexpr qsizetype kMostLength = 4096;
+    qsizetype begin = program.indexOf(quote) + 1;
+    while (begin > 0) {
+        const qsizetype end = program.indexOf(quote, begin);
+        if (end < 0)
+            return;
+        const QStringView literal = QStringView(program).mid(begin, end - begin);
+        if (!literal.isEmpty() && literal.size() < kMostLength && !literal.front().isSpace())
+            literals.append(literal.toString().remove(u'\\'));
+        begin = end + 1;
+    }
 }
 
 void collect(const QRegularExpression& from, const QString& text, const QUrl& base,
@@ -81,12 +103,56 @@ void collect(const QRegularExpression& from, const QString& text, const QUrl& ba
     QRegularExpressionMatchIterator matches = from.globalMatch(text);
     while (matches.hasNext()) {
         const QString address = matches.next().captured(1);
-        if (!strays.contains(address) && isStray(address, base, roots))
+        if (!strays.contains(address) && leadsOut(address, base, roots))
             strays.append(address);
     }
 }
 
+/// A Canvas asks nobody before it loads a picture. So a program that has one load pictures may not
+/// spell any outer address.
+void collectOfCanvas(const QString& program, const QUrl& base, const VLContentRoots& roots,
+                     QStringList& strays)
+{
+    static const QRegularExpression loading =
+        pattern(u"\\b(loadImage|drawImage|createPattern|createImageData)\\b"_s);
+    if (!program.contains(loading))
+        return;
+    QStringList literals;
+    for (const QChar quote : {u'"', u'\'', u'`'})
+        collectLiterals(program, quote, literals);
+    for (const QString& literal : std::as_const(literals)) {
+        // A directory is no picture, but may begin the address of one.
+        const bool isDirectory = QFileInfo(base.resolved(QUrl(literal)).toLocalFile()).isDir();
+        if (!isDirectory && !strays.contains(literal) && leadsOut(literal, base, roots))
+            strays.append(literal);
+    }
+}
+
+/// Whether @p program lets addresses reach the desktop unseen. They pass by the fence where a scene
+/// calls the function itself, but not where a module script does, nor the engine on its behalf.
+bool handsOnDesktop(const QString& program, bool isModule)
+{
+    static const QRegularExpression name(u"\\bopenUrlExternally\\b"_s);
+    static const QRegularExpression handedOn(
+        u"\\bopenUrlExternally\\b(?!\\s{0,100}\\()|\\bFunction\\s{0,100}\\(|\\bconstructor\\b"_s);
+    return program.contains(name) && (isModule || program.contains(handedOn));
+}
+
 } // namespace
+
+bool leadsOut(const QString& address, const QUrl& base, const VLContentRoots& roots)
+{
+    if (address.isEmpty())
+        return false;
+    if (address.contains("&#"_L1))
+        return true;
+    const QString path = QQmlFile::urlToLocalFileOrQrc(base.resolved(QUrl(address)));
+    if (path.isEmpty() || path.startsWith(u':'))
+        return false;
+    const QFileInfo info(path);
+    const bool isHazard = info.exists() && !info.isFile() && !info.isDir();
+    return isHazard || !roots.contains(path);
+}
 
 QStringList strayAddresses(const QString& text, const QUrl& base, const VLContentRoots& roots)
 {
@@ -104,10 +170,15 @@ QStringList strayAddressesInFile(const QString& path, const VLContentRoots& root
 {
     static const QRegularExpression files =
         pattern(u"(file:/*[^/\\s\"'`<>)\\\\][^\\s\"'`<>)\\\\]+)"_s);
-    const QString text = contentOf(path);
+    if (!isReadable(path))
+        return {path};
+    const QString text = withoutCommentLines(contentOf(path));
     const QUrl base = QUrl::fromLocalFile(path);
     QStringList strays = strayAddresses(text, base, roots);
     collect(files, text, base, roots, strays);
+    collectOfCanvas(text, base, roots, strays);
+    if (handsOnDesktop(text, path.endsWith(".mjs"_L1)))
+        strays.append(u"Qt.openUrlExternally"_s);
     return strays;
 }
 

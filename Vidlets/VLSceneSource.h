@@ -17,13 +17,20 @@
  */
 namespace Vidlets::SceneSource {
 
-/// Returns the addresses in the HTML or Markdown @p text that a document would load by itself, and
+/// Returns whether @p address, which counts from @p base, is that of a file that may not be read:
+/// one outside of @p roots, or one that is no regular file.
+bool leadsOut(const QString& address, const QUrl& base, const VLContentRoots& roots);
+
+/// Returns the addresses in the program or text @p text that a document would load by itself, and
 /// that lead to a file outside of @p roots: pictures, backgrounds and style sheets. They count from
-/// @p base. One that hides its letters counts as outside.
+/// @p base. One that hides its letters counts as outside. It goes by what such text looks like, and
+/// may miss some.
 QStringList strayAddresses(const QString& text, const QUrl& base, const VLContentRoots& roots);
 
-/// The same for the text of the program @p path, which addresses in it count from, and in addition
-/// each address of the scheme "file" in it.
+/// Returns what the program @p path spells that it may not have, without its lines of comment: such
+/// addresses, which count from it, each outer one of the scheme "file", each outer one at all where
+/// a Canvas loads pictures, and "Qt.openUrlExternally" where that is not called by the scene
+/// itself. Gives @p path for one that cannot be read without harm.
 QStringList strayAddressesInFile(const QString& path, const VLContentRoots& roots);
 
 /// Returns whether a program @p path can be read to its end without harm: it is a regular file of a

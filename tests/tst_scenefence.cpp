@@ -23,6 +23,7 @@
 #include <QScopeGuard>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QThread>
 
 #include <algorithm>
 #include <memory>
@@ -205,6 +206,14 @@ private Q_SLOTS:
     void scene_isKeptFromIt_whenItReachesOut_data();
     void scene_isKeptFromIt_whenItReachesOut();
     void refusedAddress_isNoFaultOfScene_whenContentIsGuardedToo();
+    void textSetLater_isEmptied_whenItShowsOuterPicture_data();
+    void textSetLater_isEmptied_whenItShowsOuterPicture();
+    void textSetLater_stays_whenItShowsOwnPicture();
+    void contentInAnyForm_losesPicture_whenItLeadsOut_data();
+    void contentInAnyForm_losesPicture_whenItLeadsOut();
+    void warnings_end_whenSceneFindsEverNewAddresses();
+    void refusedLoader_isWarnedOfOnce_whenContentIsGuardedToo();
+    void host_isNotHeldUp_whenWorkerIsBusy();
     void host_lives_whenFileIsNotRegular_data();
     void host_lives_whenFileIsNotRegular();
     void scene_isLeftOut_whenItIsNotRegular();
@@ -375,6 +384,170 @@ void TestSceneFence::refusedAddress_isNoFaultOfScene_whenContentIsGuardedToo()
     QTRY_COMPARE(stage.leak().toInt(), 1);
     QCOMPARE(stage.warnings().size(), 1);
     QVERIFY(stage.warnings().first().startsWith("Kept "_L1));
+}
+
+void TestSceneFence::textSetLater_isEmptied_whenItShowsOuterPicture_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("change");
+    const QByteArray picture = "['<im', 'g sr', 'c=\"DIR', '/canary.png\">'].join('')";
+    const QByteArray two = "['<im', 'g src=\"good.png\" sr', 'c=\"DIR', '/canary.png\">'].join('')";
+    const QByteArray markdown = "['!', '[a [b] c](DIR', '/canary.png)'].join('')";
+    const auto set = [](const QByteArray& value) { return "t.text = " + value; };
+    QTest::newRow("rich") << QByteArray("Text { id: t; textFormat: Text.RichText }")
+                          << set(picture);
+    QTest::newRow("rich, two sources")
+        << QByteArray("Text { id: t; textFormat: Text.RichText }") << set(two);
+    QTest::newRow("styled") << QByteArray("Text { id: t; textFormat: Text.StyledText }")
+                            << set(picture);
+    QTest::newRow("styled, two sources")
+        << QByteArray("Text { id: t; textFormat: Text.StyledText }") << set(two);
+    QTest::newRow("automatic") << QByteArray("Text { id: t }") << set("'<b>a</b>' + " + picture);
+    QTest::newRow("Markdown") << QByteArray("Text { id: t; textFormat: Text.MarkdownText }")
+                              << set(markdown);
+    QTest::newRow("format set later")
+        << QByteArray("Text { id: t; textFormat: Text.PlainText }")
+        << QByteArray("{ " + set(picture) + "; t.textFormat = Text.RichText }");
+    QTest::newRow("put back at once")
+        << QByteArray("Text { id: t; textFormat: Text.RichText; property string other;"
+                      " onTextChanged: if (!t.text) t.text = other }")
+        << QByteArray("{ t.other = " + picture + "; t.text = t.other }");
+    QTest::newRow("edit") << QByteArray("TextEdit { id: t; textFormat: TextEdit.RichText }")
+                          << set(picture);
+    QTest::newRow("edit, inserted")
+        << QByteArray("TextEdit { id: t; text: 'a'; textFormat: TextEdit.RichText }")
+        << QByteArray("t.insert(0, " + picture + ")");
+    QTest::newRow("edit, Markdown")
+        << QByteArray("TextEdit { id: t; textFormat: TextEdit.MarkdownText }") << set(markdown);
+    QTest::newRow("made later without an owner")
+        << QByteArray("property Item t: null\n"
+                      "Component { id: c; Text { textFormat: Text.RichText } }")
+        << QByteArray("{ t = c.createObject(null); t.parent = scene; " + set(picture) + " }");
+}
+
+void TestSceneFence::textSetLater_isEmptied_whenItShowsOuterPicture()
+{
+    QFETCH(const QByteArray, text);
+    QFETCH(const QByteArray, change);
+    EvilStage stage;
+    stage.load(
+        text + "\nfunction change() " + (change.startsWith('{') ? change : "{ " + change + " }")
+        + "\nfunction length() { return t.getText ? t.getText(0, 9).length : t.text.length }");
+    stage.view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    auto* scene = stage.view->rootObject()->property("item").value<QObject*>();
+    QVERIFY(scene);
+    QVERIFY(QMetaObject::invokeMethod(scene, "change"));
+    QTRY_COMPARE(stage.refusals().size(), 1);
+    QVERIFY(stage.refusals().first().contains("canary.png"_L1));
+    QVariant length;
+    QMetaObject::invokeMethod(scene, "length", Q_RETURN_ARG(QVariant, length));
+    if (!text.contains("onTextChanged"))
+        QCOMPARE(length.toInt(), 0);
+    const QImage picture = stage.view->grabWindow();
+    QVERIFY(!picture.isNull());
+    for (int x = 0; x < picture.width(); ++x)
+        QVERIFY(picture.pixelColor(x, qMin(20, picture.height() - 1)) != QColor(Qt::red));
+}
+
+void TestSceneFence::textSetLater_stays_whenItShowsOwnPicture()
+{
+    EvilStage stage;
+    stage.load("Text { id: t; textFormat: Text.RichText }\nTextEdit { id: e; textFormat: "
+               "TextEdit.RichText }\nText { id: p; textFormat: Text.PlainText }\n"
+               "function change() { t.text = 'a <img src=\"good.png\">'; e.text = t.text;"
+               " p.text = ['<im', 'g sr', 'c=\"DIR', '/canary.png\">'].join('') }\n"
+               "function length() { return t.text.length * e.length * p.text.length }");
+    stage.view->show();
+    QVERIFY(QTest::qWaitForWindowExposed(stage.view.get()));
+    auto* scene = stage.view->rootObject()->property("item").value<QObject*>();
+    QVERIFY(QMetaObject::invokeMethod(scene, "change"));
+    QVERIFY(!stage.view->grabWindow().isNull());
+    QVariant length;
+    QMetaObject::invokeMethod(scene, "length", Q_RETURN_ARG(QVariant, length));
+    QVERIFY(length.toInt() > 0);
+    QCOMPARE(stage.warnings(), QStringList());
+}
+
+void TestSceneFence::contentInAnyForm_losesPicture_whenItLeadsOut_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("rest");
+    QTest::newRow("two sources") << u"<img src='good.png' src='DIR/canary.png'> a"_s
+                                 << u"<img src='good.png' src=''> a"_s;
+    QTest::newRow("blank in address")
+        << u"<img src='a b/../../../../outside/canary.png'> a"_s << u"<img src=''> a"_s;
+    QTest::newRow("nested brackets") << u"![a [b] c](DIR/canary.png) a"_s << u"![a [b] c]() a"_s;
+    QTest::newRow("put together by taking out")
+        << u"<img src='/zz'><img src='/t/zzmp/a.png'> a"_s << u"<img src=''><img src=''> a"_s;
+    QTest::newRow("same letters elsewhere")
+        << u"<img src='/'> <b>and/or</b>"_s << u"<img src=''> <b>and/or</b>"_s;
+    QTest::newRow("hidden letters")
+        << u"a <img src='&#47;etc/canary.png'>"_s << u"a <img src=''>"_s;
+    QTest::newRow("hidden where nothing can be taken out")
+        << u"a <img source=&#47;etc/canary.png?&amp;>"_s << QString();
+}
+
+void TestSceneFence::contentInAnyForm_losesPicture_whenItLeadsOut()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, rest);
+    EvilStage stage;
+    stage.packages.writeScene(u"evil.vidlets"_s);
+    auto* content = new VLXmlElement(&stage.tree);
+    content->setAttribute(u"VLPackagName"_s, u"evil"_s);
+    auto* element = new VLXmlElement(content);
+    element->setContent(QString::fromUtf8(stage.filled(text.toUtf8())));
+    stage.view->setContent(content);
+    QCOMPARE(element->content(), rest);
+    QVERIFY(!stage.warnings().isEmpty());
+}
+
+void TestSceneFence::warnings_end_whenSceneFindsEverNewAddresses()
+{
+    EvilStage stage;
+    stage.load("Component.onCompleted: { for (let i = 0; i < 1000; ++i) Qt.resolvedUrl('NET/' + i);"
+               " leak = 1 }");
+    QCOMPARE(stage.leak().toInt(), 1);
+    QCOMPARE(stage.refusals().size(), 100);
+    QCOMPARE(stage.warnings().size(), 101);
+    QVERIFY(stage.warnings().last().startsWith("Keeping more from the scene "_L1));
+}
+
+void TestSceneFence::refusedLoader_isWarnedOfOnce_whenContentIsGuardedToo()
+{
+    EvilStage stage;
+    stage.manager->context().set(ckGuardContent, true);
+    stage.load("Loader { source: 'NET/A.qml'; onStatusChanged: if (status === Loader.Error)"
+               " scene.leak = 1; Component.onCompleted: scene.leak = 2 }");
+    QTRY_VERIFY(!stage.leak().isNull());
+    QCOMPARE(stage.warnings().size(), 1);
+    QVERIFY(stage.warnings().first().startsWith("Kept "_L1));
+}
+
+void TestSceneFence::host_isNotHeldUp_whenWorkerIsBusy()
+{
+    EvilStage stage(false);
+    stage.write(u"ui/worker.mjs"_s,
+                "WorkerScript.onMessage = m => { WorkerScript.sendMessage(1);"
+                " const end = Date.now() + 3000; while (Date.now() < end); }\n");
+    stage.load("WorkerScript { id: w; source: 'worker.mjs'; onMessage: m => scene.leak = 1 }\n"
+               "Timer { interval: 1; repeat: true; running: scene.leak === null;"
+               " onTriggered: w.sendMessage(1) }");
+    QTRY_COMPARE(stage.leak().toInt(), 1);
+    stage.manager->context().set(ckConfineContent, true);
+    // To wait for the worker each time would take as long as it computes.
+    constexpr int kAddresses = 100;
+    for (int i = 0; i < kAddresses; ++i) {
+        stage.view->engine()->interceptUrl(QUrl(u"qrc:/a"_s),
+                                           QQmlAbstractUrlInterceptor::UrlString);
+    }
+    const QObjectList children = stage.view->engine()->children();
+    QVERIFY(std::any_of(children.cbegin(), children.cend(), [](const QObject* child) {
+        const auto* thread = qobject_cast<const QThread*>(child);
+        return thread && thread->inherits("QQuickWorkerScriptEngine") && thread->isRunning();
+    }));
+    QCOMPARE(stage.refusals().size(), 1);
 }
 
 void TestSceneFence::host_lives_whenFileIsNotRegular_data()

@@ -24,6 +24,9 @@ private Q_SLOTS:
     void strayAddresses_areFound_whenItLeadsOut();
     void namesPlugin_tells_whenLineAsksForOne_data();
     void namesPlugin_tells_whenLineAsksForOne();
+    void program_isRefused_whenItSpellsWhatItMayNotHave_data();
+    void program_isRefused_whenItSpellsWhatItMayNotHave();
+    void strayAddresses_endSoon_whenTextIsMadeToTakeLong();
     void reachesOut_tellsModulesApart();
     void isReadable_fails_whenFileWouldNotEnd();
     void roots_contain_whatLiesBelow_data();
@@ -101,6 +104,55 @@ void TestSceneSource::namesPlugin_tells_whenLineAsksForOne()
     PackageBuilder packages;
     const QString file = packages.write(u"a.vidlets/qmldir"_s, content);
     QTEST(SceneSource::namesPlugin(file), "isNamed");
+}
+
+void TestSceneSource::program_isRefused_whenItSpellsWhatItMayNotHave_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("program");
+    QTest::addColumn<QString>("stray");
+    const auto row = [](const char* name, const QString& program, const QString& stray,
+                        const QString& file = u"A.qml"_s) {
+        QTest::newRow(name) << file << program << stray;
+    };
+    row("comment", u"  // see file:///usr/share/doc/x\nItem {}"_s, QString());
+    row("address in code", u"x = 'file:///usr/share/doc/x'"_s, u"file:///usr/share/doc/x"_s);
+    row("canvas by steps", u"loadImage('../../a.png')"_s, u"../../a.png"_s);
+    row("canvas by name", u"property string u: \"/etc/a.png\"\nctx.drawImage(u, 0, 0)"_s,
+        u"/etc/a.png"_s);
+    row("canvas, hidden slash", u"loadImage('\\/etc/a.png')"_s, u"/etc/a.png"_s);
+    row("canvas, own picture", u"loadImage('a.png'); x = ' / '; y = ''"_s, QString());
+    row("steps without a canvas", u"x = '../../a.png'"_s, QString());
+    const QString desktop = u"Qt.openUrlExternally"_s;
+    row("desktop called by scene", u"onClicked: Qt.openUrlExternally(link)"_s, QString());
+    row("desktop later", u"Qt.callLater(Qt.openUrlExternally, link)"_s, desktop);
+    row("desktop by promise", u"Promise.resolve(link).then(Qt.openUrlExternally)"_s, desktop);
+    row("desktop by text", u"new Function(\"Qt.openUrlExternally('a:b')\")()"_s, desktop);
+    row("desktop in a module", u"export function f(a) { Qt.openUrlExternally(a) }"_s, desktop,
+        u"a.mjs"_s);
+}
+
+void TestSceneSource::program_isRefused_whenItSpellsWhatItMayNotHave()
+{
+    QFETCH(const QString, file);
+    QFETCH(const QString, program);
+    QFETCH(const QString, stray);
+    PackageBuilder packages;
+    const QString path = packages.write(u"a.vidlets/ui/"_s + file, program.toUtf8());
+    const VLContentRoots roots(QStringList{packages.path(u"a.vidlets"_s)});
+    const QStringList strays = stray.isEmpty() ? QStringList() : QStringList(stray);
+    QCOMPARE(SceneSource::strayAddressesInFile(path, roots), strays);
+}
+
+void TestSceneSource::strayAddresses_endSoon_whenTextIsMadeToTakeLong()
+{
+    const VLContentRoots roots;
+    const QUrl base(u"file:///A.qml"_s);
+    constexpr qsizetype kLength = 100'000;
+    for (const QString& part : {u"<img \""_s, u"<img "_s, u"!["_s, u"<link "_s, u"\n["_s}) {
+        const QString text = part.repeated(kLength / part.size()) + u"<img src='/etc/a'>"_s;
+        QCOMPARE(SceneSource::strayAddresses(text, base, roots), QStringList(u"/etc/a"_s));
+    }
 }
 
 void TestSceneSource::reachesOut_tellsModulesApart()
