@@ -3,14 +3,12 @@
 
 #include "VLContentRoots.h"
 
-#include "VLIndex.h"
-#include "VLSettings.h"
-
-#include <QDir>
 #include <QFileInfo>
 #include <QLibraryInfo>
 
 #include <algorithm>
+#include <atomic>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -26,29 +24,38 @@ constexpr int kMaxSteps = 4096;
 VLContentRoots::VLContentRoots(const QStringList& paths)
     : m_qtModules(QFileInfo(QLibraryInfo::path(QLibraryInfo::QmlImportsPath)).canonicalFilePath())
 {
+    add(paths);
+}
+
+void VLContentRoots::add(const QStringList& paths)
+{
+    static std::atomic<quint64> lastRevision = 0;
+    m_revision = ++lastRevision;
     for (const QString& path : paths) {
         const QString root = QFileInfo(path).canonicalFilePath();
         if (root.isEmpty())
-            m_isComplete = false;
-        else if (!m_roots.contains(root))
-            m_roots.append(root);
+            m_absent.append(path);
+        else
+            m_roots.insert(root);
     }
+}
+
+void VLContentRoots::lookAgain()
+{
+    const bool isBack = std::any_of(m_absent.cbegin(), m_absent.cend(),
+                                    [](const QString& path) { return QFileInfo::exists(path); });
+    if (isBack)
+        add(std::exchange(m_absent, {}));
+}
+
+quint64 VLContentRoots::revision() const
+{
+    return m_revision;
 }
 
 bool VLContentRoots::isComplete() const
 {
-    return m_isComplete;
-}
-
-QStringList VLContentRoots::pathsOf(const VLIndex* index)
-{
-    if (!index)
-        return {};
-    QStringList paths = index->packageRoots();
-    const QString extraPath = Settings::extraComponentPath(index->context());
-    if (!extraPath.isEmpty())
-        paths.append(extraPath);
-    return paths;
+    return m_absent.isEmpty();
 }
 
 bool VLContentRoots::contains(const QString& path) const
@@ -56,9 +63,13 @@ bool VLContentRoots::contains(const QString& path) const
     if (path.startsWith(":/"_L1))
         return true;
     const QString place = resolved(path);
-    return isBelow(m_qtModules, place)
-        || std::any_of(m_roots.cbegin(), m_roots.cend(),
-                       [&place](const QString& root) { return isBelow(root, place); });
+    if (isBelow(m_qtModules, place))
+        return true;
+    // By the directories above, of which there are few, and not by the roots.
+    qsizetype length = place.size();
+    while (length > 0 && !m_roots.contains(place.left(length)))
+        length = place.lastIndexOf(u'/', length - 1);
+    return length > 0 || (!place.isEmpty() && m_roots.contains(u"/"_s));
 }
 
 bool VLContentRoots::isOfQt(const QString& path) const

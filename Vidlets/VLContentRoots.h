@@ -4,15 +4,14 @@
 #ifndef VLCONTENTROOTS_H
 #define VLCONTENTROOTS_H
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
 namespace Vidlets {
 
-class VLIndex;
-
 /**
- * The directories that content may read from: the roots of the packages that @c VLIndex knows, the
+ * The directories that content may read from: the roots of the packages that VLIndex knows, the
  * directory of ckExtraComponentPath, and where Qt keeps its modules.
  *
  * Internal to the library. A value: it tells how things stood when it was made, and may be handed
@@ -26,11 +25,14 @@ public:
     /// Of the directories @p paths, which need not exist, beside Qt's own.
     explicit VLContentRoots(const QStringList& paths);
 
-    /// Returns the directories that count now, as they were recorded. @p index may be null.
-    static QStringList pathsOf(const VLIndex* index);
-
     /// Returns whether each of the directories was there, so that none can join later.
     bool isComplete() const;
+
+    /// Takes in those directories that were not there before and are now.
+    void lookAgain();
+
+    /// Returns a number that two of them share only if one is a copy of the other.
+    quint64 revision() const;
 
     /// Returns whether @p path lies in a root or is one. A path that does not exist is judged by
     /// the deepest directory above it that does. All resources of the process count as inside: no
@@ -44,13 +46,16 @@ public:
     QString relativeToQt(const QString& path) const;
 
 private:
+    void add(const QStringList& paths);
     static QString resolved(const QString& path);
     static bool isBelow(const QString& root, const QString& path);
 
     /// Canonical.
-    QStringList m_roots;
+    QSet<QString> m_roots;
     QString m_qtModules;
-    bool m_isComplete = true;
+    /// Those that were not there.
+    QStringList m_absent;
+    quint64 m_revision = 0;
 };
 
 } // namespace Vidlets

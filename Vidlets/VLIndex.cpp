@@ -5,6 +5,7 @@
 
 #include "VLContentGuard.h"
 #include "VLContentNames.h"
+#include "VLContentRoots.h"
 #include "VLContext.h"
 #include "VLSettings.h"
 #include "VLXmlElement.h"
@@ -215,6 +216,10 @@ public:
     /// Whether the walk has recorded resolvedRoot for its package.
     bool isResolvedRootMapped = false;
     VLContentGuard guard;
+    VLContentRoots contentRoots;
+    /// What contentRoots was made of besides the packages.
+    QString extraPath;
+    bool areContentRootsStale = true;
 };
 
 void VLIndexPrivate::warnOfUnknownPackages(const QString& location, const VLXmlElement* root,
@@ -545,8 +550,10 @@ void VLIndex::mapControlFile(const QString& /*file*/, const QString& root)
 {
     // A root in no package goes in under the null name.
     QList<QString>& roots = d->packages[packageNameForLocation(root)];
-    if (!roots.contains(root))
-        roots.append(root);
+    if (roots.contains(root))
+        return;
+    roots.append(root);
+    d->areContentRootsStale = true;
 }
 
 QString VLIndex::packageNameForLocation(const QString& location) const
@@ -609,6 +616,22 @@ QList<QString> VLIndex::packageRoots() const
             paths.append(it.value());
     }
     return paths;
+}
+
+const VLContentRoots& VLIndex::contentRoots(const QString& path)
+{
+    const QString extraPath = Settings::extraComponentPath(context());
+    if (d->areContentRootsStale || extraPath != d->extraPath) {
+        QStringList paths = packageRoots();
+        if (!extraPath.isEmpty())
+            paths.append(extraPath);
+        d->contentRoots = VLContentRoots(paths);
+        d->extraPath = extraPath;
+        d->areContentRootsStale = false;
+    } else if (!path.isNull() && !d->contentRoots.isComplete() && !d->contentRoots.contains(path)) {
+        d->contentRoots.lookAgain();
+    }
+    return d->contentRoots;
 }
 
 bool VLIndex::isInUpdate() const

@@ -19,7 +19,9 @@ class VLContext;
 namespace Vidlets {
 
 class VLContentGuard;
+class VLContentRoots;
 class VLIndexPrivate;
+class VLManagerPrivate;
 class VLXmlElement;
 
 /// Where a control file lies; equal when both fields are.
@@ -208,11 +210,16 @@ private:
     Q_DISABLE_COPY_MOVE(VLIndex)
 
     friend class VLManager;
-    friend class VLContentRoots;
+    friend class VLManagerPrivate;
+    friend class VLSceneFence;
     friend class VLView;
 
     /// Returns the roots of all packages, each as it was recorded.
     QList<QString> packageRoots() const;
+
+    /// Returns where content may read from. Directories that were not there are looked for again
+    /// where @p path, which may be null, lies in none of the others.
+    const VLContentRoots& contentRoots(const QString& path);
 
     /// Deletes the index with its record, which else stays allocated.
     void deleteWhole();

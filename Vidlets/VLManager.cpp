@@ -303,8 +303,7 @@ void VLManagerPrivate::askForShortcut(const QString& key, QObject* reference,
 /// Where nothing was found there is a name alone, which must not lead to the working directory.
 QString VLManagerPrivate::admitted(const QString& file) const
 {
-    if (!Settings::confineContent(settings)
-        || VLContentRoots(VLContentRoots::pathsOf(index)).contains(file))
+    if (!Settings::confineContent(settings) || index->contentRoots(file).contains(file))
         return file;
     return u":/com.larkspan/vidlets/refused"_s;
 }

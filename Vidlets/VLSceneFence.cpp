@@ -8,6 +8,7 @@
 #include "VLSceneSource.h"
 #include "VLSceneText.h"
 #include "VLSettings.h"
+#include "VLVectorPicture.h"
 #include "VLView.h"
 #include "VLXmlElement.h"
 
@@ -172,7 +173,7 @@ VLSceneFence::VLSceneFence(VLView* view)
     m_engine->setNetworkAccessManagerFactory(this);
     if (VLManager* manager = view->manager()) {
         m_index = manager->index();
-        connect(&manager->context(), &VLContext::settingDidChange, this, &VLSceneFence::refresh);
+        connect(&manager->context(), &VLContext::settingDidChange, this, [this] { refresh(); });
     }
     refresh();
 }
@@ -205,7 +206,7 @@ bool VLSceneFence::isReadable(const QString& path)
 
 bool VLSceneFence::isInside(const QString& path)
 {
-    refresh();
+    refresh(path);
     return !m_state.isClosed || m_state.roots.contains(path);
 }
 
@@ -238,7 +239,7 @@ bool VLSceneFence::allows(const QUrl& url, bool isWrite)
 QUrl VLSceneFence::intercept(const QUrl& url, DataType type)
 {
     if (isOnInterfaceThread())
-        refresh();
+        refresh(localPath(url));
     const State current = state();
     if ((!current.isClosed && !current.isGuarded) || url.isEmpty())
         return url;
@@ -302,8 +303,9 @@ QNetworkAccessManager* VLSceneFence::create(QObject* parent)
     return new FencedAccess(this, parent);
 }
 
-/// Takes the setting and the packages as they are now. Without a manager things stay as they were.
-void VLSceneFence::refresh()
+/// Takes the setting and the packages as they are now, before it is judged over @p path, which may
+/// be null. Without a manager things stay as they were.
+void VLSceneFence::refresh(const QString& path)
 {
     VLManager* manager = m_view ? m_view->manager() : nullptr;
     if (!manager)
@@ -313,12 +315,10 @@ void VLSceneFence::refresh()
     const bool isClosed = Settings::confineContent(settings);
     const bool isGuarded = Settings::guardContent(settings);
     if (isClosed) {
-        const QStringList paths = VLContentRoots::pathsOf(m_index);
-        // Made anew only where they differ: each root is a look at the disk.
-        if (!wasClosed || isGuarded != m_state.isGuarded || paths != m_rootPaths
-            || !m_state.roots.isComplete())
-            setState({true, isGuarded, VLContentRoots(paths)});
-        m_rootPaths = paths;
+        const VLContentRoots roots = m_index ? m_index->contentRoots(path) : m_state.roots;
+        if (!wasClosed || isGuarded != m_state.isGuarded
+            || roots.revision() != m_state.roots.revision())
+            setState({true, isGuarded, roots});
     } else if (wasClosed || isGuarded != m_state.isGuarded) {
         setState({false, isGuarded, {}});
     }
@@ -405,11 +405,17 @@ QUrl VLSceneFence::judgeModule(const State& state, const QUrl& url)
 
 QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
 {
-    if (url.scheme() == "data"_L1 || url.scheme() == "image"_L1)
+    if (url.scheme() == "image"_L1)
         return url;
+    if (url.scheme() == "data"_L1) {
+        if (!VectorPicture::dataReachesOut(url))
+            return url;
+        refuse(u"a vector picture with outer addresses"_s);
+        return QUrl();
+    }
     const QString path = localPath(url);
     if (!path.isEmpty() && state.roots.contains(path) && isKindForScenes(path)) {
-        if (const QString stray = straySibling(state, path); !stray.isNull()) {
+        if (const QString stray = strayPicture(state, path); !stray.isNull()) {
             refuse(stray);
             return QUrl();
         }
@@ -419,15 +425,20 @@ QUrl VLSceneFence::judgeAddress(const State& state, const QUrl& url)
     return QUrl();
 }
 
-/// The first file that would be loaded for @p path and may not; null where there is none.
-QString VLSceneFence::straySibling(const State& state, const QString& path)
+/// The first file that would be loaded as the picture @p path and may not; null where there is
+/// none.
+QString VLSceneFence::strayPicture(const State& state, const QString& path)
 {
     if (path.startsWith(u':') || isCode(path) || QFileInfo(path).isDir())
         return QString();
+    if (VectorPicture::fileReachesOut(path))
+        return path;
     const QStringList siblings = siblingsOf(path);
     for (const QString& sibling : siblings) {
-        const bool exists = QFileInfo::exists(sibling);
-        if (exists && (!state.roots.contains(sibling) || isHazard(sibling)))
+        if (!QFileInfo::exists(sibling))
+            continue;
+        if (!state.roots.contains(sibling) || isHazard(sibling)
+            || VectorPicture::fileReachesOut(sibling))
             return sibling;
     }
     return QString();

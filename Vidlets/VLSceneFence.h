@@ -92,7 +92,7 @@ private:
         VLContentRoots roots;
     };
 
-    void refresh();
+    void refresh(const QString& path = QString());
     void setState(const State& state);
     State state() const;
     static bool isOnInterfaceThread();
@@ -102,7 +102,7 @@ private:
     QUrl judgeModule(const State& state, const QUrl& url);
     QUrl judgeAddress(const State& state, const QUrl& url);
 
-    static QString straySibling(const State& state, const QString& path);
+    static QString strayPicture(const State& state, const QString& path);
 
     void cleanElement(VLXmlElement* element, const QUrl& base);
     QString cleaned(const QString& text, const QUrl& base);
@@ -120,7 +120,6 @@ private:
     QPointer<VLView> m_view;
     QPointer<VLIndex> m_index;
     QQmlEngine* m_engine;
-    QStringList m_rootPaths; ///< Those that the state was made from.
     mutable QMutex m_mutex;
     State m_state; ///< Guarded by m_mutex.
     /// What the present scene was refused.

@@ -3,6 +3,8 @@
 
 #include "VLSceneSource.h"
 
+#include "VLVectorPicture.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QQmlFile>
@@ -146,12 +148,15 @@ bool leadsOut(const QString& address, const QUrl& base, const VLContentRoots& ro
         return false;
     if (address.contains("&#"_L1))
         return true;
-    const QString path = QQmlFile::urlToLocalFileOrQrc(base.resolved(QUrl(address)));
+    const QUrl url = base.resolved(QUrl(address));
+    const QString path = QQmlFile::urlToLocalFileOrQrc(url);
+    if (url.scheme() == "data"_L1)
+        return VectorPicture::dataReachesOut(url);
     if (path.isEmpty() || path.startsWith(u':'))
         return false;
     const QFileInfo info(path);
     const bool isHazard = info.exists() && !info.isFile() && !info.isDir();
-    return isHazard || !roots.contains(path);
+    return isHazard || !roots.contains(path) || VectorPicture::fileReachesOut(path);
 }
 
 QStringList strayAddresses(const QString& text, const QUrl& base, const VLContentRoots& roots)

@@ -18,7 +18,7 @@
 namespace Vidlets::SceneSource {
 
 /// Returns whether @p address, which counts from @p base, is that of a file that may not be read:
-/// one outside of @p roots, or one that is no regular file.
+/// one outside of @p roots, one that is no regular file, or a vector picture that names others.
 bool leadsOut(const QString& address, const QUrl& base, const VLContentRoots& roots);
 
 /// Returns the addresses in the program or text @p text that a document would load by itself, and

@@ -217,6 +217,7 @@ private Q_SLOTS:
     void host_lives_whenFileIsNotRegular_data();
     void host_lives_whenFileIsNotRegular();
     void scene_isLeftOut_whenItIsNotRegular();
+    void scene_getsPackage_whenItsDirectoryComesLater();
     void scene_isKeptFromModule_whenItReachesOut();
     void scene_getsIt_whenFenceIsOpen_data();
     void scene_getsIt_whenFenceIsOpen();
@@ -331,6 +332,13 @@ void TestSceneFence::scene_isKeptFromIt_whenItReachesOut_data()
     row("plugin behind another blank", "P.Thing {}", "blank/qmldir", "import 'blank' as P");
     row("outer picture for fine points", "Image { source: 'fine.png' }", "fine@2x.png");
     row("outer texture in place of a picture", "Image { source: 'texture' }", "texture.ktx");
+    row("vector picture with an outer one", "Image { source: 'outer.svg' }", "outer.svg");
+    row("vector picture by another name", "Image { source: 'vector.png' }", "vector.png");
+    row("vector picture in rich text",
+        "Text { textFormat: Text.RichText; text: '<img src=\"outer.svg\">' }", "outer.svg");
+    row("vector picture in the address",
+        "Image { source: 'data:image/svg+xml,<svg><image href=\"/etc/a.png\"/></svg>' }",
+        "a vector picture with outer addresses");
     row("compiled scene", "Loader { source: 'Compiled.qml'; onLoaded: scene.leak = 1 }",
         "Compiled.qmlc");
 }
@@ -352,6 +360,8 @@ void TestSceneFence::scene_isKeptFromIt_whenItReachesOut()
                 "WorkerScript.sendMessage({ text: canary });\n");
     stage.write(u"ui/evil.desktop"_s, "[Desktop Entry]\nExec=evil\n");
     stage.write(u"ui/plugged/qmldir"_s, "module plugged\nplugin evil\n");
+    for (const QString& file : {u"ui/outer.svg"_s, u"ui/vector.png"_s})
+        stage.write(file, "<svg><image xlink:href='DIR/canary.png'/></svg>");
     stage.write(u"ui/blank/qmldir"_s, "module blank\n\xc2\xa0plugin evil\n");
     EvilStage::savePicture(stage.packages.path(u"evil.vidlets/ui/fine.png"_s));
     for (const QString& link : {u"fine@2x.png"_s, u"texture.ktx"_s}) {
@@ -589,6 +599,21 @@ void TestSceneFence::scene_isLeftOut_whenItIsNotRegular()
     stage.view->loadQML(fifo);
     QVERIFY(!stage.view->rootObject());
     QCOMPARE(stage.warnings(), QStringList(fifo + u": not a regular file of a sensible size"_s));
+}
+
+void TestSceneFence::scene_getsPackage_whenItsDirectoryComesLater()
+{
+    EvilStage stage;
+    const QUrl shared = QUrl::fromLocalFile(stage.packages.path(u"../shared/a.png"_s));
+    const auto intercepted = [&stage, &shared] {
+        return stage.view->engine()->interceptUrl(shared, QQmlAbstractUrlInterceptor::UrlString);
+    };
+    stage.manager->context().set(ckExtraComponentPath, stage.packages.path(u"../shared"_s));
+    stage.context.set(ckExtraComponentPath, stage.packages.path(u"../shared"_s));
+    stage.index.context().set(ckExtraComponentPath, stage.packages.path(u"../shared"_s));
+    QVERIFY(intercepted().isEmpty());
+    QVERIFY(QDir().mkpath(stage.packages.path(u"../shared"_s)));
+    QCOMPARE(intercepted(), shared);
 }
 
 void TestSceneFence::scene_isKeptFromModule_whenItReachesOut()

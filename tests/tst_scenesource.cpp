@@ -5,6 +5,7 @@
 #include "VidletsTest.h"
 #include <Vidlets/VLContentRoots.h>
 #include <Vidlets/VLSceneSource.h>
+#include <Vidlets/VLVectorPicture.h>
 
 #include <QDir>
 #include <QFile>
@@ -29,6 +30,8 @@ private Q_SLOTS:
     void strayAddresses_endSoon_whenTextIsMadeToTakeLong();
     void reachesOut_tellsModulesApart();
     void isReadable_fails_whenFileWouldNotEnd();
+    void vectorPicture_reachesOut_whenItNamesOthers_data();
+    void vectorPicture_reachesOut_whenItNamesOthers();
     void roots_contain_whatLiesBelow_data();
     void roots_contain_whatLiesBelow();
     void roots_endTheirSearch_whenLinksLeadInCircle();
@@ -192,6 +195,47 @@ void TestSceneSource::isReadable_fails_whenFileWouldNotEnd()
     QVERIFY(QFile::resize(file, qint64(1) << 31));
     QVERIFY(!SceneSource::isReadable(file));
     QVERIFY(SceneSource::namesPlugin(file));
+}
+
+void TestSceneSource::vectorPicture_reachesOut_whenItNamesOthers_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("reaches");
+    const auto row = [](const char* name, const QByteArray& content, bool reaches) {
+        QTest::newRow(name) << content << reaches;
+    };
+    row("no picture", "href='/etc/a'", false);
+    row("plain", "<?xml version='1.0' encoding='UTF-8'?><svg><path d='M0 0'/></svg>", false);
+    row("within", "<svg><use xlink:href='#a'/><path style='fill:url(#b)'/></svg>", false);
+    row("picture in it", "<svg><image href='data:image/png;base64,iVBORw0KGgo='/></svg>", false);
+    row("outer", "\n <svg><image xlink:href=\"/etc/a.png\"/></svg>", true);
+    row("mark first", "\xef\xbb\xbf<svg><image href = 'a.png'/></svg>", true);
+    row("hidden", "<svg><image href='&#47;etc/a'/></svg>", true);
+    row("entity", "<!DOCTYPE svg [<!ENTITY a 'href'>]><svg/>", true);
+    row("style", "<svg><style>@import url(/etc/a.css)</style></svg>", true);
+    row("background", "<svg><path style='fill: url(\"/etc/a\")'/></svg>", true);
+    row("style sheet", "<?xml-stylesheet type='text/css' href='/etc/a.css'?><svg/>", true);
+    row("other encoding", "<?xml version='1.0' encoding='utf-7'?><svg/>", true);
+    row("wide", QByteArray("\xff\xfe<\0s\0", 6), true);
+    row("other document", "<list><a href='/etc/a'/></list>", false);
+    row("icon", QByteArray("\0\0\1\0\1\0", 6), false);
+    row("font", QByteArray("\0\1\0\0\0", 5), false);
+    row("clip", QByteArray("\0\0\0\x20 ftyp", 9), false);
+    row("packed", "\x1f\x8b\x08", true);
+    row("one in one",
+        "<svg><image href='data:image/png;base64,"
+            + QByteArray("<svg><image href='/etc/a'/></svg>").toBase64() + "'/></svg>",
+        true);
+}
+
+void TestSceneSource::vectorPicture_reachesOut_whenItNamesOthers()
+{
+    QFETCH(const QByteArray, content);
+    QTEST(VectorPicture::reachesOut(content), "reaches");
+    PackageBuilder packages;
+    QTEST(VectorPicture::fileReachesOut(packages.write(u"a.vidlets/a.png"_s, content)), "reaches");
+    const QUrl url = QUrl::fromEncoded("data:image/png;base64," + content.toBase64());
+    QTEST(VectorPicture::dataReachesOut(url), "reaches");
 }
 
 void TestSceneSource::roots_contain_whatLiesBelow_data()
