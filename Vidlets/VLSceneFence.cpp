@@ -13,6 +13,7 @@
 #include "VLXmlElement.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -40,6 +41,9 @@ namespace {
 constexpr int kWorkerEndMs = 100;
 // A scene may find ever new addresses.
 constexpr int kMaxWarningsPerScene = 100;
+constexpr int kMaxScans = 1000;
+// Some file systems count whole seconds, and clocks of file servers differ a little.
+constexpr qint64 kSettledAfterMs = 3000;
 constexpr QLatin1StringView kWorkerEngineClass{"QQuickWorkerScriptEngine"};
 constexpr QLatin1StringView kWorkerClass{"QQuickWorkerScript"};
 
@@ -377,12 +381,38 @@ QUrl VLSceneFence::judgeCode(const State& state, const QUrl& url)
         refuse(compiled);
         return nothing();
     }
-    const QStringList strays = SceneSource::strayAddressesInFile(path, state.roots);
+    const QStringList strays = straysInProgram(state, path);
     if (strays.isEmpty())
         return url;
     for (const QString& stray : strays)
         refuse(stray);
     return nothing();
+}
+
+/// Reads the program @p path again only where it, or the roots, may have changed.
+QStringList VLSceneFence::straysInProgram(const State& state, const QString& path)
+{
+    const QFileInfo info(path);
+    Scan scan{info.size(),
+              info.lastModified().toMSecsSinceEpoch(),
+              info.metadataChangeTime().toMSecsSinceEpoch(),
+              state.roots.revision(),
+              {}};
+    {
+        const QMutexLocker locker(&m_mutex);
+        const auto known = m_scans.constFind(path);
+        if (known != m_scans.cend() && known->isOfSameState(scan))
+            return known->strays;
+    }
+    scan.strays = SceneSource::strayAddressesInFile(path, state.roots);
+    // One that has just been written may change again without another time.
+    const qint64 age = QDateTime::currentMSecsSinceEpoch() - scan.changedMs;
+    const QMutexLocker locker(&m_mutex);
+    if (m_scans.size() >= kMaxScans)
+        m_scans.clear();
+    if (age > kSettledAfterMs && scan.strays.isEmpty())
+        m_scans.insert(path, scan);
+    return scan.strays;
 }
 
 QUrl VLSceneFence::judgeModule(const State& state, const QUrl& url)

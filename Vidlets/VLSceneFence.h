@@ -6,6 +6,7 @@
 
 #include "VLContentRoots.h"
 
+#include <QHash>
 #include <QMutex>
 #include <QObject>
 #include <QPointer>
@@ -92,12 +93,29 @@ private:
         VLContentRoots roots;
     };
 
+    /// What was found in one state of a program.
+    struct Scan
+    {
+        qint64 size = 0;
+        qint64 modifiedMs = 0;
+        qint64 changedMs = 0;
+        quint64 rootsRevision = 0;
+        QStringList strays;
+
+        bool isOfSameState(const Scan& other) const
+        {
+            return size == other.size && modifiedMs == other.modifiedMs
+                && changedMs == other.changedMs && rootsRevision == other.rootsRevision;
+        }
+    };
+
     void refresh(const QString& path = QString());
     void setState(const State& state);
     State state() const;
     static bool isOnInterfaceThread();
 
     static bool isHazardAt(const QUrl& url, DataType type);
+    QStringList straysInProgram(const State& state, const QString& path);
     QUrl judgeCode(const State& state, const QUrl& url);
     QUrl judgeModule(const State& state, const QUrl& url);
     QUrl judgeAddress(const State& state, const QUrl& url);
@@ -122,6 +140,8 @@ private:
     QQmlEngine* m_engine;
     mutable QMutex m_mutex;
     State m_state; ///< Guarded by m_mutex.
+    /// Those of programs that may be loaded, by their path. Guarded by m_mutex.
+    QHash<QString, Scan> m_scans;
     /// What the present scene was refused.
     QSet<QString> m_refused;
     /// Compared only; they may be gone.
