@@ -205,7 +205,7 @@ bool VLSceneFence::admitsFile(const QString& path)
 bool VLSceneFence::isReadable(const QString& path)
 {
     refresh();
-    return (!m_state.isClosed && !m_state.isGuarded) || SceneSource::isReadable(path);
+    return (!m_state.isClosed && !m_state.isGuarded) || !isHazardOfCode(path);
 }
 
 bool VLSceneFence::isInside(const QString& path)

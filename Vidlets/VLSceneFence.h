@@ -59,8 +59,8 @@ public:
     /// setting is off.
     bool admitsFile(const QString& path);
 
-    /// Returns whether the scene file @p path can be read without harm. Always true while nothing
-    /// is guarded.
+    /// Returns whether the scene @p path can be tried without harm; the engine itself refuses a
+    /// directory. Always true while nothing is guarded.
     bool isReadable(const QString& path);
 
     /// Returns the same as admitsFile() without a warning.
