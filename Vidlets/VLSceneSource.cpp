@@ -175,6 +175,9 @@ QStringList strayAddressesInFile(const QString& path, const VLContentRoots& root
 {
     static const QRegularExpression files =
         pattern(u"(file:/*[^/\\s\"'`<>)\\\\][^\\s\"'`<>)\\\\]+)"_s);
+    // There is nothing to read in it, and the engine says so.
+    if (QFileInfo(path).isDir())
+        return {};
     if (!isReadable(path))
         return {path};
     const QString text = withoutCommentLines(contentOf(path));

@@ -473,8 +473,8 @@ void TestClipSafeguards::releasedClip_leavesNoMemory()
         auto item = stage.newItem();
         load(*item, u"clip.avi"_s);
     }
-    const qint64 growth = (bytesInUse() - before) / kTries;
-    QVERIFY2(growth < kMaxGrowthBytes, qPrintable(QString::number(growth)));
+    // The pictures of the last clip are freed on a thread of their own.
+    QTRY_COMPARE_LT((bytesInUse() - before) / kTries, kMaxGrowthBytes);
 }
 
 void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
@@ -495,8 +495,8 @@ void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
         load(*item, u"clip.avi"_s);
         load(*item, u"other.avi"_s);
     }
-    const qint64 growth = (bytesInUse() - before) / kTries;
-    QVERIFY2(growth < kMaxGrowthBytes, qPrintable(QString::number(growth)));
+    // The pictures of the last clip are freed on a thread of their own.
+    QTRY_COMPARE_LT((bytesInUse() - before) / kTries, kMaxGrowthBytes);
 }
 
 void TestClipSafeguards::limitedClip_endsAtLimit_withOneWarning()
