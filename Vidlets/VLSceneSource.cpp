@@ -21,7 +21,7 @@ namespace Vidlets::SceneSource {
 namespace {
 
 // Far above what any program needs, and below what a host can spare for a moment.
-constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
+constexpr qint64 kMaxFileBytes = qint64(16) * 1024 * 1024;
 
 QString contentOf(const QString& path)
 {

@@ -19,7 +19,7 @@ namespace {
 
 // Each round takes all that can be seen; more are needed only where one uncovers the next.
 constexpr int kMaxRounds = 4;
-constexpr qint64 kMaxSheetBytes = 1024 * 1024;
+constexpr qint64 kMaxSheetBytes = qint64(1024) * 1024;
 
 void addOnce(const QString& address, QStringList& addresses)
 {

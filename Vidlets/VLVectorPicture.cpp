@@ -18,7 +18,7 @@ namespace {
 
 // Enough to tell what a file is.
 constexpr qint64 kHeadBytes = 64;
-constexpr qint64 kMaxPictureBytes = 16 * 1024 * 1024;
+constexpr qint64 kMaxPictureBytes = qint64(16) * 1024 * 1024;
 
 /// Whether @p head begins a document in XML, or one that is packed, in which one may hide.
 bool mayBeVector(const QByteArray& head)

@@ -128,7 +128,7 @@ VLView::Finding VLView::searchResource(const QString& relativePath) const
 {
     const QString category = categoryPath(
         resourcesAttribute(), Settings::resourceDirectoryDefault(), ckResourceDirectory);
-    const Finding finding = find(category, relativePath);
+    Finding finding = find(category, relativePath);
     const bool isMissing =
         finding.path.isNull() && !finding.isRefused && m_content && !relativePath.isEmpty();
     if (isMissing && isGuarded())
