@@ -85,7 +85,8 @@ int read(const std::vector<QRgb>& pixels)
 {
     int number = 0;
     for (int cell = 0; cell < kCells; ++cell) {
-        const int gray = qGray(pixels[static_cast<size_t>(cell * kCellPx + kCellPx / 2)]);
+        const int middle = cell * kCellPx + kCellPx / 2;
+        const int gray = qGray(pixels[static_cast<size_t>(middle)]);
         if (gray > kDark && gray < kLight)
             return ScreenProbe::nothing();
         const bool isSet = gray >= kLight;

@@ -107,7 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const bool isRecursive =
         isGuardedRun() && !VLTextExpansion(text, variables).recursiveNames().isEmpty();
     if (isGuardedRun() && (!result || isRecursive)) {
-        constexpr qsizetype kMaxBytes = 1024 * 1024;
+        constexpr qsizetype kMaxBytes = qsizetype(1024) * 1024;
         if (manager.interpolate(text, variables).toUtf8().size() > kMaxBytes)
             qFatal("The text is too long");
         return 0;

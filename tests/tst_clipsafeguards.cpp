@@ -371,7 +371,7 @@ void TestClipSafeguards::promptClip_keepsItsPace()
     item->play();
     QTRY_COMPARE(item->position(), qlonglong(kClipFrames));
     // 40 milliseconds lie between two frames; the sleep leaves out the fraction.
-    QVERIFY2(timer.elapsed() >= 39 * (kClipFrames - 1),
+    QVERIFY2(timer.elapsed() >= qint64(39) * (kClipFrames - 1),
              qPrintable(QString::number(timer.elapsed())));
 }
 
@@ -402,7 +402,7 @@ void TestClipSafeguards::promptClip_keepsItsPace_whenOneFrameIsPlayedAnew()
         QTRY_COMPARE(item->state(), VLVideoComponent::pausedState);
     }
     // 40 milliseconds are the time of a frame; the sleep leaves out the fraction.
-    QVERIFY2(timer.elapsed() >= 39 * kTurns, qPrintable(QString::number(timer.elapsed())));
+    QVERIFY2(timer.elapsed() >= qint64(39) * kTurns, qPrintable(QString::number(timer.elapsed())));
 }
 
 void TestClipSafeguards::promptClip_goesAtOnce_whilePlaying()
@@ -422,7 +422,7 @@ void TestClipSafeguards::promptClip_goesAtOnce_whilePlaying()
         elapsedMs += timer.elapsed();
     }
     // Each would wait for the next frame, for up to a second.
-    QVERIFY2(elapsedMs < kTries * 250, qPrintable(QString::number(elapsedMs)));
+    QVERIFY2(elapsedMs < qint64(kTries) * 250, qPrintable(QString::number(elapsedMs)));
 }
 
 void TestClipSafeguards::releasedClip_closesItsFile_whileDecoding()
@@ -442,7 +442,8 @@ void TestClipSafeguards::releasedClip_closesItsFile_whileDecoding()
 static qint64 bytesInUse()
 {
     const struct mallinfo2 use = mallinfo2();
-    return static_cast<qint64>(use.uordblks + use.hblkhd);
+    const size_t bytes = use.uordblks + use.hblkhd;
+    return static_cast<qint64>(bytes);
 }
 constexpr bool kCountsMemory = true;
 #else
@@ -553,7 +554,7 @@ void TestClipSafeguards::limitedClip_refusesPicture_beforeThereIsMemoryForIt()
     QTRY_VERIFY(carriedOut.count() >= 2 && sourceOf(*item)->action() == VLVideoSource::ActionIdle);
     const qint64 growth = peakBytes() - before;
     // The picture takes twice that, without what comes after it; threads have some for themselves.
-    constexpr qint64 kMaxGrowth = 512 * 1024 * 1024;
+    constexpr qint64 kMaxGrowth = qint64(512) * 1024 * 1024;
     QVERIFY2(growth < kMaxGrowth, qPrintable(QString::number(growth)));
     QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(0));
 }

@@ -142,7 +142,7 @@ public:
     OwnTime()
     {
         m_ticks.setTimerType(Qt::PreciseTimer);
-        QObject::connect(&m_ticks, &QTimer::timeout, [this] { m_elapsedMs += kTickMs; });
+        QObject::connect(&m_ticks, &QTimer::timeout, &m_ticks, [this] { m_elapsedMs += kTickMs; });
         m_ticks.start(kTickMs);
     }
 

@@ -556,7 +556,7 @@ void TestWayland::clip_playsInTip()
     for (const QColor color : {Qt::red, Qt::blue}) {
         QImage picture(160, 90, QImage::Format_RGB32);
         picture.fill(color);
-        pictures.append(QList<QImage>(3 * kFps, picture));
+        pictures.append(QList<QImage>(qsizetype(3) * kFps, picture));
     }
     QFile clip(clips.imageClip(u"clip.mkv"_s, u"ffv1"_s, pictures));
     QVERIFY(clip.open(QIODevice::ReadOnly));
