@@ -385,9 +385,9 @@ bool VLContentGuard::isKnownBroken(const QString& path, const Stamp& stamp) cons
 void VLContentGuard::refuse(const QString& path, const Stamp& stamp, const QString& warning)
 {
     Record& record = recordOf(path, stamp);
-    const qint64 nowNs = QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
+    const qint64 currentNs = QDateTime::currentMSecsSinceEpoch() * kNsPerMs;
     record.isBroken = true;
-    record.isSettled = nowNs - qMax(stamp.modifiedNs, stamp.changedNs) > kSettledAfterNs;
+    record.isSettled = currentNs - qMax(stamp.modifiedNs, stamp.changedNs) > kSettledAfterNs;
     tell(record, warning);
 }
 

@@ -35,7 +35,7 @@ void reportInvalidXml(const QFile& file, const QXmlStreamReader& reader)
     QTextStream(stdout) << message << Qt::endl;
 }
 
-XmlPosition positionOf(const QXmlStreamReader& reader)
+XmlPosition readPosition(const QXmlStreamReader& reader)
 {
     return {reader.lineNumber(), reader.columnNumber()};
 }
@@ -43,7 +43,7 @@ XmlPosition positionOf(const QXmlStreamReader& reader)
 /// Where the next tag begins, if one follows at once.
 XmlPosition startOfNext(const QXmlStreamReader& reader)
 {
-    XmlPosition position = positionOf(reader);
+    XmlPosition position = readPosition(reader);
     // Text ends where the reader meets the "<" behind it, which then counts as read.
     const bool hasReadBracket = reader.isCharacters() && !reader.isCDATA();
     if (!hasReadBracket)
@@ -172,7 +172,7 @@ void VLXmlParserPrivate::noteStartTag(const QXmlStreamReader& reader, XmlPositio
 {
     const bool isRoot = report->rootTag.isNull();
     // The reader passes over the white space before the root without a word.
-    const XmlPosition position = isRoot ? positionOf(reader) : start;
+    const XmlPosition position = isRoot ? readPosition(reader) : start;
     if (isRoot) {
         report->rootTag = reader.qualifiedName().toString();
         report->rootPosition = position;
@@ -350,7 +350,7 @@ VLXmlElement* VLXmlParser::parseGuarded(const QByteArray& document, XmlReport& r
     qDeleteAll(std::exchange(d->orphans, {}));
     if (reader.hasError()) {
         report.fault = reader.errorString();
-        report.faultPosition = positionOf(reader);
+        report.faultPosition = readPosition(reader);
         return nullptr;
     }
     // Well-formed: there is one root at most.

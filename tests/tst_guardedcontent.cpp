@@ -423,6 +423,8 @@ void TestGuardedContent::fileInControl_isWarnedOf_whenNoControlFile()
 void TestGuardedContent::scene_isWarnedOf_withPlaceOfTip_whenNotFound()
 {
     GuardedHost host("<vidlets>\n<vidlet key=\"close\"/>\n<vidlet key=\"open\"/>\n</vidlets>\n");
+    // What is above the tip goes with it.
+    host.manager.context().set(ckReleaseClips, true);
     for (int i = 0; i < 2; ++i) {
         QVERIFY(host.manager.show(u"open"_s, QPoint(), nullptr));
         host.manager.widget()->hide();
