@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <mutex>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -56,6 +57,24 @@ bool VLVideoControllerPrivate::endsAt(quint64 index)
     // keep the thread busy. One that is still decoded may go on after a while.
     return wakeUp->isPrompt() && index > 1 && index >= source->loadedFrameCount()
         && source->action() == VLVideoSource::ActionIdle;
+}
+
+VLVideoControllerPrivate::Presentation VLVideoControllerPrivate::prepareFrame()
+{
+    const std::lock_guard lock(controllerMutex);
+    Presentation frame;
+    frame.isPlaying = state == VLVideoController::StatePlaying;
+    frame.position = position;
+    frame.isDue = frame.isPlaying
+        && (shownPosition != frame.position || frame.position < source->loadedFrameCount());
+    if (!frame.isDue)
+        return frame;
+    frame.delaySeconds =
+        VLFramePacing::delaySeconds({frame.position, shownPosition, source->frameRate(),
+                                     lastFrameDisplayTime, QDateTime::currentDateTime()});
+    // Asked again: the frame rate had to wait for the decoder, which may have delivered meanwhile.
+    frame.isThere = frame.position < source->loadedFrameCount();
+    return frame;
 }
 
 void VLVideoControllerPrivate::sleepBetweenFrames(unsigned long delayMs)
@@ -288,25 +307,18 @@ void VLVideoController::quit()
     qDebug("VLVideoController did not quit at all");
 }
 
+/// No lock is taken here: one that is held on to in a thread that is terminated in its sleep would
+/// have to be cleaned up.
 void VLVideoController::presentFrame()
 {
-    std::unique_lock lock(d->controllerMutex);
-    if (d->state != StatePlaying) {
-        lock.unlock();
+    const VLVideoControllerPrivate::Presentation frame = d->prepareFrame();
+    if (!frame.isPlaying) {
         Q_EMIT displayFrame();
         return;
     }
-    const quint64 position = d->position;
-    if (d->shownPosition == position && position >= d->source->loadedFrameCount())
+    if (!frame.isDue)
         return;
-    const double delaySeconds =
-        VLFramePacing::delaySeconds({position, d->shownPosition, d->source->frameRate(),
-                                     d->lastFrameDisplayTime, QDateTime::currentDateTime()});
-    // Asked again: the frame rate had to wait for the decoder, which may have delivered meanwhile.
-    const bool hasFrame = position < d->source->loadedFrameCount();
-    lock.unlock();
-
-    if (hasFrame) {
+    if (frame.isThere) {
         // Kept: raised without the lock. A reader gets the old or the new position.
         ++d->position;
         Q_EMIT displayFrame();
@@ -314,12 +326,12 @@ void VLVideoController::presentFrame()
         setLastFrameDisplayTime(QDateTime::currentDateTime());
         // The step past the end shows nothing: the last picture would stand twice its time, which
         // is seen as a halt where the clip begins anew.
-        if (d->endsAt(position + 1))
+        if (d->endsAt(frame.position + 1))
             return;
     }
     // What is not a number is no delay either.
-    if (delaySeconds > 0.0)
-        d->sleepBetweenFrames(VLFramePacing::sleepMs(delaySeconds));
+    if (frame.delaySeconds > 0.0)
+        d->sleepBetweenFrames(VLFramePacing::sleepMs(frame.delaySeconds));
 }
 
 void VLVideoController::streamEnded()
@@ -340,14 +352,18 @@ void VLVideoController::sourceLoaded()
 
 void VLVideoController::run()
 {
-    for (d->wakeUp->beginPass(); !shouldQuit(); d->wakeUp->beginPass()) {
-        std::unique_lock lock(d->controllerMutex, kLockTimeout);
-        // The pass has nothing to do then, and no sleep: the try itself has waited.
+    const auto tryStep = [this]() -> std::optional<bool> {
+        const std::unique_lock lock(d->controllerMutex, kLockTimeout);
         if (!lock.owns_lock())
+            return std::nullopt;
+        return step();
+    };
+    for (d->wakeUp->beginPass(); !shouldQuit(); d->wakeUp->beginPass()) {
+        const std::optional<bool> plays = tryStep();
+        // The pass has nothing to do then, and no sleep: the try itself has waited.
+        if (!plays)
             continue;
-        const bool plays = step();
-        lock.unlock();
-        if (plays)
+        if (*plays)
             presentFrame();
         else
             d->wakeUp->idle(kIdleSleep);

@@ -34,6 +34,16 @@ public:
     /// Whether a clip that is whole has no frame from @p index on that would need its time. Only
     /// for a thread that is prompted.
     bool endsAt(quint64 index);
+    /// What a pass of the thread is to do about the next frame.
+    struct Presentation
+    {
+        bool isPlaying = false;
+        bool isDue = false;
+        bool isThere = false;
+        quint64 position = 0;
+        double delaySeconds = 0.0;
+    };
+    Presentation prepareFrame();
     void sleepBetweenFrames(unsigned long delayMs);
 
     /// Not owned; never replaced.
