@@ -5,6 +5,7 @@
 /// them, the time that the next tip waits, the time until the first picture, and the wake-ups of a
 /// clip that is paused. Clips of 640 by 360 pixels, 300 pictures, 30 a second.
 
+#include "ClipThreads.h"
 #include "ClipWriter.h"
 #include "PackageBuilder.h"
 #include <Vidlets/VLInterface.h>
@@ -66,21 +67,6 @@ long long residentBytes()
 qsizetype entriesOf(const QString& directory)
 {
     return QDir(directory).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
-}
-
-int sleepsOfClipThreads()
-{
-    int sleeps = 0;
-    const QDir tasks(u"/proc/self/task"_s);
-    for (const QString& id : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        const QByteArray status = contentOf(tasks.filePath(id + u"/status"_s));
-        if (!status.contains("FFMPEG\n") && !status.contains("Controller\n"))
-            continue;
-        const QByteArray tag = "\nvoluntary_ctxt_switches:";
-        const qsizetype start = status.indexOf(tag) + tag.size();
-        sleeps += status.mid(start, status.indexOf('\n', start) - start).trimmed().toInt();
-    }
-    return sleeps;
 }
 
 /// Whether a clip plays, or the pictures of one are being freed.
