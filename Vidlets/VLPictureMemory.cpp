@@ -7,8 +7,7 @@
 #include <sys/mman.h>
 #endif
 
-#include <algorithm>
-#include <cstring>
+#include <cstdlib>
 #include <new>
 
 namespace Vidlets::PictureMemory {
@@ -17,11 +16,16 @@ namespace Vidlets::PictureMemory {
 
 namespace {
 
-/// Below that a mapping of its own is not worth its pages, and the heap keeps little.
-constexpr qsizetype kMinMappedBytes = qsizetype(128) * 1024;
-constexpr qsizetype kBytesPerPixel = 4;
-/// What stays in the processor's cache between the conversion and the copy.
-constexpr qsizetype kChunkBytes = qsizetype(64) * 1024;
+/// Below that a mapping of its own is not worth its pages, of which a process has a limited number,
+/// and the heap keeps little.
+constexpr size_t kMinMappedBytes = size_t(128) * 1024;
+
+/// All pages of a picture are written to, and a fault for each takes longer than decoding it.
+#ifdef MAP_POPULATE
+constexpr int kAtOnce = MAP_POPULATE;
+#else
+constexpr int kAtOnce = 0;
+#endif
 
 /// Stands before the pixels, which thereby stay aligned for any instruction.
 struct alignas(64) MappingHead
@@ -29,55 +33,44 @@ struct alignas(64) MappingHead
     size_t bytes;
 };
 
-void unmap(void* mapping)
+/// Returns null where there is no memory.
+uchar* mapped(size_t bytes)
 {
-    munmap(mapping, static_cast<MappingHead*>(mapping)->bytes);
+    bytes += sizeof(MappingHead);
+    void* mapping =
+        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | kAtOnce, -1, 0);
+    if (mapping == MAP_FAILED)
+        return nullptr;
+    return reinterpret_cast<uchar*>(new (mapping) MappingHead{bytes} + 1);
 }
 
-QImage mappedImage(const QSize& size)
+void unmap(void* pixels)
 {
-    const qsizetype rowBytes = size.width() * kBytesPerPixel;
-    const auto bytes = static_cast<size_t>(rowBytes * size.height()) + sizeof(MappingHead);
-    void* mapping =
-        mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (mapping == MAP_FAILED)
-        return QImage();
-    auto* head = new (mapping) MappingHead{bytes};
-    return QImage(reinterpret_cast<uchar*>(head + 1), size.width(), size.height(), rowBytes,
-                  QImage::Format_RGB32, unmap, mapping);
+    auto* head = static_cast<MappingHead*>(pixels) - 1;
+    munmap(head, head->bytes);
 }
 
 } // namespace
 
-QImage copyOf(const QImage& picture)
-{
-    if (picture.width() * kBytesPerPixel * picture.height() < kMinMappedBytes)
-        return picture.convertToFormat(QImage::Format_RGB32);
-    QImage copy = mappedImage(picture.size());
-    if (copy.isNull())
-        return copy;
-    const qsizetype rowBytes = copy.bytesPerLine();
-    const int rows = static_cast<int>(std::max(kChunkBytes / rowBytes, qsizetype(1)));
-    for (int y = 0; y < picture.height(); y += rows) {
-        const QImage chunk(picture.constScanLine(y), picture.width(),
-                           std::min(rows, picture.height() - y), picture.bytesPerLine(),
-                           picture.format());
-        const QImage converted = chunk.convertToFormat(QImage::Format_RGB32);
-        if (converted.isNull())
-            return QImage();
-        std::memcpy(copy.scanLine(y), converted.constBits(),
-                    static_cast<size_t>(converted.sizeInBytes()));
-    }
-    return copy;
-}
-
-#else
-
-QImage copyOf(const QImage& picture)
-{
-    return picture.convertToFormat(QImage::Format_RGB32);
-}
-
 #endif
+
+QImage picture(const QSize& size, qsizetype bytesPerLine, qsizetype spareBytes)
+{
+    const auto bytes = static_cast<size_t>(bytesPerLine * size.height() + spareBytes);
+    uchar* pixels = nullptr;
+    QImageCleanupFunction release = std::free;
+#ifdef Q_OS_UNIX
+    if (bytes >= kMinMappedBytes) {
+        pixels = mapped(bytes);
+        release = unmap;
+    }
+#endif
+    if (release == std::free)
+        pixels = static_cast<uchar*>(std::malloc(bytes));
+    if (!pixels)
+        return QImage();
+    return QImage(pixels, size.width(), size.height(), bytesPerLine, QImage::Format_RGB32, release,
+                  pixels);
+}
 
 } // namespace Vidlets::PictureMemory

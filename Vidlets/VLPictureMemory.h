@@ -14,8 +14,9 @@
  */
 namespace Vidlets::PictureMemory {
 
-/// Returns @p picture with 32 bits a pixel, in memory of its own; a null image where there is none.
-QImage copyOf(const QImage& picture);
+/// Returns a picture of Format_RGB32 that is not filled yet, with @p bytesPerLine from row to row
+/// and @p spareBytes behind the last; a null image where there is no memory for it.
+QImage picture(const QSize& size, qsizetype bytesPerLine, qsizetype spareBytes);
 
 } // namespace Vidlets::PictureMemory
 

@@ -185,6 +185,9 @@ public:
     /// that. It goes without it for what it alone writes: it reads endOfStream, moves videoClock,
     /// and stamps and pushes workingFrame.
     QRecursiveMutex mediaMutex;
+    /// The picture after conversion where released pictures have memory of their own, until it is
+    /// delivered. The source thread's own.
+    QImage ownPicture;
 
 private:
     bool openStreams();
@@ -208,7 +211,9 @@ private:
     bool convertPicture();
     bool deliverPicture(QMutexLocker<QRecursiveMutex>& locker);
     double synchronizeClock(int repeatCount, double stamp);
-    QImage convertedImage() const;
+    AVPixelFormat scaledFormat() const;
+    void scaleIntoPicture();
+    QImage takeConvertedImage();
 };
 
 // Runs only where the safeguards ask for it: else the record stays allocated.
@@ -398,7 +403,7 @@ bool VLVideoSourceFFMPEGPrivate::openScaler()
     const int rowWidth = (clipWidth + kRowBlockPx - 1) / kRowBlockPx * kRowBlockPx;
     // Without a size there is no picture to scale to.
     const int bufferSize =
-        av_image_get_buffer_size(AV_PIX_FMT_RGB24, rowWidth, clipHeight, kRowAlignment);
+        av_image_get_buffer_size(scaledFormat(), rowWidth, clipHeight, kRowAlignment);
     if (bufferSize <= 0)
         return fail("Could not get a swscale context for %1");
 
@@ -407,11 +412,17 @@ bool VLVideoSourceFFMPEGPrivate::openScaler()
         static_cast<uint8_t*>(av_malloc(static_cast<size_t>(bufferSize) + kScalerOverrunBytes));
     if (!buffer)
         return fail("Could not get a swscale context for %1");
-    av_image_fill_arrays(frameRGB->data, frameRGB->linesize, buffer, AV_PIX_FMT_RGB24, rowWidth,
+    av_image_fill_arrays(frameRGB->data, frameRGB->linesize, buffer, scaledFormat(), rowWidth,
                          clipHeight, kRowAlignment);
     if (!makeScaler(nullptr, clipWidth, clipHeight, codecContext->pix_fmt))
         return fail("Could not get a swscale context for %1");
     return true;
+}
+
+/// What pictures are scaled to.
+AVPixelFormat VLVideoSourceFFMPEGPrivate::scaledFormat() const
+{
+    return safeguards.release ? AV_PIX_FMT_0RGB32 : AV_PIX_FMT_RGB24;
 }
 
 /// Makes the scaler from pictures of that size and format to the size of the clip.
@@ -422,7 +433,7 @@ bool VLVideoSourceFFMPEGPrivate::makeScaler(SwsContext* reusable, int width, int
     if (!av_pix_fmt_desc_get(sourceFormat) || !sws_isSupportedInput(sourceFormat))
         return false;
     swsContext = sws_getCachedContext(reusable, width, height, sourceFormat, clipWidth, clipHeight,
-                                      AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr);
+                                      scaledFormat(), SWS_BICUBIC, nullptr, nullptr, nullptr);
     // A failure has released the scaler before: then no picture fits.
     scalerWidth = swsContext ? width : 0;
     scalerHeight = swsContext ? height : 0;
@@ -543,9 +554,24 @@ bool VLVideoSourceFFMPEGPrivate::convertPicture()
         && frame->format == scalerFormat;
     if (!fits && !makeScaler(swsContext, frame->width, frame->height, frame->format))
         return false;
-    sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, frameRGB->data,
-              frameRGB->linesize);
+    if (safeguards.release)
+        scaleIntoPicture();
+    else
+        sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, frameRGB->data,
+                  frameRGB->linesize);
     return true;
+}
+
+/// Saves the way over a buffer: it costs more than what else safeguards do to a picture.
+void VLVideoSourceFFMPEGPrivate::scaleIntoPicture()
+{
+    ownPicture = PictureMemory::picture(QSize(clipWidth, clipHeight), frameRGB->linesize[0],
+                                        kScalerOverrunBytes);
+    if (ownPicture.isNull())
+        return;
+    uint8_t* const planes[4] = {ownPicture.bits()};
+    const int rowBytes[4] = {static_cast<int>(ownPicture.bytesPerLine())};
+    sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, planes, rowBytes);
 }
 
 /// Stamps the converted picture and puts it into the cache. Returns false where the media was
@@ -561,7 +587,7 @@ bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& l
     if (!frameRGB)
         return false;
     // An image of its own each time: the one before shares its pixels with the cache.
-    *workingFrame = VLVideoFrame(convertedImage(), 0);
+    *workingFrame = VLVideoFrame(takeConvertedImage(), 0);
     progress = stamp / duration;
     locker.unlock();
 
@@ -602,12 +628,13 @@ void VLVideoSourceFFMPEGPrivate::seek()
 
 /// Returns the converted picture as an image with pixels of its own; a null one where there is no
 /// memory for it.
-QImage VLVideoSourceFFMPEGPrivate::convertedImage() const
+QImage VLVideoSourceFFMPEGPrivate::takeConvertedImage()
 {
+    if (safeguards.release)
+        return std::exchange(ownPicture, QImage());
     const QImage picture(frameRGB->data[0], clipWidth, clipHeight, frameRGB->linesize[0],
                          QImage::Format_RGB888);
-    return safeguards.release ? PictureMemory::copyOf(picture)
-                              : picture.convertToFormat(QImage::Format_RGB32);
+    return picture.convertToFormat(QImage::Format_RGB32);
 }
 
 VLVideoSourceFFMPEG::VLVideoSourceFFMPEG(QObject* parent)

@@ -149,6 +149,8 @@ struct Holdings
     long long resident = 0;
     /// Without what the heap keeps to give out again: it reaches its height within some tips.
     long long inUse = 0;
+    /// What is allocated, whatever memory it takes to hold it.
+    long long allocated = 0;
     qsizetype threads = 0;
     qsizetype descriptors = 0;
 };
@@ -164,6 +166,8 @@ Holdings settledHoldings(Stage& stage)
     holdings.resident = residentBytes();
 #ifdef __GLIBC__
     malloc_trim(0);
+    const struct mallinfo2 heap = mallinfo2();
+    holdings.allocated = static_cast<long long>(heap.uordblks + heap.hblkhd);
 #endif
     holdings.inUse = residentBytes();
     holdings.threads = entriesOf(u"/proc/self/task"_s);
@@ -202,10 +206,11 @@ bool hover(Stage& stage, int hovers, bool decodeWhole)
     const qsizetype threads = after.threads - before.threads;
     const qsizetype descriptors = after.descriptors - before.descriptors;
     const bool met = growth < kMaxGrowthBytes && threads <= 0 && descriptors <= 0;
-    std::printf("%d hovers, %s: %lld bytes a hover, %lld with what the heap keeps, threads %+lld, "
-                "descriptors %+lld: %s\n",
+    std::printf("%d hovers, %s: %lld bytes a hover, %lld with what the heap keeps, %lld allocated, "
+                "threads %+lld, descriptors %+lld: %s\n",
                 hovers, decodeWhole ? "clip decoded" : "in mid-decoding", growth,
-                (after.resident - before.resident) / hovers, static_cast<long long>(threads),
+                (after.resident - before.resident) / hovers,
+                (after.allocated - before.allocated) / hovers, static_cast<long long>(threads),
                 static_cast<long long>(descriptors), met ? "met" : "missed");
     const bool inTime = checkTimes("  next tip after one with a player", blocked, 5, 20);
     std::fflush(stdout);
