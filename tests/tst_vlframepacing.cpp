@@ -5,6 +5,7 @@
 #include <Vidlets/VLFramePacing.h>
 
 #include <QDateTime>
+#include <QTimeZone>
 
 #include <cmath>
 #include <limits>
@@ -22,7 +23,8 @@ constexpr quint64 kNowhere = std::numeric_limits<quint64>::max();
 /// A moment of an ordinary day.
 QDateTime atTime(const QString& time, int day = 10)
 {
-    return QDateTime(QDate(2026, 6, day), QTime::fromString(time, u"HH:mm:ss.zzz"_s), Qt::UTC);
+    return QDateTime(QDate(2026, 6, day), QTime::fromString(time, u"HH:mm:ss.zzz"_s),
+                     QTimeZone::utc());
 }
 
 } // namespace
