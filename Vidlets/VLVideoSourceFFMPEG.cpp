@@ -203,6 +203,8 @@ private:
     bool refuseUnknownSize() const;
     bool refuseStreamsBeyondLimit() const;
     bool endAtLimit(QMutexLocker<QRecursiveMutex>& locker);
+    void endAtLargePicture(int result, QMutexLocker<QRecursiveMutex>& locker);
+    void cutOff(QMutexLocker<QRecursiveMutex>& locker);
     void releaseScaling();
     void warn(const QString& text) const;
     bool readPacket(AVPacket* packet, QMutexLocker<QRecursiveMutex>& locker);
@@ -352,15 +354,33 @@ bool VLVideoSourceFFMPEGPrivate::endAtLimit(QMutexLocker<QRecursiveMutex>& locke
     const qint64 limit = safeguards.memoryLimitBytes;
     if (limit <= 0 || (pictureCount + 1) * pictureBytes(clipWidth, clipHeight) <= limit)
         return false;
+    cutOff(locker);
+    return true;
+}
+
+/// Ends the clip where its pictures have become so large that the decoder does not make the one in
+/// the packet of this @p result.
+void VLVideoSourceFFMPEGPrivate::endAtLargePicture(int result,
+                                                   QMutexLocker<QRecursiveMutex>& locker)
+{
+    // That is how a decoder says that it has not taken a size on.
+    const bool isTooLarge = result < 0 && codecContext && codecContext->width == 0;
+    if (isTooLarge && safeguards.memoryLimitBytes > 0)
+        cutOff(locker);
+}
+
+/// Enters and leaves locked, and lets go of the lock to tell of it.
+void VLVideoSourceFFMPEGPrivate::cutOff(QMutexLocker<QRecursiveMutex>& locker)
+{
     endOfStream = true;
     closeMedia();
     locker.unlock();
     warn(u"The clip %1 was cut off: %2 pictures of %3x%4 pixels were kept, one more takes more "
          u"than %5 bytes"_s.arg(fileName, QString::number(pictureCount), QString::number(clipWidth),
-                                QString::number(clipHeight), QString::number(limit)));
+                                QString::number(clipHeight),
+                                QString::number(safeguards.memoryLimitBytes)));
     owner->notifyStreamEnded();
     locker.relock();
-    return true;
 }
 
 void VLVideoSourceFFMPEGPrivate::warn(const QString& text) const
@@ -527,6 +547,7 @@ bool VLVideoSourceFFMPEGPrivate::decodePacket(const AVPacket* packet,
         const int result = avcodec_send_packet(codecContext, packet);
         // Whatever the result: a decoder may have pictures in spite of an error.
         finished = fetchPictures(locker) || finished;
+        endAtLargePicture(result, locker);
         if (result != AVERROR(EAGAIN))
             break;
     }

@@ -249,6 +249,7 @@ private Q_SLOTS:
     void releasedClip_leavesNoMemory_whenSourceChanges();
 
     void limitedClip_endsAtLimit_withOneWarning();
+    void limitedClip_endsAtLargePicture_withOneWarning();
     void limitedClip_isWhole_whenItJustFits();
     void limitedClip_refusesPicture_beforeThereIsMemoryForIt_data();
     void limitedClip_refusesPicture_beforeThereIsMemoryForIt();
@@ -507,6 +508,23 @@ void TestClipSafeguards::limitedClip_endsAtLimit_withOneWarning()
     // What was kept plays.
     item->play();
     QTRY_COMPARE(item->position(), qlonglong(5));
+}
+
+void TestClipSafeguards::limitedClip_endsAtLargePicture_withOneWarning()
+{
+    Stage stage(m_clips);
+    stage.set(ckClipMemoryLimit, 1024 * 1024);
+    ClipWriter writer;
+    writer.testClip(u"small.ts"_s, u"mpeg2video"_s, clipSize(), 25, 6);
+    writer.testClip(u"large.ts"_s, u"mpeg2video"_s, QSize(1280, 720), 25, 6);
+    stage.write(u"grown.ts"_s, writer.readBytes(u"small.ts"_s) + writer.readBytes(u"large.ts"_s));
+    const auto item = stage.newItem();
+    load(*item, u"grown.ts"_s);
+    QVERIFY(sourceOf(*item)->totalFrameCount() > 0);
+    QVERIFY(!isOpen(stage.pathOf(u"grown.ts"_s)));
+    QTRY_COMPARE(stage.warnings().size(), 1);
+    QVERIFY2(stage.warnings().constFirst().contains(u"was cut off"_s),
+             qPrintable(stage.warnings().constFirst()));
 }
 
 void TestClipSafeguards::limitedClip_isWhole_whenItJustFits()
