@@ -248,6 +248,8 @@ private Q_SLOTS:
     void releasedClip_leavesNoMemory_whileDecoding();
     void releasedClip_leavesNoMemory_whenSourceChanges();
 
+    void liveClip_goesOn_whenSafeguardsChange_data();
+    void liveClip_goesOn_whenSafeguardsChange();
     void limitedClip_endsAtLimit_withOneWarning();
     void limitedClip_endsAtLargePicture_withOneWarning();
     void limitedClip_isWhole_whenItJustFits();
@@ -491,6 +493,37 @@ void TestClipSafeguards::releasedClip_leavesNoMemory_whenSourceChanges()
         load(*item, u"clip.avi"_s);
         load(*item, u"other.avi"_s);
     });
+}
+
+void TestClipSafeguards::liveClip_goesOn_whenSafeguardsChange_data()
+{
+    QTest::addColumn<bool>("before");
+    QTest::newRow("turned on") << false;
+    QTest::newRow("turned off") << true;
+}
+
+void TestClipSafeguards::liveClip_goesOn_whenSafeguardsChange()
+{
+    QFETCH(const bool, before);
+    const Stage stage(m_clips);
+    const auto setAll = [&stage](bool on) {
+        stage.set(ckReleaseClips, on);
+        stage.set(ckPromptClips, on);
+        stage.set(ckClipMemoryLimit, on ? kClipFrames * pictureBytes() : 0);
+    };
+    setAll(before);
+    auto item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    setAll(!before);
+    item->play();
+    QTRY_COMPARE(item->position(), qlonglong(kClipFrames));
+    load(*item, u"other.avi"_s);
+    item.reset();
+    item = stage.newItem();
+    load(*item, u"clip.avi"_s);
+    QCOMPARE(sourceOf(*item)->totalFrameCount(), quint64(kClipFrames));
+    item->play();
+    QTRY_COMPARE(item->position(), qlonglong(kClipFrames));
 }
 
 void TestClipSafeguards::limitedClip_endsAtLimit_withOneWarning()
