@@ -108,6 +108,9 @@ void TestTendPinned::window_followsScene_onTheScreen()
     pinned.popup->move(area.right() - 200, area.bottom() - 150);
     QTRY_VERIFY_WITH_TIMEOUT(pinned.popup->frameGeometry() != pinned.popup->geometry(),
                              kPatienceMs);
+    // A window that is still being moved would end where the move takes it.
+    QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(pinned.popup.get()),
+                              pinned.popup->geometry().topLeft(), kPatienceMs);
     resizeScene(*pinned.popup, kLarger);
     QTRY_COMPARE_WITH_TIMEOUT(pinned.popup->size(), kLarger, kPatienceMs);
     QTRY_VERIFY_WITH_TIMEOUT(area.contains(pinned.popup->frameGeometry()), kPatienceMs);
