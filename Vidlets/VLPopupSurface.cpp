@@ -113,10 +113,22 @@ void VLPopupSurface::joinReferenceWindow()
     disconnect(m_parentConnection);
     if (!m_active || !parent)
         return;
+    unblockView();
     m_parentConnection = connect(parent, &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible && isPlacedByCompositor())
             m_popup->hide();
     });
+}
+
+/// What came up beside a modal dialog stays blocked, and newer versions of Qt take a tooltip's
+/// window for one that never is: they do not look at the view within again.
+void VLPopupSurface::unblockView()
+{
+    VLView* view = m_popup->view();
+    if (!QGuiApplication::modalWindow() || !view || !view->isVisible())
+        return;
+    view->hide();
+    view->show();
 }
 
 Qt::WindowFlags VLPopupSurface::windowFlags() const

@@ -87,6 +87,7 @@ private:
     void mapAnewLater();
     void followPointer(QObject* object, QEvent::Type type);
     void revealView();
+    void unblockView();
     QWindow* referenceWindow() const;
 
     VLWidget* const m_popup;
