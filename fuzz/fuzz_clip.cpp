@@ -59,16 +59,15 @@ void checkFrames(VLVideoSourceFFMPEG& source)
     }
 }
 
-/// Frees what a source leaves behind, once it is gone.
-void freeLeftovers(VLVideoSourcePrivate* base, VLVideoSourceFFMPEGPrivate* record)
+/// As for a tip in a host with all safeguards, but for confinement: the clip lies in no package.
+VLClipSafeguards safeguardsOfHost()
 {
-    for (const VLVideoSourceChange* change : std::as_const(base->changes))
-        delete change;
-    delete base->cache;
-    delete base;
-    av_free(record->buffer);
-    sws_freeContext(record->swsContext);
-    delete record;
+    VLClipSafeguards safeguards;
+    safeguards.release = true;
+    safeguards.prompt = true;
+    safeguards.guard = true;
+    safeguards.memoryLimitBytes = qint64(256) * 1024 * 1024;
+    return safeguards;
 }
 
 } // namespace
@@ -85,11 +84,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         VLVideoSourceFFMPEG source;
         base = source.VLVideoSource::d;
         record = source.d;
+        if (isGuardedRun())
+            base->setSafeguards(safeguardsOfHost(), nullptr);
+        base->isReleased = isGuardedRun();
         source.changeSetSource(QUrl::fromLocalFile(path));
         if (source.loadSource())
             decode(source);
         checkFrames(source);
     }
-    freeLeftovers(base, record);
+    if (isGuardedRun())
+        return 0;
+    // What a source leaves behind.
+    delete base;
+    delete record;
     return 0;
 }

@@ -547,6 +547,8 @@ void TestClipSafeguards::limitedClip_endsAtLargePicture_withOneWarning()
 {
     Stage stage(m_clips);
     stage.set(ckClipMemoryLimit, 1024 * 1024);
+    // Of the containers that are let in none can be joined so simply.
+    stage.set(ckConfineContent, false);
     ClipWriter writer;
     writer.testClip(u"small.ts"_s, u"mpeg2video"_s, clipSize(), 25, 6);
     writer.testClip(u"large.ts"_s, u"mpeg2video"_s, QSize(1280, 720), 25, 6);
