@@ -167,7 +167,8 @@ Holdings settledHoldings(Stage& stage)
 #ifdef __GLIBC__
     malloc_trim(0);
     const struct mallinfo2 heap = mallinfo2();
-    holdings.allocated = static_cast<long long>(heap.uordblks + heap.hblkhd);
+    holdings.allocated =
+        static_cast<long long>(heap.uordblks) + static_cast<long long>(heap.hblkhd);
 #endif
     holdings.inUse = residentBytes();
     holdings.threads = entriesOf(u"/proc/self/task"_s);
