@@ -11,6 +11,7 @@
 #include <QMutexLocker>
 #include <QRecursiveMutex>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -44,6 +45,8 @@ constexpr int kSendAttempts = 32;
 constexpr int kRowBlockPx = 16;
 constexpr int kRowAlignment = 64;
 constexpr size_t kScalerOverrunBytes = 256;
+/// As many as the scaler asks about, used or not.
+constexpr size_t kMostPlanes = 4;
 
 std::atomic_bool ffmpegInitialised = false;
 
@@ -590,9 +593,10 @@ void VLVideoSourceFFMPEGPrivate::scaleIntoPicture()
                                         kScalerOverrunBytes);
     if (ownPicture.isNull())
         return;
-    uint8_t* const planes[4] = {ownPicture.bits()};
-    const int rowBytes[4] = {static_cast<int>(ownPicture.bytesPerLine())};
-    sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, planes, rowBytes);
+    const std::array<uint8_t*, kMostPlanes> planes = {ownPicture.bits()};
+    const std::array<int, kMostPlanes> rowBytes = {static_cast<int>(ownPicture.bytesPerLine())};
+    sws_scale(swsContext, frame->data, frame->linesize, 0, frame->height, planes.data(),
+              rowBytes.data());
 }
 
 /// Stamps the converted picture and puts it into the cache. Returns false where the media was
