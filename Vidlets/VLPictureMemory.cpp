@@ -20,7 +20,8 @@ namespace {
 /// and the heap keeps little.
 constexpr size_t kMinMappedBytes = size_t(128) * 1024;
 
-/// All pages of a picture are written to, and a fault for each takes longer than decoding it.
+/// All pages of a picture are written to, and a fault for each takes a good part of the time that
+/// decoding it does.
 #ifdef MAP_POPULATE
 constexpr int kAtOnce = MAP_POPULATE;
 #else

@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
+#include <utility>
 #include <vector>
 
 extern "C" {
@@ -586,7 +587,7 @@ bool VLVideoSourceFFMPEGPrivate::convertPicture()
     return true;
 }
 
-/// Saves the way over a buffer: it costs more than what else safeguards do to a picture.
+/// Saves the way over the buffer, of whose rows only the length counts here.
 void VLVideoSourceFFMPEGPrivate::scaleIntoPicture()
 {
     ownPicture = PictureMemory::picture(QSize(clipWidth, clipHeight), frameRGB->linesize[0],
@@ -609,8 +610,10 @@ bool VLVideoSourceFFMPEGPrivate::deliverPicture(QMutexLocker<QRecursiveMutex>& l
     locker.unlock();
     const double stamp = synchronizeClock(repeatCount, 0.0);
     locker.relock();
-    if (!frameRGB)
+    if (!frameRGB) {
+        ownPicture = QImage();
         return false;
+    }
     // An image of its own each time: the one before shares its pixels with the cache.
     *workingFrame = VLVideoFrame(takeConvertedImage(), 0);
     progress = stamp / duration;

@@ -25,6 +25,7 @@
 #include <QScopeGuard>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <memory>
 
 #include <malloc.h>
@@ -244,6 +245,8 @@ private Q_SLOTS:
     void promptClip_goesAtOnce_whilePlaying();
 
     void releasedClip_closesItsFile_whileDecoding();
+    void releasedClip_hasSamePictures_data();
+    void releasedClip_hasSamePictures();
     void releasedClip_leavesNoMemory();
     void releasedClip_leavesNoMemory_whileDecoding();
     void releasedClip_leavesNoMemory_whenSourceChanges();
@@ -458,6 +461,45 @@ template <typename Turn> static void checkLeavesNoMemory(Turn turn)
         turn();
     // The pictures of the last clip are freed on a thread of their own.
     QTRY_COMPARE_LT((bytesInUse() - before) / kTries, kMaxGrowthBytes);
+}
+
+void TestClipSafeguards::releasedClip_hasSamePictures_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("codec");
+    QTest::addColumn<QString>("pixelFormat");
+    QTest::newRow("small") << QSize(64, 48) << u"png"_s << u"rgb24"_s;
+    QTest::newRow("with rows of an odd length") << QSize(333, 201) << u"png"_s << u"rgb24"_s;
+    QTest::newRow("with memory of their own") << QSize(640, 360) << u"png"_s << u"rgb24"_s;
+    QTest::newRow("of brightness and colour") << QSize(334, 202) << u"mpeg4"_s << u"yuv420p"_s;
+    QTest::newRow("transparent") << QSize(333, 201) << u"png"_s << u"rgba"_s;
+}
+
+void TestClipSafeguards::releasedClip_hasSamePictures()
+{
+    QFETCH(const QSize, size);
+    QFETCH(const QString, codec);
+    QFETCH(const QString, pixelFormat);
+    ClipWriter writer;
+    writer.testClip(u"fresh.mov"_s, codec, size, 25, 2, {u"-pix_fmt"_s, pixelFormat});
+    QList<QImage> pictures;
+    for (const bool isReleased : {false, true}) {
+        Stage stage(m_clips);
+        stage.set(ckReleaseClips, isReleased);
+        stage.write(u"fresh.mov"_s, writer.readBytes(u"fresh.mov"_s));
+        const auto item = stage.newItem();
+        load(*item, u"fresh.mov"_s);
+        pictures.append(sourceOf(*item)->getFrame(0).copy());
+    }
+    QVERIFY(!pictures.at(0).isNull());
+    QCOMPARE(pictures.at(1).format(), pictures.at(0).format());
+    QCOMPARE(pictures.at(1), pictures.at(0));
+    // What draws pictures goes by the bits that stand for no colour, too.
+    for (int y = 0; y < size.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(pictures.at(1).constScanLine(y));
+        QVERIFY(
+            std::all_of(row, row + size.width(), [](QRgb pixel) { return qAlpha(pixel) == 0xFF; }));
+    }
 }
 
 void TestClipSafeguards::releasedClip_leavesNoMemory()
