@@ -68,15 +68,21 @@ bool VLHoverKeeper::isOverControl(const QPoint& position) const
 {
     const QWidget* under = surface().widgetAt(position);
     const QWidget* owner = control();
-    if (owner)
-        return under && (under == owner || owner->isAncestorOf(under));
+    if (owner) {
+        // A zone may lie in a gap between the widget that was asked and those around it.
+        const bool isGap = under == owner->window() && !m_popup->d->zone().isNull();
+        return under && (under == owner || owner->isAncestorOf(under) || isGap);
+    }
+    if (const QWindow* window = m_popup->d->anchorWindow())
+        return QGuiApplication::topLevelAt(position) == window;
     // A host without widgets: nobody but it knows where the control ends.
     return !under && surface().windowAt(position);
 }
 
 bool VLHoverKeeper::isTipOf(const QWidget* requester) const
 {
-    return !isOn() || requester == control() || isPartOfTip(requester);
+    const bool isControl = requester == control() && m_popup->d->isSameZoneRequested();
+    return !isOn() || isControl || isPartOfTip(requester);
 }
 
 bool VLHoverKeeper::isPartOfTip(const QWidget* requester) const
@@ -84,8 +90,9 @@ bool VLHoverKeeper::isPartOfTip(const QWidget* requester) const
     if (!isOn() || !requester || !m_popup->isVisible() || hasOwnToolTip(requester))
         return false;
     const QWidget* owner = control();
-    return (requester != owner && owner && owner->isAncestorOf(requester))
-        || isWithinPopup(requester);
+    const bool isPart = requester != owner && owner && owner->isAncestorOf(requester)
+        && !m_popup->d->isOutsideOfZoneRequested();
+    return isPart || isWithinPopup(requester);
 }
 
 bool VLHoverKeeper::staysWithoutContent(const QString& key, const QPoint& position,
@@ -95,8 +102,10 @@ bool VLHoverKeeper::staysWithoutContent(const QString& key, const QPoint& positi
     // the control itself.
     if (m_popup->isVisible() && !isFadingOut()) {
         // What lies between the control and its tip, and asks for nothing, does not cost the tip.
-        const bool isInBetween = key.isEmpty() && isAround(requester) && !hasOwnToolTip(requester)
-            && m_popup->isSafe(position);
+        const bool isElsewhere = isAround(requester)
+            || (requester == control() && m_popup->d->isOutsideOfZoneRequested());
+        const bool isInBetween =
+            key.isEmpty() && isElsewhere && !hasOwnToolTip(requester) && m_popup->isSafe(position);
         if (isPartOfTip(requester) || isInBetween)
             return true;
     }
@@ -178,14 +187,14 @@ bool VLHoverKeeper::eventFilter(QObject* object, QEvent* event)
     case QEvent::KeyPress:
         // A window of Qt Quick hands the event on to its items.
         if (object->isWidgetType() || object->isWindowType())
-            keyPressed(object, static_cast<QKeyEvent*>(event)->key());
+            keyPressed(object, static_cast<QKeyEvent*>(event));
         break;
     case QEvent::Wheel:
         if ((object->isWidgetType() || object->isWindowType()) && !isWithinPopup(object))
             hideUnlessStaying();
         break;
     case QEvent::Hide:
-        if (object == control())
+        if (object == control() || (!control() && object == m_popup->d->anchorWindow()))
             m_popup->hide();
         break;
     default:
@@ -243,8 +252,11 @@ void VLHoverKeeper::followPointer()
     m_popup->checkMousePosition(pointer.position);
 }
 
-void VLHoverKeeper::keyPressed(const QObject* receiver, int key)
+void VLHoverKeeper::keyPressed(QObject* receiver, QKeyEvent* event)
 {
+    if (VLHostHooks::isKeyTaken(m_popup->m_manager, receiver, event))
+        return;
+    const int key = event->key();
     if (key == Qt::Key_Escape)
         m_popup->hide();
     else if (!isModifier(key) && !isWithinPopup(receiver))
@@ -254,7 +266,7 @@ void VLHoverKeeper::keyPressed(const QObject* receiver, int key)
 /// A tip that its scene keeps open stays while the user works beside it, as it does at a click.
 void VLHoverKeeper::hideUnlessStaying()
 {
-    if (!m_popup->m_view->stayOpen())
+    if (!m_popup->m_view->stayOpen() && !m_popup->d->isHeld())
         m_popup->hide();
 }
 

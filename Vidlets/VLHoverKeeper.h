@@ -14,6 +14,7 @@
 #include <optional>
 
 class QEvent;
+class QKeyEvent;
 class QWidget;
 
 namespace Vidlets {
@@ -36,7 +37,8 @@ public:
     bool isOn() const;
 
     /// Whether the pointer at @p position is over the control or a part of it. Without a control,
-    /// over a window of the application that holds no widgets.
+    /// over its window, or, where that is not known, over any window of the application that holds
+    /// no widgets.
     bool isOverControl(const QPoint& position) const;
 
     /// Whether the tip that is up is that of @p requester, which may be null: always so while off.
@@ -52,6 +54,8 @@ public:
     void beginTip();
     /// The tip is asked for once more: back to full, should it be fading away.
     void revive();
+    /// Ends a fade of either kind: back to full.
+    void endFade();
     /// Ends a fade-in, so that a hide may begin; gives whether a hide may begin.
     bool makeWayForHide();
 
@@ -72,9 +76,8 @@ private:
     bool isAround(const QWidget* requester) const;
     bool isWithinPopup(const QObject* object) const;
     bool isFadingOut() const;
-    void endFade();
     void followPointer();
-    void keyPressed(const QObject* receiver, int key);
+    void keyPressed(QObject* receiver, QKeyEvent* event);
     void hideUnlessStaying();
 
     VLWidget* const m_popup;

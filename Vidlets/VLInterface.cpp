@@ -58,6 +58,11 @@ VLInterface::~VLInterface()
     delete d->manager;
 }
 
+VLManager* VLInterface::ownManager() const
+{
+    return d->manager;
+}
+
 QWidget* VLInterface::createWindow()
 {
     return nullptr;

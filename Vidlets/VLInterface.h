@@ -20,8 +20,10 @@ class VLContext;
 
 namespace Vidlets {
 
+class VLHostHooks;
 class VLIndex;
 class VLInterfacePrivate;
+class VLManager;
 
 /// How severe a message is; the smaller, the more severe. Filtered by ckMessageLevel.
 enum VLMessageType : int {
@@ -172,6 +174,10 @@ public:
 
 private:
     Q_DISABLE_COPY_MOVE(VLInterface)
+
+    friend class VLHostHooks;
+
+    VLManager* ownManager() const;
 
     const std::unique_ptr<VLInterfacePrivate> d;
 };

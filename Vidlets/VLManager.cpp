@@ -9,6 +9,7 @@
 #include "VLContentRoots.h"
 #include "VLContentTree.h"
 #include "VLContext.h"
+#include "VLHostState.h"
 #include "VLIndex.h"
 #include "VLNumbers.h"
 #include "VLSettings.h"
@@ -173,6 +174,7 @@ public:
     /// Whether one is being repeated that the default has said.
     bool isRepeating = false;
     float scaleValue = 1.0F;
+    VLHostState hostState;
 };
 
 /// Walks the reserved windows from the last to the first and forgets the dead ones.
@@ -367,9 +369,71 @@ VLManager::~VLManager()
         d->index->deleteWhole();
 }
 
+VLHostState& VLManager::hostState()
+{
+    return d->hostState;
+}
+
 bool VLManager::isRepeating() const
 {
     return d->isRepeating;
+}
+
+void VLManager::showAnew()
+{
+    // A scene that nobody sees would stay as it is where the next tip has the same.
+    if (d->tooltipWindow && !d->tooltipWindow->isVisible())
+        d->tooltipWindow->view()->setSource(QUrl());
+    else if (d->tooltipWindow)
+        renewTip(d->tooltipWindow);
+    const QList<VLWidget*> pinned = reservedTips();
+    for (const QPointer<VLWidget> popup : pinned) {
+        if (popup)
+            renewTip(popup);
+    }
+}
+
+void VLManager::renewTip(VLWidget* popup)
+{
+    VLXmlElement* old = contentOf(popup);
+    if (!old)
+        return;
+    const QString key = old->attribute(keyAttribute());
+    FoundTip tip;
+    tip.element = retrieve(key, tip.path, tip.depth, tip.root);
+    VLWidgetPrivate& widget = VLWidgetPrivate::of(popup);
+    // What is not there any more is translated anew at least.
+    if (!tip.element || !tip.root) {
+        widget.renewContent(old, QString());
+        return;
+    }
+    d->askForShortcut(key, widget.reference(), tip.element);
+    widget.renewContent(tip.element, tip.packageRoot());
+}
+
+QString VLManager::anyScene() const
+{
+    const bool isSimple = Settings::simpleTooltips(d->settings);
+    const QString file = isSimple
+        ? d->settings.get(ckSimpleUiFile, Settings::simpleUiFileDefault()).toString()
+        : d->settings.get(ckUiFile, Settings::uiFileDefault()).toString();
+    const QList<QString> roots = d->index->packageRoots();
+    for (const QString& root : roots) {
+        const QString path = QDir(root).absoluteFilePath(file);
+        if (QFileInfo::exists(path))
+            return path;
+    }
+    return QString();
+}
+
+QList<VLWidget*> VLManager::reservedTips() const
+{
+    QList<VLWidget*> result;
+    for (const QPointer<VLWidget>& tip : std::as_const(d->reservedWindows)) {
+        if (tip)
+            result.append(tip);
+    }
+    return result;
 }
 
 VLContentGuard& VLManager::contentGuard()
@@ -409,13 +473,18 @@ float VLManager::realScaleValue()
 
 void VLManager::handleMessage(VLMessageType type, const QString& message)
 {
+    const VLHostHooks::MessageSink* sink =
+        d->isBeingBuilt ? VLHostHooks::earlyMessageSink() : nullptr;
     // What is said before the host's override exists is said to it once more.
     const bool passes = type <= Settings::messageLevel(d->settings);
-    if (d->isBeingBuilt && type == VLMessageWarning && Settings::guardContent(d->settings))
+    const bool isRepeated = d->isBeingBuilt && !sink && type == VLMessageWarning;
+    if (isRepeated && Settings::guardContent(d->settings))
         d->earlyWarnings.append({message, passes});
     if (!passes)
         return;
-    if (d->interface)
+    if (sink)
+        (*sink)(type, message);
+    else if (d->interface)
         d->interface->handleMessage(type, message);
 }
 
@@ -708,6 +777,25 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
     d->tooltipWindow->showWithContent(reference, tipPosition, tip.element, tip.packageRoot());
     d->tooltipWindow->raise();
     return true;
+}
+
+bool VLManager::showAnchored(const QString& key, const QPoint& position, QObject* reference,
+                             const VLTipAnchor& anchor)
+{
+    // What asks for nothing is no reason to make a popup.
+    if (!d->isAllowedToShow() || (key.isEmpty() && !d->tooltipWindow))
+        return false;
+    initializeTooltipWindow();
+    // A scene may pin its tip while it is being loaded, and a new popup takes the place.
+    const QPointer<VLWidget> popup = d->tooltipWindow;
+    auto* widget =
+        reference && reference->isWidgetType() ? static_cast<QWidget*>(reference) : nullptr;
+    VLWidgetPrivate::of(popup).beginRequest(anchor, position, widget);
+    const bool isDealtWith = key.isEmpty() ? d->showWithoutContent(key, position, widget)
+                                           : show(key, position, reference);
+    if (popup)
+        VLWidgetPrivate::of(popup).endRequest();
+    return isDealtWith;
 }
 
 bool VLManager::reserve(VLWidget* popup, QWidget*& window)

@@ -27,6 +27,9 @@ class VLContext;
 namespace Vidlets {
 
 class VLContentGuard;
+class VLHostHooks;
+struct VLHostState;
+struct VLTipAnchor;
 class VLIndex;
 class VLManagerPrivate;
 class VLWidget;
@@ -209,11 +212,27 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLManager)
 
+    friend class VLHostHooks;
     friend class VLInterface;
     friend class VLView;
 
     /// Returns whether a warning comes to the host's override that the default has given out.
     bool isRepeating() const;
+
+    /// What the host kit has set.
+    VLHostState& hostState();
+    /// show() for what @p anchor says, where an empty key is not looked up.
+    bool showAnchored(const QString& key, const QPoint& position, QObject* reference,
+                      const VLTipAnchor& anchor);
+
+    /// Retrieves all that is up anew, in the languages that are set now.
+    void showAnew();
+    void renewTip(VLWidget* popup);
+    /// Returns the scene of one of the packages; null where none has one.
+    QString anyScene() const;
+
+    /// Returns the living reserved windows, the oldest first.
+    QList<VLWidget*> reservedTips() const;
 
     /// The way to content files where ckGuardContent is set.
     VLContentGuard& contentGuard();

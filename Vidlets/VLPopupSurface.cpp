@@ -83,9 +83,10 @@ VLPopupSurface::VLPopupSurface(VLWidget* popup)
     QCoreApplication::instance()->installEventFilter(this);
 }
 
-void VLPopupSurface::setReference(QWidget* widget)
+void VLPopupSurface::setReference(QWidget* widget, QWindow* window)
 {
     m_reference = widget;
+    m_referenceWindow = topLevelOf(window);
     // Two controls may be at the same place, each in its own window.
     if (isPlacedByCompositor() && m_popup->isVisible() && !isInReferenceWindow())
         mapAnewLater();
@@ -141,17 +142,26 @@ QRect VLPopupSurface::availableArea(const QScreen* screen) const
 {
     if (!m_active)
         return screen->availableGeometry();
-    if (!m_reference || !isPlacedByCompositor())
+    if ((!m_reference && !m_referenceWindow) || !isPlacedByCompositor())
         return kWithoutLimit;
     // Places are counted from the window of the control. Only one that fills the screen tells where
     // that is. Of another one it is known how far it can be from the edges, which is where at the
     // latest a popup leaves the screen; the compositor moves what does so before.
-    const QWidget* window = m_reference->window();
-    const QRect frame = window->frameGeometry();
-    if (window->isMaximized() || window->isFullScreen())
+    const QRect frame =
+        m_reference ? m_reference->window()->frameGeometry() : m_referenceWindow->frameGeometry();
+    if (isScreenFilled())
         return frame;
     const QSize room = (screen->size() - frame.size()).expandedTo(QSize(0, 0));
     return frame.adjusted(-room.width(), -room.height(), room.width(), room.height());
+}
+
+/// Whether the window of the control fills the screen.
+bool VLPopupSurface::isScreenFilled() const
+{
+    if (const QWidget* window = m_reference ? m_reference->window() : nullptr)
+        return window->isMaximized() || window->isFullScreen();
+    return m_referenceWindow
+        && (m_referenceWindow->windowStates() & (Qt::WindowMaximized | Qt::WindowFullScreen));
 }
 
 QObject* VLPopupSurface::fadeTarget()
@@ -344,7 +354,9 @@ void VLPopupSurface::revealView()
 
 QWindow* VLPopupSurface::referenceWindow() const
 {
-    QWindow* window = m_reference ? m_reference->window()->windowHandle() : nullptr;
+    if (!m_reference)
+        return m_referenceWindow;
+    QWindow* window = m_reference->window()->windowHandle();
     // The popup's own border may be asked for a tip like any other widget.
     return window == m_popup->windowHandle() ? m_parentWindow.data() : window;
 }

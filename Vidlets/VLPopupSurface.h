@@ -30,8 +30,9 @@ class VLPopupSurface final : public QObject
 public:
     explicit VLPopupSurface(VLWidget* popup);
 
-    /// Remembers @p widget, which may be null, as the one that the popup belongs to.
-    void setReference(QWidget* widget);
+    /// Remembers @p widget, which may be null, as the one that the popup belongs to. @p window is
+    /// the window of what is no widget.
+    void setReference(QWidget* widget, QWindow* window);
     /// Whether the popup's window is a child of the reference's.
     bool isInReferenceWindow() const;
     /// Makes the popup's window, which is there but not up yet, a child of the reference's.
@@ -89,12 +90,14 @@ private:
     void revealView();
     void unblockView();
     QWindow* referenceWindow() const;
+    bool isScreenFilled() const;
 
     VLWidget* const m_popup;
     const bool m_active;
     /// Has the opacity of a popup whose window cannot have one.
     QObject m_fade;
     QPointer<QWidget> m_reference;
+    QPointer<QWindow> m_referenceWindow;
     /// The window that the pointer is in; null where it is in none of the application.
     QPointer<QWindow> m_pointerWindow;
     /// Whether any window has told of the pointer: one that it was in before the popup was made may

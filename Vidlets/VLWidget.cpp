@@ -4,7 +4,6 @@
 #include "VLWidget.h"
 
 #include "VLContentNames.h"
-#include "VLContentTree.h"
 #include "VLContext.h"
 #include "VLManager.h"
 #include "VLManagerSettings.h"
@@ -20,7 +19,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPropertyAnimation>
-#include <QQmlContext>
 #include <QQuickItem>
 #include <QScopedValueRollback>
 #include <QTimer>
@@ -146,17 +144,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     d->setReference(m_referenceWidget);
     d->hover().beginTip();
 
-    m_view->setPackageRoot(QDir(rootPath));
-    const bool releases = Settings::releaseClips(settingsOf(m_manager));
-    VLXmlElement* old = m_view->content();
-    if (old && old != content) {
-        m_view->setContent(nullptr);
-        if (releases)
-            deleteTreeOf(old);
-        else
-            delete old;
-    }
-    m_view->setContent(content);
+    d->putContent(content, rootPath);
     // After the content: the choice of the scene reads its attributes.
     const QFileInfo scene(m_view->uiRootFilePath());
 
@@ -166,13 +154,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
     if (isVisible())
         reposition();
 
-    QQmlContext* context = m_view->rootContext();
-    context->setContextProperty(u"vidlet"_s, content);
-    context->setContextProperty(u"dataLocation"_s, QVariant(rootPath));
-    // Each time leaves a connection to the view with the engine.
-    if (!releases || context->contextProperty(u"vidletView"_s).value<QObject*>() != m_view)
-        context->setContextProperty(u"vidletView"_s, m_view);
-    m_view->loadQML(scene.absoluteFilePath());
+    d->loadScene(scene.absoluteFilePath(), rootPath);
     showAnimated();
 }
 
@@ -315,6 +297,7 @@ void VLWidget::hideEvent(QHideEvent* /*event*/)
 {
     d->endMapping();
     d->hover().endWatch();
+    d->setHeld(false);
     disconnect(m_animation, &QAbstractAnimation::finished, this, &VLWidget::hideAnimationFinished);
 }
 

@@ -4,6 +4,7 @@
 #include "VLWidgetPrivate.h"
 
 #include "VLContentNames.h"
+#include "VLContentTree.h"
 #include "VLManagerSettings.h"
 #include "VLSettings.h"
 #include "VLView.h"
@@ -11,13 +12,19 @@
 #include "VLXmlElement.h"
 
 #include <QApplication>
+#include <QCursor>
+#include <QDir>
 #include <QEvent>
+#include <QFileInfo>
+#include <QQmlContext>
 #include <QResizeEvent>
 #include <QScopedValueRollback>
 #include <QScreen>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <QWindow>
+
+using namespace Qt::StringLiterals;
 
 namespace Vidlets {
 
@@ -52,6 +59,11 @@ VLWidgetPrivate::VLWidgetPrivate(VLWidget* popup)
 {
 }
 
+VLWidgetPrivate& VLWidgetPrivate::of(VLWidget* popup)
+{
+    return *popup->d;
+}
+
 VLHoverKeeper& VLWidgetPrivate::hoverOf(VLWidget* popup)
 {
     return popup->d->m_hover;
@@ -78,7 +90,9 @@ void VLWidgetPrivate::setReference(QWidget* widget)
     if (m_hover.isOn())
         forgetReferences();
     m_reference = widget;
-    m_surface.setReference(widget);
+    m_anchor = m_requested;
+    m_held = false;
+    m_surface.setReference(widget, anchorWindow());
     if (!widget)
         return;
     // Kept: made anew at every show; the slot does no harm when it runs more often.
@@ -86,6 +100,71 @@ void VLWidgetPrivate::setReference(QWidget* widget)
     m_connected.removeAll(nullptr);
     if (!m_connected.contains(widget))
         m_connected.append(widget);
+}
+
+void VLWidgetPrivate::beginRequest(const VLTipAnchor& anchor, const QPoint& position,
+                                   const QWidget* widget)
+{
+    QPoint origin;
+    if (widget)
+        origin = widget->mapToGlobal(QPoint());
+    else if (anchor.window)
+        origin = anchor.window->mapToGlobal(QPoint());
+    m_requested = Anchor{anchor.zone.translated(-origin), widget ? nullptr : anchor.window.data()};
+    m_requestPosition = position;
+}
+
+void VLWidgetPrivate::endRequest()
+{
+    m_requested.reset();
+}
+
+bool VLWidgetPrivate::isSameZoneRequested() const
+{
+    if (!m_requested)
+        return true;
+    return m_anchor && m_anchor->zone == m_requested->zone
+        && m_anchor->window == m_requested->window;
+}
+
+bool VLWidgetPrivate::isOutsideOfZoneRequested() const
+{
+    return m_requested && !zone().isNull() && !zone().contains(m_requestPosition);
+}
+
+QRect VLWidgetPrivate::zone() const
+{
+    if (!m_anchor || m_anchor->zone.isNull())
+        return QRect();
+    QPoint origin;
+    if (m_reference)
+        origin = m_reference->mapToGlobal(QPoint());
+    else if (m_anchor->window)
+        origin = m_anchor->window->mapToGlobal(QPoint());
+    return m_anchor->zone.translated(origin);
+}
+
+QWindow* VLWidgetPrivate::anchorWindow() const
+{
+    return m_anchor ? m_anchor->window.data() : nullptr;
+}
+
+void VLWidgetPrivate::setHeld(bool held)
+{
+    if (m_held == held)
+        return;
+    m_held = held;
+    if (held) {
+        m_popup->m_timer->stop();
+        m_hover.revive();
+    } else if (m_popup->isVisible()) {
+        m_popup->checkMousePosition(QCursor::pos());
+    }
+}
+
+bool VLWidgetPrivate::isHeld() const
+{
+    return m_held;
 }
 
 void VLWidgetPrivate::forgetReferences()
@@ -99,7 +178,7 @@ void VLWidgetPrivate::forgetReferences()
 
 bool VLWidgetPrivate::hidesByItself() const
 {
-    const bool staysOpen = m_popup->m_view && m_popup->m_view->stayOpen();
+    const bool staysOpen = m_held || (m_popup->m_view && m_popup->m_view->stayOpen());
     return !staysOpen && Settings::stayDurationMs(settingsOf(m_popup->m_manager)) > 0.0F;
 }
 
@@ -107,12 +186,17 @@ bool VLWidgetPrivate::isOverReference(const QPoint& position) const
 {
     // The window system takes several round trips to tell what lies at a point, on each move of the
     // pointer. One pixel more, since it may round the edges of a scaled widget in its own way.
-    if (m_reference && !m_reference->isWindow()
-        && !m_reference->rect()
-                .adjusted(-1, -1, 1, 1)
-                .contains(m_reference->mapFromGlobal(position)))
+    const QRect part = zone();
+    if (!part.isNull()) {
+        if (!part.adjusted(-1, -1, 1, 1).contains(position))
+            return false;
+    } else if (m_reference && !m_reference->isWindow()
+               && !m_reference->rect()
+                       .adjusted(-1, -1, 1, 1)
+                       .contains(m_reference->mapFromGlobal(position))) {
         return false;
-    if (m_hover.isOn())
+    }
+    if (m_hover.isOn() || m_anchor)
         return m_hover.isOverControl(position);
     // Only compared: the pointer may belong to a widget that is gone. Where there is no reference
     // widget, a point over no widget of the application counts as one over it.
@@ -135,12 +219,25 @@ std::optional<PopupPlacement::KeepOff> VLWidgetPrivate::keepOff() const
     keepOff.offset = Settings::tooltipOffsetPx(settings);
     const QWidget* direction = m_reference ? m_reference.data() : m_popup;
     keepOff.rightToLeft = direction->layoutDirection() == Qt::RightToLeft;
-    if (m_reference) {
-        // A control may be scrolled out of sight in part.
-        const QRect visible = m_reference->visibleRegion().boundingRect();
-        keepOff.control = QRect(m_reference->mapToGlobal(visible.topLeft()), visible.size());
-    }
+    keepOff.control = visibleControl();
     return keepOff;
+}
+
+/// A control may be scrolled out of sight in part.
+QRect VLWidgetPrivate::visibleControl() const
+{
+    QRect visible;
+    if (m_reference) {
+        const QRect bounds = m_reference->visibleRegion().boundingRect();
+        visible = QRect(m_reference->mapToGlobal(bounds.topLeft()), bounds.size());
+    } else if (const QWindow* window = anchorWindow()) {
+        visible = QRect(window->mapToGlobal(QPoint()), window->size());
+    }
+    const QRect part = zone();
+    if (part.isNull())
+        return m_reference ? visible : QRect();
+    // What a host calls a zone may lie beside the widget that was asked.
+    return part.intersects(visible) ? part.intersected(visible) : part;
 }
 
 QRect VLWidgetPrivate::availableArea() const
@@ -148,8 +245,56 @@ QRect VLWidgetPrivate::availableArea() const
     // The user may have taken a pinned window to another screen.
     if (isTended())
         return m_popup->window()->screen()->availableGeometry();
-    const QScreen* screen = m_reference ? m_reference->screen() : m_popup->screen();
+    const QScreen* screen = m_popup->screen();
+    if (m_reference)
+        screen = m_reference->screen();
+    else if (const QWindow* window = anchorWindow())
+        screen = window->screen();
     return m_surface.availableArea(screen);
+}
+
+void VLWidgetPrivate::putContent(VLXmlElement* content, const QString& rootPath)
+{
+    VLView* view = m_popup->m_view;
+    view->setPackageRoot(QDir(rootPath));
+    VLXmlElement* old = view->content();
+    if (old && old != content) {
+        view->setContent(nullptr);
+        if (Settings::releaseClips(settingsOf(m_popup->m_manager)))
+            deleteTreeOf(old);
+        else
+            delete old;
+    }
+    view->setContent(content);
+}
+
+void VLWidgetPrivate::loadScene(const QString& scene, const QString& rootPath)
+{
+    VLView* view = m_popup->m_view;
+    QQmlContext* context = view->rootContext();
+    context->setContextProperty(u"vidlet"_s, view->content());
+    context->setContextProperty(u"dataLocation"_s, QVariant(rootPath));
+    // Each time leaves a connection to the view with the engine.
+    if (!Settings::releaseClips(settingsOf(m_popup->m_manager))
+        || context->contextProperty(u"vidletView"_s).value<QObject*>() != view)
+        context->setContextProperty(u"vidletView"_s, view);
+    view->loadQML(scene);
+}
+
+void VLWidgetPrivate::renewContent(VLXmlElement* content, const QString& rootPath)
+{
+    VLView* view = m_popup->m_view;
+    // The same scene would stay alive, with all that it has translated before.
+    view->setSource(QUrl());
+    const QString root = rootPath.isNull() ? view->packageRoot().absolutePath() : rootPath;
+    putContent(content, root);
+    loadScene(QFileInfo(view->uiRootFilePath()).absoluteFilePath(), root);
+    if (!m_pinned)
+        return;
+    if (m_popup->isWindow())
+        m_popup->setWindowTitle(floatingTitle());
+    else
+        m_popup->parentWidget()->setWindowTitle(content->attribute(ContentNames::titleAttribute()));
 }
 
 bool VLWidgetPrivate::isTended() const
@@ -192,6 +337,7 @@ void VLWidgetPrivate::dockInto(QWidget* window, const QPoint& position)
 {
     m_hover.retire();
     m_pinned = true;
+    m_held = false;
     disconnect(m_popup->m_timer, &QTimer::timeout, m_popup, &VLWidget::hideAnimated);
     m_popup->setParent(window, Qt::WindowFlags());
     if (!window->layout()) {
@@ -213,12 +359,24 @@ void VLWidgetPrivate::floatAt(const QPoint& position)
 {
     m_hover.retire();
     m_pinned = true;
+    m_held = false;
     m_popup->setAttribute(Qt::WA_DeleteOnClose);
     m_popup->setParent(floatingParent(), kFloatingFlags);
     m_popup->setWindowModality(Qt::NonModal);
     m_popup->setWindowTitle(floatingTitle());
     m_popup->move(position);
+    setTransientParentOfFloating();
     m_popup->show();
+}
+
+/// A parent widget brings its window along. A control that is no widget has only the window.
+void VLWidgetPrivate::setTransientParentOfFloating()
+{
+    QWindow* owner = anchorWindow();
+    if (m_popup->parentWidget() || !owner)
+        return;
+    m_popup->winId();
+    m_popup->windowHandle()->setTransientParent(owner);
 }
 
 QString VLWidgetPrivate::floatingTitle() const

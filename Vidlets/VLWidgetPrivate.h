@@ -4,6 +4,7 @@
 #ifndef VLWIDGETPRIVATE_H
 #define VLWIDGETPRIVATE_H
 
+#include "VLHostHooks.h"
 #include "VLHoverKeeper.h"
 #include "VLPopupPlacement.h"
 #include "VLPopupSurface.h"
@@ -22,6 +23,7 @@ class QWindow;
 namespace Vidlets {
 
 class VLWidget;
+class VLXmlElement;
 
 /**
  * What a popup needs to get along with the window system and with the widgets around it.
@@ -33,6 +35,7 @@ class VLWidgetPrivate final : public QObject
 public:
     explicit VLWidgetPrivate(VLWidget* popup);
 
+    static VLWidgetPrivate& of(VLWidget* popup);
     /// What keeps the tip of @p popup with its control.
     static VLHoverKeeper& hoverOf(VLWidget* popup);
     /// Keeps the window of @p popup above others, or no longer so, and shows it.
@@ -46,6 +49,26 @@ public:
     /// The widget that the popup belongs to; null where there is none, or none any more.
     QWidget* reference() const;
     VLHoverKeeper& hover();
+
+    /// What is shown until endRequest() is for what @p anchor says, beside @p widget, which may be
+    /// null, and was asked for at @p position.
+    void beginRequest(const VLTipAnchor& anchor, const QPoint& position, const QWidget* widget);
+    void endRequest();
+    /// Whether what is asked for now is for the same zone as the tip. Who asks for none asks for
+    /// the whole.
+    bool isSameZoneRequested() const;
+    /// Whether what is asked for now lies outside of the zone of the tip.
+    bool isOutsideOfZoneRequested() const;
+    /// The part of the control that the tip is for, in global coordinates. A null rectangle for all
+    /// of it.
+    QRect zone() const;
+    /// The window of a control that is no widget; null for any other.
+    QWindow* anchorWindow() const;
+
+    /// Keeps the popup until it is hidden: neither the pointer nor a timer hides it.
+    void setHeld(bool held);
+    bool isHeld() const;
+
     /// Drops what setReference() has connected. To be called while the popup is still whole.
     void forgetReferences();
     /// Whether the popup goes after a while when the pointer is elsewhere.
@@ -58,6 +81,15 @@ public:
     std::optional<PopupPlacement::KeepOff> keepOff() const;
     /// What a popup may cover of the screen that it belongs on.
     QRect availableArea() const;
+
+    /// Gives the popup @p content, of the package at @p rootPath, and deletes what it had; the
+    /// scene is loaded later.
+    void putContent(VLXmlElement* content, const QString& rootPath);
+    /// Loads @p scene, for the content of the package at @p rootPath.
+    void loadScene(const QString& scene, const QString& rootPath);
+    /// Puts @p content, which may be the present one, in the place of what is up. A null @p
+    /// rootPath stands for the present package.
+    void renewContent(VLXmlElement* content, const QString& rootPath);
 
     /// Whether the popup is a pinned window that follows its scene.
     bool isTended() const;
@@ -84,9 +116,19 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(VLWidgetPrivate)
 
+    /// A zone that goes with its control.
+    struct Anchor
+    {
+        /// Seen from the control, or from the window where the control is no widget.
+        QRect zone;
+        QPointer<QWindow> window;
+    };
+
     static void confirmTitledWindow(const QWidget* framed);
+    QRect visibleControl() const;
     QWidget* floatingParent() const;
     QString floatingTitle() const;
+    void setTransientParentOfFloating();
     bool awaitsFrame();
     void renewView();
 
@@ -98,6 +140,12 @@ private:
     VLPopupSurface m_surface;
     /// As long as it lives; the popup's own pointer keeps its value beyond that.
     QPointer<QWidget> m_reference;
+    /// Nothing where the tip is for the whole of the reference.
+    std::optional<Anchor> m_anchor;
+    /// Nothing where nobody asks, or asks for the whole.
+    std::optional<Anchor> m_requested;
+    QPoint m_requestPosition;
+    bool m_held = false;
     /// All that are connected to the popup, each once.
     QList<QPointer<QWidget>> m_connected;
     /// The popup's window, as long as its place is held.
