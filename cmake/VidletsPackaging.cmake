@@ -1,14 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The Vidlets developers
 # SPDX-License-Identifier: MIT
 
-# `cpack -G DEB` makes two Debian packages: what a host needs to run, and what it needs to be built.
+# `cpack -G DEB` makes two Debian packages of each library: what a host needs to run, and what it
+# needs to be built.
 
 set(CPACK_PACKAGE_VENDOR "The Vidlets developers")
 set(CPACK_PACKAGE_CONTACT "The Vidlets developers <vidlets@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSES/MIT.txt")
 set(CPACK_GENERATOR DEB)
-set(CPACK_COMPONENTS_ALL runtime development)
+set(CPACK_COMPONENTS_ALL runtime development host_runtime host_development)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_VERBATIM_VARIABLES ON)
 
@@ -16,6 +17,8 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
+set(CPACK_COMPONENT_HOST_RUNTIME_DEPENDS runtime)
+set(CPACK_COMPONENT_HOST_DEVELOPMENT_DEPENDS host_runtime development)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "libvidletssdbin${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -27,5 +30,13 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvidlets-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qt6-base-dev, qt6-declarative-dev")
+
+# The one library needs the very release of the other that it was built with.
+set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_NAME "libvidletshost${PROJECT_VERSION_MAJOR}")
+set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_SHLIBDEPS ON)
+
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_NAME libvidlets-host-dev)
+set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_SECTION libdevel)
 
 include(CPack)

@@ -13,4 +13,6 @@ set_tests_properties(
                               "${vidlets_test_environment};QT_QPA_PLATFORM=offscreen")
 
 add_test(NAME exported_symbols COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/consumer/symbols"
-                                       $<TARGET_FILE:Vidlets>)
+                                       $<TARGET_FILE:Vidlets> exported.txt)
+add_test(NAME exported_symbols_host COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/consumer/symbols"
+                                            $<TARGET_FILE:VidletsHost> exported-host.txt)

@@ -37,6 +37,14 @@ QByteArray safeguardException()
     return QByteArray();
 }
 
+/// Once a dock has found its place Qt keeps a window that stands for the desktop.
+bool isAnyWindowLeft()
+{
+    const QWindowList windows = QGuiApplication::allWindows();
+    return std::any_of(windows.cbegin(), windows.cend(),
+                       [](const QWindow* window) { return window->type() != Qt::Desktop; });
+}
+
 } // namespace
 
 int VidletsTest::runChild(const QString& name)
@@ -64,7 +72,7 @@ void VidletsTest::cleanup()
     runDeferredDeletions();
     // Menus and tooltips of Qt's own may go a turn of the event loop later.
     QTRY_VERIFY(QApplication::topLevelWidgets().isEmpty());
-    QTRY_VERIFY(QGuiApplication::allWindows().isEmpty());
+    QTRY_VERIFY(!isAnyWindowLeft());
 }
 
 void VidletsTest::runDeferredDeletions()

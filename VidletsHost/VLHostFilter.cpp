@@ -1,0 +1,89 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLHostFilter.h"
+
+#include "VLHostInterface.h"
+#include "VLHostInterfacePrivate.h"
+#include <Vidlets/VLHostHooks.h>
+
+#include <QCoreApplication>
+#include <QHelpEvent>
+#include <QMouseEvent>
+#include <QRect>
+#include <QWidget>
+
+namespace Vidlets {
+
+namespace {
+
+/// A request that a widget leaves alone goes on to its parent, which is not what the user points
+/// at.
+bool isUnderPointer(const QWidget* widget, const QPoint& globalPos)
+{
+    return !widget->childAt(widget->mapFromGlobal(globalPos));
+}
+
+/// The widget that @p zone is a part of: what is asked for a tip may be a part of that itself, as
+/// the line edit in a spin box is.
+QWidget* ownerOf(const QRect& zone, QWidget* widget)
+{
+    QWidget* owner = widget;
+    while (owner && !QRect(owner->mapToGlobal(QPoint()), owner->size()).contains(zone))
+        owner = owner->isWindow() ? nullptr : owner->parentWidget();
+    return owner ? owner : widget;
+}
+
+} // namespace
+
+VLHostFilter::VLHostFilter(VLHostInterfacePrivate& record)
+    : m_record(record)
+{
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+// An event filter that dies takes itself off.
+VLHostFilter::~VLHostFilter() = default;
+
+bool VLHostFilter::eventFilter(QObject* object, QEvent* event)
+{
+    if (m_record.access && m_record.access->filter(object, event))
+        return true;
+    VLHostInterface* interface = m_record.interface;
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+        return interface->mouseButtonEventFilter(object, static_cast<QMouseEvent*>(event));
+    case QEvent::MouseMove:
+        return interface->mouseMoveEventFilter(object, static_cast<QMouseEvent*>(event));
+    case QEvent::ToolTip:
+        return showTip(object, static_cast<QHelpEvent*>(event));
+    case QEvent::Close:
+    case QEvent::Hide:
+        m_record.pinnedTips->watch(object, event);
+        return false;
+    case QEvent::ApplicationDeactivate:
+        interface->hideTip();
+        return false;
+    case QEvent::LanguageChange:
+        // Each widget is told, too.
+        if (object == QCoreApplication::instance())
+            m_record.showAnewLater();
+        return false;
+    default:
+        return false;
+    }
+}
+
+bool VLHostFilter::showTip(QObject* object, const QHelpEvent* event)
+{
+    if (!object->isWidgetType()
+        || !isUnderPointer(static_cast<QWidget*>(object), event->globalPos()))
+        return false;
+    VLTipAnchor anchor;
+    const QString key = m_record.interface->keyAt(object, event->globalPos(), &anchor.zone);
+    QWidget* owner = ownerOf(anchor.zone, static_cast<QWidget*>(object));
+    return VLHostHooks::show(m_record.manager, key, event->globalPos(), owner, anchor);
+}
+
+} // namespace Vidlets

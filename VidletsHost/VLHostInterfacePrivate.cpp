@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLHostInterfacePrivate.h"
+
+#include "VLHostInterface.h"
+#include "VLMessageLog.h"
+#include <Vidlets/VLManager.h>
+#include <Vidlets/VLSafeguards.h>
+
+#include <QCoreApplication>
+#include <QScopedValueRollback>
+#include <QTimer>
+
+#include <utility>
+
+namespace Vidlets {
+
+namespace {
+
+/// The safe way, but for what the host has decided itself.
+VLContext safeguarded(VLContext& hostContext)
+{
+    VLContext context;
+    useSafeguards(context);
+    const QList<int> keys = hostContext.keys();
+    for (const int key : keys)
+        context.set(key, hostContext.get(key, QVariant()));
+    context.set(ckInstallEventFilter, false);
+    MessageLog::raiseLevel(context);
+    return context;
+}
+
+/// Of all interfaces that live.
+QList<VLHostInterfacePrivate*>& records()
+{
+    static QList<VLHostInterfacePrivate*> all;
+    return all;
+}
+
+} // namespace
+
+VLHostInterfacePrivate::VLHostInterfacePrivate(VLContext& hostContext)
+    : preferences(std::make_unique<VLPreferences>())
+    , m_context(safeguarded(hostContext))
+    , m_earlySink([this](VLMessageType type, const QString& message) {
+        MessageLog::write(type, message);
+        m_earlyMessages.append({type, message});
+    })
+{
+}
+
+VLHostInterfacePrivate::~VLHostInterfacePrivate()
+{
+    records().removeAll(this);
+}
+
+VLContext& VLHostInterfacePrivate::beginBuild()
+{
+    VLHostHooks::collectEarlyMessages(&m_earlySink);
+    return m_context;
+}
+
+void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
+{
+    VLHostHooks::collectEarlyMessages(nullptr);
+    interface = owner;
+    manager = VLHostHooks::managerOf(owner);
+    pinnedTips = std::make_unique<VLPinnedTips>(manager);
+    filter = std::make_unique<VLHostFilter>(*this);
+    QObject::connect(&manager->context(), &VLContext::settingDidChange, &m_later,
+                     [this](const VLContextKey& key) {
+                         if (key == ckLocale || key == ckFallbackLocale)
+                             showAnewLater();
+                     });
+    records().append(this);
+    // Once is enough, and the application forgets it when it goes.
+    qRemovePostRoutine(&VLHostInterfacePrivate::endOfApplication);
+    qAddPostRoutine(&VLHostInterfacePrivate::endOfApplication);
+}
+
+void VLHostInterfacePrivate::takeDown()
+{
+    filter.reset();
+    access.reset();
+    pinnedTips->discard();
+}
+
+/// Whether the interface, the windows or nobody goes first: no window may outlive the application
+/// object, and no clip may play in one. It is still whole here.
+void VLHostInterfacePrivate::endOfApplication()
+{
+    const QList<VLHostInterfacePrivate*> living = records();
+    for (VLHostInterfacePrivate* record : living)
+        record->takeDown();
+    VLHostHooks::discardTips();
+}
+
+void VLHostInterfacePrivate::showAnewLater()
+{
+    if (m_willShowAnew)
+        return;
+    m_willShowAnew = true;
+    QMetaObject::invokeMethod(
+        &m_later,
+        [this] {
+            m_willShowAnew = false;
+            VLHostHooks::showAnew(manager);
+        },
+        Qt::QueuedConnection);
+}
+
+void VLHostInterfacePrivate::warmUp()
+{
+    // A step at a time, each when nothing else is waiting.
+    QTimer::singleShot(0, &m_later, [this] {
+        if (VLHostHooks::warmUp(manager))
+            warmUp();
+    });
+}
+
+void VLHostInterfacePrivate::sendEarlyMessages()
+{
+    const QScopedValueRollback<bool> guard(isSendingEarlyMessages, true);
+    const auto messages = std::exchange(m_earlyMessages, {});
+    for (const auto& [type, text] : messages)
+        interface->handleMessage(type, text);
+}
+
+} // namespace Vidlets

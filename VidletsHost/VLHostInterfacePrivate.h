@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLHOSTINTERFACEPRIVATE_H
+#define VLHOSTINTERFACEPRIVATE_H
+
+#include "VLAccess.h"
+#include "VLHostFilter.h"
+#include "VLPinnedTips.h"
+#include "VLPreferences.h"
+#include <Vidlets/VLContext.h>
+#include <Vidlets/VLHostHooks.h>
+#include <Vidlets/VLInterface.h>
+
+#include <QList>
+#include <QObject>
+#include <QPair>
+#include <QString>
+#include <QUrl>
+
+#include <memory>
+
+namespace Vidlets {
+
+class VLHostInterface;
+class VLManager;
+
+/**
+ * What VLHostInterface consists of, and how it is put together and taken apart.
+ *
+ * Internal to the host kit. It exists before the interface does, since the scan in the constructor
+ * of the base class is its business already.
+ */
+class VLHostInterfacePrivate final
+{
+public:
+    explicit VLHostInterfacePrivate(VLContext& hostContext);
+    ~VLHostInterfacePrivate();
+
+    /// Begins to keep what the manager says while it is being built. Gives the settings for it.
+    VLContext& beginBuild();
+    /// The base class is there: makes all that hangs on it.
+    void endBuild(VLHostInterface* owner);
+    /// Takes down what touches windows and the application. May be called more than once.
+    void takeDown();
+
+    /// Retrieves what is up anew in the next turn of the event loop, however often it is called
+    /// until then.
+    void showAnewLater();
+    /// Makes what the first tip needs while the event loop is idle.
+    void warmUp();
+
+    /// Hands out what the manager said early; the log has it already.
+    void sendEarlyMessages();
+
+    VLHostInterface* interface = nullptr;
+    VLManager* manager = nullptr;
+    QUrl documentationBase;
+    /// Whether handleMessage() gets what the log has already.
+    bool isSendingEarlyMessages = false;
+
+    std::unique_ptr<VLPreferences> preferences;
+    std::unique_ptr<VLPinnedTips> pinnedTips;
+    std::unique_ptr<VLAccess> access;
+    std::unique_ptr<VLHostFilter> filter;
+
+private:
+    Q_DISABLE_COPY_MOVE(VLHostInterfacePrivate)
+
+    static void endOfApplication();
+
+    /// What is to be done later, and goes with the record.
+    QObject m_later;
+    bool m_willShowAnew = false;
+    VLContext m_context;
+    VLHostHooks::MessageSink m_earlySink;
+    QList<QPair<VLMessageType, QString>> m_earlyMessages;
+};
+
+} // namespace Vidlets
+
+#endif

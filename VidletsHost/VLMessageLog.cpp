@@ -1,0 +1,41 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLMessageLog.h"
+
+#include <Vidlets/VLContext.h>
+
+#include <QLoggingCategory>
+
+namespace Vidlets::MessageLog {
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcVidlets, "vidlets", QtWarningMsg)
+
+} // namespace
+
+void write(VLMessageType type, const QString& message)
+{
+    // Hosts have numbers of their own in between; each counts as the next less severe.
+    if (type <= VLMessageError)
+        qCCritical(lcVidlets).noquote() << message;
+    else if (type <= VLMessageWarning)
+        qCWarning(lcVidlets).noquote() << message;
+    else if (type <= VLMessageInformation)
+        qCInfo(lcVidlets).noquote() << message;
+    else
+        qCDebug(lcVidlets).noquote() << message;
+}
+
+void raiseLevel(VLContext& context)
+{
+    if (context.contains(ckMessageLevel))
+        return;
+    if (lcVidlets().isDebugEnabled())
+        context.set(ckMessageLevel, static_cast<int>(VLMessageDebug));
+    else if (lcVidlets().isInfoEnabled())
+        context.set(ckMessageLevel, static_cast<int>(VLMessageInformation));
+}
+
+} // namespace Vidlets::MessageLog

@@ -1,0 +1,4 @@
+# SPDX-FileCopyrightText: 2026 The Vidlets developers
+# SPDX-License-Identifier: MIT
+
+vidlets_add_test(NAME tst_vlhostinterface LIBRARIES Vidlets::Host)
