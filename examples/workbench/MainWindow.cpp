@@ -7,10 +7,10 @@
 #include "Canvas.h"
 #include "ControlTitle.h"
 #include "LogDock.h"
-#include "PinnedTips.h"
 #include "SettingsMenu.h"
 #include "ToolIcons.h"
 #include "WorkbenchInterface.h"
+#include <Vidlets/VLManager.h>
 
 #include <QActionGroup>
 #include <QFileDialog>
@@ -58,9 +58,12 @@ MainWindow::MainWindow()
 
 void MainWindow::attach(WorkbenchInterface& vidlets)
 {
-    connect(&vidlets, &WorkbenchInterface::messageRaised, m_log, &LogDock::append);
-    menuBar()->addMenu(new SettingsMenu(vidlets, vidlets.pinnedTips(), this));
-    makeWindowMenu(vidlets.pinnedTips());
+    connect(&vidlets, &WorkbenchInterface::messageRaised, m_log,
+            [this](Vidlets::VLMessageType type, const QString& message) {
+                m_log->append(labelFor(type), message);
+            });
+    menuBar()->addMenu(new SettingsMenu(vidlets, this));
+    makeWindowMenu(vidlets);
     m_controlTitle->attach(vidlets);
 
     // Text variables of the tips.
@@ -188,14 +191,14 @@ void MainWindow::makeStatusBar()
     statusBar()->addPermanentWidget(paper);
 }
 
-void MainWindow::makeWindowMenu(PinnedTips& pinnedTips)
+void MainWindow::makeWindowMenu(WorkbenchInterface& vidlets)
 {
     QMenu* menu = menuBar()->addMenu(tr("&Window"));
     QAction* raise = menu->addAction(tr("&Raise pinned"));
-    connect(raise, &QAction::triggered, this, [&pinnedTips] { pinnedTips.raise(); });
+    connect(raise, &QAction::triggered, &vidlets, [&vidlets] { vidlets.manager()->raise(); });
     QAction* keep = menu->addAction(tr("&Keep pinned on top"));
     keep->setCheckable(true);
-    connect(keep, &QAction::toggled, this, [&pinnedTips](bool isOn) { pinnedTips.setOnTop(isOn); });
+    connect(keep, &QAction::toggled, &vidlets, &WorkbenchInterface::setPinnedOnTop);
 }
 
 void MainWindow::saveSheet()

@@ -18,7 +18,6 @@ class BrushPanel;
 class Canvas;
 class ControlTitle;
 class LogDock;
-class PinnedTips;
 class WorkbenchInterface;
 
 /// The window of the sketching tool. Each action's object name is its key.
@@ -43,7 +42,7 @@ private:
     void makeBrushPanel();
     void makeToolBar();
     void makeStatusBar();
-    void makeWindowMenu(PinnedTips& pinnedTips);
+    void makeWindowMenu(WorkbenchInterface& vidlets);
     void saveSheet();
     void publishBrush(WorkbenchInterface& vidlets) const;
 

@@ -108,7 +108,6 @@ void describeProgram(QCommandLineParser& parser)
 
 Options readOptions(const QCoreApplication& application)
 {
-    const auto noFilter = flag("no-filter", "Forward events from a filter of the program's own.");
     const auto simple = flag("simple", "Start with simple tooltips.");
     const auto dark = flag("dark", "Use dark colours.");
     const auto noTips = flag("no-tips", "Start with rich tooltips switched off.");
@@ -130,7 +129,7 @@ Options readOptions(const QCoreApplication& application)
     QCommandLineParser parser;
     describeProgram(parser);
     parser.addOptions(
-        {noFilter, simple, dark, noTips, noSafeguards, locale, stay, messages, geometry, popup});
+        {simple, dark, noTips, noSafeguards, locale, stay, messages, geometry, popup});
     parser.process(application);
 
     Options options;
@@ -143,7 +142,6 @@ Options readOptions(const QCoreApplication& application)
     options.popupFile = parser.value(popup);
     options.stayMs = readMilliseconds(parser, stay);
     options.messageLevel = readMessageLevel(parser, messages);
-    options.hasOwnFilter = parser.isSet(noFilter);
     options.isSimple = parser.isSet(simple);
     options.isDark = parser.isSet(dark);
     options.hasNoTips = parser.isSet(noTips);

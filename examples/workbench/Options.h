@@ -23,7 +23,6 @@ struct Options
     int stayMs = 3000;
     /// Where the option is absent the library's own default holds.
     std::optional<int> messageLevel;
-    bool hasOwnFilter = false;
     bool isSimple = false;
     bool isDark = false;
     bool hasNoTips = false;

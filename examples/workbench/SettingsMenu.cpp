@@ -3,11 +3,11 @@
 
 #include "SettingsMenu.h"
 
-#include "PinnedTips.h"
 #include <Vidlets/VLContext.h>
-#include <Vidlets/VLInterface.h>
 
 #include <QActionGroup>
+
+#include <VidletsHost/VLHostInterface.h>
 
 using namespace Qt::StringLiterals;
 
@@ -23,10 +23,9 @@ const QLatin1String kPresetLocale("en_US");
 
 } // namespace
 
-SettingsMenu::SettingsMenu(Vidlets::VLInterface& vidlets, PinnedTips& pinnedTips, QWidget* parent)
+SettingsMenu::SettingsMenu(Vidlets::VLHostInterface& vidlets, QWidget* parent)
     : QMenu(tr("&Settings"), parent)
     , m_vidlets(vidlets)
-    , m_pinnedTips(pinnedTips)
 {
     addSwitches();
     addSeparator();
@@ -85,14 +84,14 @@ void SettingsMenu::addPinnedTips()
 {
     QMenu* menu = addMenu(tr("&Pinned tips"));
     auto* group = new QActionGroup(menu);
-    const auto addPlace = [this, menu, group](const QString& text, PinnedTips::Place place) {
+    const auto addPlace = [this, menu, group](const QString& text, Qt::DockWidgetArea area) {
         QAction* action = group->addAction(menu->addAction(text));
         action->setCheckable(true);
-        action->setChecked(m_pinnedTips.place() == place);
-        connect(action, &QAction::triggered, this, [this, place] { m_pinnedTips.setPlace(place); });
+        action->setChecked(m_vidlets.pinnedArea() == area);
+        connect(action, &QAction::triggered, this, [this, area] { m_vidlets.setPinnedArea(area); });
     };
-    addPlace(tr("In a &window"), PinnedTips::Place::Window);
-    addPlace(tr("In the &dock"), PinnedTips::Place::Dock);
+    addPlace(tr("In a &window"), Qt::NoDockWidgetArea);
+    addPlace(tr("In the &dock"), Qt::LeftDockWidgetArea);
 }
 
 void SettingsMenu::addTimes()

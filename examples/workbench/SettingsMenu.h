@@ -9,12 +9,10 @@
 #include <QVariant>
 
 namespace Vidlets {
-class VLInterface;
+class VLHostInterface;
 }
 
 namespace Workbench {
-
-class PinnedTips;
 
 /// Changes the library's settings while it runs. Each takes effect at the next tip.
 class SettingsMenu : public QMenu
@@ -22,7 +20,7 @@ class SettingsMenu : public QMenu
     Q_OBJECT
 
 public:
-    SettingsMenu(Vidlets::VLInterface& vidlets, PinnedTips& pinnedTips, QWidget* parent);
+    SettingsMenu(Vidlets::VLHostInterface& vidlets, QWidget* parent);
 
 private:
     struct Choice
@@ -42,8 +40,7 @@ private:
     void addModifier();
     void addMessageLevel();
 
-    Vidlets::VLInterface& m_vidlets;
-    PinnedTips& m_pinnedTips;
+    Vidlets::VLHostInterface& m_vidlets;
 };
 
 } // namespace Workbench

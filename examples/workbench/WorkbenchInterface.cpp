@@ -3,19 +3,16 @@
 
 #include "WorkbenchInterface.h"
 
-#include <QAction>
+#include <Vidlets/VLManager.h>
+
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
-#include <QMainWindow>
-#include <QToolButton>
 #include <QUrl>
 
 using namespace Qt::StringLiterals;
 
 namespace Workbench {
-
-namespace {
 
 QString labelFor(Vidlets::VLMessageType type)
 {
@@ -32,49 +29,26 @@ QString labelFor(Vidlets::VLMessageType type)
     return QString::number(type);
 }
 
-QAction* actionOf(const QObject* object)
-{
-    const auto* button = qobject_cast<const QToolButton*>(object);
-    return button ? button->defaultAction() : nullptr;
-}
-
-} // namespace
-
-WorkbenchInterface::WorkbenchInterface(VLContext& context, const QStringList& dataPaths,
-                                       QMainWindow* window)
-    // The packages are read in here, before this class is complete: what the library has to say
-    // meanwhile goes to Qt's log and not to handleMessage() below.
-    : Vidlets::VLInterface(context, dataPaths, nullptr)
+WorkbenchInterface::WorkbenchInterface(VLContext& context, const QStringList& dataPaths)
+    : Vidlets::VLHostInterface(context, dataPaths)
     , m_dataPaths(dataPaths)
-    , m_window(window)
-    , m_pinnedTips(*window)
 {
 }
 
-PinnedTips& WorkbenchInterface::pinnedTips()
+void WorkbenchInterface::setPinnedOnTop(bool isOnTop)
 {
-    return m_pinnedTips;
+    m_isPinnedOnTop = isOnTop;
+    manager()->setStayOnTop(isOnTop);
 }
 
 QWidget* WorkbenchInterface::createWindow()
 {
-    return m_pinnedTips.makeRoom();
-}
-
-QString WorkbenchInterface::keyForObject(QObject* object)
-{
-    const QVariant key = object->property(kKeyProperty);
-    if (key.isValid()) {
-        return key.toString();
+    if (m_isPinnedOnTop) {
+        // The tip has its new window only when this call is over.
+        QMetaObject::invokeMethod(
+            this, [this] { manager()->setStayOnTop(m_isPinnedOnTop); }, Qt::QueuedConnection);
     }
-    if (const QAction* action = actionOf(object)) {
-        return action->objectName();
-    }
-    // Qt names the parts of its own widgets like this; they have no tips.
-    if (!object->isWidgetType() || object->objectName().startsWith("qt_"_L1)) {
-        return QString();
-    }
-    return object->objectName();
+    return VLHostInterface::createWindow();
 }
 
 bool WorkbenchInterface::openExternalResource(Vidlets::VLExternalResourceType type,
@@ -83,29 +57,13 @@ bool WorkbenchInterface::openExternalResource(Vidlets::VLExternalResourceType ty
     switch (type) {
     case Vidlets::VLResourceUrl:
         handleMessage(Vidlets::VLMessageInformation, tr("Opening %1").arg(resource));
-        return VLInterface::openExternalResource(type, resource);
+        return VLHostInterface::openExternalResource(type, resource);
     case Vidlets::VLResourcePath:
         return openPackageFile(resource);
     case Vidlets::VLResourceDocumentation:
         return openPackageFile(u"docs/%1.html"_s.arg(resource));
     }
     return false;
-}
-
-void WorkbenchInterface::handleMessage(Vidlets::VLMessageType type, const QString& message)
-{
-    Q_EMIT messageRaised(labelFor(type), message);
-}
-
-// Users rebind shortcuts: the tip names the one that is bound now, not the one its author knew.
-QString WorkbenchInterface::shortCutForObject(const QString& key, QObject* object,
-                                              const QString& shortcut)
-{
-    const QAction* action = actionOf(object);
-    if (!action) {
-        action = m_window->findChild<QAction*>(key);
-    }
-    return action ? action->shortcut().toString(QKeySequence::NativeText) : shortcut;
 }
 
 bool WorkbenchInterface::openPackageFile(const QString& relativePath)

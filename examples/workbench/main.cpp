@@ -2,14 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "Appearance.h"
-#include "HoverForwarder.h"
 #include "MainWindow.h"
 #include "Options.h"
 #include "WorkbenchInterface.h"
 #include "probe/ControlReport.h"
 #include "probe/PopupReport.h"
 #include <Vidlets/VLContext.h>
-#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 
@@ -23,10 +21,12 @@ namespace {
 
 void fillContext(VLContext& context, const Options& options)
 {
-    if (!options.hasNoSafeguards) {
-        Vidlets::useSafeguards(context);
+    if (options.hasNoSafeguards) {
+        // The host kit turns on what the host leaves open.
+        for (int key = Vidlets::ckReleaseClips; key <= Vidlets::ckTendPinned; ++key) {
+            context.set(static_cast<Vidlets::contextKey>(key), false);
+        }
     }
-    context.set(Vidlets::ckInstallEventFilter, !options.hasOwnFilter);
     // A tip may take the keyboard focus for itself; the window behind it must go on giving tips.
     context.set(Vidlets::ckAlwaysShowToolTips, true);
     context.set(Vidlets::ckDisabled, options.hasNoTips);
@@ -39,12 +39,12 @@ void fillContext(VLContext& context, const Options& options)
     }
 }
 
-// What the library says while it is built goes there by itself.
 void writeMessages(const WorkbenchInterface& vidlets)
 {
     QObject::connect(&vidlets, &WorkbenchInterface::messageRaised, &vidlets,
-                     [](const QString& label, const QString& message) {
-                         qDebug("%ls:%ls", qUtf16Printable(label), qUtf16Printable(message));
+                     [](Vidlets::VLMessageType type, const QString& message) {
+                         qDebug("%ls:%ls", qUtf16Printable(labelFor(type)),
+                                qUtf16Printable(message));
                      });
 }
 
@@ -64,16 +64,12 @@ int main(int argc, char* argv[])
     fillContext(context, options);
     // The window comes first: the library looks once, while it is built, at the windows there are.
     MainWindow window;
-    WorkbenchInterface vidlets(context, options.dataPaths, &window);
+    WorkbenchInterface vidlets(context, options.dataPaths);
     if (options.messageLevel) {
         writeMessages(vidlets);
     }
     window.attach(vidlets);
 
-    HoverForwarder forwarder(vidlets);
-    if (options.hasOwnFilter) {
-        application.installEventFilter(&forwarder);
-    }
     std::unique_ptr<ControlReport> controlReport;
     if (!options.geometryFile.isEmpty()) {
         controlReport = std::make_unique<ControlReport>(vidlets, window, options.geometryFile);

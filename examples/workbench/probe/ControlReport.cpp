@@ -3,11 +3,11 @@
 
 #include "ControlReport.h"
 
-#include <Vidlets/VLInterface.h>
-
 #include <QEvent>
 #include <QSaveFile>
 #include <QWidget>
+
+#include <VidletsHost/VLHostInterface.h>
 
 using namespace Qt::StringLiterals;
 
@@ -20,7 +20,8 @@ constexpr int kSettleMs = 100;
 
 } // namespace
 
-ControlReport::ControlReport(Vidlets::VLInterface& vidlets, QWidget& window, const QString& file)
+ControlReport::ControlReport(Vidlets::VLHostInterface& vidlets, QWidget& window,
+                             const QString& file)
     : m_vidlets(vidlets)
     , m_window(window)
     , m_file(file)
@@ -62,8 +63,11 @@ void ControlReport::write()
 
 QString ControlReport::lineFor(QWidget& control) const
 {
-    const QString key = m_vidlets.keyForObject(&control);
-    if (key.isEmpty() || control.visibleRegion().isEmpty()) {
+    const QRect whole(control.mapToGlobal(QPoint()), control.size());
+    QRect zone;
+    const QString key = m_vidlets.keyAt(&control, whole.center(), &zone);
+    // What is a part of another control counts as that.
+    if (key.isEmpty() || zone != whole || control.visibleRegion().isEmpty()) {
         return QString();
     }
     const qreal ratio = control.devicePixelRatioF();

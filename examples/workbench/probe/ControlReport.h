@@ -10,7 +10,7 @@
 class QWidget;
 
 namespace Vidlets {
-class VLInterface;
+class VLHostInterface;
 }
 
 namespace Workbench {
@@ -25,7 +25,7 @@ class ControlReport : public QObject
     Q_OBJECT
 
 public:
-    ControlReport(Vidlets::VLInterface& vidlets, QWidget& window, const QString& file);
+    ControlReport(Vidlets::VLHostInterface& vidlets, QWidget& window, const QString& file);
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
@@ -33,7 +33,7 @@ private:
     void write();
     QString lineFor(QWidget& control) const;
 
-    Vidlets::VLInterface& m_vidlets;
+    Vidlets::VLHostInterface& m_vidlets;
     QWidget& m_window;
     QString m_file;
     QTimer m_settled;
