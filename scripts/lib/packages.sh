@@ -19,7 +19,7 @@ vidlets_build_packages=(
 
 # A virtual display, and what a scene imports at run time.
 vidlets_display_packages=(
-    xvfb openbox xdotool x11-utils imagemagick
+    xvfb openbox xdotool x11-utils x11-xserver-utils imagemagick
     # A Wayland compositor on the virtual display.
     weston qt6-wayland
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml
