@@ -134,6 +134,21 @@ bool VLHostHooks::isKeyTaken(VLManager* manager, QObject* receiver, QKeyEvent* e
     return filter && filter(receiver, event);
 }
 
+void VLHostHooks::setTipWatcher(VLManager* manager, const TipWatcher& watcher)
+{
+    manager->hostState().tipWatcher = watcher;
+}
+
+void VLHostHooks::tellOfTip(VLManager* manager)
+{
+    if (!manager)
+        return;
+    // It may be taken away while it runs.
+    const TipWatcher watcher = manager->hostState().tipWatcher;
+    if (watcher)
+        watcher();
+}
+
 void VLHostHooks::collectEarlyMessages(MessageSink* sink)
 {
     earlySink = sink;

@@ -49,6 +49,9 @@ public:
     /// Tells whether a key is somebody else's business, so that it does not take the tip away.
     using KeyFilter = std::function<bool(QObject* receiver, QKeyEvent* event)>;
 
+    /// Is told that the tip that is up is another one, or that there is one or none now.
+    using TipWatcher = std::function<void()>;
+
     VLHostHooks() = delete;
 
     /// Returns the manager of @p interface; null while its constructor runs.
@@ -91,6 +94,12 @@ public:
 
     /// Returns what the filter of @p manager, which may be null, says.
     static bool isKeyTaken(VLManager* manager, QObject* receiver, QKeyEvent* event);
+
+    /// Has @p watcher called each time a tip of @p manager has come up, has got other content, has
+    /// gone, or was pinned. An empty one takes it away.
+    static void setTipWatcher(VLManager* manager, const TipWatcher& watcher);
+    /// Calls the watcher of @p manager, which may be null.
+    static void tellOfTip(VLManager* manager);
 
     /// Until it is called with null, managers that are being built on this thread hand messages to
     /// @p sink, which stays the caller's.

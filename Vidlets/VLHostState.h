@@ -13,6 +13,8 @@ struct VLHostState
 {
     /// Empty where every key counts.
     VLHostHooks::KeyFilter keyFilter;
+    /// Empty where nobody wants to know.
+    VLHostHooks::TipWatcher tipWatcher;
 };
 
 } // namespace Vidlets

@@ -807,6 +807,7 @@ bool VLManager::reserve(VLWidget* popup, QWidget*& window)
     d->reservedWindows.append(QPointer<VLWidget>(popup));
     d->tooltipWindow = nullptr;
     initializeTooltipWindow();
+    VLHostHooks::tellOfTip(this);
     return true;
 }
 

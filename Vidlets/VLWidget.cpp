@@ -156,6 +156,7 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
 
     d->loadScene(scene.absoluteFilePath(), rootPath);
     showAnimated();
+    VLHostHooks::tellOfTip(m_manager);
 }
 
 void VLWidget::reposition()
@@ -299,6 +300,7 @@ void VLWidget::hideEvent(QHideEvent* /*event*/)
     d->hover().endWatch();
     d->setHeld(false);
     disconnect(m_animation, &QAbstractAnimation::finished, this, &VLWidget::hideAnimationFinished);
+    VLHostHooks::tellOfTip(m_manager);
 }
 
 void VLWidget::refWidgetDestroyed(QObject* /*object*/)

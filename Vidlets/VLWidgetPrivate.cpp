@@ -289,8 +289,10 @@ void VLWidgetPrivate::renewContent(VLXmlElement* content, const QString& rootPat
     const QString root = rootPath.isNull() ? view->packageRoot().absolutePath() : rootPath;
     putContent(content, root);
     loadScene(QFileInfo(view->uiRootFilePath()).absoluteFilePath(), root);
-    if (!m_pinned)
+    if (!m_pinned) {
+        VLHostHooks::tellOfTip(m_popup->m_manager);
         return;
+    }
     if (m_popup->isWindow())
         m_popup->setWindowTitle(floatingTitle());
     else

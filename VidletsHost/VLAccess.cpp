@@ -4,9 +4,8 @@
 #include "VLAccess.h"
 
 #include "VLHostInterface.h"
-#include <Vidlets/VLXmlElement.h>
-
-using namespace Qt::StringLiterals;
+#include "VLTipSpeaker.h"
+#include "VLTipText.h"
 
 namespace Vidlets {
 
@@ -16,6 +15,7 @@ public:
     VLHostInterface* interface = nullptr;
     QKeySequence showSequence{Qt::SHIFT | Qt::Key_F1};
     bool isEnabled = true;
+    std::unique_ptr<VLTipSpeaker> speaker;
 };
 
 VLAccess::VLAccess(VLHostInterface* interface)
@@ -23,6 +23,7 @@ VLAccess::VLAccess(VLHostInterface* interface)
     , d(std::make_unique<VLAccessPrivate>())
 {
     d->interface = interface;
+    d->speaker = std::make_unique<VLTipSpeaker>(*this, interface->manager());
 }
 
 VLAccess::~VLAccess() = default;
@@ -35,6 +36,7 @@ bool VLAccess::isEnabled() const
 void VLAccess::setEnabled(bool enabled)
 {
     d->isEnabled = enabled;
+    d->speaker->setEnabled(enabled);
 }
 
 QKeySequence VLAccess::showSequence() const
@@ -49,7 +51,7 @@ void VLAccess::setShowSequence(const QKeySequence& sequence)
 
 QString VLAccess::spokenText(const VLXmlElement& content)
 {
-    return content.attribute(u"title"_s);
+    return TipText::spoken(content, d->interface->manager());
 }
 
 bool VLAccess::filter(QObject* /*object*/, QEvent* /*event*/)

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLTIPTEXT_H
+#define VLTIPTEXT_H
+
+#include <QString>
+
+namespace Vidlets {
+
+class VLManager;
+class VLXmlElement;
+
+/**
+ * The words of a tip as its scene shows them: with the host's variables filled in, without markup,
+ * and with each run of white space as one blank.
+ *
+ * Internal to the host kit. A manager may be null, and then variables stay.
+ */
+namespace TipText {
+
+QString title(const VLXmlElement& tip, VLManager* manager);
+
+/// The character data of @p tip and of all elements in it, each as sentences of their own.
+QString text(const VLXmlElement& tip, VLManager* manager);
+
+/// Title, shortcut and text, each as sentences of their own.
+QString spoken(const VLXmlElement& tip, VLManager* manager);
+
+} // namespace TipText
+
+} // namespace Vidlets
+
+#endif
