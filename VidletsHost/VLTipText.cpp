@@ -19,7 +19,8 @@ namespace {
 
 QString asShown(const QString& source, VLManager* manager)
 {
-    QString text = manager ? manager->interpolate(source) : source;
+    // What looks like markup is searched for in the first line alone.
+    QString text = (manager ? manager->interpolate(source) : source).simplified();
     if (Qt::mightBeRichText(text)) {
         text = QTextDocumentFragment::fromHtml(text).toPlainText();
         // What stands for a picture says nothing.

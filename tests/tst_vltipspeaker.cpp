@@ -35,7 +35,8 @@ namespace {
 constexpr auto kContent = R"(<vidlets locale="en_US">
   <vidlet key="open" title="Open
       a %(thing)s" shortcut="Ctrl+O">
-    <p><![CDATA[Choose  a <b>%(thing)s</b>
+    <p><![CDATA[Choose
+      a  <b>%(thing)s</b>
       &amp; look.]]></p>
     <link>All about files</link>
   </vidlet>

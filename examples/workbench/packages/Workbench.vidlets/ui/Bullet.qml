@@ -27,7 +27,7 @@ Item {
     Paragraph {
         id: paragraph
         anchors.left: parent.left
-        anchors.leftMargin: bullet.theme.px(18)
+        anchors.leftMargin: bullet.theme.textPx(18)
         anchors.right: parent.right
         theme: bullet.theme
         wording: bullet.wording

@@ -27,9 +27,13 @@ Column {
         ink: clip.theme.text
         track: clip.theme.line
         backdrop: clip.theme.shade
+        textSize: clip.theme.textSize
+        autoPlay: !clip.theme.reducedMotion
+        label: caption.text
     }
 
     FormattedText {
+        id: caption
         width: parent.width
         visible: text !== ""
         theme: clip.theme

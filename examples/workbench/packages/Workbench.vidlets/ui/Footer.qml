@@ -42,6 +42,9 @@ Rectangle {
             horizontalAlignment: Text.AlignLeft
             text: footer.wording.phrase("Read more")
             textFormat: Text.PlainText
+
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
 
         Repeater {

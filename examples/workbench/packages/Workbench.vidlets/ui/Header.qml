@@ -44,6 +44,9 @@ Item {
         horizontalAlignment: Text.AlignLeft
         wrapMode: Text.Wrap
         textFormat: Text.PlainText
+
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
     }
 
     KeyCaps {
@@ -52,6 +55,9 @@ Item {
         wording: header.wording
         visible: header.hasShortcut
         x: header.isOneLine !== header.wording.isMirrored ? header.width - width : 0
+        // As it is written; the caps by themselves are single letters.
+        Accessible.role: Accessible.StaticText
+        Accessible.name: shortcut
         y: header.isOneLine ? Math.round((header.lineHeight - height) / 2)
                             : title.height + header.theme.smallGap
     }

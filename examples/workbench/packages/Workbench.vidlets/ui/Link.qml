@@ -12,13 +12,27 @@ Text {
 
     color: theme.link
     font.pixelSize: theme.textSize
-    font.underline: hover.hovered
+    font.underline: hover.hovered || activeFocus
     horizontalAlignment: Text.AlignLeft
     wrapMode: Text.Wrap
     textFormat: Text.PlainText
 
+    activeFocusOnTab: true
+
+    Accessible.role: Accessible.Link
+    Accessible.name: text
+    Accessible.focusable: true
+    Accessible.onPressAction: open()
+    Keys.onReturnPressed: open()
+    Keys.onEnterPressed: open()
+    Keys.onSpacePressed: open()
     Component.onCompleted: vidletView.setItemCursor(link, "PointingHandCursor", "link")
 
+    function open() {
+        vidletView.openExternalResource(target);
+    }
+
+    FocusFrame { theme: link.theme }
     HoverHandler { id: hover }
-    TapHandler { onTapped: vidletView.openExternalResource(link.target) }
+    TapHandler { onTapped: link.open() }
 }

@@ -30,11 +30,14 @@ Column {
         visible: status === Image.Ready
         source: picture.element ? picture.urlOf(picture.element.attribute("source")) : ""
         fillMode: Image.PreserveAspectFit
+        Accessible.role: Accessible.Graphic
+        Accessible.name: caption.text
         smooth: true
         mipmap: true
     }
 
     FormattedText {
+        id: caption
         width: parent.width
         visible: text !== ""
         theme: picture.theme

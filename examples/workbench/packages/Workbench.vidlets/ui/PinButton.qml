@@ -15,16 +15,22 @@ Item {
     readonly property string pinnedLabel: wording.phrase("Pinned")
 
     readonly property bool isPinned: vidletView.reserved
-    readonly property bool isLit: isPinned || hover.hovered
+    readonly property bool isPointedAt: !isPinned && (hover.hovered || activeFocus)
+    readonly property bool isLit: isPinned || isPointedAt
 
     objectName: "pin"
-    implicitWidth: theme.px(22)
-    implicitHeight: theme.px(22)
+    implicitWidth: theme.textPx(22)
+    implicitHeight: theme.textPx(22)
     enabled: !isPinned
+    activeFocusOnTab: !isPinned
 
     Accessible.role: isPinned ? Accessible.Graphic : Accessible.Button
     Accessible.name: isPinned ? pinnedLabel : label
+    Accessible.focusable: !isPinned
     Accessible.onPressAction: pin()
+    Keys.onReturnPressed: pin()
+    Keys.onEnterPressed: pin()
+    Keys.onSpacePressed: pin()
     onIsPinnedChanged: vidletView.setItemCursor(button, "", "pin")
     Component.onCompleted: vidletView.setItemCursor(button, "PointingHandCursor", "pin")
 
@@ -39,7 +45,7 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: button.theme.px(4)
-        visible: hover.hovered && !button.isPinned
+        visible: button.isPointedAt
         color: button.theme.shade
         border.color: button.theme.line
     }
@@ -48,7 +54,7 @@ Item {
     Canvas {
         id: drawing
         anchors.centerIn: parent
-        width: button.theme.px(16)
+        width: button.theme.textPx(16)
         height: width
         rotation: button.isPinned ? 0 : 40
         antialiasing: true
@@ -92,7 +98,7 @@ Item {
     Rectangle {
         anchors.right: parent.left
         anchors.verticalCenter: parent.verticalCenter
-        visible: hover.hovered && !button.isPinned
+        visible: button.isPointedAt
         width: word.implicitWidth + 2 * button.theme.gap
         height: parent.height
         color: button.theme.surface
@@ -107,6 +113,7 @@ Item {
         }
     }
 
+    FocusFrame { theme: button.theme }
     HoverHandler { id: hover }
     TapHandler { onTapped: button.pin() }
 }

@@ -8,7 +8,7 @@ Item {
     id: root
 
     readonly property int padding: tipTheme.px(9)
-    readonly property int widest: tipTheme.px(300)
+    readonly property int widest: Math.min(Screen.width * 0.9, tipTheme.textPx(300))
     readonly property int naturalWidth: Math.max(header.naturalWidth, ruler.implicitWidth) + 1
 
     width: Math.min(widest, naturalWidth) + 2 * padding

@@ -19,7 +19,8 @@ Item {
     readonly property string summary: tipWording.attributeOf(vidlet, "summary")
     readonly property bool isLong: ruler.text.length > 900
 
-    readonly property int widest: tipTheme.px(isLong ? 520 : 340) + 2 * tipTheme.margin
+    readonly property int widest: Math.min(Screen.width * 0.9, tipTheme.textPx(isLong ? 520 : 340))
+                                  + 2 * tipTheme.margin
     readonly property int headWidth: header.naturalWidth + tipTheme.gap + pin.implicitWidth
     readonly property int naturalWidth: Math.max(headWidth, ruler.implicitWidth)
                                         + 2 * tipTheme.margin + tipTheme.px(2)
@@ -28,6 +29,22 @@ Item {
 
     width: hasPicture ? widest : Math.min(widest, naturalWidth)
     height: Math.min(tallest, page.implicitHeight + footer.implicitHeight)
+
+    // Keys that no item inside takes come here.
+    focus: true
+    Keys.onUpPressed: page.scrollBy(-tipTheme.textSize * 3)
+    Keys.onDownPressed: page.scrollBy(tipTheme.textSize * 3)
+    Keys.onPressed: event => {
+        const pages = { [Qt.Key_PageUp]: -0.9, [Qt.Key_PageDown]: 0.9, [Qt.Key_Home]: -1e6,
+                        [Qt.Key_End]: 1e6 };
+        if (page.interactive && event.key in pages) {
+            page.scrollBy(pages[event.key] * page.height);
+            event.accepted = true;
+        }
+    }
+
+    readonly property Item focused: Window.activeFocusItem
+    onFocusedChanged: page.reveal(focused)
 
     LayoutMirroring.enabled: tipWording.isMirrored
     LayoutMirroring.childrenInherit: true
@@ -86,6 +103,24 @@ Item {
         interactive: contentHeight > height + 1
         boundsBehavior: Flickable.StopAtBounds
         clip: interactive
+
+        function scrollBy(distance) {
+            contentY = Math.max(0, Math.min(contentHeight - height, contentY + distance));
+        }
+
+        // The keyboard must not lead to what cannot be seen.
+        function reveal(item) {
+            let above = item;
+            while (above && above !== column) {
+                above = above.parent;
+            }
+            if (!above || !interactive) {
+                return;
+            }
+            const top = item.mapToItem(column, 0, 0).y + column.y - tipTheme.gap;
+            const bottom = top + item.height + 2 * tipTheme.gap;
+            scrollBy(Math.min(top - contentY, Math.max(0, bottom - contentY - height)));
+        }
 
         Column {
             id: column
