@@ -47,7 +47,8 @@ public:
     void setShowSequence(const QKeySequence& sequence);
 
     /// Returns what a screen reader is to say for a tip: the default joins the title, the shortcut
-    /// and the text of @p content.
+    /// and the text of @p content, with the host's variables and without markup. The text is the
+    /// attribute "summary", where there is one, and all character data.
     virtual QString spokenText(const VLXmlElement& content);
 
 private:

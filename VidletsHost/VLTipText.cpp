@@ -52,7 +52,8 @@ QString TipText::title(const VLXmlElement& tip, VLManager* manager)
 
 QString TipText::text(const VLXmlElement& tip, VLManager* manager)
 {
-    QStringList parts{asShown(tip.content(), manager)};
+    QStringList parts{asShown(tip.attribute(u"summary"_s), manager),
+                      asShown(tip.content(), manager)};
     const QList<QObject*> descendants = tip.childElementList(QString());
     for (const QObject* descendant : descendants) {
         if (const auto* element = qobject_cast<const VLXmlElement*>(descendant))

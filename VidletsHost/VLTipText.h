@@ -21,7 +21,8 @@ namespace TipText {
 
 QString title(const VLXmlElement& tip, VLManager* manager);
 
-/// The character data of @p tip and of all elements in it, each as sentences of their own.
+/// The attribute "summary" of @p tip, its character data, and that of all elements in it, each as
+/// sentences of their own.
 QString text(const VLXmlElement& tip, VLManager* manager);
 
 /// Title, shortcut and text, each as sentences of their own.

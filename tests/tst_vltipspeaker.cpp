@@ -40,7 +40,7 @@ constexpr auto kContent = R"(<vidlets locale="en_US">
       &amp; look.]]></p>
     <link>All about files</link>
   </vidlet>
-  <vidlet key="save" title="Save">Writes the file.</vidlet>
+  <vidlet key="save" title="Save" summary="Keeps all!">Writes the file.</vidlet>
   <vidlet key="bare"/>
 </vidlets>
 )";
@@ -255,7 +255,7 @@ void TestVLTipSpeaker::popup_isToolTip_withTitleAndText()
     QVERIFY(timesSent(tip, QAccessible::NameChanged) > 0);
     stage.showTip(u"save"_s);
     QCOMPARE(popup->text(QAccessible::Name), u"Save"_s);
-    QCOMPARE(popup->text(QAccessible::Description), u"Writes the file."_s);
+    QCOMPARE(popup->text(QAccessible::Description), u"Keeps all! Writes the file."_s);
     QVERIFY(timesSent(tip, QAccessible::DescriptionChanged) > 0);
 }
 
@@ -382,7 +382,7 @@ void TestVLTipSpeaker::description_follows_keyOfSameControl()
     stage.open->setAccessibleDescription(u"Old"_s);
     stage.showTip();
     stage.showTip(u"save"_s);
-    QCOMPARE(stage.open->accessibleDescription(), u"Save. Writes the file."_s);
+    QCOMPARE(stage.open->accessibleDescription(), u"Save. Keeps all! Writes the file."_s);
     stage.interface->hideTip();
     QCOMPARE(stage.open->accessibleDescription(), u"Old"_s);
 }
@@ -470,7 +470,7 @@ void TestVLTipSpeaker::description_ofItem_isThatOfView()
     title->setData(KeyRole, u"save"_s);
     table.setHorizontalHeaderItem(0, title);
     pointAt(table.horizontalHeader()->viewport(), QPoint(5, 5));
-    QCOMPARE(table.accessibleDescription(), u"Save. Writes the file."_s);
+    QCOMPARE(table.accessibleDescription(), u"Save. Keeps all! Writes the file."_s);
     stage.interface->hideTip();
 }
 
@@ -484,7 +484,7 @@ void TestVLTipSpeaker::description_ofTab_isThatOfBar()
     tabs.setGeometry(200, 300, 300, 200);
     QVERIFY(bringUp(&tabs));
     pointAt(tabs.tabBar(), tabs.tabBar()->tabRect(1).center());
-    QCOMPARE(tabs.tabBar()->accessibleDescription(), u"Save. Writes the file."_s);
+    QCOMPARE(tabs.tabBar()->accessibleDescription(), u"Save. Keeps all! Writes the file."_s);
     stage.interface->hideTip();
     QCOMPARE(tabs.tabBar()->accessibleDescription(), QString());
 }
@@ -498,7 +498,7 @@ void TestVLTipSpeaker::description_ofAction_isThatOfToolBarButton()
     QWidget* button = bar->widgetForAction(action);
     QTRY_VERIFY(button->isVisible());
     pointAt(button, button->rect().center());
-    QCOMPARE(button->accessibleDescription(), u"Save. Writes the file."_s);
+    QCOMPARE(button->accessibleDescription(), u"Save. Keeps all! Writes the file."_s);
     stage.interface->hideTip();
 }
 
@@ -512,7 +512,7 @@ void TestVLTipSpeaker::setEnabled_false_givesDescriptionBack()
     stage.showTip(u"save"_s);
     QCOMPARE(stage.open->accessibleDescription(), u"Old"_s);
     stage.interface->access()->setEnabled(true);
-    QCOMPARE(stage.open->accessibleDescription(), u"Save. Writes the file."_s);
+    QCOMPARE(stage.open->accessibleDescription(), u"Save. Keeps all! Writes the file."_s);
 }
 
 void TestVLTipSpeaker::access_describesTip_thatIsUpAlready()

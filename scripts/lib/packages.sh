@@ -34,6 +34,8 @@ vidlets_recording_packages=(
 
 vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
+    # What a screen reader stands on: its bus, a session to have it in, and Python's way to it.
+    at-spi2-core dbus python3-pyatspi
 )
 
 vidlets_tsan_packages=(
