@@ -8,8 +8,8 @@
 #include <Vidlets/VLXmlElement.h>
 
 #include <QObject>
+#include <QRegularExpression>
 #include <QStringList>
-#include <QTextDocumentFragment>
 
 using namespace Qt::StringLiterals;
 
@@ -17,16 +17,26 @@ namespace Vidlets {
 
 namespace {
 
+/// What @p text says without its markup. Nothing of it is loaded or looked up, other than where a
+/// document is made of it.
+QString withoutMarkup(const QString& text)
+{
+    static const QRegularExpression tag(u"</?[a-zA-Z][^<>]*>"_s);
+    static const QRegularExpression lineBreak(u"</?(br|p|div|li|tr|h[1-6])\\b[^<>]*>"_s,
+                                              QRegularExpression::CaseInsensitiveOption);
+    QString result = text;
+    result.replace(lineBreak, u" "_s);
+    result.remove(tag);
+    result.replace("&nbsp;"_L1, " "_L1);
+    result.replace("&lt;"_L1, "<"_L1);
+    result.replace("&gt;"_L1, ">"_L1);
+    result.replace("&quot;"_L1, "\""_L1);
+    return result.replace("&amp;"_L1, "&"_L1);
+}
+
 QString asShown(const QString& source, VLManager* manager)
 {
-    // What looks like markup is searched for in the first line alone.
-    QString text = (manager ? manager->interpolate(source) : source).simplified();
-    if (Qt::mightBeRichText(text)) {
-        text = QTextDocumentFragment::fromHtml(text).toPlainText();
-        // What stands for a picture says nothing.
-        text.remove(QChar::ObjectReplacementCharacter);
-    }
-    return text.simplified();
+    return withoutMarkup(manager ? manager->interpolate(source) : source).simplified();
 }
 
 /// A screen reader runs sentences without a full stop together.

@@ -36,7 +36,7 @@ constexpr auto kContent = R"(<vidlets locale="en_US">
   <vidlet key="open" title="Open
       a %(thing)s" shortcut="Ctrl+O">
     <p><![CDATA[Choose
-      a  <b>%(thing)s</b>
+      a  <b>%(thing)s</b><br/>
       &amp; look.]]></p>
     <link>All about files</link>
   </vidlet>
@@ -202,8 +202,8 @@ class TestVLTipSpeaker : public VidletsTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void initTestCase();
+    void cleanupTestCase();
 
     void popup_isToolTip_withTitleAndText();
     void popup_isNoToolTip_whenPinned_data();
@@ -231,13 +231,13 @@ private Q_SLOTS:
     void controlDies_whileDescribed();
 };
 
-void TestVLTipSpeaker::init()
+void TestVLTipSpeaker::initTestCase()
 {
     QAccessible::installUpdateHandler(keepEvent);
     accessibility()->setActive(true);
 }
 
-void TestVLTipSpeaker::cleanup()
+void TestVLTipSpeaker::cleanupTestCase()
 {
     accessibility()->setActive(false);
     QAccessible::installUpdateHandler(nullptr);
