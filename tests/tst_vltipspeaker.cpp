@@ -323,9 +323,8 @@ void TestVLTipSpeaker::popup_finds_itemAtPoint()
     auto* link = tip->view()->rootObject()->findChild<QQuickItem*>(u"link"_s);
     link->forceActiveFocus();
     QVERIFY(!popup->focusChild());
-    tip->view()->requestActivate();
-    QTRY_COMPARE(QGuiApplication::focusWindow(), tip->view());
-    QVERIFY(popup->focusChild());
+    // A request that comes while the window manager is busy with another window gets lost.
+    QTRY_VERIFY((tip->view()->requestActivate(), popup->focusChild()));
     QCOMPARE(popup->focusChild()->object(), link);
 }
 

@@ -33,7 +33,7 @@ Item {
     readonly property int smallSize: textPx(probe.fontInfo.pixelSize * 0.88)
 
     // Null without the host kit: then the user has no preferences.
-    property QtObject preferences: null
+    property var preferences: null
     readonly property bool reducedMotion: preferences ? preferences.reducedMotion : false
     readonly property real textScale: preferences ? preferences.textScale : 1
     readonly property bool highContrast: preferences ? preferences.highContrast : false
