@@ -101,6 +101,8 @@ private Q_SLOTS:
 
     void keyFilter_decidesWhichKeysHide_data();
     void keyFilter_decidesWhichKeysHide();
+
+    void tipWatcher_isToldOfEachTip();
 };
 
 void TestVLHostHooks::managerOf_isThatOfInterface()
@@ -376,6 +378,31 @@ void TestVLHostHooks::keyFilter_decidesWhichKeysHide()
     stage.bringUp(u"open"_s, Stage::left());
     QTest::keyClick(&stage.control, key);
     QCOMPARE(stage.popup()->isVisible(), staysUp);
+}
+
+void TestVLHostHooks::tipWatcher_isToldOfEachTip()
+{
+    Stage stage;
+    VLManager* manager = stage.manager.get();
+    // What is up at each call.
+    QStringList keys;
+    VLHostHooks::setTipWatcher(manager, [manager, &keys] {
+        VLWidget* popup = manager->widget();
+        keys += popup->isVisible() ? popup->view()->content()->attribute(u"key"_s) : u"none"_s;
+    });
+    QVERIFY(stage.request(u"open"_s, Stage::left()));
+    QCOMPARE(keys, QStringList(u"open"_s));
+    QVERIFY(stage.request(u"save"_s, Stage::right()));
+    QCOMPARE(keys, QStringList({u"open"_s, u"save"_s}));
+    VLHostHooks::showAnew(manager);
+    QCOMPARE(keys, QStringList({u"open"_s, u"save"_s, u"save"_s}));
+    VLHostHooks::hide(manager);
+    QCOMPARE(keys.size(), 4);
+    QCOMPARE(keys.last(), u"none"_s);
+    VLHostHooks::setTipWatcher(manager, {});
+    QVERIFY(stage.request(u"open"_s, Stage::left()));
+    QCOMPARE(keys.size(), 4);
+    VLHostHooks::tellOfTip(nullptr);
 }
 
 int main(int argc, char** argv)
