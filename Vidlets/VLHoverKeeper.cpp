@@ -45,6 +45,12 @@ bool isModifier(int key)
     }
 }
 
+/// Whether @p window is @p outer or lies in it.
+bool isWithin(const QWindow* window, const QWindow* outer)
+{
+    return window && (window == outer || isWithin(window->parent(), outer));
+}
+
 bool hasOwnToolTip(const QWidget* widget)
 {
     return widget && !widget->toolTip().isEmpty();
@@ -74,7 +80,7 @@ bool VLHoverKeeper::isOverControl(const QPoint& position) const
         return under && (under == owner || owner->isAncestorOf(under) || isGap);
     }
     if (const QWindow* window = m_popup->d->anchorWindow())
-        return QGuiApplication::topLevelAt(position) == window;
+        return isWithin(window, surface().windowAt(position));
     // A host without widgets: nobody but it knows where the control ends.
     return !under && surface().windowAt(position);
 }

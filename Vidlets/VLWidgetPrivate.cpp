@@ -377,6 +377,8 @@ void VLWidgetPrivate::setTransientParentOfFloating()
     QWindow* owner = anchorWindow();
     if (m_popup->parentWidget() || !owner)
         return;
+    while (owner->parent())
+        owner = owner->parent();
     m_popup->winId();
     m_popup->windowHandle()->setTransientParent(owner);
 }

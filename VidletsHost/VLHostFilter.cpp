@@ -49,6 +49,8 @@ bool VLHostFilter::eventFilter(QObject* object, QEvent* event)
 {
     if (m_record.access && m_record.access->filter(object, event))
         return true;
+    m_record.quickHover->watch(object, event);
+    m_record.tipDelay->watch(object, event);
     VLHostInterface* interface = m_record.interface;
     switch (event->type()) {
     case QEvent::MouseButtonPress:
@@ -82,6 +84,11 @@ bool VLHostFilter::showTip(QObject* object, const QHelpEvent* event)
         return false;
     VLTipAnchor anchor;
     const QString key = m_record.interface->keyAt(object, event->globalPos(), &anchor.zone);
+    // What Qt itself may have to say is not held back.
+    if (!key.isEmpty() && m_record.tipDelay->holdsBack(static_cast<QWidget*>(object), event))
+        return true;
+    if (!key.isEmpty())
+        m_record.quickHover->endTouchTip();
     QWidget* owner = ownerOf(anchor.zone, static_cast<QWidget*>(object));
     return VLHostHooks::show(m_record.manager, key, event->globalPos(), owner, anchor);
 }

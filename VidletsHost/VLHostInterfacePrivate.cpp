@@ -5,6 +5,7 @@
 
 #include "VLHostInterface.h"
 #include "VLMessageLog.h"
+#include "VLPreferencesReader.h"
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLSafeguards.h>
 
@@ -12,6 +13,7 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 
+#include <algorithm>
 #include <utility>
 
 namespace Vidlets {
@@ -55,6 +57,16 @@ VLHostInterfacePrivate::~VLHostInterfacePrivate()
     records().removeAll(this);
 }
 
+VLPreferences* VLHostInterfacePrivate::preferencesOf(const VLManager* manager)
+{
+    const QList<VLHostInterfacePrivate*>& all = records();
+    const auto found =
+        std::find_if(all.cbegin(), all.cend(), [manager](const VLHostInterfacePrivate* record) {
+            return !manager || record->manager == manager;
+        });
+    return found == all.cend() ? nullptr : (*found)->preferences.get();
+}
+
 VLContext& VLHostInterfacePrivate::beginBuild()
 {
     VLHostHooks::collectEarlyMessages(&m_earlySink);
@@ -67,6 +79,8 @@ void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
     interface = owner;
     manager = VLHostHooks::managerOf(owner);
     pinnedTips = std::make_unique<VLPinnedTips>(manager);
+    quickHover = std::make_unique<VLQuickHover>(*this);
+    tipDelay = std::make_unique<VLTipDelay>(*this);
     filter = std::make_unique<VLHostFilter>(*this);
     QObject::connect(&manager->context(), &VLContext::settingDidChange, &m_later,
                      [this](const VLContextKey& key) {
@@ -74,6 +88,7 @@ void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
                              showAnewLater();
                      });
     records().append(this);
+    VLPreferencesReader::offer(preferences.get());
     // Once is enough, and the application forgets it when it goes.
     qRemovePostRoutine(&VLHostInterfacePrivate::endOfApplication);
     qAddPostRoutine(&VLHostInterfacePrivate::endOfApplication);
@@ -82,6 +97,8 @@ void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
 void VLHostInterfacePrivate::takeDown()
 {
     filter.reset();
+    tipDelay.reset();
+    quickHover.reset();
     access.reset();
     pinnedTips->discard();
 }

@@ -8,6 +8,8 @@
 #include "VLHostFilter.h"
 #include "VLPinnedTips.h"
 #include "VLPreferences.h"
+#include "VLQuickHover.h"
+#include "VLTipDelay.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLHostHooks.h>
 #include <Vidlets/VLInterface.h>
@@ -37,6 +39,10 @@ public:
     explicit VLHostInterfacePrivate(VLContext& hostContext);
     ~VLHostInterfacePrivate();
 
+    /// Returns the preferences of the interface with @p manager. For a null one those of the
+    /// interface that was made first; null where there is none.
+    static VLPreferences* preferencesOf(const VLManager* manager);
+
     /// Begins to keep what the manager says while it is being built. Gives the settings for it.
     VLContext& beginBuild();
     /// The base class is there: makes all that hangs on it.
@@ -61,6 +67,8 @@ public:
 
     std::unique_ptr<VLPreferences> preferences;
     std::unique_ptr<VLPinnedTips> pinnedTips;
+    std::unique_ptr<VLQuickHover> quickHover;
+    std::unique_ptr<VLTipDelay> tipDelay;
     std::unique_ptr<VLAccess> access;
     std::unique_ptr<VLHostFilter> filter;
 

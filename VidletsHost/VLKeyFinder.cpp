@@ -4,6 +4,7 @@
 #include "VLKeyFinder.h"
 
 #include "VLHostInterface.h"
+#include "VLItemFinder.h"
 
 #include <QAbstractItemView>
 #include <QAbstractScrollArea>
@@ -16,6 +17,8 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QQuickItem>
+#include <QQuickWidget>
 #include <QTabBar>
 #include <QToolButton>
 #include <QVariant>
@@ -239,10 +242,17 @@ const QAction* findAction(const QString& key, QObject* object)
 
 Found find(QObject* object, const QPoint& globalPos)
 {
+    if (const auto* item = qobject_cast<QQuickItem*>(object))
+        return ItemFinder::find(item, globalPos).value_or(Found());
     if (!object || !object->isWidgetType())
         return {};
     const auto* widget = static_cast<const QWidget*>(object);
     const QPoint position = widget->mapFromGlobal(globalPos);
+    if (const auto* scene = qobject_cast<const QQuickWidget*>(widget)) {
+        const QQuickItem* item = ItemFinder::itemAt(scene->quickWindow(), globalPos);
+        if (const auto found = ItemFinder::find(item, globalPos))
+            return *found;
+    }
     Found found = findUsedAction(widget, position);
     if (found.key.isEmpty())
         found = findPart(widget, position);

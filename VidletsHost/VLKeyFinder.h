@@ -28,7 +28,7 @@ struct Found
     QRect zone;
 };
 
-/// Returns what is at @p globalPos in the widget @p object. What is no widget has nothing.
+/// Returns what is at @p globalPos in @p object, a widget or a Qt Quick item. All else has nothing.
 Found find(QObject* object, const QPoint& globalPos);
 
 /// Returns the key of @p object by itself: its property "vidletKey", then its name, unless Qt has
