@@ -24,6 +24,8 @@ vidlets_display_packages=(
     weston qt6-wayland
     qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml
     qml6-module-qtqml-workerscript qml6-module-qtquick-layouts
+    # For the example of Qt Quick.
+    qml6-module-qtquick-controls qml6-module-qtquick-templates
     libgl1-mesa-dri fonts-dejavu-core
 )
 
