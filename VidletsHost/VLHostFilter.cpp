@@ -55,6 +55,8 @@ bool VLHostFilter::eventFilter(QObject* object, QEvent* event)
     switch (event->type()) {
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonRelease:
+        if (VLQuickHover::isOfFinger(object, static_cast<QMouseEvent*>(event)))
+            return false;
         return interface->mouseButtonEventFilter(object, static_cast<QMouseEvent*>(event));
     case QEvent::MouseMove:
         return interface->mouseMoveEventFilter(object, static_cast<QMouseEvent*>(event));

@@ -16,7 +16,9 @@ namespace Vidlets {
  * What the user prefers of the look of tips, for scenes to obey.
  *
  * A host sets it; scenes read it as the singleton "VidletPreferences" of the QML module
- * com.larkspan.vidlets.host, and cannot write it. VLHostInterface makes and owns it. On the
+ * com.larkspan.vidlets.host, and cannot write it. One that is for hosts without the kit as well makes
+ * an object with the import in it by Qt.createQmlObject(), within try and catch, and does without
+ * where that fails; no warning comes of it. VLHostInterface makes and owns it. On the
  * user-interface thread.
  */
 class VIDLETSHOST_EXPORT VLPreferences : public QObject
@@ -32,7 +34,7 @@ class VIDLETSHOST_EXPORT VLPreferences : public QObject
     Q_PROPERTY(bool highContrast READ highContrast NOTIFY highContrastChanged BINDABLE
                    bindableHighContrast)
     /// Milliseconds that the pointer rests before a tip comes up; -1, the default, for what the
-    /// style of the application says.
+    /// style of the application says. For widgets a delay shorter than the style's changes nothing.
     Q_PROPERTY(int showDelay READ showDelay NOTIFY showDelayChanged BINDABLE bindableShowDelay)
 
 public:

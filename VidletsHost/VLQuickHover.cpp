@@ -83,6 +83,11 @@ void VLQuickHover::watch(QObject* object, const QEvent* event)
     }
 }
 
+bool VLQuickHover::isOfFinger(const QObject* object, const QMouseEvent* event)
+{
+    return isOfTouch(event) && qobject_cast<const QQuickWidget*>(object);
+}
+
 /// Tips are no hosts of tips. What a QQuickWidget draws off the screen is told to itself as well.
 VLQuickHover::Scene VLQuickHover::sceneOf(QObject* object)
 {
@@ -183,7 +188,6 @@ void VLQuickHover::showForPointer()
             || Settings::alwaysShowToolTips(m_record.manager->context()));
     if (!isWanted)
         return;
-    endTouchTip();
     if (show({m_pointerWindow, nullptr}, m_pointer))
         m_fallAsleep.start(QApplication::style()->styleHint(QStyle::SH_ToolTip_FallAsleepDelay));
 }
@@ -223,6 +227,8 @@ bool VLQuickHover::show(const Scene& scene, const QPoint& globalPos)
     anchor.window = scene.window;
     const QString key =
         object ? m_record.interface->keyAt(object, globalPos, &anchor.zone) : QString();
+    if (!key.isEmpty())
+        endTouchTip();
     if (!VLHostHooks::show(m_record.manager, key, globalPos, object, anchor) || key.isEmpty())
         return false;
     follow(item);
