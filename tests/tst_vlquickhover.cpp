@@ -256,6 +256,7 @@ void Host::makeWidget()
     auto outer = std::make_unique<QMainWindow>();
     auto* quick = new QQuickWidget(QUrl::fromLocalFile(m_scene), outer.get());
     quick->setObjectName(u"quick"_s);
+    quick->setAttribute(Qt::WA_AcceptTouchEvents);
     quick->setFixedSize(kSceneSize);
     outer->setCentralWidget(quick);
     window = quick->quickWindow();
