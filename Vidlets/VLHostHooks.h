@@ -33,6 +33,8 @@ struct VLTipAnchor
     QRect zone;
     /// The window of a reference that is no widget; null else.
     QPointer<QWindow> window;
+    /// Whether a key asked for it, so that no modifiers need be held.
+    bool isCalled = false;
 };
 
 /**

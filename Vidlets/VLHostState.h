@@ -15,6 +15,8 @@ struct VLHostState
     VLHostHooks::KeyFilter keyFilter;
     /// Empty where nobody wants to know.
     VLHostHooks::TipWatcher tipWatcher;
+    /// Whether a request by the keyboard is being dealt with.
+    bool isCalling = false;
 };
 
 } // namespace Vidlets

@@ -218,7 +218,7 @@ bool VLManagerPrivate::isAllowedToShow() const
         return false;
     // Compared as a whole: one modifier too many fails like one that is missing.
     const Qt::KeyboardModifiers required = Settings::requiredModifiers(settings);
-    return !required || QGuiApplication::keyboardModifiers() == required;
+    return hostState.isCalling || !required || QGuiApplication::keyboardModifiers() == required;
 }
 
 VLHoverKeeper& VLManagerPrivate::hover() const
@@ -782,6 +782,7 @@ bool VLManager::show(const QString& key, const QPoint& position, QObject* refere
 bool VLManager::showAnchored(const QString& key, const QPoint& position, QObject* reference,
                              const VLTipAnchor& anchor)
 {
+    const QScopedValueRollback<bool> calling(d->hostState.isCalling, anchor.isCalled);
     // What asks for nothing is no reason to make a popup.
     if (!d->isAllowedToShow() || (key.isEmpty() && !d->tooltipWindow))
         return false;

@@ -4,6 +4,7 @@
 #include "VLAccess.h"
 
 #include "VLHostInterface.h"
+#include "VLTipCaller.h"
 #include "VLTipSpeaker.h"
 #include "VLTipText.h"
 
@@ -12,17 +13,21 @@ namespace Vidlets {
 class VLAccessPrivate
 {
 public:
-    VLHostInterface* interface = nullptr;
-    QKeySequence showSequence{Qt::SHIFT | Qt::Key_F1};
-    bool isEnabled = true;
+    explicit VLAccessPrivate(VLHostInterface* host)
+        : interface(host)
+        , caller(host)
+    {
+    }
+
+    VLHostInterface* interface;
+    VLTipCaller caller;
     std::unique_ptr<VLTipSpeaker> speaker;
 };
 
 VLAccess::VLAccess(VLHostInterface* interface)
     : QObject(nullptr)
-    , d(std::make_unique<VLAccessPrivate>())
+    , d(std::make_unique<VLAccessPrivate>(interface))
 {
-    d->interface = interface;
     d->speaker = std::make_unique<VLTipSpeaker>(*this, interface->manager());
 }
 
@@ -30,23 +35,23 @@ VLAccess::~VLAccess() = default;
 
 bool VLAccess::isEnabled() const
 {
-    return d->isEnabled;
+    return d->caller.isEnabled();
 }
 
 void VLAccess::setEnabled(bool enabled)
 {
-    d->isEnabled = enabled;
+    d->caller.setEnabled(enabled);
     d->speaker->setEnabled(enabled);
 }
 
 QKeySequence VLAccess::showSequence() const
 {
-    return d->showSequence;
+    return d->caller.showSequence();
 }
 
 void VLAccess::setShowSequence(const QKeySequence& sequence)
 {
-    d->showSequence = sequence;
+    d->caller.setShowSequence(sequence);
 }
 
 QString VLAccess::spokenText(const VLXmlElement& content)
@@ -54,9 +59,9 @@ QString VLAccess::spokenText(const VLXmlElement& content)
     return TipText::spoken(content, d->interface->manager());
 }
 
-bool VLAccess::filter(QObject* /*object*/, QEvent* /*event*/)
+bool VLAccess::filter(QObject* object, QEvent* event)
 {
-    return false;
+    return d->caller.filter(object, event);
 }
 
 } // namespace Vidlets

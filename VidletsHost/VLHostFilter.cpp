@@ -5,6 +5,7 @@
 
 #include "VLHostInterface.h"
 #include "VLHostInterfacePrivate.h"
+#include "VLKeyFinder.h"
 #include <Vidlets/VLHostHooks.h>
 
 #include <QCoreApplication>
@@ -22,16 +23,6 @@ namespace {
 bool isUnderPointer(const QWidget* widget, const QPoint& globalPos)
 {
     return !widget->childAt(widget->mapFromGlobal(globalPos));
-}
-
-/// The widget that @p zone is a part of: what is asked for a tip may be a part of that itself, as
-/// the line edit in a spin box is.
-QWidget* ownerOf(const QRect& zone, QWidget* widget)
-{
-    QWidget* owner = widget;
-    while (owner && !QRect(owner->mapToGlobal(QPoint()), owner->size()).contains(zone))
-        owner = owner->isWindow() ? nullptr : owner->parentWidget();
-    return owner ? owner : widget;
 }
 
 } // namespace
@@ -91,7 +82,7 @@ bool VLHostFilter::showTip(QObject* object, const QHelpEvent* event)
         return true;
     if (!key.isEmpty())
         m_record.quickHover->endTouchTip();
-    QWidget* owner = ownerOf(anchor.zone, static_cast<QWidget*>(object));
+    QWidget* owner = KeyFinder::ownerOf(anchor.zone, static_cast<QWidget*>(object));
     return VLHostHooks::show(m_record.manager, key, event->globalPos(), owner, anchor);
 }
 

@@ -204,6 +204,14 @@ const QAction* actionWithin(const QWidget* window, const QString& key)
 
 } // namespace
 
+QWidget* ownerOf(const QRect& zone, QWidget* widget)
+{
+    QWidget* owner = widget;
+    while (owner && !QRect(owner->mapToGlobal(QPoint()), owner->size()).contains(zone))
+        owner = owner->isWindow() ? nullptr : owner->parentWidget();
+    return owner ? owner : widget;
+}
+
 QString ownKey(const QObject* object)
 {
     const QString key = object->property(kKeyProperty).toString();

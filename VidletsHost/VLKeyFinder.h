@@ -31,6 +31,10 @@ struct Found
 /// Returns what is at @p globalPos in @p object, a widget or a Qt Quick item. All else has nothing.
 Found find(QObject* object, const QPoint& globalPos);
 
+/// Returns the widget that @p zone, in global coordinates, is a part of: what is asked for a tip,
+/// @p widget, may be a part of that itself, as the line edit in a spin box is.
+QWidget* ownerOf(const QRect& zone, QWidget* widget);
+
 /// Returns the key of @p object by itself: its property "vidletKey", then its name, unless Qt has
 /// given that.
 QString ownKey(const QObject* object);
