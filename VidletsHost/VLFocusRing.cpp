@@ -38,11 +38,11 @@ void VLFocusRing::place()
     setVisible(isWanted);
     if (!isWanted)
         return;
-    // As far as there is room in the window.
-    const QRectF window(QPointF(), parentItem()->size());
+    // As far as there is room. The root item of a tip has no size of its own.
+    const QRectF room(QPointF(), window()->size());
     const QRectF around = m_item->mapRectToItem(parentItem(), m_item->boundingRect())
                               .adjusted(-kOuterPx, -kOuterPx, kOuterPx, kOuterPx);
-    const QRectF rect = around & window;
+    const QRectF rect = around & room;
     setPosition(rect.topLeft());
     setSize(rect.size());
 }

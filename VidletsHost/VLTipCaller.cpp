@@ -45,6 +45,14 @@ bool isModifier(int key)
     }
 }
 
+/// What a press and its release have in common: with Shift in between, the same key has two names.
+quint64 identityOf(const QKeyEvent* event)
+{
+    constexpr quint64 kNamed = quint64(1) << 32;
+    const quint32 code = event->nativeScanCode();
+    return code ? code : kNamed | quint32(event->key());
+}
+
 bool isPlain(const QKeyEvent* event, int key)
 {
     return event->key() == key && !(event->modifiers() & kModifiers);
@@ -156,7 +164,7 @@ bool VLTipCaller::filter(QObject* object, QEvent* event)
 
 VLTipCaller::Action VLTipCaller::actionFor(const QKeyEvent* event) const
 {
-    if (event->isAutoRepeat() && m_down.contains(event->key()) && !m_down.value(event->key()))
+    if (event->isAutoRepeat() && !m_down.value(identityOf(event), true))
         return Action::Swallow;
     if (tip() && isPlain(event, Qt::Key_Escape))
         return Action::Close;
@@ -212,7 +220,7 @@ bool VLTipCaller::filterKey(QKeyEvent* event)
 void VLTipCaller::pressed(const QKeyEvent* event, Action action)
 {
     const int matched = std::exchange(m_matched, 0);
-    m_down.insert(event->key(), action == Action::Forward);
+    m_down.insert(identityOf(event), action == Action::Forward);
     switch (action) {
     case Action::Advance:
         m_matched = matches(event, m_sequence[uint(matched)]) ? matched + 1 : 1;
@@ -242,7 +250,7 @@ void VLTipCaller::pressed(const QKeyEvent* event, Action action)
 
 bool VLTipCaller::released(const QKeyEvent* event)
 {
-    const auto found = m_down.constFind(event->key());
+    const auto found = m_down.constFind(identityOf(event));
     if (found == m_down.constEnd()) {
         if (m_called)
             checkFocusLater();

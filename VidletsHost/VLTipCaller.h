@@ -117,7 +117,7 @@ private:
     /// How many keys of the sequence have been pressed.
     int m_matched = 0;
     /// The keys that are down and were taken; whether each was for the scene.
-    QHash<int, bool> m_down;
+    QHash<quint64, bool> m_down;
 
     /// What had the focus when the tip that is up was called; nothing where it was not.
     std::optional<FocusFinder::Focus> m_called;

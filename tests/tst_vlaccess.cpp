@@ -121,6 +121,7 @@ private Q_SLOTS:
 
     void f6_leadsIntoTip_andEscBack();
     void f6_leadsIntoHoveredTip_whichStays();
+    void f6_showsWhichItemHasFocus();
     void f6_leadsOut_leavingTip();
     void f6_isHandedOn_withoutTip();
     void tab_walksTip_bothWays();
@@ -583,6 +584,27 @@ void TestVLAccess::f6_leadsIntoHoveredTip_whichStays()
     QVERIFY(press("Escape"));
     QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
     QCOMPARE(QApplication::focusWidget(), stage.pad);
+}
+
+void TestVLAccess::f6_showsWhichItemHasFocus()
+{
+    Stage stage;
+    stage.call(stage.pad, u"pad"_s);
+    const QRgb ring = QGuiApplication::palette().color(QPalette::Highlight).rgb();
+    // Along the line around the item, and along that around the next one.
+    const auto isRinged = [&stage, ring](int item) {
+        const QImage picture = stage.tip()->view()->grabWindow();
+        return picture.pixel(50, item * 25 + 26) == ring
+            && picture.pixel(101, item * 25 + 12) == ring;
+    };
+    QVERIFY(!isRinged(0));
+    stage.enter();
+    QTRY_VERIFY_WITH_TIMEOUT(isRinged(0), kPatienceMs);
+    QVERIFY(press("Tab"));
+    QTRY_VERIFY_WITH_TIMEOUT(isRinged(1), kPatienceMs);
+    QVERIFY(!isRinged(0));
+    QVERIFY(press("F6"));
+    QTRY_VERIFY_WITH_TIMEOUT(!isRinged(1), kPatienceMs);
 }
 
 void TestVLAccess::f6_leadsOut_leavingTip()

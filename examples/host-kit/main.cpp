@@ -6,10 +6,12 @@
 #include <Vidlets/VLContext.h>
 
 #include <QApplication>
+#include <QKeySequence>
 #include <QMainWindow>
 #include <QTableWidget>
 #include <QWidget>
 
+#include <VidletsHost/VLAccess.h>
 #include <VidletsHost/VLHostInterface.h>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +53,12 @@ void setUp(Vidlets::VLHostInterface& vidlets)
     vidlets.warmUp();
 }
 
+void setKeys(Vidlets::VLHostInterface& vidlets)
+{
+    // Shift+F1 is taken here.
+    vidlets.access()->setShowSequence(QKeySequence(Qt::CTRL | Qt::Key_F1));
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -66,5 +74,6 @@ int main(int argc, char* argv[])
     VLContext context;
     HostInterface vidlets(context, {QStringLiteral(EXAMPLE_PACKAGES)});
     setUp(vidlets);
+    setKeys(vidlets);
     return QApplication::exec();
 }

@@ -1,0 +1,8 @@
+# SPDX-FileCopyrightText: 2026 The Vidlets developers
+# SPDX-License-Identifier: MIT
+
+vidlets_add_test(
+  NAME tst_accesswayland
+  WAYLAND
+  SOURCES shared/AccessStage.cpp
+  LIBRARIES Vidlets::Host)
