@@ -21,7 +21,6 @@ class QQuickItem;
 
 namespace Vidlets {
 
-struct VLTipAnchor;
 class VLFocusRing;
 class VLHostInterface;
 class VLManager;
