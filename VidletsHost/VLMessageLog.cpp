@@ -19,13 +19,13 @@ void write(VLMessageType type, const QString& message)
 {
     // Hosts have numbers of their own in between; each counts as the next less severe.
     if (type <= VLMessageError)
-        qCCritical(lcVidlets).noquote() << message;
+        qCCritical(lcVidlets, "%ls", qUtf16Printable(message));
     else if (type <= VLMessageWarning)
-        qCWarning(lcVidlets).noquote() << message;
+        qCWarning(lcVidlets, "%ls", qUtf16Printable(message));
     else if (type <= VLMessageInformation)
-        qCInfo(lcVidlets).noquote() << message;
+        qCInfo(lcVidlets, "%ls", qUtf16Printable(message));
     else
-        qCDebug(lcVidlets).noquote() << message;
+        qCDebug(lcVidlets, "%ls", qUtf16Printable(message));
 }
 
 void raiseLevel(VLContext& context)

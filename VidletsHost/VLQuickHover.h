@@ -40,8 +40,8 @@ public:
 
     /// Sees the events of the application.
     void watch(QObject* object, const QEvent* event);
-    /// Whether a mouse event of @p object stands for a touch that the scene there has left alone: the
-    /// finger that lifts is not to take the tip away.
+    /// Whether a mouse event of @p object stands for a touch that the scene there has left alone:
+    /// the finger that lifts is not to take the tip away.
     static bool isOfFinger(const QObject* object, const QMouseEvent* event);
     /// The tip for @p item, which may be null, has just been asked for: it goes with its item.
     void follow(QQuickItem* item);

@@ -2,7 +2,6 @@
 # SPDX-License-Identifier: MIT
 
 vidlets_add_test(
-  NAME tst_accesswayland
-  WAYLAND
+  NAME tst_accesswayland WAYLAND
   SOURCES shared/AccessStage.cpp
   LIBRARIES Vidlets::Host)
