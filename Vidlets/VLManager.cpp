@@ -386,8 +386,10 @@ void VLManager::showAnew()
         d->tooltipWindow->view()->setSource(QUrl());
     else if (d->tooltipWindow)
         renewTip(d->tooltipWindow);
-    const QList<VLWidget*> pinned = reservedTips();
-    for (const QPointer<VLWidget> popup : pinned) {
+    // Renewing one may close another.
+    const QList<VLWidget*> tips = reservedTips();
+    const QList<QPointer<VLWidget>> pinned(tips.cbegin(), tips.cend());
+    for (const QPointer<VLWidget>& popup : pinned) {
         if (popup)
             renewTip(popup);
     }
@@ -419,7 +421,7 @@ QString VLManager::anyScene() const
         : d->settings.get(ckUiFile, Settings::uiFileDefault()).toString();
     const QList<QString> roots = d->index->packageRoots();
     for (const QString& root : roots) {
-        const QString path = QDir(root).absoluteFilePath(file);
+        QString path = QDir(root).absoluteFilePath(file);
         if (QFileInfo::exists(path))
             return path;
     }

@@ -214,7 +214,7 @@ QWidget* ownerOf(const QRect& zone, QWidget* widget)
 
 QString ownKey(const QObject* object)
 {
-    const QString key = object->property(kKeyProperty).toString();
+    QString key = object->property(kKeyProperty).toString();
     if (!key.isEmpty())
         return key;
     const QString name = object->objectName();

@@ -75,8 +75,10 @@ QList<VLWidget*> VLPinnedTips::tips() const
 
 void VLPinnedTips::closeAll()
 {
-    const QList<VLWidget*> open = tips();
-    for (const QPointer<VLWidget> tip : open) {
+    const QList<VLWidget*> all = tips();
+    // Closing one may close another.
+    const QList<QPointer<VLWidget>> open(all.cbegin(), all.cend());
+    for (const QPointer<VLWidget>& tip : open) {
         if (!tip)
             continue;
         QWidget* window = windowOf(tip);

@@ -269,7 +269,7 @@ std::optional<VLTipCaller::Callable> VLTipCaller::findCallable() const
     const QList<FocusFinder::Place> places = FocusFinder::places();
     std::optional<Callable> keyed;
     for (const FocusFinder::Place& place : places) {
-        const std::optional<Callable> callable = callableAt(place);
+        std::optional<Callable> callable = callableAt(place);
         if (!callable)
             continue;
         if (hasContent(callable->key))

@@ -30,7 +30,7 @@ QString withoutMarkup(const QString& text)
     result.replace("&nbsp;"_L1, " "_L1);
     result.replace("&lt;"_L1, "<"_L1);
     result.replace("&gt;"_L1, ">"_L1);
-    result.replace("&quot;"_L1, "\""_L1);
+    result.replace("&quot;"_L1, R"(")"_L1);
     return result.replace("&amp;"_L1, "&"_L1);
 }
 

@@ -236,7 +236,7 @@ void TestVLAccess::sequence_showsTip_inModalDialog()
     dialog.resize(200, 100);
     QLineEdit line(&dialog);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
     stage.call(&line, u"dialog"_s);
 }
 
@@ -499,7 +499,7 @@ void TestVLAccess::esc_leavesDialogAndMenu()
     dialog.setModal(true);
     dialog.resize(200, 100);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
     QVERIFY(press("shift+F1"));
     QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), u"dialog"_s, kPatienceMs);
     QVERIFY(press("Escape"));
@@ -708,7 +708,7 @@ void TestVLAccess::otherWindow_takesFocusFromTip()
     QLineEdit line(&dialog);
     dialog.resize(200, 100);
     dialog.show();
-    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
     QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
     line.setFocus();
     QVERIFY(press("h"));
@@ -725,7 +725,7 @@ void TestVLAccess::f6_worksInModalDialog()
     pad.resize(100, 40);
     // With a loop of its own, as hosts do.
     QTimer::singleShot(0, &dialog, [&] {
-        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
         stage.call(&pad, u"dialog"_s);
         stage.enter();
         QVERIFY(press("Tab"));
@@ -780,7 +780,7 @@ void TestVLAccess::pinning_fromInside_givesFocusBack()
     QTRY_COMPARE_WITH_TIMEOUT(stage.interface->pinnedTips().size(), 1, kPatienceMs);
     QTRY_VERIFY_WITH_TIMEOUT(stage.pad->focus.contains(u"in"_s), kPatienceMs);
     stage.window.activateWindow();
-    QVERIFY(QTest::qWaitForWindowActive(&stage.window));
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&stage.window), kPatienceMs);
     stage.waitForKeys();
 }
 

@@ -177,7 +177,7 @@ int runScenario(int argc, char** argv)
     Program program(argc, argv, isDocked ? Qt::RightDockWidgetArea : Qt::NoDockWidgetArea);
     if (!program.fill())
         qFatal("The tips did not come up");
-    end(program, isDocked ? name.mid(qstrlen("docked ")) : name);
+    end(program, isDocked ? name.mid(static_cast<qsizetype>(qstrlen("docked "))) : name);
     return EXIT_SUCCESS;
 }
 

@@ -173,7 +173,7 @@ void AccessStage::makeActions()
     for (const QKeyCombination key :
          {QKeyCombination(Qt::Key_Escape), QKeyCombination(Qt::Key_F6), Qt::SHIFT | Qt::Key_F1}) {
         auto* shortcut = new QShortcut(key, &window);
-        QObject::connect(shortcut, &QShortcut::activated, [this] { ++shortcuts; });
+        QObject::connect(shortcut, &QShortcut::activated, &window, [this] { ++shortcuts; });
     }
 }
 

@@ -25,6 +25,12 @@ QString answerOf(const QString& program, const QStringList& arguments)
     return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 
+bool hasKeyboardOfX(const QWidget* window)
+{
+    const QString focus = answerOf(u"xdotool"_s, {u"getwindowfocus"_s});
+    return window->isActiveWindow() && focus.toULongLong() == windowOfX(window);
+}
+
 QPoint positionOnScreenOfX(const QWidget* window)
 {
     const WId id = windowOfX(window);
