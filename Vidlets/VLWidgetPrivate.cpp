@@ -447,6 +447,7 @@ void VLWidgetPrivate::beginMapping()
     if (!m_mapping)
         return;
     m_heldPosition = m_popup->pos();
+    m_sizeSentAgain = false;
     m_mapping->installEventFilter(this);
     m_popup->installEventFilter(this);
 }
@@ -456,7 +457,6 @@ void VLWidgetPrivate::endMapping()
     if (m_mapping)
         m_mapping->removeEventFilter(this);
     m_mapping = nullptr;
-    m_popup->removeEventFilter(this);
 }
 
 void VLWidgetPrivate::holdPosition(const QPoint& position)
@@ -472,6 +472,7 @@ QPoint VLWidgetPrivate::framePosition() const
 
 void VLWidgetPrivate::confirmPosition(const QPoint& position)
 {
+    m_sizeSentAgain = false;
     if (!m_mapping) {
         confirmTitledWindow(m_popup->window());
         return;
@@ -487,6 +488,22 @@ void VLWidgetPrivate::confirmTitledWindow(const QWidget* framed)
     const bool mapping = window && window->isVisible() && !window->isExposed();
     if (mapping && window->position().isNull() && framed->testAttribute(Qt::WA_Moved))
         window->setPosition(framed->pos());
+}
+
+/**
+ * A window manager that lets go of one tip's window while the next one is shown in it may say last
+ * which size the window had before, and then nothing else would ever come. Sent again once, since a
+ * window manager that wants another size has the last word.
+ */
+void VLWidgetPrivate::confirmSize()
+{
+    const QSize size = m_popup->minimumSize();
+    const bool isFixed = m_popup->isWindow() && size == m_popup->maximumSize();
+    if (m_sizeSentAgain || !isFixed || m_popup->windowType() == Qt::ToolTip
+        || m_popup->size() == size)
+        return;
+    m_sizeSentAgain = true;
+    m_popup->resize(size);
 }
 
 bool VLWidgetPrivate::eventFilter(QObject* object, QEvent* event)
@@ -507,6 +524,8 @@ bool VLWidgetPrivate::eventFilter(QObject* object, QEvent* event)
             m_heldPosition = m_popup->pos();
         break;
     case QEvent::Resize:
+        if (object == m_popup && event->spontaneous())
+            confirmSize();
         // Qt tells a new window of its size though it has not changed; a pinned window with a title
         // would grow by it.
         if (object == m_popup->m_view) {

@@ -125,6 +125,7 @@ private:
     };
 
     static void confirmTitledWindow(const QWidget* framed);
+    void confirmSize();
     QRect visibleControl() const;
     QWidget* floatingParent() const;
     QString floatingTitle() const;
@@ -151,6 +152,8 @@ private:
     /// The popup's window, as long as its place is held.
     QPointer<QWindow> m_mapping;
     QPoint m_heldPosition;
+    /// Whether the present size has been sent to the window system a second time.
+    bool m_sizeSentAgain = false;
     /// The window of a pinned popup that waits for its frame before it follows its scene.
     QPointer<QWindow> m_unframed;
 };

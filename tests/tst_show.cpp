@@ -14,6 +14,7 @@
 #include <QQmlEngine>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <qpa/qplatformwindow.h>
 #include <qpa/qwindowsysteminterface.h>
 
 using namespace Qt::StringLiterals;
@@ -101,6 +102,14 @@ IndexAnswer newAnswer(const QString& key, const QString& path = u"/"_s)
     return {element, root, path, 1};
 }
 
+/// The window system says that @p window is at @p geometry, whatever was asked for.
+void report(QWindow* window, const QRect& geometry)
+{
+    window->handle()->QPlatformWindow::setGeometry(geometry);
+    QWindowSystemInterface::handleGeometryChange<QWindowSystemInterface::SynchronousDelivery>(
+        window, geometry);
+}
+
 } // namespace
 
 class TestShow : public VidletsTest
@@ -142,6 +151,8 @@ private Q_SLOTS:
     void show_letsSceneGoBeforeOldTreeDies();
     void show_deletesOldElement_whenItHasNoParent();
     void show_doesNotHideBetweenTwoTips();
+    void show_endsAtItsSize_whenToldOfTheOneBefore();
+    void show_yieldsToWindowSystem_thatInsistsOnSize();
     void show_goesToOrigin_soonAfterAnotherTip_data();
     void show_goesToOrigin_soonAfterAnotherTip();
     void show_asksHostForShortcut_data();
@@ -515,6 +526,35 @@ void TestShow::show_doesNotHideBetweenTwoTips()
     QCOMPARE(hides.count, 0);
     QCOMPARE(shows.count, 0);
     QCOMPARE(stage.popup()->pos(), kTipPosition + QPoint(20, 10));
+}
+
+void TestShow::show_endsAtItsSize_whenToldOfTheOneBefore()
+{
+    PopupStage stage;
+    QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
+    const QSize size = stage.popup()->minimumSize();
+    const QRect late(stage.popup()->pos(), size + QSize(60, 30));
+
+    report(stage.popup()->windowHandle(), late);
+
+    QTRY_COMPARE(stage.popup()->size(), size);
+    QTRY_COMPARE(stage.popup()->windowHandle()->size(), size);
+}
+
+void TestShow::show_yieldsToWindowSystem_thatInsistsOnSize()
+{
+    PopupStage stage;
+    QVERIFY(stage.manager->show(openKey(), kPointer, &stage.control));
+    QVERIFY(QTest::qWaitForWindowExposed(stage.popup()));
+    const QRect late(stage.popup()->pos(), stage.popup()->minimumSize() + QSize(60, 30));
+
+    report(stage.popup()->windowHandle(), late);
+    QCOMPARE(stage.popup()->size(), stage.popup()->minimumSize());
+    const QRect later = late.adjusted(0, 0, 1, 0);
+    report(stage.popup()->windowHandle(), later);
+
+    QCOMPARE(stage.popup()->size(), later.size());
 }
 
 void TestShow::show_goesToOrigin_soonAfterAnotherTip_data()
