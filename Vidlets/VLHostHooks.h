@@ -38,9 +38,9 @@ struct VLTipAnchor
 };
 
 /**
- * What the host kit needs to know and to do beyond the public classes.
+ * What helpers of a host need to know and to do beyond the public classes.
  *
- * Internal: the header is not installed, and only the host kit calls it. As long as nobody does,
+ * Internal: the header is not installed, and only libraries of the project call it. As long as nobody does,
  * nothing of the library behaves otherwise. All on the user-interface thread.
  */
 class VIDLETS_EXPORT VLHostHooks final

@@ -8,7 +8,7 @@
 
 namespace Vidlets {
 
-/// What the host kit has set in a manager. Internal to the library.
+/// What helpers of a host have set in a manager. Internal to the library.
 struct VLHostState
 {
     /// Empty where every key counts.
@@ -17,6 +17,10 @@ struct VLHostState
     VLHostHooks::TipWatcher tipWatcher;
     /// Whether a request by the keyboard is being dealt with.
     bool isCalling = false;
+    /// How many calls from scenes are being dealt with.
+    int sceneCalls = 0;
+    /// Whether what is up is to be shown anew when there are none any more.
+    bool showsAnewLater = false;
 };
 
 } // namespace Vidlets

@@ -381,6 +381,11 @@ bool VLManager::isRepeating() const
 
 void VLManager::showAnew()
 {
+    // An item must not go while its own code runs, which may have opened a dialog of the host's.
+    if (d->hostState.sceneCalls > 0) {
+        d->hostState.showsAnewLater = true;
+        return;
+    }
     // A scene that nobody sees would stay as it is where the next tip has the same.
     if (d->tooltipWindow && !d->tooltipWindow->isVisible())
         d->tooltipWindow->view()->setSource(QUrl());

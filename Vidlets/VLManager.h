@@ -214,12 +214,13 @@ private:
 
     friend class VLHostHooks;
     friend class VLInterface;
+    friend class VLSceneCall;
     friend class VLView;
 
     /// Returns whether a warning comes to the host's override that the default has given out.
     bool isRepeating() const;
 
-    /// What the host kit has set.
+    /// What helpers of a host have set.
     VLHostState& hostState();
     /// show() for what @p anchor says, where an empty key is not looked up.
     bool showAnchored(const QString& key, const QPoint& position, QObject* reference,

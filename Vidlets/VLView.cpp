@@ -11,6 +11,7 @@
 #include "VLInterface.h"
 #include "VLManager.h"
 #include "VLManagerSettings.h"
+#include "VLSceneCall.h"
 #include "VLSceneFence.h"
 #include "VLSettings.h"
 
@@ -91,12 +92,14 @@ void VLView::debugLog(const QString& msg)
 
 void VLView::openExternalResource(const QString& resourceLocator)
 {
+    const VLSceneCall call(m_manager);
     if (m_manager)
         m_manager->openExternalResource(resourceLocator);
 }
 
 QString VLView::interpolate(const QString& string)
 {
+    const VLSceneCall call(m_manager);
     return m_manager ? m_manager->interpolate(string) : string;
 }
 
@@ -114,6 +117,7 @@ QString VLView::translate(const QString& string, const QString& context) const
 {
     if (!m_manager || !m_manager->interface())
         return string;
+    const VLSceneCall call(m_manager);
     const VLAskingView asking(this);
     return m_manager->interface()->translateString(string, context);
 }
@@ -283,6 +287,7 @@ void VLView::setReserved(bool reserved)
     if (m_reserved == reserved)
         return;
     m_reserved = reserved;
+    const VLSceneCall call(m_manager);
     Q_EMIT reservedChanged();
 }
 

@@ -9,6 +9,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QQuickItem>
+#include <QQuickWidget>
+#include <QQuickWindow>
 #include <QTabBar>
 #include <QWidget>
 
@@ -28,9 +30,8 @@ QWidget* focusWidget()
 /// A scene may be a window, or lie in a widget, which has the focus then.
 QQuickItem* focusItem()
 {
-    if (QApplication::activePopupWidget())
-        return nullptr;
-    return qobject_cast<QQuickItem*>(QGuiApplication::focusObject());
+    const QQuickWindow* scene = focusScene();
+    return scene ? scene->activeFocusItem() : nullptr;
 }
 
 /// What @p widget shows in the current cell; nothing where there is none.
@@ -65,6 +66,9 @@ QPoint pointFor(const QWidget* widget, const QPoint& inner)
         QAction* action = activeAction(widget);
         return widget->mapToGlobal(action ? actionRect(widget, action).center() : QPoint(-1, -1));
     }
+    // Whatever item lies in the middle is another control.
+    if (qobject_cast<const QQuickWidget*>(widget))
+        return widget->mapToGlobal(QPoint(-1, -1));
     return inner;
 }
 
@@ -106,6 +110,15 @@ bool Focus::operator==(const Focus& other) const
 {
     return object == other.object && cell == other.cell && tab == other.tab
         && action == other.action;
+}
+
+QQuickWindow* focusScene()
+{
+    if (QApplication::activePopupWidget())
+        return nullptr;
+    if (const auto* widget = qobject_cast<QQuickWidget*>(QApplication::focusWidget()))
+        return widget->quickWindow();
+    return qobject_cast<QQuickWindow*>(QGuiApplication::focusWindow());
 }
 
 Focus current()

@@ -11,6 +11,10 @@
 #include <QPoint>
 #include <QPointer>
 
+QT_BEGIN_NAMESPACE
+class QQuickWindow;
+QT_END_NAMESPACE
+
 /**
  * What has the keyboard, down to the item, and where to ask for its key.
  *
@@ -39,6 +43,10 @@ struct Place
     QObject* object;
     QPoint position;
 };
+
+/// Returns the scene that has the keyboard, in a window of its own or in a widget; null where none
+/// has.
+QQuickWindow* focusScene();
 
 /// Returns what has the focus now. A menu that is open goes before the widget with the focus.
 Focus current();

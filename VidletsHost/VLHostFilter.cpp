@@ -77,13 +77,15 @@ bool VLHostFilter::showTip(QObject* object, const QHelpEvent* event)
         return false;
     VLTipAnchor anchor;
     const QString key = m_record.interface->keyAt(object, event->globalPos(), &anchor.zone);
-    // What Qt itself may have to say is not held back.
-    if (!key.isEmpty() && m_record.tipDelay->holdsBack(static_cast<QWidget*>(object), event))
+    if (!key.isEmpty() && m_record.tipDelay->holdsBack(static_cast<QWidget*>(object), event, key))
         return true;
     if (!key.isEmpty())
         m_record.quickHover->endTouchTip();
     QWidget* owner = KeyFinder::ownerOf(anchor.zone, static_cast<QWidget*>(object));
-    return VLHostHooks::show(m_record.manager, key, event->globalPos(), owner, anchor);
+    if (!VLHostHooks::show(m_record.manager, key, event->globalPos(), owner, anchor))
+        return false;
+    m_record.quickHover->followItemIn(object, event->globalPos());
+    return true;
 }
 
 } // namespace Vidlets

@@ -11,6 +11,8 @@
 #include <QDesktopServices>
 #include <QKeySequence>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace Vidlets {
@@ -87,13 +89,12 @@ QString VLHostInterface::shortCutForObject(const QString& key, QObject* object,
 void VLHostInterface::setDocumentationBase(const QUrl& base)
 {
     d->documentationBase = base;
+    d->tellOfDocumentation();
     if (base.isEmpty())
         return;
     // What is resolved against a directory without one replaces its name.
     if (!base.path().endsWith(u'/'))
         d->documentationBase.setPath(base.path() + u'/');
-    if (!context().contains(ckDocumentationEnabled))
-        context().set(ckDocumentationEnabled, true);
 }
 
 QUrl VLHostInterface::documentationBase() const
@@ -138,7 +139,7 @@ void VLHostInterface::warmUp()
 
 VLAccess* VLHostInterface::access()
 {
-    if (!d->access)
+    if (!std::exchange(d->hasAskedForAccess, true))
         d->access.reset(createAccess());
     return d->access.get();
 }

@@ -132,7 +132,8 @@ public:
     /// Returns the tips that the user has pinned and not closed yet, the oldest first. Each belongs
     /// to its window, and is deleted when that is closed.
     QList<VLWidget*> pinnedTips() const;
-    /// Closes all pinned tips.
+    /// Closes all pinned tips. A window of createWindow() is closed as well; it goes, and its tip
+    /// with it, only if it has Qt::WA_DeleteOnClose.
     void closePinnedTips();
 
     /// Returns the manager, which the interface owns. Never null.
@@ -161,7 +162,8 @@ Q_SIGNALS:
 
 protected:
     /// Makes what access() gives: called once, by access() or when the event loop first runs.
-    /// Returns an object that becomes the interface's own. The default makes a VLAccess.
+    /// Returns an object that becomes the interface's own, or null for none, which is not asked for
+    /// again. The default makes a VLAccess.
     virtual VLAccess* createAccess();
 
 private:

@@ -6,6 +6,7 @@
 #include "VLHostInterface.h"
 #include "VLMessageLog.h"
 #include "VLPreferencesReader.h"
+#include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLSafeguards.h>
 
@@ -94,6 +95,12 @@ void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
     qAddPostRoutine(&VLHostInterfacePrivate::endOfApplication);
 }
 
+bool VLHostInterfacePrivate::hasContent(VLHostInterface* interface, const QString& key)
+{
+    return !key.isEmpty()
+        && !interface->vidletAttribute(key, ContentNames::keyAttribute(), QString()).isNull();
+}
+
 void VLHostInterfacePrivate::takeDown()
 {
     filter.reset();
@@ -134,6 +141,18 @@ void VLHostInterfacePrivate::warmUp()
         if (VLHostHooks::warmUp(manager))
             warmUp();
     });
+}
+
+void VLHostInterfacePrivate::tellOfDocumentation()
+{
+    VLContext& settings = manager->context();
+    const bool isHostsBusiness = m_toldOfDocumentation
+        ? settings.get(ckDocumentationEnabled, false).toBool() != *m_toldOfDocumentation
+        : settings.contains(ckDocumentationEnabled) || documentationBase.isEmpty();
+    if (isHostsBusiness)
+        return;
+    m_toldOfDocumentation = !documentationBase.isEmpty();
+    settings.set(ckDocumentationEnabled, *m_toldOfDocumentation);
 }
 
 void VLHostInterfacePrivate::sendEarlyMessages()

@@ -21,6 +21,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <optional>
 
 namespace Vidlets {
 
@@ -43,6 +44,9 @@ public:
     /// interface that was made first; null where there is none.
     static VLPreferences* preferencesOf(const VLManager* manager);
 
+    /// Returns whether the packages have something for @p key; nothing is shown in its place here.
+    static bool hasContent(VLHostInterface* interface, const QString& key);
+
     /// Begins to keep what the manager says while it is being built. Gives the settings for it.
     VLContext& beginBuild();
     /// The base class is there: makes all that hangs on it.
@@ -56,12 +60,16 @@ public:
     /// Makes what the first tip needs while the event loop is idle.
     void warmUp();
 
+    /// Has scenes know whether there is documentation, as long as the host does not say so itself.
+    void tellOfDocumentation();
+
     /// Hands out what the manager said early; the log has it already.
     void sendEarlyMessages();
 
     VLHostInterface* interface = nullptr;
     VLManager* manager = nullptr;
     QUrl documentationBase;
+    bool hasAskedForAccess = false;
     /// Whether handleMessage() gets what the log has already.
     bool isSendingEarlyMessages = false;
 
@@ -80,6 +88,8 @@ private:
     /// What is to be done later, and goes with the record.
     QObject m_later;
     bool m_willShowAnew = false;
+    /// What scenes were told of documentation; nothing before that.
+    std::optional<bool> m_toldOfDocumentation;
     VLContext m_context;
     VLHostHooks::MessageSink m_earlySink;
     QList<QPair<VLMessageType, QString>> m_earlyMessages;

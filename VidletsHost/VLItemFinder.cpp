@@ -34,7 +34,7 @@ QList<QQuickItem*> childrenInPaintOrder(const QQuickItem* item)
 
 QQuickItem* uppermost(QQuickItem* item, const QPointF& scenePos)
 {
-    if (!item->isVisible() || !item->isEnabled() || item->opacity() <= 0.0)
+    if (!item->isVisible() || item->opacity() <= 0.0)
         return nullptr;
     const bool isInside = item->contains(item->mapFromScene(scenePos));
     if (item->clip() && !isInside)

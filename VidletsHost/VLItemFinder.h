@@ -21,8 +21,8 @@ class QQuickWindow;
 namespace Vidlets::ItemFinder {
 
 /// Returns the item of @p window that the user takes @p globalPos for: the uppermost one there that
-/// shows something, takes part in hovering or has a key. Items that are invisible, transparent,
-/// disabled or clipped away are passed over. Null where there is none.
+/// shows something, takes part in hovering or has a key. Items that are invisible, transparent or
+/// clipped away are passed over. Null where there is none.
 QQuickItem* itemAt(const QQuickWindow* window, const QPoint& globalPos);
 
 /// Returns what @p item, which the pointer at @p globalPos is over and which may be null, counts

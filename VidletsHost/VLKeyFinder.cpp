@@ -61,9 +61,14 @@ bool countsAsParent(const QWidget* widget)
     const QWidget* parent = widget->parentWidget();
     if (!parent || widget->isWindow() || !ownKey(widget).isEmpty())
         return false;
+    // Qt names the parts of its own controls, but not these.
     if (qobject_cast<const QLineEdit*>(widget))
         return qobject_cast<const QComboBox*>(parent)
-            || qobject_cast<const QAbstractSpinBox*>(parent);
+            || qobject_cast<const QAbstractSpinBox*>(parent)
+            || widget->objectName().startsWith("qt_"_L1);
+    const auto* dock = qobject_cast<const QDockWidget*>(parent);
+    if (dock && dock->titleBarWidget() == widget)
+        return true;
     return areaOf(widget) || qobject_cast<const QHeaderView*>(widget)
         || qobject_cast<const QTabBar*>(widget);
 }

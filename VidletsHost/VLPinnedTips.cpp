@@ -69,7 +69,9 @@ QList<VLWidget*> VLPinnedTips::tips() const
     if (!m_manager)
         return {};
     QList<VLWidget*> result = VLHostHooks::reservedTips(m_manager);
-    result.removeIf([this](VLWidget* tip) { return m_closed.contains(tip); });
+    // A host may show one again that was closed.
+    result.removeIf(
+        [this](VLWidget* tip) { return m_closed.contains(tip) && !windowOf(tip)->isVisible(); });
     return result;
 }
 
@@ -106,13 +108,13 @@ void VLPinnedTips::watch(QObject* object, const QEvent* event)
     // The window of a widget is told the same.
     if (!object->isWidgetType())
         return;
-    // Who refuses to close does not hide either.
+    // Who refuses to close does not hide either, but may be hidden with its window later.
     if (event->type() == QEvent::Close) {
         m_closing = object;
     } else if (event->type() == QEvent::Hide && object == m_closing) {
         m_closing = nullptr;
         const auto* window = static_cast<QWidget*>(object);
-        if (window->testAttribute(Qt::WA_DeleteOnClose))
+        if (window->isHidden() && window->testAttribute(Qt::WA_DeleteOnClose))
             noteClosed(window);
     }
 }

@@ -235,6 +235,13 @@ bool VLQuickHover::show(const Scene& scene, const QPoint& globalPos)
     return contentUp();
 }
 
+void VLQuickHover::followItemIn(QObject* widget, const QPoint& globalPos)
+{
+    const auto* scene = qobject_cast<QQuickWidget*>(widget);
+    if (scene && contentUp())
+        follow(ItemFinder::itemAt(scene->quickWindow(), globalPos));
+}
+
 void VLQuickHover::follow(QQuickItem* item)
 {
     if (item && item == m_item && m_itemContent == contentUp())

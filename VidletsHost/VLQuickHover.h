@@ -45,6 +45,8 @@ public:
     static bool isOfFinger(const QObject* object, const QMouseEvent* event);
     /// The tip for @p item, which may be null, has just been asked for: it goes with its item.
     void follow(QQuickItem* item);
+    /// The same for what is at @p globalPos in @p widget, if that shows a scene.
+    void followItemIn(QObject* widget, const QPoint& globalPos);
     /// The pointer asks for a tip, so that none waits for a finger any longer.
     void endTouchTip();
 

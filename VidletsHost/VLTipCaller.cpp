@@ -5,6 +5,7 @@
 
 #include "VLFocusRing.h"
 #include "VLHostInterface.h"
+#include "VLHostInterfacePrivate.h"
 #include "VLKeyFinder.h"
 #include <Vidlets/VLContext.h>
 #include <Vidlets/VLHostHooks.h>
@@ -18,6 +19,7 @@
 #include <QKeyEvent>
 #include <QMenuBar>
 #include <QQuickItem>
+#include <QQuickWindow>
 
 #include <memory>
 #include <utility>
@@ -58,9 +60,15 @@ bool isPlain(const QKeyEvent* event, int key)
     return event->key() == key && !(event->modifiers() & kModifiers);
 }
 
+/// Shift and Tab are told of as a key of their own.
+int keyOf(const QKeyEvent* event)
+{
+    return event->key() == Qt::Key_Backtab ? int(Qt::Key_Tab) : event->key();
+}
+
 bool matches(const QKeyEvent* event, QKeyCombination wanted)
 {
-    if (event->key() != wanted.key())
+    if (keyOf(event) != wanted.key())
         return false;
     const Qt::KeyboardModifiers held = event->modifiers() & kModifiers;
     if (held == wanted.keyboardModifiers())
@@ -266,20 +274,23 @@ bool VLTipCaller::released(const QKeyEvent* event)
 
 std::optional<VLTipCaller::Callable> VLTipCaller::findCallable() const
 {
+    if (Settings::disabled(m_interface->context()))
+        return std::nullopt;
     const QList<FocusFinder::Place> places = FocusFinder::places();
     std::optional<Callable> keyed;
     for (const FocusFinder::Place& place : places) {
         std::optional<Callable> callable = callableAt(place);
         if (!callable)
             continue;
-        if (hasContent(callable->key))
+        if (VLHostInterfacePrivate::hasContent(m_interface, callable->key))
             return callable;
         if (!keyed)
             keyed = callable;
     }
     // As for the pointer, which gets the fallback where there is nothing else.
     const QString fallback = Settings::fallbackKey(m_interface->context());
-    return keyed && !fallback.isEmpty() && hasContent(fallback) ? keyed : std::nullopt;
+    return keyed && VLHostInterfacePrivate::hasContent(m_interface, fallback) ? keyed
+                                                                              : std::nullopt;
 }
 
 std::optional<VLTipCaller::Callable> VLTipCaller::callableAt(const FocusFinder::Place& place) const
@@ -297,11 +308,6 @@ std::optional<VLTipCaller::Callable> VLTipCaller::callableAt(const FocusFinder::
         callable.window = item->window();
     }
     return callable;
-}
-
-bool VLTipCaller::hasContent(const QString& key) const
-{
-    return !m_interface->vidletAttribute(key, u"key"_s, QString()).isNull();
 }
 
 bool VLTipCaller::show(const Callable& callable)
@@ -344,7 +350,17 @@ void VLTipCaller::callTip()
             return;
     }
     m_called = FocusFinder::current();
+    watchScene();
     VLHostHooks::hold(m_manager, true);
+}
+
+/// The application is not told when the focus moves within a scene that lies in a widget.
+void VLTipCaller::watchScene()
+{
+    disconnect(m_sceneWatch);
+    if (const QQuickWindow* scene = FocusFinder::focusScene())
+        m_sceneWatch = connect(scene, &QQuickWindow::activeFocusItemChanged, this,
+                               &VLTipCaller::checkFocusLater);
 }
 
 void VLTipCaller::closeTip()
@@ -359,6 +375,7 @@ void VLTipCaller::closeTip()
 void VLTipCaller::tipEnded()
 {
     m_called.reset();
+    disconnect(m_sceneWatch);
     if (m_scene)
         leaveTip();
 }
@@ -370,11 +387,18 @@ void VLTipCaller::enterTip()
         m_called = FocusFinder::current();
     VLHostHooks::hold(m_manager, true);
     m_focusWindow = QGuiApplication::focusWindow();
-    m_origin = m_outside;
+    // A window without widgets has no widget to go back to.
+    const bool isElsewhere =
+        m_focusWindow && !isWithinTip(m_focusWindow) && !QApplication::focusWidget();
+    m_origin = isElsewhere ? nullptr : m_outside.data();
     dimFocus();
     m_ringed = nullptr;
     m_ring = new VLFocusRing(m_scene->contentItem());
-    walkScene(true);
+    // A scene may say where to begin.
+    if (focusItem() != m_scene->contentItem() && focusItem()->activeFocusOnTab())
+        showFocus();
+    else
+        walkScene(true);
     // A pinned tip is a window of its own.
     connect(m_scene, &VLView::reservedChanged, this, &VLTipCaller::tipEnded);
 }
@@ -564,7 +588,7 @@ void VLTipCaller::checkFocus()
         return;
     if (m_scene) {
         // As long as its window has the keyboard for the window system, the scene keeps it.
-        if (window != m_focusWindow && !isWithinTip(m_focusWindow))
+        if (window != m_focusWindow)
             closeTip();
         return;
     }

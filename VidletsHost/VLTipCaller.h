@@ -86,10 +86,10 @@ private:
 
     std::optional<Callable> findCallable() const;
     std::optional<Callable> callableAt(const FocusFinder::Place& place) const;
-    bool hasContent(const QString& key) const;
     bool show(const Callable& callable);
     QPoint placeBeside(const Callable& callable) const;
     void callTip();
+    void watchScene();
     void closeTip();
     void tipEnded();
 
@@ -121,6 +121,8 @@ private:
     /// What had the focus when the tip that is up was called; nothing where it was not.
     std::optional<FocusFinder::Focus> m_called;
     bool m_willCheck = false;
+    /// To the scene that had it, if any.
+    QMetaObject::Connection m_sceneWatch;
 
     /// The scene that has the keyboard; null while none has.
     QPointer<VLView> m_scene;

@@ -3,8 +3,10 @@
 
 #include "VLTipDelay.h"
 
+#include "VLHostInterface.h"
 #include "VLHostInterfacePrivate.h"
 #include <Vidlets/VLManager.h>
+#include <Vidlets/VLSettings.h>
 #include <Vidlets/VLWidget.h>
 
 #include <QCoreApplication>
@@ -43,7 +45,7 @@ void VLTipDelay::watch(const QObject* object, const QEvent* event)
     }
 }
 
-bool VLTipDelay::holdsBack(QWidget* widget, const QHelpEvent* request)
+bool VLTipDelay::holdsBack(QWidget* widget, const QHelpEvent* request, const QString& key)
 {
     const int delayMs = m_record.preferences->showDelay();
     const VLWidget* tip = m_record.manager->widget();
@@ -53,13 +55,22 @@ bool VLTipDelay::holdsBack(QWidget* widget, const QHelpEvent* request)
     const qint64 restMs = m_rest.isValid()
         ? m_rest.elapsed()
         : widget->style()->styleHint(QStyle::SH_ToolTip_WakeUpDelay, nullptr, widget);
-    if (restMs >= delayMs)
+    if (restMs >= delayMs || !isTipFor(key))
         return false;
     m_widget = widget;
     m_position = request->pos();
     m_globalPos = request->globalPos();
     m_timer.start(static_cast<int>(delayMs - restMs));
     return true;
+}
+
+/// What Qt itself may have to say is not held back.
+bool VLTipDelay::isTipFor(const QString& key) const
+{
+    VLHostInterface* interface = m_record.interface;
+    return VLHostInterfacePrivate::hasContent(interface, key)
+        || VLHostInterfacePrivate::hasContent(interface,
+                                              Settings::fallbackKey(interface->context()));
 }
 
 void VLTipDelay::send()

@@ -31,13 +31,14 @@ public:
 
     /// Sees the events of the application.
     void watch(const QObject* object, const QEvent* event);
-    /// Whether @p request to @p widget is to go no further now. It is sent once more when its time
-    /// has come, should the pointer still rest.
-    bool holdsBack(QWidget* widget, const QHelpEvent* request);
+    /// Whether @p request to @p widget, for the tip of @p key, is to go no further now. It is sent
+    /// once more when its time has come, should the pointer still rest.
+    bool holdsBack(QWidget* widget, const QHelpEvent* request, const QString& key);
 
 private:
     Q_DISABLE_COPY_MOVE(VLTipDelay)
 
+    bool isTipFor(const QString& key) const;
     void send();
 
     const VLHostInterfacePrivate& m_record;

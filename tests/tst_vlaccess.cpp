@@ -13,6 +13,9 @@
 #include <QApplication>
 #include <QDialog>
 #include <QMenuBar>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QQuickWidget>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -29,6 +32,59 @@ bool press(const char* key)
 {
     return PointerDriver::pressKey(QString::fromLatin1(key));
 }
+
+constexpr auto kItems = R"(import QtQuick
+import com.larkspan.vidlets.host
+
+FocusScope {
+    width: 160
+    height: 140
+    focus: true
+
+    Rectangle {
+        objectName: "one"
+        Vidlet.key: "cell"
+        y: 40
+        width: 160
+        height: 60
+    }
+    Rectangle { objectName: "two"; Vidlet.key: "data"; width: 80; height: 30 }
+    Rectangle { objectName: "three"; y: 110; width: 80; height: 30 }
+}
+)";
+
+/// Says in "acted" which of its items got the focus.
+constexpr auto kSceneWithFocus = R"(import QtQuick
+
+Rectangle {
+    id: root
+
+    property string shownKey: vidlet ? vidlet.attribute("key") : ""
+    property string acted
+
+    width: 160
+    height: 90
+
+    FocusScope {
+        focus: true
+
+        Rectangle {
+            width: 100
+            height: 25
+            focus: true
+            activeFocusOnTab: true
+            Keys.onSpacePressed: root.acted = "first"
+        }
+        Rectangle {
+            y: 30
+            width: 100
+            height: 25
+            activeFocusOnTab: true
+            Keys.onSpacePressed: root.acted = "second"
+        }
+    }
+}
+)";
 
 /// A stage with the pointer out of the way.
 class Stage : public AccessStage
@@ -80,6 +136,44 @@ public:
     }
 };
 
+/// A scene of the host's, in a widget named "dialog" or a window of its own.
+class ItemHost
+{
+public:
+    ItemHost(Stage& stage, bool isInWidget)
+    {
+        const QUrl source = QUrl::fromLocalFile(stage.packages.dataPath() + u"/host.qml"_s);
+        if (isInWidget) {
+            widget = std::make_unique<QQuickWidget>(source, stage.window.centralWidget());
+            widget->setObjectName(u"dialog"_s);
+            widget->move(430, 180);
+            widget->show();
+            widget->setFocus();
+            scene = widget->quickWindow();
+            root = widget->rootObject();
+        } else {
+            window = std::make_unique<QQuickView>(source);
+            window->setPosition(300, 200);
+            window->show();
+            window->requestActivate();
+            scene = window.get();
+            root = window->rootObject();
+        }
+    }
+
+    void focus(const QString& name) const
+    {
+        root->findChild<QQuickItem*>(name)->forceActiveFocus();
+    }
+
+    QQuickWindow* scene = nullptr;
+
+private:
+    std::unique_ptr<QQuickWidget> widget;
+    std::unique_ptr<QQuickView> window;
+    QQuickItem* root = nullptr;
+};
+
 } // namespace
 
 class TestVLAccess : public VidletsTest
@@ -93,9 +187,13 @@ private Q_SLOTS:
     void sequence_showsTip_ofView_whenCellHasNone();
     void sequence_showsTip_ofCurrentTab();
     void sequence_showsTip_ofMenuItem_whileMenuIsOpen();
+    void sequence_showsTip_ofItem_data();
+    void sequence_showsTip_ofItem();
+    void sequence_showsTip_ofWidget_whoseItemHasNone();
     void sequence_showsTip_ofEntryOfMenuBar();
     void sequence_showsTip_inModalDialog();
     void sequence_isHandedOn_whenThereIsNothingToShow();
+    void sequence_isHandedOn_whenTipsAreOff();
     void sequence_asksForNoModifiers();
     void sequence_maySpanSeveralKeys();
     void sequence_empty_showsNothing();
@@ -130,6 +228,8 @@ private Q_SLOTS:
     void focus_movesBehindTip_withoutHidingIt();
     void clickOutside_closesTip_fromInside();
     void otherWindow_takesFocusFromTip();
+    void otherWindow_takesFocusFromTip_thatWasActive();
+    void f6_beginsWhereSceneSays();
     void f6_worksInModalDialog();
     void f6_worksWhileMenuIsOpen();
     void pinning_fromInside_givesFocusBack();
@@ -211,6 +311,46 @@ void TestVLAccess::sequence_showsTip_ofMenuItem_whileMenuIsOpen()
     QCOMPARE(VLHostHooks::zone(stage.interface->manager()), zone);
     QTRY_VERIFY_WITH_TIMEOUT(!stage.tipRect().intersects(zone), kPatienceMs);
     stage.file->close();
+}
+
+void TestVLAccess::sequence_showsTip_ofItem_data()
+{
+    QTest::addColumn<bool>("isInWidget");
+    QTest::newRow("in a widget") << true;
+    QTest::newRow("in a window") << false;
+}
+
+void TestVLAccess::sequence_showsTip_ofItem()
+{
+    QFETCH(const bool, isInWidget);
+    Stage stage;
+    stage.packages.write(u"host.qml"_s, kItems);
+    const ItemHost host(stage, isInWidget);
+    QTRY_VERIFY_WITH_TIMEOUT(host.scene->activeFocusItem(), kPatienceMs);
+    host.focus(u"one"_s);
+    QVERIFY(press("shift+F1"));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), u"cell"_s, kPatienceMs);
+    // The focus moves on within the scene.
+    host.focus(u"two"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
+    QVERIFY(press("shift+F1"));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), u"data"_s, kPatienceMs);
+    stage.enter();
+    QVERIFY(press("Escape"));
+    QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(host.scene->activeFocusItem(), kPatienceMs);
+}
+
+void TestVLAccess::sequence_showsTip_ofWidget_whoseItemHasNone()
+{
+    Stage stage;
+    stage.packages.write(u"host.qml"_s, kItems);
+    const ItemHost host(stage, true);
+    QTRY_VERIFY_WITH_TIMEOUT(host.scene->activeFocusItem(), kPatienceMs);
+    // "one" lies in the middle, and is another control.
+    host.focus(u"three"_s);
+    QVERIFY(press("shift+F1"));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), u"dialog"_s, kPatienceMs);
 }
 
 void TestVLAccess::sequence_showsTip_ofEntryOfMenuBar()
@@ -715,6 +855,29 @@ void TestVLAccess::otherWindow_takesFocusFromTip()
     QTRY_COMPARE_WITH_TIMEOUT(line.text(), u"h"_s, kPatienceMs);
 }
 
+void TestVLAccess::otherWindow_takesFocusFromTip_thatWasActive()
+{
+    Stage stage;
+    stage.call(stage.pad, u"pad"_s);
+    QTRY_VERIFY_WITH_TIMEOUT(stage.tipRect().size().width() > 100, kPatienceMs);
+    QVERIFY(PointerDriver::moveTo(stage.tipRect().center()));
+    QVERIFY(PointerDriver::click());
+    QVERIFY(PointerDriver::moveTo(kDesktop));
+    stage.tip()->view()->requestActivate();
+    QTRY_COMPARE_WITH_TIMEOUT(QGuiApplication::focusWindow(), stage.tip()->view(), kPatienceMs);
+    stage.enter();
+    QDialog dialog(&stage.window);
+    QLineEdit line(&dialog);
+    dialog.setModal(true);
+    dialog.resize(200, 100);
+    dialog.show();
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
+    line.setFocus();
+    QVERIFY(press("h"));
+    QTRY_COMPARE_WITH_TIMEOUT(line.text(), u"h"_s, kPatienceMs);
+}
+
 void TestVLAccess::f6_worksInModalDialog()
 {
     Stage stage;
@@ -741,6 +904,24 @@ void TestVLAccess::f6_worksInModalDialog()
     });
     QTimer::singleShot(4 * kPatienceMs, &dialog, &QDialog::reject);
     QCOMPARE(dialog.exec(), int(QDialog::Accepted));
+}
+
+void TestVLAccess::f6_beginsWhereSceneSays()
+{
+    Stage stage;
+    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kSceneWithFocus);
+    stage.call(stage.pad, u"pad"_s);
+    QVERIFY(press("F6"));
+    QVERIFY(press("space"));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.acted(), u"first"_s, kPatienceMs);
+}
+
+void TestVLAccess::sequence_isHandedOn_whenTipsAreOff()
+{
+    Stage stage;
+    stage.interface->context().set(ckDisabled, true);
+    QVERIFY(press("shift+F1"));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shortcuts, 1, kPatienceMs);
 }
 
 void TestVLAccess::f6_worksWhileMenuIsOpen()

@@ -61,12 +61,13 @@ public:
     using VLHostInterface::VLHostInterface;
 
     int accessesMade = 0;
+    bool makesNone = false;
 
 protected:
     VLAccess* createAccess() override
     {
         ++accessesMade;
-        return VLHostInterface::createAccess();
+        return makesNone ? nullptr : VLHostInterface::createAccess();
     }
 };
 
@@ -165,6 +166,7 @@ private Q_SLOTS:
     void manager_isThatOfInterface();
     void createAccess_isCalledOnce_byAccess();
     void createAccess_isCalledOnce_byEventLoop();
+    void createAccess_mayMakeNone();
     void documentation_opensBelowBase_data();
     void documentation_opensBelowBase();
     void documentation_isNotOpened_withoutBase();
@@ -254,6 +256,17 @@ void TestVLHostInterface::createAccess_isCalledOnce_byEventLoop()
     QCOMPARE(interface.accessesMade, 1);
 }
 
+void TestVLHostInterface::createAccess_mayMakeNone()
+{
+    VLContext context;
+    CountingInterface interface(context, {});
+    interface.makesNone = true;
+    QVERIFY(!interface.access());
+    QVERIFY(!interface.access());
+    QCoreApplication::processEvents();
+    QCOMPARE(interface.accessesMade, 1);
+}
+
 void TestVLHostInterface::documentation_opensBelowBase_data()
 {
     QTest::addColumn<QUrl>("base");
@@ -293,6 +306,11 @@ void TestVLHostInterface::documentationBase_tellsScenesOfDocumentation()
     VLContext context;
     VLHostInterface interface(context, {});
     QVERIFY(!interface.context().contains(ckDocumentationEnabled));
+    interface.setDocumentationBase(QUrl(u"https://docs.example.com"_s));
+    QCOMPARE(interface.context().get(ckDocumentationEnabled, false).toBool(), true);
+
+    interface.setDocumentationBase(QUrl());
+    QCOMPARE(interface.context().get(ckDocumentationEnabled, true).toBool(), false);
     interface.setDocumentationBase(QUrl(u"https://docs.example.com"_s));
     QCOMPARE(interface.context().get(ckDocumentationEnabled, false).toBool(), true);
 

@@ -10,8 +10,10 @@
 
 #include <QDockWidget>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QPointer>
 #include <QQuickItem>
+#include <QTimer>
 #include <QTranslator>
 
 #include <algorithm>
@@ -72,6 +74,38 @@ double ratioOfFirstTip(const QString& scenario)
     return result.exitCode == 0 ? result.standardOutput.toDouble() : 0.0;
 }
 
+/// A scene whose own code asks the host for something.
+constexpr auto kAskingScene = R"(import QtQuick
+
+Rectangle {
+    property string shownTitle: vidlet ? vidlet.attribute("title") : ""
+    property int asked: 0
+
+    width: 120
+    height: 60
+    onAskedChanged: vidletView.openExternalResource("languages")
+}
+)";
+
+/// Lets the user choose a language in a dialog with a loop of its own.
+class DialogInterface : public VLHostInterface
+{
+public:
+    using VLHostInterface::VLHostInterface;
+
+    bool openExternalResource(VLExternalResourceType /*type*/, const QString& /*resource*/) override
+    {
+        ++dialogs;
+        context().set(ckLocale, u"de_DE"_s);
+        QEventLoop dialog;
+        QTimer::singleShot(50, &dialog, &QEventLoop::quit);
+        dialog.exec();
+        return true;
+    }
+
+    int dialogs = 0;
+};
+
 } // namespace
 
 class TestVLHostTips : public VidletsTest
@@ -89,6 +123,8 @@ private Q_SLOTS:
     void locale_reachesNextTip();
     void locale_set_twice_renewsOnce();
     void languageChange_showsTipAnew();
+    void locale_chosenInDialog_thatTipHasOpened_data();
+    void locale_chosenInDialog_thatTipHasOpened();
     void warmUp_returnsAtOnce_andMapsNoWindow();
     void warmUp_makesSceneKnown_withoutWarnings();
     void warmUp_leavesTipThatIsUp();
@@ -182,6 +218,13 @@ void TestVLHostTips::locale_set_twice_renewsOnce()
     QCOMPARE(loads, 1);
 }
 
+void TestVLHostTips::locale_chosenInDialog_thatTipHasOpened_data()
+{
+    QTest::addColumn<bool>("isPinned");
+    QTest::newRow("tip") << false;
+    QTest::newRow("pinned tip") << true;
+}
+
 void TestVLHostTips::languageChange_showsTipAnew()
 {
     HostStage stage;
@@ -192,6 +235,25 @@ void TestVLHostTips::languageChange_showsTipAnew()
     QTRY_VERIFY(!scene);
     QCOMPARE(HostStage::titleShownBy(tip), u"Open"_s);
     QVERIFY(tip->isVisible());
+}
+
+void TestVLHostTips::locale_chosenInDialog_thatTipHasOpened()
+{
+    QFETCH(const bool, isPinned);
+    HostStage stage;
+    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kAskingScene);
+    DialogInterface interface(stage.context, {stage.packages.dataPath()});
+    QVERIFY(interface.show(u"open"_s, QPoint(400, 300), stage.open));
+    VLWidget* tip = interface.manager()->widget();
+    QVERIFY(QTest::qWaitForWindowExposed(tip));
+    if (isPinned)
+        tip->view()->setReserved(true);
+    const QPointer<QQuickItem> scene = tip->view()->rootObject();
+    scene->setProperty("asked", 1);
+    QCOMPARE(interface.dialogs, 1);
+    // Its own code was still running then.
+    QVERIFY(scene);
+    QTRY_COMPARE(HostStage::titleShownBy(tip), u"Öffnen"_s);
 }
 
 void TestVLHostTips::warmUp_returnsAtOnce_andMapsNoWindow()

@@ -17,6 +17,7 @@
 #include <QDockWidget>
 #include <QGroupBox>
 #include <QHeaderView>
+#include <QKeySequenceEdit>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -477,6 +478,8 @@ private Q_SLOTS:
     void keyAt_givesKeyAndZone();
     void keyAt_givesKeyAndZone_inMenu();
     void keyAt_givesKeyAndZone_inDialog();
+    void keyAt_takesLineOfSequenceEdit_forTheEdit();
+    void keyAt_takesTitleBarOfHost_forTheDock();
     void keyAt_takesNoZone();
     void keyAt_givesNothing_forWhatIsNoWidget();
 
@@ -536,6 +539,29 @@ void TestVLKeyFinder::keyAt_givesKeyAndZone_inDialog()
     QRect zone;
     QCOMPARE(host.interface->keyAt(&dialog, QPoint(350, 350), &zone), u"dialog"_s);
     QCOMPARE(zone, globalRect(&dialog));
+}
+
+void TestVLKeyFinder::keyAt_takesLineOfSequenceEdit_forTheEdit()
+{
+    Host host;
+    auto* edit = host.gallery.place<QKeySequenceEdit>({320, 250, 120, 30}, u"sequence"_s);
+    auto* line = edit->findChild<QLineEdit*>();
+    QVERIFY(line);
+    QRect zone;
+    const QPoint middle = line->mapToGlobal(line->rect().center());
+    QCOMPARE(host.interface->keyAt(line, middle, &zone), u"sequence"_s);
+    QCOMPARE(zone, globalRect(edit));
+}
+
+void TestVLKeyFinder::keyAt_takesTitleBarOfHost_forTheDock()
+{
+    Host host;
+    auto* title = new QLabel(u"Title"_s);
+    host.gallery.dock->setTitleBarWidget(title);
+    QTRY_VERIFY(title->isVisible());
+    QRect zone;
+    QCOMPARE(host.interface->keyAt(title, globalRect(title).center(), &zone), u"dock"_s);
+    QCOMPARE(zone, globalRect(title));
 }
 
 void TestVLKeyFinder::keyAt_takesNoZone()

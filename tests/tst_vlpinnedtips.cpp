@@ -45,6 +45,19 @@ public:
     QWidget* room = nullptr;
 };
 
+/// Asks the user whether to close, who says no.
+class CloseRefuser : public QObject
+{
+public:
+    bool eventFilter(QObject* /*object*/, QEvent* event) override
+    {
+        if (event->type() != QEvent::Close)
+            return false;
+        event->ignore();
+        return true;
+    }
+};
+
 } // namespace
 
 class TestVLPinnedTips : public VidletsTest
@@ -72,6 +85,7 @@ private Q_SLOTS:
     void closePinnedTips_closesAll_data();
     void closePinnedTips_closesAll();
     void closePinnedTips_closesWindowOfHost();
+    void pinnedTips_keepsOne_thatRefusedToClose();
     void hideTip_leavesPinnedOnes();
     void interface_takesPinnedTipsAlong_data();
     void interface_takesPinnedTipsAlong();
@@ -268,6 +282,25 @@ void TestVLPinnedTips::closePinnedTips_closesAll()
     QCOMPARE(stage.interface->pinnedTips(), QList<VLWidget*>{});
     QTRY_VERIFY(!first && !second);
     QTRY_VERIFY(stage.window->findChildren<QDockWidget*>().isEmpty());
+}
+
+void TestVLPinnedTips::pinnedTips_keepsOne_thatRefusedToClose()
+{
+    HostStage stage;
+    stage.interface->setPinnedArea(Qt::RightDockWidgetArea);
+    VLWidget* tip = stage.pin();
+    auto* dock = stage.window->findChild<QDockWidget*>();
+    QVERIFY(dock);
+    QTRY_VERIFY(!dock->isFloating());
+    CloseRefuser refuser;
+    dock->installEventFilter(&refuser);
+    QVERIFY(!dock->close());
+    dock->removeEventFilter(&refuser);
+
+    stage.window->hide();
+    QCOMPARE(stage.interface->pinnedTips(), QList<VLWidget*>{tip});
+    stage.window->show();
+    QCOMPARE(stage.interface->pinnedTips(), QList<VLWidget*>{tip});
 }
 
 void TestVLPinnedTips::closePinnedTips_closesWindowOfHost()

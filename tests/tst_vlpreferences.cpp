@@ -291,6 +291,11 @@ void TestVLPreferences::showDelay_doesNotHoldBackOtherToolTips()
     // A widget without a tooltip refuses the request, which it has to see for that.
     QCoreApplication::sendEvent(stage.open, &event);
     QVERIFY(!event.isAccepted());
+    // One that has a name, but no content, is no other.
+    stage.open->setObjectName(u"unknown"_s);
+    event.accept();
+    QCoreApplication::sendEvent(stage.open, &event);
+    QVERIFY(!event.isAccepted());
 }
 
 int main(int argc, char** argv)

@@ -554,20 +554,25 @@ void TestVLQuickHover::key_hidesTip()
 void TestVLQuickHover::tip_goesWithItem_data()
 {
     using Going = std::function<void(Host&)>;
+    QTest::addColumn<Way>("way");
     QTest::addColumn<Going>("goes");
-    QTest::newRow("hidden") << Going([](Host& host) { host.item(u"open"_s)->setVisible(false); });
-    QTest::newRow("with its parent") << Going([](Host& host) { host.root->setVisible(false); });
-    QTest::newRow("deleted") << Going([](Host& host) { delete host.item(u"open"_s); });
-    QTest::newRow("taken out") << Going(
-        [](Host& host) { host.item(u"open"_s)->setParentItem(nullptr); });
-    QTest::newRow("window") << Going([](Host& host) { host.window->hide(); });
+    const auto row = [](const char* title, const Going& goes) {
+        QTest::addRow("%s, window", title) << Way::Window << goes;
+        QTest::addRow("%s, widget", title) << Way::Widget << goes;
+    };
+    row("hidden", [](Host& host) { host.item(u"open"_s)->setVisible(false); });
+    row("with its parent", [](Host& host) { host.root->setVisible(false); });
+    row("deleted", [](Host& host) { delete host.item(u"open"_s); });
+    row("taken out", [](Host& host) { host.item(u"open"_s)->setParentItem(nullptr); });
+    QTest::newRow("window") << Way::Window << Going([](Host& host) { host.window->hide(); });
 }
 
 void TestVLQuickHover::tip_goesWithItem()
 {
     using Going = std::function<void(Host&)>;
+    QFETCH(const Way, way);
     QFETCH(const Going, goes);
-    Host host(Way::Window);
+    Host host(way);
     QVERIFY(PointerDriver::moveTo(host.centerOf(u"open"_s)));
     QTRY_COMPARE_WITH_TIMEOUT(host.shownKey(), u"open"_s, kPatienceMs);
     goes(host);
@@ -630,7 +635,8 @@ void TestVLQuickHover::keyAt_findsUppermost_data()
     row("invisible", "Rectangle", "Vidlet.key: 'extra'; visible: false", u"open"_s);
     row("transparent", "Rectangle", "Vidlet.key: 'extra'; opacity: 0", u"open"_s);
     row("half transparent", "Rectangle", "Vidlet.key: 'extra'; opacity: 0.5", u"extra"_s);
-    row("disabled", "Rectangle", "Vidlet.key: 'extra'; enabled: false", u"open"_s);
+    row("disabled", "Rectangle", "Vidlet.key: 'extra'; enabled: false", u"extra"_s);
+    row("covered by what is disabled", "Rectangle", "enabled: false", u"quick"_s);
     row("below", "Rectangle", "Vidlet.key: 'extra'; z: -1", u"open"_s);
     row("clipped away", "Item",
         "Item { clip: true; width: 10; height: 40;"

@@ -5,4 +5,4 @@ vidlets_add_test(
   NAME tst_vlaccess
   DISPLAY
   SOURCES shared/AccessStage.cpp
-  LIBRARIES Vidlets::Host)
+  LIBRARIES Vidlets::Host Qt6::QuickWidgets)

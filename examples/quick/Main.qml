@@ -40,18 +40,12 @@ ApplicationWindow {
             Vidlet.key: "repeat"
             text: "Repeat"
         }
-        // A disabled control does not hover, but what it lies in does.
-        Item {
+        // Why it is disabled is what the tip is for.
+        Button {
             objectName: "pause"
             Vidlet.key: "pause"
-            implicitWidth: pauseButton.implicitWidth
-            implicitHeight: pauseButton.implicitHeight
-
-            Button {
-                id: pauseButton
-                text: "Pause"
-                enabled: false
-            }
+            text: "Pause"
+            enabled: false
         }
 
         Button {
