@@ -280,8 +280,7 @@ struct Row
     TargetMaker target;
 };
 
-/// What needs no more than the window itself, and comes to a pointer that rests.
-QList<Row> rows()
+QList<Row> barRows()
 {
     return {
         {"tool button with menu", [](Gallery& g) { return wholeOf(g.brush, u"brush"_s); }},
@@ -297,6 +296,13 @@ QList<Row> rows()
              QAction* edit = g.menuBar()->actions().at(1);
              return partOf(g.menuBar(), g.menuBar()->actionGeometry(edit), u"editing"_s);
          }},
+        {"status bar", [](Gallery& g) { return wholeOf(g.statusBar(), u"status"_s); }},
+    };
+}
+
+QList<Row> fieldRows()
+{
+    return {
         {"combo box", [](Gallery& g) { return wholeOf(g.combo, u"combo"_s); }},
         {"editable combo box",
          [](Gallery& g) {
@@ -310,6 +316,15 @@ QList<Row> rows()
          [](Gallery& g) {
              return pointOf(g.text->viewport(), {20, 20}, g.text, u"text"_s);
          }},
+        {"disabled button", [](Gallery& g) { return wholeOf(g.disabled, u"disabled"_s); }},
+        {"property", [](Gallery& g) { return wholeOf(g.keyed, u"keyed"_s); }},
+        {"QQuickWidget", [](Gallery& g) { return wholeOf(g.quick, u"quick"_s); }},
+    };
+}
+
+QList<Row> tableRows()
+{
+    return {
         {"table cell",
          [](Gallery& g) { return cellOf(g.table, g.table->model()->index(0, 1), u"cell"_s); }},
         {"table cell without key",
@@ -327,6 +342,12 @@ QList<Row> rows()
          [](Gallery& g) {
              return pointOf(g.table->verticalHeader()->viewport(), {5, 5}, g.table, u"table"_s);
          }},
+    };
+}
+
+QList<Row> listRows()
+{
+    return {
         {"tree",
          [](Gallery& g) {
              QTreeWidgetItem* branch = g.tree->topLevelItem(0)->child(0);
@@ -339,6 +360,12 @@ QList<Row> rows()
          }},
         {"list",
          [](Gallery& g) { return cellOf(g.list, g.list->model()->index(1, 0), u"second"_s); }},
+    };
+}
+
+QList<Row> frameRows()
+{
+    return {
         {"tab by number",
          [](Gallery& g) {
              return partOf(g.tabs->tabBar(), g.tabs->tabBar()->tabRect(0), u"tabs.0"_s);
@@ -359,10 +386,13 @@ QList<Row> rows()
          [](Gallery& g) {
              return pointOf(g.area->viewport(), {80, 60}, g.area, u"area"_s);
          }},
-        {"status bar", [](Gallery& g) { return wholeOf(g.statusBar(), u"status"_s); }},
-        {"disabled button", [](Gallery& g) { return wholeOf(g.disabled, u"disabled"_s); }},
-        {"property", [](Gallery& g) { return wholeOf(g.keyed, u"keyed"_s); }},
-        {"QQuickWidget", [](Gallery& g) { return wholeOf(g.quick, u"quick"_s); }},
+    };
+}
+
+/// What stands for nothing, however close to something that has a key.
+QList<Row> keylessRows()
+{
+    return {
         {"label in a group",
          [](Gallery& g) {
              return nothingAt(g.label, {10, 10});
@@ -376,6 +406,12 @@ QList<Row> rows()
              return nothingAt(g.area->widget(), {10, 10});
          }},
     };
+}
+
+/// What needs no more than the window itself, and comes to a pointer that rests.
+QList<Row> rows()
+{
+    return barRows() + fieldRows() + tableRows() + listRows() + frameRows() + keylessRows();
 }
 
 void addRows()
