@@ -17,8 +17,8 @@ namespace Vidlets {
  *
  * A host sets it; scenes read it as the singleton "VidletPreferences" of the QML module
  * com.larkspan.vidlets.host, and cannot write it. One that is for hosts without the kit as well
- * makes an object with the import in it by Qt.createQmlObject(), within try and catch, and does
- * without where that fails; no warning comes of it. VLHostInterface makes and owns it. On the
+ * keeps the import in a file of its own, makes that by Qt.createComponent(), and does without where
+ * the component is not ready; no warning comes of it. VLHostInterface makes and owns it. On the
  * user-interface thread.
  */
 class VIDLETSHOST_EXPORT VLPreferences : public QObject

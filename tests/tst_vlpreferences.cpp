@@ -41,14 +41,19 @@ Rectangle {
     height: 60
 
     Component.onCompleted: {
-        try {
-            preferences = Qt.createQmlObject("import QtQml; import com.larkspan.vidlets.host 1.0;"
-                + " QtObject { property bool reducedMotion: VidletPreferences.reducedMotion;"
-                + " property real textScale: VidletPreferences.textScale }", root);
-        } catch (error) {
-            preferences = null;
-        }
+        const component = Qt.createComponent("HostPreferences.qml");
+        if (component.status === Component.Ready)
+            preferences = component.createObject(root);
     }
+}
+)";
+
+constexpr auto kHostPreferences = R"(import QtQml
+import com.larkspan.vidlets.host 1.0
+
+QtObject {
+    readonly property bool reducedMotion: VidletPreferences.reducedMotion
+    readonly property real textScale: VidletPreferences.textScale
 }
 )";
 
@@ -173,6 +178,7 @@ void TestVLPreferences::scene_obeysPreferencesOfItsInterface()
     VLHostInterface other(context, {});
     other.preferences()->setTextScale(3.0);
     stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kCarefulScene);
+    stage.packages.write(u"tips.vidlets/ui/HostPreferences.qml"_s, kHostPreferences);
     stage.interface->preferences()->setTextScale(2.0);
     VLWidget* tip = stage.showTip();
     QTRY_COMPARE(shown(tip, "scale_"), QVariant(2.0));
@@ -185,8 +191,9 @@ void TestVLPreferences::scene_worksWithoutModule()
 {
     HostStage stage;
     // A module that is not there, as ours is not in a host without the kit.
-    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s,
-                         QByteArray(kCarefulScene).replace("vidlets.host", "vidlets.none"));
+    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kCarefulScene);
+    stage.packages.write(u"tips.vidlets/ui/HostPreferences.qml"_s,
+                         QByteArray(kHostPreferences).replace("vidlets.host", "vidlets.none"));
     QStringList messages;
     connect(stage.interface.get(), &VLHostInterface::messageRaised, this,
             [&messages](VLMessageType /*type*/, const QString& text) { messages += text; });
