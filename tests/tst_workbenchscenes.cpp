@@ -9,6 +9,7 @@
 #include <QAccessible>
 #include <QDir>
 #include <QImage>
+#include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QScreen>
@@ -30,21 +31,6 @@ constexpr int kPatienceMs = 15000;
 constexpr int kPlaying = 2;
 /// WCAG 2.2 asks for this much between text and ground at its highest level.
 constexpr double kHighContrast = 7.0;
-
-VLPreferences* presentPreferences = nullptr;
-
-/// The module, should the host kit of this build not bring it.
-void provideModule()
-{
-    constexpr auto kModule = "com.larkspan.vidlets.host";
-    if (qmlTypeId(kModule, 1, 0, "VidletPreferences") != -1)
-        return;
-    qmlRegisterSingletonType<VLPreferences>(
-        kModule, 1, 0, "VidletPreferences", [](QQmlEngine* /*engine*/, QJSEngine* /*script*/) {
-            QJSEngine::setObjectOwnership(presentPreferences, QJSEngine::CppOwnership);
-            return presentPreferences;
-        });
-}
 
 class OpeningInterface final : public VLHostInterface
 {
@@ -76,7 +62,6 @@ public:
         interface = std::make_unique<OpeningInterface>(
             context, QStringList{QStringLiteral(WORKBENCH_PACKAGES)});
         interface->setGlobalProperty(u"brushColor"_s, u"#1f4e8c"_s);
-        presentPreferences = interface->preferences();
         button.setGeometry(100, 60, 100, 40);
         if (!bringUp(&button))
             qFatal("The window did not come up");
@@ -239,8 +224,7 @@ class TestWorkbenchScenes : public VidletsTest
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-
+    void module_isThere();
     void textScale_losesNoText_data();
     void textScale_losesNoText();
     void textScale_makesTextLarger();
@@ -258,9 +242,20 @@ private Q_SLOTS:
     void focus_scrollsToWhatHasIt();
 };
 
-void TestWorkbenchScenes::initTestCase()
+/// Without it the scenes work as well, and would pass for ones whose user prefers nothing.
+void TestWorkbenchScenes::module_isThere()
 {
-    provideModule();
+    QQmlEngine engine;
+    QQmlComponent reader(&engine);
+    reader.setData("import QtQml; import com.larkspan.vidlets.host 1.0;"
+                   " QtObject { property real textScale: VidletPreferences.textScale }",
+                   QUrl());
+    const std::unique_ptr<QObject> object(reader.create());
+    QVERIFY2(object, qPrintable(reader.errorString()));
+    // Those of the first interface.
+    const SceneStage stage;
+    stage.interface->preferences()->setTextScale(1.5);
+    QTRY_COMPARE(object->property("textScale").toReal(), 1.5);
 }
 
 void TestWorkbenchScenes::textScale_losesNoText_data()
