@@ -162,6 +162,16 @@ QList<QQuickItem*> tabStopsOf(QQuickItem* scene)
     return result;
 }
 
+/// Whether @p item takes clicks.
+bool isClickable(const QQuickItem* item)
+{
+    if (item->inherits("QQuickMouseArea"))
+        return true;
+    const QObjectList& parts = item->children();
+    return std::any_of(parts.cbegin(), parts.cend(),
+                       [](const QObject* part) { return part->inherits("QQuickTapHandler"); });
+}
+
 QQuickItem* scrolledPageAround(QQuickItem* item)
 {
     QQuickItem* above = item;
@@ -234,6 +244,8 @@ private Q_SLOTS:
     void highContrast_partsTextFromGround();
     void interactiveItems_haveRoleAndName_data();
     void interactiveItems_haveRoleAndName();
+    void clickableItems_haveRoleAndName();
+    void clip_hasTitleForName_withoutCaption();
     void interactiveItems_showFocus();
     void tab_reachesAllInteractiveItems();
     void returnKey_opensLinks();
@@ -411,6 +423,45 @@ void TestWorkbenchScenes::interactiveItems_haveRoleAndName()
             QVERIFY(accessible->state().focusable);
             QVERIFY(item->width() > 0 && item->height() > 0);
         }
+    }
+}
+
+/// Not all of them stop Tab: one that does the same as another need not.
+void TestWorkbenchScenes::clickableItems_haveRoleAndName()
+{
+    SceneStage stage;
+    int clips = 0;
+    const QStringList keys = stage.interface->manager()->keys();
+    for (const QString& key : keys) {
+        const QList<QQuickItem*> items = itemsOf(stage.show(key));
+        for (QQuickItem* item : items) {
+            if (!isClickable(item))
+                continue;
+            const QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(item);
+            QVERIFY(accessible);
+            const bool isClip = accessible->role() == QAccessible::Animation;
+            QVERIFY(isClip || item->activeFocusOnTab());
+            const QString name = accessible->text(QAccessible::Name);
+            QVERIFY2(!name.isEmpty() && !name.contains(u'<'), qPrintable(key));
+            clips += isClip ? 1 : 0;
+        }
+    }
+    QVERIFY(clips > 3);
+}
+
+void TestWorkbenchScenes::clip_hasTitleForName_withoutCaption()
+{
+    SceneStage stage;
+    const QList<QPair<QString, QString>> names = {
+        {u"tool.pen"_s, u"Pen"_s},
+        {u"edit.undo"_s, u"Three strokes are taken back, the last one first."_s},
+    };
+    for (const auto& [key, name] : names) {
+        QQuickItem* frame = clipIn(stage.show(key))->parentItem();
+        QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(frame);
+        QCOMPARE(accessible->text(QAccessible::Name), name);
+        QVERIFY(accessible->actionInterface()->actionNames().contains(
+            QAccessibleActionInterface::pressAction()));
     }
 }
 

@@ -29,7 +29,8 @@ Column {
         backdrop: clip.theme.shade
         textSize: clip.theme.textSize
         autoPlay: !clip.theme.reducedMotion
-        label: caption.text
+        // A title may have variables of the host in it.
+        label: caption.plain(caption.text || clip.wording.attributeOf(vidlet, "title"))
     }
 
     FormattedText {

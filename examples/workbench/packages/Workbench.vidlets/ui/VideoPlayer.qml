@@ -12,8 +12,10 @@ import com.larkspan.vidlets.qml 1.0
 Item {
     id: player
 
-    // The name comes from outside this file, so qmllint cannot know it.
+    // The names come from outside this file, so qmllint cannot know them.
     readonly property var view: vidletView // qmllint disable unqualified
+    readonly property var tip:
+        typeof vidlet === "undefined" ? null : vidlet // qmllint disable unqualified
 
     // The name of the clip within the resource directory of the package.
     property string source
@@ -25,7 +27,7 @@ Item {
 
     // Whether the clip plays without being asked to.
     property bool autoPlay: true
-    // What the clip shows, for screen readers.
+    // What the clip shows, for screen readers; the title of the tip where this is empty.
     property string label
     // The size of the player's own words, in pixels; 0 for that of the application.
     property int textSize: 0
@@ -233,7 +235,8 @@ Item {
         color: player.backdrop
 
         Accessible.role: Accessible.Animation
-        Accessible.name: player.label
+        Accessible.name: player.label || (player.tip ? player.tip.attribute("title") : "")
+        Accessible.onPressAction: player.toggle()
 
         // Paints at its top left corner and at full size, whatever its width and height are.
         VLVideoComponent {
