@@ -180,6 +180,44 @@ QQuickItem* scrolledPageAround(QQuickItem* item)
     return above;
 }
 
+/// The item over the link in the text of the tip for an ellipse, which is its fourth stop of Tab.
+QQuickItem* linkInTextOf(QQuickItem* scene)
+{
+    return tabStopsOf(scene).at(3);
+}
+
+/// The link that the text around @p anchor has at a point of it.
+QString linkAt(const QQuickItem* anchor, const QPointF& point)
+{
+    QString link;
+    QMetaObject::invokeMethod(anchor->parentItem(), "linkAt", Q_RETURN_ARG(QString, link),
+                              Q_ARG(qreal, point.x()), Q_ARG(qreal, point.y()));
+    return link;
+}
+
+bool isOverItsLink(const QQuickItem* anchor)
+{
+    const QRectF place(anchor->position(), anchor->size());
+    const auto isLink = [anchor](const QPointF& point) {
+        return linkAt(anchor, point) == "shapes"_L1;
+    };
+    const QPointF middle = place.center();
+    constexpr qreal kInside = 1.0;
+    return isLink({place.left() + kInside, middle.y()})
+        && isLink({place.right() - kInside, middle.y()})
+        && isLink({middle.x(), place.top() + kInside})
+        && isLink({middle.x(), place.bottom() - kInside})
+        && !isLink({place.left() - kInside, middle.y()})
+        && !isLink({place.right() + kInside, middle.y()})
+        && !isLink({middle.x(), place.top() - kInside})
+        && !isLink({middle.x(), place.bottom() + kInside});
+}
+
+bool isSearched(const QQuickItem* anchor)
+{
+    return anchor->parentItem()->property("isSearched").toBool();
+}
+
 /// What of the text in @p item is lost; empty where all can be read.
 QString lossIn(QQuickItem* item, QQuickItem* scene)
 {
@@ -246,6 +284,10 @@ private Q_SLOTS:
     void interactiveItems_haveRoleAndName();
     void clickableItems_haveRoleAndName();
     void clip_hasTitleForName_withoutCaption();
+    void linkInText_liesWhereTextHasIt_data();
+    void linkInText_liesWhereTextHasIt();
+    void linkInText_isNotSearched_beforeTipIsUp();
+    void linkInText_isSearched_atFocus();
     void interactiveItems_showFocus();
     void tab_reachesAllInteractiveItems();
     void returnKey_opensLinks();
@@ -463,6 +505,51 @@ void TestWorkbenchScenes::clip_hasTitleForName_withoutCaption()
         QVERIFY(accessible->actionInterface()->actionNames().contains(
             QAccessibleActionInterface::pressAction()));
     }
+}
+
+void TestWorkbenchScenes::linkInText_liesWhereTextHasIt_data()
+{
+    QTest::addColumn<QString>("locale");
+    for (const char* locale : {"en_US", "de_DE", "ar_EG"})
+        QTest::newRow(locale) << QString::fromLatin1(locale);
+}
+
+void TestWorkbenchScenes::linkInText_liesWhereTextHasIt()
+{
+    QFETCH(const QString, locale);
+    SceneStage stage(locale);
+    const QQuickItem* anchor = linkInTextOf(stage.show(u"tool.ellipse"_s));
+    QTRY_VERIFY(isOverItsLink(anchor));
+    const QPointF before = anchor->position();
+    const QSizeF sizeBefore = anchor->size();
+    stage.interface->preferences()->setTextScale(2.0);
+    QTRY_VERIFY(anchor->position() != before && anchor->size() != sizeBefore);
+    QTRY_VERIFY(isSearched(anchor) && isOverItsLink(anchor));
+}
+
+/// The search takes its time, which the tip must not take to come up.
+void TestWorkbenchScenes::linkInText_isNotSearched_beforeTipIsUp()
+{
+    SceneStage stage;
+    QVERIFY(stage.interface->show(u"tool.ellipse"_s, QPoint(150, 80), &stage.button));
+    const QQuickItem* anchor = linkInTextOf(stage.view()->rootObject());
+    QVERIFY(!isSearched(anchor));
+    QCOMPARE(anchor->size(), anchor->parentItem()->size());
+    QTRY_VERIFY(isSearched(anchor));
+}
+
+void TestWorkbenchScenes::linkInText_isSearched_atFocus()
+{
+    SceneStage stage;
+    QQuickItem* anchor = linkInTextOf(stage.show(u"tool.ellipse"_s));
+    QVERIFY(stage.activate());
+    QTRY_VERIFY(isSearched(anchor));
+    anchor->parentItem()->setProperty("isSearched", false);
+    anchor->parentItem()->setProperty("places", QVariantMap());
+    QCOMPARE(anchor->size(), anchor->parentItem()->size());
+    anchor->forceActiveFocus();
+    QVERIFY(isSearched(anchor));
+    QVERIFY(isOverItsLink(anchor));
 }
 
 void TestWorkbenchScenes::interactiveItems_showFocus()

@@ -117,6 +117,10 @@ Item {
             if (!above || !interactive) {
                 return;
             }
+            // A link within a text does not know its place yet.
+            if (item.findPlace) {
+                item.findPlace();
+            }
             const top = item.mapToItem(column, 0, 0).y + column.y - tipTheme.gap;
             const bottom = top + item.height + 2 * tipTheme.gap;
             scrollBy(Math.min(top - contentY, Math.max(0, bottom - contentY - height)));
