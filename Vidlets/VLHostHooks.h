@@ -40,8 +40,8 @@ struct VLTipAnchor
 /**
  * What helpers of a host need to know and to do beyond the public classes.
  *
- * Internal: the header is not installed, and only libraries of the project call it. As long as nobody does,
- * nothing of the library behaves otherwise. All on the user-interface thread.
+ * Internal: the header is not installed, and only libraries of the project call it. As long as
+ * nobody does, nothing of the library behaves otherwise. All on the user-interface thread.
  */
 class VIDLETS_EXPORT VLHostHooks final
 {

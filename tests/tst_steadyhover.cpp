@@ -591,8 +591,14 @@ void TestSteadyHover::key_inSceneOfTip_keepsTip()
     QVERIFY(showKey(stage, u"open"_s, &stage.control));
     QTRY_VERIFY_WITH_TIMEOUT(stage.popup()->isVisible(), kPatienceMs);
     QVERIFY(PointerDriver::moveTo(stage.popup()->frameGeometry().center()));
-    QVERIFY(PointerDriver::click());
-    QTRY_VERIFY_WITH_TIMEOUT(stage.scene()->property("activeFocus").toBool(), kPatienceMs);
+    // A click that comes while the window manager is busy with the window gives it no focus.
+    const auto hasFocus = [&stage] { return stage.scene()->property("activeFocus").toBool(); };
+    bool isFocused = false;
+    for (int i = 0; i < 5 && !isFocused; ++i) {
+        QVERIFY(PointerDriver::click());
+        isFocused = QTest::qWaitFor(hasFocus, kPatienceMs / 5);
+    }
+    QVERIFY(isFocused);
     QTest::keyClick(stage.view(), Qt::Key_A);
     QCOMPARE(stage.scene()->property("text").toString(), u"a"_s);
     QVERIFY(stage.popup()->isVisible());
