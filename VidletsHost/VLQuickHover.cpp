@@ -188,7 +188,7 @@ void VLQuickHover::showForPointer()
             || Settings::alwaysShowToolTips(m_record.manager->context()));
     if (!isWanted)
         return;
-    if (show({m_pointerWindow, nullptr}, m_pointer))
+    if (show({qobject_cast<QQuickWindow*>(m_pointerWindow), nullptr}, m_pointer))
         m_fallAsleep.start(QApplication::style()->styleHint(QStyle::SH_ToolTip_FallAsleepDelay));
 }
 

@@ -85,7 +85,9 @@ private:
     QTimer m_wakeUp;
     /// Runs after a tip came up, while the next one is to come sooner.
     QTimer m_fallAsleep;
-    QPointer<QQuickWindow> m_pointerWindow;
+    /// A window of Qt Quick. It is compared with one that is going, too, and is no more than this
+    /// then.
+    QPointer<QWindow> m_pointerWindow;
     QPoint m_pointer;
 
     /// Runs while a finger is held and its tip has not been asked for yet.
