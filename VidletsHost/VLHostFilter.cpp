@@ -40,6 +40,9 @@ bool VLHostFilter::eventFilter(QObject* object, QEvent* event)
 {
     if (m_record.access && m_record.access->filter(object, event))
         return true;
+    // Windows are told before their items, whose events need not be of the type that they say.
+    if (!object->isWidgetType() && !object->isWindowType() && event->isPointerEvent())
+        return false;
     m_record.quickHover->watch(object, event);
     m_record.tipDelay->watch(object, event);
     VLHostInterface* interface = m_record.interface;
