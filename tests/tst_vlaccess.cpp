@@ -645,6 +645,7 @@ void TestVLAccess::esc_leavesDialogAndMenu()
     QVERIFY(press("Escape"));
     QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
     QVERIFY(dialog.isVisible());
+    QTRY_VERIFY_WITH_TIMEOUT(hasKeyboardOfX(&dialog), kPatienceMs);
     QVERIFY(press("Escape"));
     QTRY_VERIFY_WITH_TIMEOUT(!dialog.isVisible(), kPatienceMs);
 
