@@ -453,24 +453,18 @@ void VLTipCaller::giveFocusBack()
 void VLTipCaller::forward(const QKeyEvent* event)
 {
     const std::unique_ptr<QKeyEvent> copy(event->clone());
-    const Qt::KeyboardModifiers held = event->modifiers() & kModifiers;
-    const bool isBack = event->key() == Qt::Key_Backtab || held == Qt::ShiftModifier;
-    const bool isWalk = keyOf(event) == Qt::Key_Tab && event->type() == QEvent::KeyPress
-        && !(held & ~Qt::KeyboardModifiers(Qt::ShiftModifier));
-    const bool isLast = isWalk && nextItem(!isBack) == m_scene->contentItem();
-    const QPointer<QQuickItem> item = focusItem();
     if (sendToScene(copy.get())) {
-        // Newer versions of Qt lead from the last item to the window, which leaves it the focus.
-        if (isLast && item && item == focusItem())
-            walkScene(!isBack);
         // Which may have moved it.
         showFocus();
         return;
     }
+    const bool isPress = event->type() == QEvent::KeyPress;
+    const Qt::KeyboardModifiers held = event->modifiers() & kModifiers;
+    const bool isBack = event->key() == Qt::Key_Backtab || held == Qt::ShiftModifier;
     switch (event->key()) {
     case Qt::Key_Tab:
     case Qt::Key_Backtab:
-        if (isWalk)
+        if (isPress && !(held & ~Qt::KeyboardModifiers(Qt::ShiftModifier)))
             walkScene(!isBack);
         break;
     case Qt::Key_Return:
@@ -516,20 +510,12 @@ QQuickItem* VLTipCaller::focusItem() const
     return item;
 }
 
-QQuickItem* VLTipCaller::nextItem(bool isForward) const
-{
-    QQuickItem* item = focusItem();
-    return item ? item->nextItemInFocusChain(isForward) : nullptr;
-}
-
 void VLTipCaller::walkScene(bool isForward)
 {
     if (!m_scene)
         return;
     const QQuickItem* root = m_scene->contentItem();
-    QQuickItem* next = nextItem(isForward);
-    if (next == root)
-        next = next->nextItemInFocusChain(isForward);
+    QQuickItem* next = focusItem()->nextItemInFocusChain(isForward);
     if (next && next != root)
         next->forceActiveFocus(isForward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     showFocus();

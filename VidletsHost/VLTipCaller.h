@@ -100,7 +100,6 @@ private:
     void forward(const QKeyEvent* event);
     bool sendToScene(QKeyEvent* event);
     QQuickItem* focusItem() const;
-    QQuickItem* nextItem(bool isForward) const;
     void walkScene(bool isForward);
     void showFocus();
 
