@@ -73,6 +73,8 @@ void TestPlainScenes::scenes_comeUp_withoutWarning()
     context.set(ckMessageLevel, int(VLMessageDebug));
     context.set(ckGuardContent, true);
     context.set(ckConfineContent, true);
+    // Else what is above the tip in its file would stay allocated.
+    context.set(ckReleaseClips, true);
     context.set(ckSimpleTooltips, isSimple);
     // Wherever the pointer is.
     context.set(ckStayDuration, 600000);
