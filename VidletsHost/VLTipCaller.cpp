@@ -60,6 +60,15 @@ bool isPlain(const QKeyEvent* event, int key)
     return event->key() == key && !(event->modifiers() & kModifiers);
 }
 
+/// The item behind @p item or in front of it; null where there is none but @p root.
+QQuickItem* nextInChain(QQuickItem& item, const QQuickItem& root, bool isForward)
+{
+    QQuickItem* next = item.nextItemInFocusChain(isForward);
+    if (next == &root)
+        next = next->nextItemInFocusChain(isForward);
+    return next == &root ? nullptr : next;
+}
+
 /// Shift and Tab are told of as a key of their own.
 int keyOf(const QKeyEvent* event)
 {
@@ -452,19 +461,24 @@ void VLTipCaller::giveFocusBack()
 /// space.
 void VLTipCaller::forward(const QKeyEvent* event)
 {
+    const Qt::KeyboardModifiers held = event->modifiers() & kModifiers;
+    const bool isBack = event->key() == Qt::Key_Backtab || held == Qt::ShiftModifier;
+    const bool isWalk = keyOf(event) == Qt::Key_Tab && event->type() == QEvent::KeyPress
+        && !(held & ~Qt::KeyboardModifiers(Qt::ShiftModifier));
+    if (isWalk && wouldLeadOut(!isBack)) {
+        walkScene(!isBack);
+        return;
+    }
     const std::unique_ptr<QKeyEvent> copy(event->clone());
     if (sendToScene(copy.get())) {
         // Which may have moved it.
         showFocus();
         return;
     }
-    const bool isPress = event->type() == QEvent::KeyPress;
-    const Qt::KeyboardModifiers held = event->modifiers() & kModifiers;
-    const bool isBack = event->key() == Qt::Key_Backtab || held == Qt::ShiftModifier;
     switch (event->key()) {
     case Qt::Key_Tab:
     case Qt::Key_Backtab:
-        if (isPress && !(held & ~Qt::KeyboardModifiers(Qt::ShiftModifier)))
+        if (isWalk)
             walkScene(!isBack);
         break;
     case Qt::Key_Return:
@@ -510,13 +524,24 @@ QQuickItem* VLTipCaller::focusItem() const
     return item;
 }
 
+/// Whether the scene would give a Tab away: newer versions of Qt lead from the last item of a scene
+/// to the window that it is embedded in. An editor may want the Tab itself.
+bool VLTipCaller::wouldLeadOut(bool isForward) const
+{
+    QQuickItem* item = focusItem();
+    if (QT_VERSION < QT_VERSION_CHECK(6, 7, 0) || !item
+        || item->flags().testFlag(QQuickItem::ItemAcceptsInputMethod))
+        return false;
+    QQuickItem* root = m_scene->contentItem();
+    const QQuickItem* next = nextInChain(*item, *root, isForward);
+    return !next || next == nextInChain(*root, *root, isForward);
+}
+
 void VLTipCaller::walkScene(bool isForward)
 {
     if (!m_scene)
         return;
-    const QQuickItem* root = m_scene->contentItem();
-    QQuickItem* next = focusItem()->nextItemInFocusChain(isForward);
-    if (next && next != root)
+    if (QQuickItem* next = nextInChain(*focusItem(), *m_scene->contentItem(), isForward))
         next->forceActiveFocus(isForward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     showFocus();
 }

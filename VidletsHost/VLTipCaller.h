@@ -100,6 +100,7 @@ private:
     void forward(const QKeyEvent* event);
     bool sendToScene(QKeyEvent* event);
     QQuickItem* focusItem() const;
+    bool wouldLeadOut(bool isForward) const;
     void walkScene(bool isForward);
     void showFocus();
 
