@@ -172,19 +172,6 @@ bool openNatively(QFile& file, const QString& path, VLContentGuard::Stamp& stamp
 }
 #endif
 
-VLContentGuard::Stamp stampAt(const QString& path)
-{
-#ifdef Q_OS_UNIX
-    const QString native = resolved(path);
-    if (native.startsWith(u'/')) {
-        struct stat status = {};
-        const bool exists = stat(QFile::encodeName(native).constData(), &status) == 0;
-        return exists ? stampOf(status) : VLContentGuard::Stamp();
-    }
-#endif
-    return portableStamp(QFileInfo(path));
-}
-
 /// The place of the first byte that is no UTF-8, or a line of 0 where there is none.
 XmlPosition firstInvalidByte(const QByteArray& document)
 {
@@ -231,6 +218,26 @@ bool VLContentGuard::Stamp::operator==(const Stamp& other) const
 {
     return size == other.size && device == other.device && inode == other.inode
         && modifiedNs == other.modifiedNs && changedNs == other.changedNs;
+}
+
+VLContentGuard::Stamp VLContentGuard::stampAt(const QString& path)
+{
+#ifdef Q_OS_UNIX
+    const QString native = resolved(path);
+    if (native.startsWith(u'/')) {
+        struct stat status = {};
+        const bool exists = stat(QFile::encodeName(native).constData(), &status) == 0;
+        return exists ? stampOf(status) : Stamp();
+    }
+#endif
+    return portableStamp(QFileInfo(path));
+}
+
+void VLContentGuard::explain(const QByteArray& document, XmlReport& report)
+{
+    correctPosition(document, report);
+    if (!report.fault.isNull())
+        explainAmpersand(document, report);
 }
 
 void VLContentGuard::setListener(Listener listener)
@@ -302,9 +309,7 @@ std::unique_ptr<VLXmlElement> VLContentGuard::parse(const QString& path, QLatin1
     VLXmlParser parser(filter, userData);
     XmlReport report;
     std::unique_ptr<VLXmlElement> root(parser.parseGuarded(document, report));
-    correctPosition(document, report);
-    if (!report.fault.isNull())
-        explainAmpersand(document, report);
+    explain(document, report);
     if (report.fault.isNull() && report.rootTag != rootTag) {
         report.fault = u"the root is <%1>, not <%2>"_s.arg(report.rootTag, rootTag);
         report.faultPosition = report.rootPosition;

@@ -20,6 +20,7 @@ class QFile;
 
 namespace Vidlets {
 
+class VLIndexHooks;
 class VLXmlElement;
 
 /**
@@ -100,6 +101,8 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(VLContentGuard)
 
+    friend class VLIndexHooks;
+
     /// What is known of one state of a file.
     struct Record
     {
@@ -112,6 +115,10 @@ private:
     };
 
     static bool open(QFile& file, Stamp& stamp, QString& reason);
+    /// How the file or directory @p path is now.
+    static Stamp stampAt(const QString& path);
+    /// Makes what @p report says of @p document fit for authors.
+    static void explain(const QByteArray& document, XmlReport& report);
     /// Reads up to @p limit bytes; false, with a @p reason, where the file does not open.
     static bool read(const QString& path, qint64 limit, QByteArray& content, Stamp& stamp,
                      QString& reason);

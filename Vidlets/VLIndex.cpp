@@ -8,6 +8,7 @@
 #include "VLContentRoots.h"
 #include "VLContext.h"
 #include "VLSettings.h"
+#include "VLTipFilter.h"
 #include "VLXmlElement.h"
 #include "VLXmlParser.h"
 
@@ -30,31 +31,12 @@ using namespace Qt::StringLiterals;
 namespace Vidlets {
 
 using namespace ContentNames;
+using namespace TipFilter;
 
 namespace {
 
 // A line is classified in pieces of this size, so that a file without line ends stays harmless.
 constexpr qint64 kMaxLineBytes = 1024;
-
-/// The answers of a filter that builds the matching children of one root and passes over the rest.
-int matchChild(QStringView tag, QLatin1String rootTag, QLatin1String childTag, bool matches)
-{
-    if (tag == childTag)
-        return matches ? FilterChildren | KeepChildren : NoElement | SkipChildren;
-    return tag == rootTag ? FilterChildren : NoElement | SkipChildren;
-}
-
-int matchKeyElement(const QString& tag, const QXmlStreamAttributes& attributes, void* userData)
-{
-    const auto& key = *static_cast<const QString*>(userData);
-    return matchChild(tag, kControlFileTag, kTipTag, attributes.value(keyAttribute()) == key);
-}
-
-int matchKeyDataElement(const QString& tag, const QXmlStreamAttributes& attributes, void* userData)
-{
-    const auto& key = *static_cast<const QString*>(userData);
-    return matchChild(tag, kKeyDataFileTag, kKeyDataTag, attributes.value(nameAttribute()) == key);
-}
 
 const QRegularExpression& tagPattern()
 {
@@ -411,6 +393,11 @@ void VLIndex::setResolvedPaths(const QString& file, const QString& root)
 VLContentGuard& VLIndex::guard()
 {
     return d->guard;
+}
+
+const QList<IndexedLocation>& VLIndex::locations() const
+{
+    return d->locations;
 }
 
 VLContext& VLIndex::context()

@@ -20,6 +20,7 @@ namespace Vidlets {
 
 class VLContentGuard;
 class VLContentRoots;
+class VLIndexHooks;
 class VLIndexPrivate;
 class VLManagerPrivate;
 class VLXmlElement;
@@ -209,6 +210,7 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(VLIndex)
 
+    friend class VLIndexHooks;
     friend class VLManager;
     friend class VLManagerPrivate;
     friend class VLSceneFence;
@@ -231,6 +233,9 @@ private:
      * need be asked of the disk again for each file. Null strings end a walk.
      */
     void setResolvedPaths(const QString& file, const QString& root);
+
+    /// Returns the control files in search order.
+    const QList<IndexedLocation>& locations() const;
 
     /// The way to content files where ckGuardContent is set.
     VLContentGuard& guard();

@@ -341,19 +341,27 @@ QList<QObject*> VLXmlParser::parse(QFile* file)
 
 VLXmlElement* VLXmlParser::parseGuarded(const QByteArray& document, XmlReport& report)
 {
+    QXmlStreamReader reader(document);
+    std::unique_ptr<VLXmlElement> root(parseSurviving(reader, report));
+    return report.fault.isNull() ? root.release() : nullptr;
+}
+
+VLXmlElement* VLXmlParser::parseSurviving(QXmlStreamReader& reader, XmlReport& report)
+{
     const std::unique_ptr<VLXmlElement> sentinel(d->openDocument());
     d->report = &report;
-    QXmlStreamReader reader(document);
     d->readDocument(reader);
     d->report = nullptr;
+    report.openTags = d->stack.size() - 1;
     d->stack.clear();
     qDeleteAll(std::exchange(d->orphans, {}));
     if (reader.hasError()) {
         report.fault = reader.errorString();
         report.faultPosition = readPosition(reader);
-        return nullptr;
+        if (report.openTags != 1)
+            return nullptr;
     }
-    // Well-formed: there is one root at most.
+    // A document has one root at most.
     auto* root = sentinel->findChild<VLXmlElement*>(QString(), Qt::FindDirectChildrenOnly);
     if (root)
         root->setParent(nullptr);

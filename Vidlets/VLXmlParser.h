@@ -15,6 +15,7 @@
 class QByteArray;
 class QFile;
 class QObject;
+class QXmlStreamReader;
 
 namespace Vidlets {
 
@@ -97,6 +98,7 @@ private:
     Q_DISABLE_COPY_MOVE(VLXmlParser)
 
     friend class VLContentGuard;
+    friend class VLIndexHooks;
 
     /**
      * Reads @p document and gives its root only if all of it is well-formed.
@@ -105,6 +107,15 @@ private:
      * why.
      */
     VLXmlElement* parseGuarded(const QByteArray& document, XmlReport& report);
+
+    /**
+     * Reads all of @p reader and gives the root, even where the document breaks off, as long as
+     * nothing but the root was open then: such a root outlives the parser that parse() is asked of.
+     *
+     * Whatever was built otherwise is deleted, and nothing stays open. @p report tells where and
+     * why.
+     */
+    VLXmlElement* parseSurviving(QXmlStreamReader& reader, XmlReport& report);
 
     const std::unique_ptr<VLXmlParserPrivate> d;
 };

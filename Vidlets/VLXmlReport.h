@@ -22,6 +22,8 @@ struct XmlReport
     /// Why the document is not well-formed, in the reader's words; null where it is.
     QString fault;
     XmlPosition faultPosition;
+    /// How many tags were open at the fault.
+    qsizetype openTags = 0;
     /// The qualified name of the root, built or not; null where there is none.
     QString rootTag;
     /// Where its start tag ends.

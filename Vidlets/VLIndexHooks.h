@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLINDEXHOOKS_H
+#define VLINDEXHOOKS_H
+
+#include "VLIndex.h"
+#include "VLXmlReport.h"
+#include <Vidlets/VidletsExport.h>
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+class QFile;
+class QIODevice;
+
+namespace Vidlets {
+
+class VLXmlElement;
+
+/// What tells one state of a file from the next; all 0 for a file that is not there.
+struct VLFileStamp
+{
+    qint64 size = 0;
+    /// When the content was written last.
+    qint64 modifiedNs = 0;
+    /// When anything about the file was changed last, which nobody can set back.
+    qint64 changedNs = 0;
+
+    friend bool operator==(const VLFileStamp& left, const VLFileStamp& right)
+    {
+        return left.size == right.size && left.modifiedNs == right.modifiedNs
+            && left.changedNs == right.changedNs;
+    }
+    friend bool operator!=(const VLFileStamp& left, const VLFileStamp& right)
+    {
+        return !(left == right);
+    }
+};
+
+/**
+ * What an index with a table needs to know and to do beyond what VLIndex gives to each derived
+ * class.
+ *
+ * Internal: the header is not installed, and only the host kit calls it. What says so may be called
+ * on any thread, all else is for the user-interface thread.
+ */
+class VIDLETS_EXPORT VLIndexHooks final
+{
+public:
+    VLIndexHooks() = delete;
+
+    /// Returns the control files of @p index in search order.
+    static const QList<IndexedLocation>& locations(const VLIndex& index);
+
+    /**
+     * Opens @p file for reading if it is a regular file; no other is touched. On any thread.
+     *
+     * @param[out] stamp How the file is, if it is there.
+     * @param[out] reason Why it was not opened.
+     */
+    static bool open(QFile& file, VLFileStamp& stamp, QString& reason);
+
+    /// Returns how the file @p path is now. On any thread.
+    static VLFileStamp stampAt(const QString& path);
+
+    /**
+     * Reads a control file for @p key as VLIndex::load() does, up to the choice of the one tip.
+     *
+     * @param[out] report What the parser met. A document that breaks has its root all the same if
+     *             nothing but the root was open then.
+     * @return The root with what was built for the key, or null.
+     */
+    static std::unique_ptr<VLXmlElement> parse(QIODevice& device, const QString& key,
+                                               XmlReport& report);
+
+    /// Makes what @p report says of the fault of @p document fit for authors. On any thread.
+    static void explain(const QByteArray& document, XmlReport& report);
+
+    /// Hands a warning to whoever listens to the guard of @p index, once for as long as @p path
+    /// stays as it is. A line of 0 stands for the whole file.
+    static void warn(VLIndex& index, const QString& path, XmlPosition position,
+                     const QString& reason);
+};
+
+} // namespace Vidlets
+
+#endif
