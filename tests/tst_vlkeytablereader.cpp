@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "PackageBuilder.h"
+#include "TreeText.h"
 #include "VidletsTest.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLXmlElement.h>
@@ -50,19 +51,6 @@ QStringList keysOf(const VLKeyTableFile& file, Kind kind)
             keys.append(row.key);
     }
     return keys;
-}
-
-/// All there is to a tree, as text.
-QString dump(const VLXmlElement* element)
-{
-    QString text =
-        u"(%1|%2|%3"_s.arg(element->getTagName(), element->getTagNameSpace(), element->content());
-    const QList<QString> names = element->attributeNames();
-    for (const QString& name : names)
-        text += u"|%1=%2"_s.arg(name, element->attribute(name));
-    for (const QObject* child : element->children())
-        text += dump(qobject_cast<const VLXmlElement*>(child));
-    return text + u')';
 }
 
 QByteArray inEncoding(const QString& text, QStringConverter::Encoding encoding, bool withMark)
@@ -412,7 +400,7 @@ void TestVLKeyTableReader::range_givesSameTreeAsWholeFile()
     const KeyTableRange::Result whole = readWhole(sourceOf(path, file), u"k"_s);
     QCOMPARE(whole.outcome, Outcome::Found);
     QCOMPARE(part.outcome, Outcome::Found);
-    QCOMPARE(dump(part.root.get()), dump(whole.root.get()));
+    QCOMPARE(textOfTree(part.root.get()), textOfTree(whole.root.get()));
     QCOMPARE(part.root->content(), QString());
 }
 

@@ -7,3 +7,4 @@ vidlets_add_test(
   SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableRange.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableReader.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp)
+vidlets_add_test(NAME tst_vlkeytableindex LIBRARIES Vidlets::Host)

@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLKeyTableIndex.h"
+
+#include "VLKeyTableIndexPrivate.h"
+#include <Vidlets/VLContentNames.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+VLKeyTableIndex::VLKeyTableIndex(VLContext* context, const QList<QString>& paths)
+    : VLIndex(context, paths)
+    , d(std::make_unique<VLKeyTableIndexPrivate>(this))
+{
+    // An index may be left behind, but no thread may outlive what it uses.
+    if (QCoreApplication* application = QCoreApplication::instance())
+        connect(application, &QObject::destroyed, this, [this] { d->stop(); });
+}
+
+VLKeyTableIndex::~VLKeyTableIndex()
+{
+    d->stop();
+}
+
+bool VLKeyTableIndex::isBuilt() const
+{
+    return d->isBuilt();
+}
+
+bool VLKeyTableIndex::waitUntilBuilt(int ms)
+{
+    return d->waitUntilBuilt(ms);
+}
+
+void VLKeyTableIndex::refresh()
+{
+    d->findChanges();
+}
+
+bool VLKeyTableIndex::clear()
+{
+    d->dropTable();
+    return VLIndex::clear();
+}
+
+bool VLKeyTableIndex::remove()
+{
+    d->dropTable();
+    return VLIndex::remove();
+}
+
+VLXmlElement* VLKeyTableIndex::retrieve(const QString& key, const QLocale& locale, QString& path,
+                                        int& depth, VLXmlElement*& root)
+{
+    if (VLIndexHooks::locations(*this).isEmpty())
+        return nullptr;
+    root = nullptr;
+    int file = 0;
+    std::unique_ptr<VLXmlElement> tree = d->lookUp(key, locale, file);
+    VLXmlElement* element = nullptr;
+    if (tree) {
+        element = qobject_cast<VLXmlElement*>(tree->children().constFirst());
+        d->addKeyData(key, element);
+        const IndexedLocation location = d->locationOf(file);
+        element->setAttribute(ContentNames::locationAttribute(), location.location);
+        element->setAttribute(ContentNames::packageNameAttribute(),
+                              packageNameForLocation(location.location));
+        depth = location.depth;
+        path = QFileInfo(location.location).dir().absolutePath();
+        root = tree.release();
+    }
+    d->tell();
+    return element;
+}
+
+bool VLKeyTableIndex::store(VLXmlElement* element, const QLocale& locale, const QString& location,
+                            int depth)
+{
+    const qsizetype count = VLIndexHooks::locations(*this).size();
+    VLIndex::store(element, locale, location, depth);
+    d->recordNew(count, false);
+    return true;
+}
+
+QList<QString> VLKeyTableIndex::keys()
+{
+    const QStringList keys = d->keys();
+    d->tell();
+    return keys;
+}
+
+void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
+{
+    if (!file.startsWith(root))
+        return;
+    // Where content is guarded, the base class does not fall for them.
+    if (!d->isGuarded()) {
+        const QFileInfo info(file);
+        if (!info.exists())
+            return;
+        QString reason;
+        if (!info.isFile())
+            reason = u"not a regular file"_s;
+        else if (!VLKeyTableIndexPrivate::leadsUpTo(file, root))
+            reason = u"not below the package %1"_s.arg(root);
+        if (!reason.isNull()) {
+            d->noteProblem(file, {{}, reason}, true);
+            d->tell();
+            return;
+        }
+    }
+    const qsizetype count = VLIndexHooks::locations(*this).size();
+    VLIndex::indexControlFile(file, root);
+    d->recordNew(count, true);
+}
+
+} // namespace Vidlets
+
+#include "moc_VLKeyTableIndex.cpp"

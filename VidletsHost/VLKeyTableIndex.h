@@ -1,0 +1,149 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLKEYTABLEINDEX_H
+#define VLKEYTABLEINDEX_H
+
+#include <Vidlets/VLIndex.h>
+
+#include <QList>
+#include <QLocale>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+
+#include <VidletsHost/VidletsHostExport.h>
+
+namespace Vidlets {
+
+class VLKeyTableIndexPrivate;
+
+/**
+ * A VLIndex whose lookups take the same time however many control files there are.
+ *
+ * It keeps a table of which key stands where in which control file, and reads nothing but the bytes
+ * of the one tip that is asked for. It answers as VLIndex does:
+ *
+ * 1. The control file that was indexed last comes first, those added by store() come last.
+ * 2. A file counts as having a key only if exactly one of its tips has it, and only if the file has
+ *    no locale or the requested one.
+ * 3. The first file that counts serves the key.
+ *
+ * The root that comes with a tip has its tag, its namespace and its attributes, but no text.
+ *
+ * The table is built on a thread of its own, from the next turn of the event loop on. Until a file
+ * is in the table, a lookup that comes to it reads it at once, so that each answer is right from
+ * the first moment on.
+ *
+ * The file that answers is looked at in each lookup: where it has gone, or has another size or
+ * time, it is read anew before the answer is given. A change in any other file, which could answer
+ * in its place, counts after refresh().
+ *
+ * No file ends the process. One that VLIndex does not survive, or that is no regular file, counts
+ * as having no keys until it changes, and so does any file with a fault where ckGuardContent is
+ * set; problemFound() tells of it. Without ckGuardContent a file that breaks between two tips keeps
+ * those before the fault. Nothing is written to standard output.
+ *
+ * All on the user-interface thread. Unlike a VLIndex, it may be deleted, which ends its thread; a
+ * host that deletes it does so after its VLInterface.
+ */
+class VIDLETSHOST_EXPORT VLKeyTableIndex : public VLIndex
+{
+    Q_OBJECT
+
+public:
+    /**
+     * Makes an empty index without a parent.
+     *
+     * @param context The settings to read; stays the caller's and may be null or die before the
+     *                index, which then goes on with defaults.
+     * @param paths The data paths, as for VLIndex.
+     */
+    VLKeyTableIndex(VLContext* context, const QList<QString>& paths);
+    /// Ends the thread; at most the file that it reads is in the way of that, up to its next part.
+    ~VLKeyTableIndex() override;
+
+    /// Returns whether each control file that is recorded has been read; true where there are none.
+    bool isBuilt() const;
+
+    /**
+     * Waits until each control file has been read, without an event loop. built() and
+     * progressChanged() are emitted meanwhile.
+     *
+     * @param ms How long to wait at most, in milliseconds; below 0 there is no limit.
+     * @return isBuilt().
+     */
+    bool waitUntilBuilt(int ms = -1);
+
+    /**
+     * Asks each recorded control file for its size and time, on this thread. Those that are others
+     * than they were are out of the table until they have been read anew, so that lookups are right
+     * at once.
+     */
+    void refresh();
+
+    /// Drops what was read of the control files. They stay recorded, and are read anew. Always
+    /// returns true.
+    bool clear() override;
+    /// As clear().
+    bool remove() override;
+
+    /**
+     * Finds the content for @p key in @p locale. Both are matched exactly.
+     *
+     * @param[out] path The absolute path of the control file's directory. It is left untouched on
+     *             failure.
+     * @param[out] depth How many steps lead from the control file up to the package root. It is
+     *             left untouched on failure.
+     * @param[out] root The top of the tree that the result is part of. The caller owns it, and with
+     *             it the result. Null without a result; left untouched where no file is recorded.
+     * @return The content, or null where no control file has it.
+     */
+    VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path, int& depth,
+                           VLXmlElement*& root) override;
+
+    /// Records the control file @p location at the end of the search order, unless it is recorded
+    /// with the same @p depth already. @p element and @p locale are ignored. Always returns true.
+    bool store(VLXmlElement* element, const QLocale& locale, const QString& location,
+               int depth) override;
+
+    /**
+     * Reads every control file and lists the keys in it.
+     *
+     * @return The keys in search order, then document order. They are neither sorted nor freed of
+     *         duplicates.
+     */
+    QList<QString> keys() override;
+
+    /// Records @p file at the front of the search order if its first tag marks it as a control
+    /// file. What is no regular file, or does not lie below @p root, is not recorded.
+    void indexControlFile(const QString& file, const QString& root) override;
+
+Q_SIGNALS:
+    /// Each control file that is recorded has been read. It comes again after files were added,
+    /// changed or dropped.
+    void built();
+
+    /// @p done of the @p total control files that are recorded have been read.
+    void progressChanged(int done, int total);
+
+    /// Lookups of @p keys, each named once, may give something else than before, in some locale: a
+    /// file that was read before has been read anew. By then they do.
+    void changed(const QStringList& keys);
+
+    /// The file @p file has a fault at @p line and @p column, both counted from 1; a line of 0
+    /// stands for the file as a whole. It comes once for each state of a file.
+    void problemFound(const QString& file, int line, int column, const QString& text);
+
+private:
+    Q_DISABLE_COPY_MOVE(VLKeyTableIndex)
+
+    friend class VLKeyTableIndexPrivate;
+
+    const std::unique_ptr<VLKeyTableIndexPrivate> d;
+};
+
+} // namespace Vidlets
+
+#endif

@@ -1,0 +1,477 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VLKeyTableIndexPrivate.h"
+
+#include "VLKeyTableIndex.h"
+#include "VLKeyTableReader.h"
+#include <Vidlets/VLContentNames.h>
+#include <Vidlets/VLSettings.h>
+#include <Vidlets/VLXmlElement.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QPointer>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+namespace {
+
+// What takes well below a frame, however many tips the files have.
+constexpr qsizetype kResultsPerTurn = 32;
+// A file that changes faster than it is read has no answer.
+constexpr int kMaxReadsInLookup = 3;
+
+/// Whether two rows give the same tip, wherever it stands.
+bool isSameTip(const VLKeyTableRow& left, const VLKeyTableRow& right)
+{
+    return left.kind == right.kind && left.length == right.length && left.length > 0
+        && left.checksum == right.checksum;
+}
+
+} // namespace
+
+VLKeyTableIndexPrivate::VLKeyTableIndexPrivate(VLKeyTableIndex* owner)
+    : m_owner(owner)
+    , m_builder([owner] {
+        QMetaObject::invokeMethod(
+            owner,
+            [owner] {
+                owner->d->takeResults();
+                owner->d->tell();
+            },
+            Qt::QueuedConnection);
+    })
+{
+}
+
+bool VLKeyTableIndexPrivate::isGuarded() const
+{
+    return Settings::guardContent(m_owner->context());
+}
+
+bool VLKeyTableIndexPrivate::leadsUpTo(const QString& file, const QString& root)
+{
+    if (file.size() > root.size() && file.at(root.size()) == u'/' && !file.contains("/../"_L1))
+        return true;
+    const QString rootPath = QDir(root).canonicalPath();
+    QDir dir(QFileInfo(file).absoluteFilePath());
+    while (dir.canonicalPath() != rootPath) {
+        if (dir.isRoot() || !dir.cdUp())
+            return false;
+    }
+    return true;
+}
+
+void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst)
+{
+    const QList<IndexedLocation>& locations = VLIndexHooks::locations(*m_owner);
+    if (locations.size() == count)
+        return;
+    File file;
+    file.location = isFirst ? locations.constFirst() : locations.constLast();
+    file.order = isFirst ? --m_firstOrder : ++m_lastOrder;
+    m_files.push_back(file);
+    await(int(m_files.size()) - 1);
+}
+
+void VLKeyTableIndexPrivate::dropTable()
+{
+    m_builder.clear();
+    m_table.clear();
+    m_unsubmitted.clear();
+    for (size_t i = 0; i < m_files.size(); ++i) {
+        m_files[i].isKnown = false;
+        await(int(i));
+    }
+}
+
+void VLKeyTableIndexPrivate::findChanges()
+{
+    for (size_t i = 0; i < m_files.size(); ++i) {
+        const File& file = m_files[i];
+        if (file.isWaiting)
+            continue;
+        if (!file.isSettled || VLIndexHooks::stampAt(file.location.location) != file.stamp)
+            await(int(i));
+    }
+}
+
+/// Takes the file out of the table until it has been read.
+void VLKeyTableIndexPrivate::await(int file)
+{
+    File& record = m_files[file];
+    ++record.generation;
+    record.isWaiting = true;
+    m_waiting.insert(record.order, file);
+    m_unsubmitted.append(file);
+    scheduleBuilding();
+}
+
+void VLKeyTableIndexPrivate::scheduleBuilding()
+{
+    if (std::exchange(m_isBuildingScheduled, true))
+        return;
+    // Not before the host is through with its scan, which the thread would get in the way of.
+    QMetaObject::invokeMethod(
+        m_owner, [this] { startBuilding(); }, Qt::QueuedConnection);
+}
+
+void VLKeyTableIndexPrivate::startBuilding()
+{
+    m_isBuildingScheduled = false;
+    QList<int> files = std::exchange(m_unsubmitted, {});
+    const auto isSearchedBefore = [this](int left, int right) {
+        return m_files[left].order < m_files[right].order;
+    };
+    std::sort(files.begin(), files.end(), isSearchedBefore);
+    QList<VLKeyTableBuilder::Job> jobs;
+    jobs.reserve(files.size());
+    for (const int file : std::as_const(files)) {
+        const File& record = m_files[file];
+        if (record.isWaiting)
+            jobs.append({file, record.generation, record.location.location});
+    }
+    m_builder.add(jobs);
+}
+
+bool VLKeyTableIndexPrivate::takeResults()
+{
+    const QList<VLKeyTableBuilder::Result> results = m_builder.take(kResultsPerTurn);
+    for (const VLKeyTableBuilder::Result& result : results) {
+        if (result.generation == m_files[result.file].generation)
+            apply(result.file, result.content);
+    }
+    // The builder announces nothing more while some are left.
+    if (results.size() == kResultsPerTurn) {
+        QMetaObject::invokeMethod(
+            m_owner,
+            [this] {
+                takeResults();
+                tell();
+            },
+            Qt::QueuedConnection);
+    }
+    return !results.isEmpty();
+}
+
+bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
+{
+    const QDeadlineTimer deadline =
+        ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
+    const QPointer<VLKeyTableIndex> owner(m_owner);
+    startBuilding();
+    while (!isBuilt()) {
+        if (!takeResults()) {
+            if (m_builder.isStopped())
+                readNow(m_waiting.first());
+            else if (!m_builder.waitForResults(deadline))
+                break;
+        }
+        tell();
+        if (!owner)
+            return false;
+    }
+    return isBuilt();
+}
+
+void VLKeyTableIndexPrivate::stop()
+{
+    m_builder.stop();
+}
+
+std::unique_ptr<VLXmlElement> VLKeyTableIndexPrivate::lookUp(const QString& key,
+                                                             const QLocale& locale, int& file)
+{
+    m_readInLookup.clear();
+    for (;;) {
+        bool mustLookAgain = false;
+        const QList<VLKeyTable::Hit> hits = candidates(key);
+        for (const VLKeyTable::Hit& hit : hits) {
+            const File& record = m_files[hit.file];
+            if (!m_waiting.isEmpty() && m_waiting.firstKey() < record.order)
+                break;
+            if (!serves(record, locale))
+                continue;
+            if (hit.row.kind == VLKeyTableRowKind::Hidden) {
+                letBaseWarn(hit.file, key, locale, u'k');
+                continue;
+            }
+            std::unique_ptr<VLXmlElement> root = readHit(hit, key, mustLookAgain);
+            if (mustLookAgain)
+                break;
+            if (!root)
+                continue;
+            file = hit.file;
+            if (root->hasAttribute(ContentNames::searchAttribute()))
+                letBaseWarn(hit.file, key, locale, u's');
+            return root;
+        }
+        if (mustLookAgain)
+            continue;
+        if (m_waiting.isEmpty())
+            return nullptr;
+        if (!takeResults())
+            readNow(m_waiting.first());
+    }
+}
+
+/// The rows that the table has for the key, in search order.
+QList<VLKeyTable::Hit> VLKeyTableIndexPrivate::candidates(const QString& key) const
+{
+    QList<VLKeyTable::Hit> hits = m_table.find(key);
+    const auto isOutOfTable = [this](const VLKeyTable::Hit& hit) {
+        return m_files[hit.file].isWaiting;
+    };
+    hits.erase(std::remove_if(hits.begin(), hits.end(), isOutOfTable), hits.end());
+    std::sort(hits.begin(), hits.end(), [this](const auto& left, const auto& right) {
+        return m_files[left.file].order < m_files[right.file].order;
+    });
+    return hits;
+}
+
+std::unique_ptr<VLXmlElement>
+VLKeyTableIndexPrivate::readHit(const VLKeyTable::Hit& hit, const QString& key, bool& mustLookAgain)
+{
+    using KeyTableRange::Outcome;
+    const KeyTableRange::Source source = sourceOf(m_files[hit.file]);
+    KeyTableRange::Result result = KeyTableRange::read(source, hit.row, key);
+    if (result.outcome == Outcome::Found)
+        return std::move(result.root);
+    if (result.outcome == Outcome::Absent) {
+        mustLookAgain = true;
+        apply(hit.file, VLKeyTableFile());
+        return nullptr;
+    }
+    const int reads = m_readInLookup.value(hit.file);
+    if (reads == 0 || (result.outcome == Outcome::Changed && reads < kMaxReadsInLookup)) {
+        mustLookAgain = true;
+        readNow(hit.file);
+        return nullptr;
+    }
+    // The row is as it should be, and its bytes do not stand for themselves.
+    return std::move(KeyTableRange::readWhole(source, key).root);
+}
+
+bool VLKeyTableIndexPrivate::serves(const File& file, const QLocale& locale) const
+{
+    const bool isUsable = file.state == VLKeyTableState::Whole
+        || (!isGuarded()
+            && (file.state == VLKeyTableState::Survived || file.state == VLKeyTableState::Foreign));
+    return isUsable && (file.locale == 0 || m_locales.at(file.locale) == locale);
+}
+
+KeyTableRange::Source VLKeyTableIndexPrivate::sourceOf(const File& file) const
+{
+    const bool isForeign = file.isForeign;
+    return {file.location.location, file.stamp, file.unit, file.headLength,
+            isForeign ? QString(ContentNames::kTipTag) : QString(ContentNames::kControlFileTag)};
+}
+
+/// Where content is guarded, the base class warns of what lookups come across: it gets its chance
+/// once in each state of a file.
+void VLKeyTableIndexPrivate::letBaseWarn(int file, const QString& key, const QLocale& locale,
+                                         QChar reason)
+{
+    if (!isGuarded())
+        return;
+    QSet<QString>& warned = m_warned[file];
+    // What is wrong with the root is told at any of its tips.
+    const QString mark = reason == u'k' ? reason + key : QString(reason);
+    if (warned.contains(mark))
+        return;
+    warned.insert(mark);
+    VLXmlElement* root = nullptr;
+    m_owner->load(key, m_files[file].location.location, locale, root);
+    delete root;
+}
+
+void VLKeyTableIndexPrivate::addKeyData(const QString& key, VLXmlElement* element)
+{
+    const QString path = Settings::keyDataFile(m_owner->context());
+    if (path.isEmpty())
+        return;
+    noteProblem(path, m_keyData.check(path), false);
+    if (isGuarded()) {
+        m_owner->loadKeyData(key, element);
+        return;
+    }
+    const VLKeyTableKeyData::Attributes attributes = m_keyData.attributesFor(key);
+    for (const auto& [name, value] : attributes)
+        element->setAttribute(name, value);
+}
+
+QStringList VLKeyTableIndexPrivate::keys()
+{
+    std::vector<int> files(m_files.size());
+    for (size_t i = 0; i < files.size(); ++i)
+        files[i] = int(i);
+    std::sort(files.begin(), files.end(),
+              [this](int left, int right) { return m_files[left].order < m_files[right].order; });
+    QStringList keys;
+    for (const int file : files) {
+        const QString& path = m_files[file].location.location;
+        const VLKeyTableFile content = VLKeyTableReader(path, VLKeyTableReader::Keys::List).read();
+        apply(file, content);
+        if (content.state == VLKeyTableState::Whole || !isGuarded())
+            keys += content.listedKeys;
+    }
+    return keys;
+}
+
+void VLKeyTableIndexPrivate::readNow(int file)
+{
+    ++m_readInLookup[file];
+    apply(file, VLKeyTableReader(m_files[file].location.location).read());
+}
+
+void VLKeyTableIndexPrivate::apply(int file, const VLKeyTableFile& content)
+{
+    noteFault(file, content);
+    noteChanges(file, content);
+    File& record = m_files[file];
+    if (record.stamp != content.stamp)
+        m_warned.remove(file);
+    m_table.replace(file, content.rows);
+    record.stamp = content.stamp;
+    record.headLength = content.headLength;
+    record.locale = localeNumber(content.locale);
+    record.state = content.state;
+    record.unit = content.unit;
+    record.isForeign = content.rootTag == ContentNames::kTipTag;
+    record.isSettled = content.isSettled || content.state == VLKeyTableState::Absent;
+    record.isKnown = true;
+    ++record.generation;
+    if (!std::exchange(record.isWaiting, false))
+        return;
+    m_waiting.remove(record.order);
+    m_mustTellProgress = true;
+    m_mustTellBuilt = m_waiting.isEmpty();
+}
+
+int VLKeyTableIndexPrivate::localeNumber(const QString& name)
+{
+    const auto found = m_localeNumbers.constFind(name);
+    if (found != m_localeNumbers.cend())
+        return *found;
+    m_locales.append(QLocale(name));
+    const int number = int(m_locales.size()) - 1;
+    m_localeNumbers.insert(name, number);
+    return number;
+}
+
+void VLKeyTableIndexPrivate::noteFault(int file, const VLKeyTableFile& content)
+{
+    if (content.problem.text.isNull()) {
+        m_faults.remove(file);
+        return;
+    }
+    Fault& fault = m_faults[file];
+    if (fault.stamp == content.stamp && fault.text == content.problem.text)
+        return;
+    fault = {content.stamp, content.problem.text};
+    noteProblem(m_files[file].location.location, content.problem, true);
+}
+
+void VLKeyTableIndexPrivate::noteProblem(const QString& path, const VLKeyTableProblem& problem,
+                                         bool isForGuard)
+{
+    if (!problem.text.isNull())
+        m_problems.append({path, problem, isForGuard});
+}
+
+/// Gathers the keys whose lookups the file may answer otherwise from now on.
+void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content)
+{
+    const File& record = m_files[file];
+    if (!record.isKnown)
+        return;
+    // Tips that do not stand for themselves in the file cannot be told apart.
+    const bool isSameFile = record.stamp == content.stamp;
+    const bool isSameState = record.state == content.state;
+    QHash<QString, VLKeyTableRow> gone;
+    const QList<VLKeyTableRow> rows = m_table.rowsOf(file);
+    for (const VLKeyTableRow& row : rows) {
+        if (row.kind != VLKeyTableRowKind::Nested)
+            gone.insert(row.key, row);
+    }
+    QSet<QString> changed;
+    for (const VLKeyTableRow& row : content.rows) {
+        if (row.kind == VLKeyTableRowKind::Nested)
+            continue;
+        const auto before = gone.constFind(row.key);
+        const bool isSame = before != gone.cend() && isSameState
+            && (isSameTip(*before, row) || (isSameFile && row.length == 0));
+        if (before != gone.cend())
+            gone.erase(before);
+        if (!isSame)
+            changed.insert(row.key);
+    }
+    for (auto it = gone.cbegin(); it != gone.cend(); ++it)
+        changed.insert(it.key());
+    if (changed.isEmpty())
+        return;
+    m_changedKeys.unite(changed);
+    scheduleChanges();
+}
+
+void VLKeyTableIndexPrivate::scheduleChanges()
+{
+    if (std::exchange(m_areChangesScheduled, true))
+        return;
+    QMetaObject::invokeMethod(
+        m_owner, [this] { emitChanges(); }, Qt::QueuedConnection);
+}
+
+void VLKeyTableIndexPrivate::emitChanges()
+{
+    m_areChangesScheduled = false;
+    const QSet<QString> changed = std::exchange(m_changedKeys, {});
+    QStringList keys(changed.cbegin(), changed.cend());
+    keys.sort();
+    Q_EMIT m_owner->changed(keys);
+}
+
+void VLKeyTableIndexPrivate::tell()
+{
+    // Who is told may look something up, and then the rest is told here.
+    if (m_isTelling)
+        return;
+    m_isTelling = true;
+    const QPointer<VLKeyTableIndex> owner(m_owner);
+    while (tellOne()) {
+        if (!owner)
+            return;
+    }
+    m_isTelling = false;
+}
+
+/// Emits one signal. Returns whether there was one; the object may be gone then.
+bool VLKeyTableIndexPrivate::tellOne()
+{
+    if (!m_problems.isEmpty()) {
+        const auto [path, problem, isForGuard] = m_problems.takeFirst();
+        const XmlPosition position = problem.position;
+        if (isForGuard && isGuarded())
+            VLIndexHooks::warn(*m_owner, path, position, problem.text);
+        Q_EMIT m_owner->problemFound(path, int(position.line), int(position.column), problem.text);
+        return true;
+    }
+    if (std::exchange(m_mustTellProgress, false)) {
+        const int total = int(m_files.size());
+        Q_EMIT m_owner->progressChanged(total - int(m_waiting.size()), total);
+        return true;
+    }
+    if (std::exchange(m_mustTellBuilt, false)) {
+        Q_EMIT m_owner->built();
+        return true;
+    }
+    return false;
+}
+
+} // namespace Vidlets

@@ -1,0 +1,168 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef VLKEYTABLEINDEXPRIVATE_H
+#define VLKEYTABLEINDEXPRIVATE_H
+
+#include "VLKeyTable.h"
+#include "VLKeyTableBuilder.h"
+#include "VLKeyTableFile.h"
+#include "VLKeyTableKeyData.h"
+#include "VLKeyTableRange.h"
+
+#include <QHash>
+#include <QList>
+#include <QLocale>
+#include <QMap>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <vector>
+
+namespace Vidlets {
+
+class VLKeyTableIndex;
+class VLXmlElement;
+
+/**
+ * The files that VLKeyTableIndex knows, and what becomes of them.
+ *
+ * A file that is recorded waits, then is in the table. It waits again when it is found to have
+ * changed. Who waits is read by the builder, or by the first lookup that comes to it. Internal to
+ * the host kit.
+ */
+class VLKeyTableIndexPrivate final
+{
+public:
+    explicit VLKeyTableIndexPrivate(VLKeyTableIndex* owner);
+
+    bool isGuarded() const;
+    bool isBuilt() const
+    {
+        return m_waiting.isEmpty();
+    }
+    /// Whether a walk of the base class from @p file up to @p root comes to an end.
+    static bool leadsUpTo(const QString& file, const QString& root);
+
+    /// Takes over what the base class has recorded at one end if that was the file after @p count
+    /// others.
+    void recordNew(qsizetype count, bool isFirst);
+    void dropTable();
+    void findChanges();
+
+    /// Hands what waits to the builder.
+    void startBuilding();
+    /// Takes over what the builder has read, as much as a turn of the event loop may take. Returns
+    /// whether there was anything.
+    bool takeResults();
+    bool waitUntilBuilt(int ms);
+    /// Ends the thread.
+    void stop();
+
+    /// Finds the tip, and the file that it is in.
+    std::unique_ptr<VLXmlElement> lookUp(const QString& key, const QLocale& locale, int& file);
+    void addKeyData(const QString& key, VLXmlElement* element);
+    QStringList keys();
+
+    const IndexedLocation& locationOf(int file) const
+    {
+        return m_files[file].location;
+    }
+
+    /// Has a problem told of, of the file @p path that is not in the table.
+    void noteProblem(const QString& path, const VLKeyTableProblem& problem, bool isForGuard);
+    /// Emits what there is to tell. The owner may be gone afterwards.
+    void tell();
+
+private:
+    Q_DISABLE_COPY_MOVE(VLKeyTableIndexPrivate)
+
+    /// What the table says of a file besides its rows: there may be many, so it stays small.
+    struct File
+    {
+        IndexedLocation location;
+        VLFileStamp stamp;
+        qint64 headLength = 0;
+        /// The smaller one is searched first.
+        int order = 0;
+        quint32 generation = 0;
+        /// Into m_locales.
+        int locale = 0;
+        VLKeyTableState state = VLKeyTableState::Absent;
+        VLKeyTableUnit unit = VLKeyTableUnit::None;
+        /// Whether the root is a tip.
+        bool isForeign = false;
+        bool isSettled = false;
+        bool isWaiting = false;
+        /// Whether it has been read since the table was dropped last.
+        bool isKnown = false;
+    };
+
+    struct Problem
+    {
+        QString path;
+        VLKeyTableProblem problem;
+        /// Whether the guard does not come across it by itself.
+        bool isForGuard = true;
+    };
+
+    /// A fault that was told of.
+    struct Fault
+    {
+        VLFileStamp stamp;
+        QString text;
+    };
+
+    void await(int file);
+    void readNow(int file);
+    void apply(int file, const VLKeyTableFile& content);
+    void noteFault(int file, const VLKeyTableFile& content);
+    void noteChanges(int file, const VLKeyTableFile& content);
+    void emitChanges();
+    bool tellOne();
+    int localeNumber(const QString& name);
+    bool serves(const File& file, const QLocale& locale) const;
+    KeyTableRange::Source sourceOf(const File& file) const;
+    QList<VLKeyTable::Hit> candidates(const QString& key) const;
+    std::unique_ptr<VLXmlElement> readHit(const VLKeyTable::Hit& hit, const QString& key,
+                                          bool& mustLookAgain);
+    void letBaseWarn(int file, const QString& key, const QLocale& locale, QChar reason);
+    void scheduleBuilding();
+    void scheduleChanges();
+
+    VLKeyTableIndex* const m_owner;
+    std::vector<File> m_files;
+    VLKeyTable m_table;
+    /// The files that wait, by their order.
+    QMap<int, int> m_waiting;
+    /// Those among them that the builder has not been given.
+    QList<int> m_unsubmitted;
+    int m_firstOrder = 0;
+    int m_lastOrder = -1;
+    /// The locales that files name; the first stands for none.
+    QList<QLocale> m_locales{QLocale::c()};
+    QHash<QString, int> m_localeNumbers{{QString(), 0}};
+    QHash<int, Fault> m_faults;
+    VLKeyTableKeyData m_keyData;
+    /// Files and keys of which the base class has said what it had to, in the state of the file.
+    QHash<int, QSet<QString>> m_warned;
+    /// How often each file was read anew in the lookup that is going on.
+    QHash<int, int> m_readInLookup;
+
+    QList<Problem> m_problems;
+    QSet<QString> m_changedKeys;
+    bool m_isBuildingScheduled = false;
+    bool m_areChangesScheduled = false;
+    bool m_mustTellProgress = false;
+    bool m_mustTellBuilt = false;
+    bool m_isTelling = false;
+
+    /// Last, so that its thread ends first.
+    VLKeyTableBuilder m_builder;
+};
+
+} // namespace Vidlets
+
+#endif
