@@ -8,3 +8,7 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableReader.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp)
 vidlets_add_test(NAME tst_vlkeytableindex LIBRARIES Vidlets::Host)
+vidlets_add_test(
+  NAME tst_vlkeytabledifferential
+  SOURCES shared/RandomPackages.cpp
+  LIBRARIES Vidlets::Host)
