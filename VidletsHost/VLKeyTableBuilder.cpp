@@ -51,14 +51,14 @@ void VLKeyTableBuilder::stop()
     wait();
 }
 
-QList<VLKeyTableBuilder::Result> VLKeyTableBuilder::take(qsizetype maxCount)
+bool VLKeyTableBuilder::take(Result& result)
 {
-    QList<Result> taken;
     const QMutexLocker locker(&m_mutex);
-    while (!m_results.isEmpty() && taken.size() < maxCount)
-        taken.append(m_results.dequeue());
     m_isAnnounced = !m_results.isEmpty();
-    return taken;
+    if (m_results.isEmpty())
+        return false;
+    result = m_results.dequeue();
+    return true;
 }
 
 bool VLKeyTableBuilder::waitForResults(const QDeadlineTimer& deadline)

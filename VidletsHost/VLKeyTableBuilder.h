@@ -64,8 +64,8 @@ public:
         return m_isStopped;
     }
 
-    /// Gives @p maxCount results at most, the oldest first.
-    QList<Result> take(qsizetype maxCount);
+    /// Gives the oldest result. Returns whether there was one.
+    bool take(Result& result);
 
     /// Waits until there are results. Returns false where @p deadline has passed or none can come.
     bool waitForResults(const QDeadlineTimer& deadline);

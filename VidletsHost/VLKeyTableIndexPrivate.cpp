@@ -10,6 +10,7 @@
 #include <Vidlets/VLXmlElement.h>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPointer>
 
@@ -22,8 +23,8 @@ namespace Vidlets {
 
 namespace {
 
-// What takes well below a frame, however many tips the files have.
-constexpr qsizetype kResultsPerTurn = 32;
+// A turn of the event loop is over at the first file that ends behind this.
+constexpr qint64 kTurnMs = 2;
 // A file that changes faster than it is read has no answer.
 constexpr int kMaxReadsInLookup = 3;
 
@@ -142,22 +143,29 @@ void VLKeyTableIndexPrivate::startBuilding()
 
 bool VLKeyTableIndexPrivate::takeResults()
 {
-    const QList<VLKeyTableBuilder::Result> results = m_builder.take(kResultsPerTurn);
-    for (const VLKeyTableBuilder::Result& result : results) {
+    QElapsedTimer timer;
+    timer.start();
+    VLKeyTableBuilder::Result result;
+    int count = 0;
+    while (!timer.hasExpired(kTurnMs)) {
+        if (!m_builder.take(result))
+            return count > 0;
+        ++count;
         if (result.generation == m_files[result.file].generation)
             apply(result.file, result.content);
     }
     // The builder announces nothing more while some are left.
-    if (results.size() == kResultsPerTurn) {
-        QMetaObject::invokeMethod(
-            m_owner,
-            [this] {
-                takeResults();
-                tell();
-            },
-            Qt::QueuedConnection);
-    }
-    return !results.isEmpty();
+    if (std::exchange(m_isTakingScheduled, true))
+        return true;
+    QMetaObject::invokeMethod(
+        m_owner,
+        [this] {
+            m_isTakingScheduled = false;
+            takeResults();
+            tell();
+        },
+        Qt::QueuedConnection);
+    return true;
 }
 
 bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)

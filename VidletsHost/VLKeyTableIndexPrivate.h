@@ -154,6 +154,7 @@ private:
     QList<Problem> m_problems;
     QSet<QString> m_changedKeys;
     bool m_isBuildingScheduled = false;
+    bool m_isTakingScheduled = false;
     bool m_areChangesScheduled = false;
     bool m_mustTellProgress = false;
     bool m_mustTellBuilt = false;
