@@ -44,6 +44,16 @@ void VLKeyTableIndex::refresh()
     d->findChanges();
 }
 
+void VLKeyTableIndex::setLocaleChain(bool on)
+{
+    d->hasLocaleChain = on;
+}
+
+bool VLKeyTableIndex::localeChain() const
+{
+    return d->hasLocaleChain;
+}
+
 bool VLKeyTableIndex::clear()
 {
     d->dropTable();

@@ -27,7 +27,7 @@ class VLKeyTableIndexPrivate;
  *
  * 1. The control file that was indexed last comes first, those added by store() come last.
  * 2. A file counts as having a key only if exactly one of its tips has it, and only if the file has
- *    no locale or the requested one.
+ *    no locale or the requested one; see setLocaleChain() for others.
  * 3. The first file that counts serves the key.
  *
  * The root that comes with a tip has its tag, its namespace and its attributes, but no text.
@@ -83,6 +83,18 @@ public:
      */
     void refresh();
 
+    /**
+     * Sets whether a lookup that finds nothing goes on to other locales of the same language; it
+     * does not by default. What was asked for as de_AT is then looked for in files of de, and at
+     * last in those of any other de_*, each time in search order. The script stays the same. Files
+     * without a locale are asked with the first locale only.
+     *
+     * The manager asks for its fallback locale after all that.
+     */
+    void setLocaleChain(bool on);
+    /// Returns what was set by setLocaleChain().
+    bool localeChain() const;
+
     /// Drops what was read of the control files. They stay recorded, and are read anew. Always
     /// returns true.
     bool clear() override;
@@ -90,7 +102,8 @@ public:
     bool remove() override;
 
     /**
-     * Finds the content for @p key in @p locale. Both are matched exactly.
+     * Finds the content for @p key in @p locale. Both are matched exactly, unless setLocaleChain()
+     * is on.
      *
      * @param[out] path The absolute path of the control file's directory. It is left untouched on
      *             failure.

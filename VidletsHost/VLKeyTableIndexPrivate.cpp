@@ -197,6 +197,16 @@ std::unique_ptr<VLXmlElement> VLKeyTableIndexPrivate::lookUp(const QString& key,
                                                              const QLocale& locale, int& file)
 {
     m_readInLookup.clear();
+    std::unique_ptr<VLXmlElement> root = lookUpOnce(key, locale, Pass::Exact, file);
+    if (root || !hasLocaleChain || locale.language() == QLocale::C)
+        return root;
+    root = lookUpOnce(key, locale, Pass::Language, file);
+    return root ? std::move(root) : lookUpOnce(key, locale, Pass::Territory, file);
+}
+
+std::unique_ptr<VLXmlElement>
+VLKeyTableIndexPrivate::lookUpOnce(const QString& key, const QLocale& locale, Pass pass, int& file)
+{
     for (;;) {
         bool mustLookAgain = false;
         const QList<VLKeyTable::Hit> hits = candidates(key);
@@ -204,10 +214,10 @@ std::unique_ptr<VLXmlElement> VLKeyTableIndexPrivate::lookUp(const QString& key,
             const File& record = m_files[hit.file];
             if (!m_waiting.isEmpty() && m_waiting.firstKey() < record.order)
                 break;
-            if (!serves(record, locale))
+            if (!serves(record, locale, pass))
                 continue;
             if (hit.row.kind == VLKeyTableRowKind::Hidden) {
-                letBaseWarn(hit.file, key, locale, u'k');
+                letBaseWarn(hit.file, key, u'k');
                 continue;
             }
             std::unique_ptr<VLXmlElement> root = readHit(hit, key, mustLookAgain);
@@ -217,7 +227,7 @@ std::unique_ptr<VLXmlElement> VLKeyTableIndexPrivate::lookUp(const QString& key,
                 continue;
             file = hit.file;
             if (root->hasAttribute(ContentNames::searchAttribute()))
-                letBaseWarn(hit.file, key, locale, u's');
+                letBaseWarn(hit.file, key, u's');
             return root;
         }
         if (mustLookAgain)
@@ -266,12 +276,24 @@ VLKeyTableIndexPrivate::readHit(const VLKeyTable::Hit& hit, const QString& key, 
     return std::move(KeyTableRange::readWhole(source, key).root);
 }
 
-bool VLKeyTableIndexPrivate::serves(const File& file, const QLocale& locale) const
+bool VLKeyTableIndexPrivate::serves(const File& file, const QLocale& locale, Pass pass) const
 {
     const bool isUsable = file.state == VLKeyTableState::Whole
         || (!isGuarded()
             && (file.state == VLKeyTableState::Survived || file.state == VLKeyTableState::Foreign));
-    return isUsable && (file.locale == 0 || m_locales.at(file.locale) == locale);
+    if (!isUsable)
+        return false;
+    const QLocale& own = m_locales.at(file.locale);
+    switch (pass) {
+    case Pass::Exact:
+        return file.locale == 0 || own == locale;
+    case Pass::Language:
+        return file.locale != 0
+            && own == QLocale(locale.language(), locale.script(), QLocale::AnyTerritory);
+    default:
+        return file.locale != 0 && own.language() == locale.language()
+            && own.script() == locale.script();
+    }
 }
 
 KeyTableRange::Source VLKeyTableIndexPrivate::sourceOf(const File& file) const
@@ -283,8 +305,7 @@ KeyTableRange::Source VLKeyTableIndexPrivate::sourceOf(const File& file) const
 
 /// Where content is guarded, the base class warns of what lookups come across: it gets its chance
 /// once in each state of a file.
-void VLKeyTableIndexPrivate::letBaseWarn(int file, const QString& key, const QLocale& locale,
-                                         QChar reason)
+void VLKeyTableIndexPrivate::letBaseWarn(int file, const QString& key, QChar reason)
 {
     if (!isGuarded())
         return;
@@ -295,7 +316,8 @@ void VLKeyTableIndexPrivate::letBaseWarn(int file, const QString& key, const QLo
         return;
     warned.insert(mark);
     VLXmlElement* root = nullptr;
-    m_owner->load(key, m_files[file].location.location, locale, root);
+    const File& record = m_files[file];
+    m_owner->load(key, record.location.location, m_locales.at(record.locale), root);
     delete root;
 }
 

@@ -63,6 +63,8 @@ public:
 
     /// Finds the tip, and the file that it is in.
     std::unique_ptr<VLXmlElement> lookUp(const QString& key, const QLocale& locale, int& file);
+    /// Whether lookups go on to other locales of the language.
+    bool hasLocaleChain = false;
     void addKeyData(const QString& key, VLXmlElement* element);
     QStringList keys();
 
@@ -100,6 +102,13 @@ private:
         bool isKnown = false;
     };
 
+    /// Which files a lookup asks.
+    enum class Pass : quint8 {
+        Exact,    ///< Those of the locale and those without one.
+        Language, ///< Those of the language in the script, wherever it is spoken most.
+        Territory ///< Those of the language in the script, wherever it is spoken.
+    };
+
     struct Problem
     {
         QString path;
@@ -123,12 +132,14 @@ private:
     void emitChanges();
     bool tellOne();
     int localeNumber(const QString& name);
-    bool serves(const File& file, const QLocale& locale) const;
+    std::unique_ptr<VLXmlElement> lookUpOnce(const QString& key, const QLocale& locale, Pass pass,
+                                             int& file);
+    bool serves(const File& file, const QLocale& locale, Pass pass) const;
     KeyTableRange::Source sourceOf(const File& file) const;
     QList<VLKeyTable::Hit> candidates(const QString& key) const;
     std::unique_ptr<VLXmlElement> readHit(const VLKeyTable::Hit& hit, const QString& key,
                                           bool& mustLookAgain);
-    void letBaseWarn(int file, const QString& key, const QLocale& locale, QChar reason);
+    void letBaseWarn(int file, const QString& key, QChar reason);
     void scheduleBuilding();
     void scheduleChanges();
 

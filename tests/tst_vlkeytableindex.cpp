@@ -106,6 +106,8 @@ private Q_SLOTS:
     void retrieve_searchesLastIndexedFirst();
     void retrieve_searchesStoredLast();
     void retrieve_matchesLocale();
+    void localeChain_goesOnToLanguage_data();
+    void localeChain_goesOnToLanguage();
     void retrieve_passesOverFile_whenKeyStandsTwice();
     void retrieve_givesNestedRoot_forEachKey();
     void retrieve_seesEditOfAnsweringFile_data();
@@ -217,6 +219,52 @@ void TestVLKeyTableIndex::retrieve_matchesLocale()
     QCOMPARE(fixture.text(u"k"_s, QLocale(u"de_DE"_s)), u"de"_s);
     QCOMPARE(fixture.text(u"k"_s, QLocale(u"de_AT"_s)), u"at"_s);
     QCOMPARE(fixture.text(u"k"_s, QLocale(u"de_CH"_s)), u"any"_s);
+}
+
+void TestVLKeyTableIndex::localeChain_goesOnToLanguage_data()
+{
+    QTest::addColumn<QStringList>("locales");
+    QTest::addColumn<QString>("asked");
+    QTest::addColumn<QString>("without");
+    QTest::addColumn<QString>("with");
+
+    const QString none = u"none"_s;
+    QTest::newRow("exact") << QStringList({u"de_AT"_s, u"de"_s, u"de_CH"_s}) << u"de_AT"_s
+                           << u"de_AT"_s << u"de_AT"_s;
+    QTest::newRow("language") << QStringList({u"de"_s, u"de_CH"_s}) << u"de_AT"_s << none
+                              << u"de"_s;
+    QTest::newRow("territory") << QStringList({u"fr"_s, u"de_CH"_s}) << u"de_AT"_s << none
+                               << u"de_CH"_s;
+    QTest::newRow("territory, in search order")
+        << QStringList({u"de_CH"_s, u"de_LI"_s}) << u"de_AT"_s << none << u"de_LI"_s;
+    QTest::newRow("other language") << QStringList({u"fr"_s}) << u"de_AT"_s << none << none;
+    QTest::newRow("other script") << QStringList({u"zh_Hant_TW"_s}) << u"zh_Hans_CN"_s << none
+                                  << none;
+    QTest::newRow("same script") << QStringList({u"zh_Hant_TW"_s}) << u"zh_Hant_HK"_s << none
+                                 << u"zh_Hant_TW"_s;
+    QTest::newRow("without a locale")
+        << QStringList({QString(), u"de"_s}) << u"de_AT"_s << QString() << QString();
+    QTest::newRow("of no language") << QStringList({u"de"_s}) << u"C"_s << none << none;
+}
+
+void TestVLKeyTableIndex::localeChain_goesOnToLanguage()
+{
+    QFETCH(const QStringList, locales);
+    QFETCH(const QString, asked);
+    QFETCH(const QString, without);
+    QFETCH(const QString, with);
+    for (const bool isGuarded : {false, true}) {
+        Fixture fixture(isGuarded);
+        for (const QString& name : locales) {
+            fixture.add(name + u".xml"_s,
+                        fileOfTip("k", name.toUtf8(), "locale='" + name.toUtf8() + '\''));
+        }
+        QVERIFY(!fixture.index->localeChain());
+        QCOMPARE(fixture.text(u"k"_s, QLocale(asked)), without);
+        fixture.index->setLocaleChain(true);
+        QVERIFY(fixture.index->localeChain());
+        QCOMPARE(fixture.text(u"k"_s, QLocale(asked)), with);
+    }
 }
 
 void TestVLKeyTableIndex::retrieve_passesOverFile_whenKeyStandsTwice()
