@@ -66,10 +66,15 @@ void VLKeyTableChecksum::mix(quint64 word)
 
 quint32 VLKeyTableChecksum::value() const
 {
+    return quint32(longValue() >> 32);
+}
+
+quint64 VLKeyTableChecksum::longValue() const
+{
     VLKeyTableChecksum end = *this;
     end.mix(m_rest);
     end.mix(quint64(m_restBytes));
-    return quint32(end.m_state >> 32);
+    return end.m_state;
 }
 
 void VLKeyTableScanner::feed(const char* data, qsizetype size)

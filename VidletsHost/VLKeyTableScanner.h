@@ -17,6 +17,8 @@ class VLKeyTableChecksum
 public:
     void add(const char* data, qsizetype size);
     quint32 value() const;
+    /// Returns as much as 64 bits tell.
+    quint64 longValue() const;
 
 private:
     void mix(quint64 word);

@@ -38,6 +38,8 @@ vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
     # What a screen reader stands on: its bus, a session to have it in, and Python's way to it.
     at-spi2-core dbus python3-pyatspi
+    # The driver by which the table of keys lies in a file.
+    libqt6sql6-sqlite
 )
 
 vidlets_tsan_packages=(
