@@ -7,6 +7,7 @@
 #include "VLContentNames.h"
 #include "VLContentRoots.h"
 #include "VLContext.h"
+#include "VLIndexHooks.h"
 #include "VLSettings.h"
 #include "VLTipFilter.h"
 #include "VLXmlElement.h"
@@ -235,6 +236,12 @@ void VLIndex::deleteWhole()
 {
     const std::unique_ptr<VLIndexPrivate> record(d);
     delete this;
+}
+
+// Here, where the record is known.
+void VLIndexHooks::deleteRecord(VLIndex& index)
+{
+    delete index.d;
 }
 
 bool VLIndex::open()

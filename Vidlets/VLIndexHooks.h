@@ -53,6 +53,10 @@ class VIDLETS_EXPORT VLIndexHooks final
 public:
     VLIndexHooks() = delete;
 
+    /// Deletes the record of @p index, which else stays allocated: the last that the destructor of
+    /// a derived class does.
+    static void deleteRecord(VLIndex& index);
+
     /// Returns the control files of @p index in search order.
     static const QList<IndexedLocation>& locations(const VLIndex& index);
 

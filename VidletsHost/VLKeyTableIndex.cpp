@@ -27,6 +27,7 @@ VLKeyTableIndex::VLKeyTableIndex(VLContext* context, const QList<QString>& paths
 VLKeyTableIndex::~VLKeyTableIndex()
 {
     d->stop();
+    VLIndexHooks::deleteRecord(*this);
 }
 
 bool VLKeyTableIndex::isBuilt() const
