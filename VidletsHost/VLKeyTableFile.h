@@ -69,6 +69,8 @@ struct VLKeyTableFile
     VLKeyTableState state = VLKeyTableState::Absent;
     /// Whether the file had been left alone for so long that no later change can have its stamp.
     bool isSettled = false;
+    /// Whether its head marks it as a control file; only where that was looked at.
+    bool isIndexed = false;
     VLKeyTableUnit unit = VLKeyTableUnit::None;
     /// From the start of the file to the end of the root's start tag, in bytes.
     qint64 headLength = 0;

@@ -3,31 +3,37 @@
 
 #include "VLKeyTableStore.h"
 
-#include "VLKeyTableScanner.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
-#include <QStringList>
 #include <QVariant>
 
+#include <array>
 #include <atomic>
 
 using namespace Qt::StringLiterals;
 
 namespace Vidlets {
 
+using namespace KeyTableBlobs;
+
 namespace {
 
 // Told apart from files of other programs and from those of other layouts.
 constexpr int kApplicationId = 0x564C4B54;
-constexpr int kVersion = 1;
-// SQLite's numbers for what is wrong with a file itself.
-constexpr QLatin1StringView kDamaged("11");
-constexpr QLatin1StringView kNoDatabase("26");
+constexpr int kVersion = 2;
+// SQLite's numbers for what is wrong; finer ones are in the bits above.
+constexpr int kResultMask = 0xFF;
+constexpr int kBusy = 5;
+constexpr int kLocked = 6;
+constexpr int kCorrupt = 11;
+constexpr int kNoDatabase = 26;
+// Stands beside the chunks, and tells whether the buckets were ever written.
+constexpr int kMark = kChunks;
+constexpr std::array<Table, 3> kTables{Table::Buckets, Table::Chunks, Table::Names};
 
 QString newConnectionName()
 {
@@ -35,50 +41,28 @@ QString newConnectionName()
     return u"VLKeyTableStore%1"_s.arg(++count);
 }
 
-QSqlDatabase databaseOf(const QString& connection)
+QString nameOf(Table table)
 {
-    return QSqlDatabase::database(connection, false);
+    switch (table) {
+    case Table::Buckets:
+        return u"buckets"_s;
+    case Table::Chunks:
+        return u"chunks"_s;
+    default:
+        return u"names"_s;
+    }
 }
 
-// XML has no way to write these characters, so no key has them.
-constexpr QChar kEndOfName(u'\0');
-constexpr QChar kNestedMark(u'\1');
-
-/// What a nested root goes by in the place of a key.
-QString nestedName()
+/// SQLite's numbers are signed.
+qint64 idOf(quint64 file)
 {
-    return kNestedMark;
+    return qint64(file);
 }
 
-QString nameOf(const VLKeyTableRow& row)
+int numberFrom(const QSqlDatabase& database, const QString& statement)
 {
-    return row.kind == VLKeyTableRowKind::Nested ? nestedName() : row.key;
-}
-
-/// The names of the rows, in their order.
-QByteArray joined(const QList<VLKeyTableRow>& rows)
-{
-    QString names;
-    for (const VLKeyTableRow& row : rows)
-        names += nameOf(row) + kEndOfName;
-    return names.toUtf8();
-}
-
-QStringList split(const QByteArray& names)
-{
-    QStringList list = QString::fromUtf8(names).split(kEndOfName);
-    list.removeLast();
-    return list;
-}
-
-VLKeyTableRow rowOf(const QSqlQuery& query, int firstColumn)
-{
-    VLKeyTableRow row;
-    row.start = query.value(firstColumn).toLongLong();
-    row.length = query.value(firstColumn + 1).toLongLong();
-    row.checksum = quint32(query.value(firstColumn + 2).toLongLong());
-    row.kind = VLKeyTableRowKind(query.value(firstColumn + 3).toInt());
-    return row;
+    QSqlQuery query(database);
+    return query.exec(statement) && query.next() ? query.value(0).toInt() : 0;
 }
 
 } // namespace
@@ -87,29 +71,22 @@ VLKeyTableRow rowOf(const QSqlQuery& query, int firstColumn)
 struct VLKeyTableStore::Queries
 {
     explicit Queries(const QSqlDatabase& database)
-        : insertFile(database)
-        , insertRow(database)
-        , dropFile(database)
-        , dropRows(database)
-        , selectFile(database)
-        , selectRows(database)
-        , findRows(database)
+        : read{QSqlQuery(database), QSqlQuery(database), QSqlQuery(database)}
+        , write{QSqlQuery(database), QSqlQuery(database), QSqlQuery(database)}
+        , drop(database)
     {
-        for (QSqlQuery* query : {&selectFile, &selectRows, &findRows})
-            query->setForwardOnly(true);
+        for (QSqlQuery& query : read)
+            query.setForwardOnly(true);
     }
 
-    QSqlQuery insertFile;
-    QSqlQuery insertRow;
-    QSqlQuery dropFile;
-    QSqlQuery dropRows;
-    QSqlQuery selectFile;
-    QSqlQuery selectRows;
-    QSqlQuery findRows;
+    std::array<QSqlQuery, 3> read;
+    std::array<QSqlQuery, 3> write;
+    QSqlQuery drop;
 };
 
-VLKeyTableStore::VLKeyTableStore(const QString& path)
+VLKeyTableStore::VLKeyTableStore(const QString& path, Access access)
     : m_path(path)
+    , m_access(access)
     , m_connection(newConnectionName())
 {
 }
@@ -122,18 +99,29 @@ VLKeyTableStore::~VLKeyTableStore()
 bool VLKeyTableStore::open()
 {
     m_error.clear();
-    m_isUnusable = false;
-    if (!QDir().mkpath(QFileInfo(m_path).absolutePath())) {
-        m_error = u"the directory cannot be made"_s;
+    m_isDamaged = false;
+    m_isLocked = false;
+    const QFileInfo file(m_path);
+    // Nobody would ever write to the other end of a pipe.
+    if (file.exists() && !file.isFile()) {
+        m_error = u"not a regular file"_s;
+        return false;
+    }
+    if (!QSqlDatabase::isDriverAvailable(u"QSQLITE"_s)) {
+        m_error = u"there is no driver for SQLite"_s;
+        return false;
+    }
+    if (m_access == Access::Read ? !file.exists() : !QDir().mkpath(file.absolutePath())) {
+        m_error = m_access == Access::Read ? u"no such file"_s : u"its directory cannot be made"_s;
         return false;
     }
     if (openOnce())
         return true;
     const QString reason = m_error;
     close();
-    if (!m_isUnusable)
+    if (!m_isDamaged || m_access == Access::Read)
         return false;
-    putAside();
+    putAside(m_path);
     const bool isOpen = openOnce();
     if (!isOpen)
         close();
@@ -146,335 +134,437 @@ QString VLKeyTableStore::lastError() const
     return m_error;
 }
 
+bool VLKeyTableStore::isDamaged() const
+{
+    return m_isDamaged;
+}
+
+bool VLKeyTableStore::isLocked() const
+{
+    return m_isLocked;
+}
+
+QSqlDatabase VLKeyTableStore::database() const
+{
+    return QSqlDatabase::database(m_connection, false);
+}
+
 bool VLKeyTableStore::openOnce()
 {
-    QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-    database.setDatabaseName(m_path);
-    database.setConnectOptions(u"QSQLITE_BUSY_TIMEOUT=1000"_s);
-    if (!database.open())
-        return fail(database.lastError());
-    // Two megabytes of pages at most.
-    if (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = OFF"_s)
-        || !run(u"PRAGMA cache_size = -1024"_s))
+    const bool isWriter = m_access == Access::Write;
+    {
+        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
+        database.setDatabaseName(m_path);
+        // Readers wait only for one who mends the file after the end of another process.
+        database.setConnectOptions(isWriter ? u"QSQLITE_BUSY_TIMEOUT=100"_s
+                                            : u"QSQLITE_BUSY_TIMEOUT=250"_s);
+        if (!database.open())
+            return fail(database.lastError());
+    }
+    // A megabyte of pages, for the writer as for the reader.
+    if (!run(u"PRAGMA cache_size = -1024"_s))
+        return false;
+    if (isWriter
+        && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
+            || !run(u"PRAGMA journal_size_limit = 1048576"_s)))
         return false;
     return checkVersion() && prepare();
 }
 
 bool VLKeyTableStore::checkVersion()
 {
-    // One after the other, where several processes come to an empty file.
+    const QSqlDatabase database = this->database();
+    const auto isReady = [&database] {
+        return numberFrom(database, u"PRAGMA application_id"_s) == kApplicationId
+            && numberFrom(database, u"PRAGMA user_version"_s) == kVersion;
+    };
+    // The first look may fall between another's first and last statement, the second cannot.
+    if (isReady())
+        return true;
     if (!run(u"BEGIN IMMEDIATE"_s))
         return false;
-    QSqlQuery query(databaseOf(m_connection));
-    int id = 0;
-    int version = 0;
-    int tables = 0;
-    if (query.exec(u"PRAGMA application_id"_s) && query.next())
-        id = query.value(0).toInt();
-    if (query.exec(u"PRAGMA user_version"_s) && query.next())
-        version = query.value(0).toInt();
-    if (query.exec(u"SELECT count(*) FROM sqlite_master"_s) && query.next())
-        tables = query.value(0).toInt();
-    query.finish();
-    const bool isEmpty = id == 0 && version == 0 && tables == 0;
-    if (!isEmpty && (id != kApplicationId || version != kVersion)) {
-        run(u"ROLLBACK"_s);
-        m_error = u"another program's file, or of another version"_s;
-        m_isUnusable = true;
-        return false;
-    }
-    if (!isEmpty)
+    if (isReady())
         return run(u"COMMIT"_s);
-    return run(u"CREATE TABLE files (id INTEGER PRIMARY KEY, path TEXT NOT NULL UNIQUE, size, "
-               "modified, changed, settled, state, unit, head, root, locale, keys, line, place, "
-               "fault)"_s)
-        && run(u"CREATE TABLE rows (number INTEGER, file INTEGER, position INTEGER, start, length, "
-               "checksum, kind, PRIMARY KEY (number, file, position)) WITHOUT ROWID"_s)
-        && run(u"PRAGMA application_id = %1"_s.arg(kApplicationId))
-        && run(u"PRAGMA user_version = %1"_s.arg(kVersion)) && run(u"COMMIT"_s);
+    const bool isEmpty = numberFrom(database, u"SELECT count(*) FROM sqlite_master"_s) == 0
+        && numberFrom(database, u"PRAGMA application_id"_s) == 0
+        && numberFrom(database, u"PRAGMA user_version"_s) == 0;
+    if (isEmpty && m_access == Access::Write && makeTables() && run(u"COMMIT"_s))
+        return true;
+    if (!isEmpty)
+        failDamaged(u"another program's file, or of another version"_s);
+    QSqlQuery(database).exec(u"ROLLBACK"_s);
+    return false;
+}
+
+bool VLKeyTableStore::makeTables()
+{
+    for (const Table table : kTables) {
+        if (!run(u"CREATE TABLE %1 (id INTEGER PRIMARY KEY, data BLOB NOT NULL)"_s.arg(
+                nameOf(table))))
+            return false;
+    }
+    if (!prepare())
+        return false;
+    for (int id = 0; id <= kMark; ++id) {
+        if (!write(Table::Chunks, id, QByteArray()))
+            return false;
+    }
+    return run(u"PRAGMA application_id = %1"_s.arg(kApplicationId))
+        && run(u"PRAGMA user_version = %1"_s.arg(kVersion));
 }
 
 bool VLKeyTableStore::prepare()
 {
-    m_queries = std::make_unique<Queries>(databaseOf(m_connection));
+    m_queries = std::make_unique<Queries>(database());
     const auto prepared = [this](QSqlQuery& query, const QString& statement) {
-        if (query.prepare(statement))
-            return true;
-        return fail(query.lastError());
+        return query.prepare(statement) || fail(query.lastError());
     };
-    Queries& queries = *m_queries;
-    return prepared(queries.insertFile,
-                    u"INSERT INTO files (id, path, size, modified, changed, settled, state, unit, "
-                    "head, root, locale, keys, line, place, fault) "
-                    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"_s)
-        && prepared(queries.insertRow, u"INSERT INTO rows VALUES (?, ?, ?, ?, ?, ?, ?)"_s)
-        && prepared(queries.dropFile, u"DELETE FROM files WHERE id = ?"_s)
-        && prepared(queries.dropRows,
-                    u"DELETE FROM rows WHERE number = ? AND file = ? AND position = ?"_s)
-        && prepared(queries.selectFile,
-                    u"SELECT id, size, modified, changed, settled, state, unit, head, root, "
-                    "locale, keys, line, place, fault FROM files WHERE path = ?"_s)
-        && prepared(queries.selectRows,
-                    u"SELECT start, length, checksum, kind FROM rows "
-                    "WHERE number = ? AND file = ? AND position = ?"_s)
-        && prepared(
-               queries.findRows,
-               u"SELECT file, start, length, checksum, kind FROM rows WHERE number IN (?, ?)"_s);
+    for (const Table table : kTables) {
+        const auto place = size_t(table);
+        const QString name = nameOf(table);
+        if (!prepared(m_queries->read.at(place), u"SELECT data FROM %1 WHERE id = ?"_s.arg(name))
+            || !prepared(m_queries->write.at(place),
+                         u"INSERT OR REPLACE INTO %1 (id, data) VALUES (?, ?)"_s.arg(name)))
+            return false;
+    }
+    return prepared(m_queries->drop, u"DELETE FROM names WHERE id = ?"_s);
 }
 
 bool VLKeyTableStore::begin()
 {
-    return run(u"BEGIN IMMEDIATE"_s);
+    rollBack();
+    if (!m_queries || !run(u"BEGIN IMMEDIATE"_s))
+        return false;
+    m_changes.resize(kBuckets);
+    return true;
 }
 
-bool VLKeyTableStore::commit()
+void VLKeyTableStore::rollBack()
 {
-    if (run(u"COMMIT"_s))
-        return true;
-    const QString reason = m_error;
-    run(u"ROLLBACK"_s);
-    m_error = reason;
-    return false;
+    if (m_changes.empty())
+        return;
+    QSqlQuery(database()).exec(u"ROLLBACK"_s);
+    dropGathered();
+}
+
+void VLKeyTableStore::dropGathered()
+{
+    m_chunks.clear();
+    m_names.clear();
+    m_forgotten.clear();
+    m_changes = {};
 }
 
 bool VLKeyTableStore::put(const QString& path, const VLKeyTableFile& content)
 {
-    if (!m_queries || !run(u"SAVEPOINT put"_s))
+    const quint64 file = numberOf(path);
+    Chunk* chunk = m_changes.empty() ? nullptr : chunkOf(file);
+    if (!chunk)
         return false;
-    // A file keeps its number: readers may have it in their hands.
-    QVariant id;
-    const bool isDone = dropRows(path, id) && insertFile(id, path, content)
-        && insertRows(id.toLongLong(), content.rows);
-    const QString reason = m_error;
-    if (!isDone)
-        run(u"ROLLBACK TO put"_s);
-    const bool isReleased = run(u"RELEASE put"_s);
-    if (!isDone)
-        m_error = reason;
-    return isDone && isReleased;
+    const auto before = chunk->constFind(file);
+    if (before != chunk->cend() && before->path != path) {
+        m_error = u"two paths have the same number"_s;
+        return false;
+    }
+    if (before != chunk->cend() && !dropRows(file))
+        return false;
+    for (const VLKeyTableRow& row : content.rows) {
+        if (row.kind == VLKeyTableRowKind::Nested)
+            continue;
+        const quint64 key = numberOf(row.key);
+        append(m_changes[size_t(bucketOf(key))].added, key, {file, row});
+    }
+    m_names.insert(file, packNames(content.rows));
+    m_forgotten.remove(file);
+    chunk->insert(file, {path, content});
+    return true;
 }
 
 bool VLKeyTableStore::forget(const QString& path)
 {
-    if (!m_queries || !run(u"SAVEPOINT forget"_s))
+    const quint64 file = numberOf(path);
+    Chunk* chunk = m_changes.empty() ? nullptr : chunkOf(file);
+    if (!chunk)
         return false;
-    QVariant id;
-    const bool isDone = dropRows(path, id);
-    if (!isDone)
-        run(u"ROLLBACK TO forget"_s);
-    return run(u"RELEASE forget"_s) && isDone;
-}
-
-/// Drops the file with its rows, and gives the number that it had, if it had one.
-bool VLKeyTableStore::dropRows(const QString& path, QVariant& id)
-{
-    QByteArray keys;
-    if (!selectFile(path))
-        return false;
-    if (m_queries->selectFile.next()) {
-        id = m_queries->selectFile.value(u"id"_s);
-        keys = m_queries->selectFile.value(u"keys"_s).toByteArray();
-    }
-    m_queries->selectFile.finish();
-    if (id.isNull())
+    const auto found = chunk->constFind(file);
+    if (found == chunk->cend() || found->path != path)
         return true;
-    const QStringList names = split(keys);
-    QSqlQuery& drop = m_queries->dropRows;
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        drop.bindValue(0, numberOf(names.at(i)));
-        drop.bindValue(1, id);
-        drop.bindValue(2, i);
-        if (!run(drop))
-            return false;
-    }
-    m_queries->dropFile.bindValue(0, id);
-    return run(m_queries->dropFile);
+    chunk->erase(found);
+    const bool isDropped = dropRows(file);
+    m_names.remove(file);
+    m_forgotten.insert(file);
+    return isDropped;
 }
 
-bool VLKeyTableStore::insertFile(QVariant& id, const QString& path, const VLKeyTableFile& content)
+/// Gives the chunk of @p file for changes, or null.
+VLKeyTableStore::Chunk* VLKeyTableStore::chunkOf(quint64 file)
 {
-    QSqlQuery& insert = m_queries->insertFile;
-    int column = 0;
-    insert.bindValue(column++, id);
-    insert.bindValue(column++, path);
-    insert.bindValue(column++, content.stamp.size);
-    insert.bindValue(column++, content.stamp.modifiedNs);
-    insert.bindValue(column++, content.stamp.changedNs);
-    insert.bindValue(column++, content.isSettled);
-    insert.bindValue(column++, int(content.state));
-    insert.bindValue(column++, int(content.unit));
-    insert.bindValue(column++, content.headLength);
-    insert.bindValue(column++, content.rootTag);
-    insert.bindValue(column++, content.locale);
-    insert.bindValue(column++, joined(content.rows));
-    insert.bindValue(column++, content.problem.position.line);
-    insert.bindValue(column++, content.problem.position.column);
-    insert.bindValue(column++, content.problem.text);
-    if (!run(insert))
+    const int id = KeyTableBlobs::chunkOf(file);
+    auto found = m_chunks.find(id);
+    if (found != m_chunks.end())
+        return &*found;
+    Chunk chunk;
+    if (!readChunk(id, chunk))
+        return nullptr;
+    return &*m_chunks.insert(id, chunk);
+}
+
+/// Has the rows of @p file dropped, those that were gathered for it included.
+bool VLKeyTableStore::dropRows(quint64 file)
+{
+    const auto gathered = m_names.constFind(file);
+    const bool isGathered = gathered != m_names.cend();
+    QByteArray names;
+    bool isThere = true;
+    if (isGathered)
+        names = *gathered;
+    else if (!read(Table::Names, idOf(file), names, isThere))
         return false;
-    id = insert.lastInsertId();
+    if (!isThere)
+        return failDamaged(u"the keys of a file are missing"_s);
+    const auto isOfFile = [file](quint64 other) { return other == file; };
+    const QStringList keys = unpackNames(names);
+    for (const QString& key : keys) {
+        Change& change = m_changes[size_t(bucketOf(numberOf(key)))];
+        if (isGathered)
+            change.added = without(change.added, isOfFile);
+        change.gone.insert(file);
+    }
     return true;
 }
 
-bool VLKeyTableStore::insertRows(qint64 id, const QList<VLKeyTableRow>& rows)
+bool VLKeyTableStore::commit()
 {
-    QSqlQuery& insert = m_queries->insertRow;
-    for (qsizetype i = 0; i < rows.size(); ++i) {
-        const VLKeyTableRow& row = rows.at(i);
-        int column = 0;
-        insert.bindValue(column++, numberOf(nameOf(row)));
-        insert.bindValue(column++, id);
-        insert.bindValue(column++, i);
-        insert.bindValue(column++, row.start);
-        insert.bindValue(column++, row.length);
-        insert.bindValue(column++, row.checksum);
-        insert.bindValue(column++, int(row.kind));
-        if (!run(insert))
+    if (m_changes.empty())
+        return false;
+    const bool isWritten = writeChunks() && writeNames() && writeBuckets() && run(u"COMMIT"_s);
+    if (isWritten)
+        dropGathered();
+    else
+        rollBack();
+    return isWritten;
+}
+
+bool VLKeyTableStore::writeChunks()
+{
+    for (auto it = m_chunks.cbegin(); it != m_chunks.cend(); ++it) {
+        if (!write(Table::Chunks, it.key(), packRecords(it->values())))
             return false;
     }
     return true;
 }
 
-/// Runs the query of the record of @p path, which gives a row if there is one.
-bool VLKeyTableStore::selectFile(const QString& path)
+bool VLKeyTableStore::writeNames()
 {
-    m_queries->selectFile.bindValue(0, path);
-    return run(m_queries->selectFile);
+    for (auto it = m_names.cbegin(); it != m_names.cend(); ++it) {
+        if (!write(Table::Names, idOf(it.key()), *it))
+            return false;
+    }
+    for (const quint64 file : std::as_const(m_forgotten)) {
+        m_queries->drop.bindValue(0, idOf(file));
+        if (!run(m_queries->drop))
+            return false;
+    }
+    return true;
+}
+
+bool VLKeyTableStore::writeBuckets()
+{
+    QByteArray mark;
+    bool isThere = false;
+    if (!read(Table::Chunks, kMark, mark, isThere))
+        return false;
+    const bool isFirst = mark.isEmpty();
+    for (int id = 0; id < kBuckets; ++id) {
+        const Change& change = m_changes[size_t(id)];
+        if (!isFirst && change.added.isEmpty() && change.gone.isEmpty())
+            continue;
+        QByteArray entries;
+        if (!isFirst && !readBucket(id, entries))
+            return false;
+        if (!change.gone.isEmpty())
+            entries =
+                without(entries, [&change](quint64 file) { return change.gone.contains(file); });
+        if (!write(Table::Buckets, id, entries + change.added))
+            return false;
+    }
+    return !isFirst || write(Table::Chunks, kMark, QByteArrayLiteral("filled"));
+}
+
+void VLKeyTableStore::tidy()
+{
+    if (m_queries)
+        QSqlQuery(database()).exec(u"PRAGMA wal_checkpoint(TRUNCATE)"_s);
+}
+
+bool VLKeyTableStore::files(QHash<QString, VLKeyTableFile>& files)
+{
+    QSqlQuery query(database());
+    query.setForwardOnly(true);
+    if (!m_queries || !query.exec(u"SELECT id, data FROM chunks WHERE id < %1"_s.arg(kChunks)))
+        return m_queries && fail(query.lastError());
+    int count = 0;
+    QList<Record> records;
+    for (; query.next(); ++count) {
+        QByteArray data = query.value(1).toByteArray();
+        if (!unseal(data, Table::Chunks, query.value(0).toLongLong())
+            || !unpackRecords(data, records))
+            return failDamaged(u"a record of files is damaged"_s);
+    }
+    if (query.lastError().isValid())
+        return fail(query.lastError());
+    if (count != kChunks)
+        return failDamaged(u"a record of files is missing"_s);
+    files.reserve(records.size());
+    for (const Record& record : std::as_const(records))
+        files.insert(record.path, record.content);
+    return true;
 }
 
 bool VLKeyTableStore::get(const QString& path, VLKeyTableFile& content)
 {
-    if (!m_queries || !selectFile(path))
+    m_error.clear();
+    const quint64 file = numberOf(path);
+    Chunk chunk;
+    if (!m_queries || !readChunk(KeyTableBlobs::chunkOf(file), chunk)
+        || chunk.value(file).path != path)
         return false;
-    QSqlQuery& query = m_queries->selectFile;
-    if (!query.next()) {
-        query.finish();
+    content = chunk.value(file).content;
+    const QList<VLKeyTableRow> nested = content.rows;
+    content.rows.clear();
+    QByteArray names;
+    bool isThere = false;
+    if (!read(Table::Names, idOf(file), names, isThere))
         return false;
-    }
-    int column = 0;
-    const qint64 id = query.value(column++).toLongLong();
-    content = VLKeyTableFile();
-    content.stamp.size = query.value(column++).toLongLong();
-    content.stamp.modifiedNs = query.value(column++).toLongLong();
-    content.stamp.changedNs = query.value(column++).toLongLong();
-    content.isSettled = query.value(column++).toBool();
-    content.state = VLKeyTableState(query.value(column++).toInt());
-    content.unit = VLKeyTableUnit(query.value(column++).toInt());
-    content.headLength = query.value(column++).toLongLong();
-    content.rootTag = query.value(column++).toString();
-    content.locale = query.value(column++).toString();
-    const QStringList names = split(query.value(column++).toByteArray());
-    content.problem.position.line = query.value(column++).toLongLong();
-    content.problem.position.column = query.value(column++).toLongLong();
-    content.problem.text = query.value(column++).toString();
-    query.finish();
-    return getRows(id, names, content.rows);
-}
-
-bool VLKeyTableStore::getRows(qint64 id, const QStringList& names, QList<VLKeyTableRow>& rows)
-{
-    QSqlQuery& query = m_queries->selectRows;
-    for (qsizetype i = 0; i < names.size(); ++i) {
-        query.bindValue(0, numberOf(names.at(i)));
-        query.bindValue(1, id);
-        query.bindValue(2, i);
-        const bool isThere = run(query) && query.next();
-        if (isThere) {
-            rows.append(rowOf(query, 0));
-            if (rows.constLast().kind != VLKeyTableRowKind::Nested)
-                rows.last().key = names.at(i);
-        }
-        query.finish();
-        if (!isThere)
+    if (!isThere)
+        return failDamaged(u"the keys of a file are missing"_s);
+    const QStringList keys = unpackNames(names);
+    for (const QString& key : keys) {
+        const quint64 number = numberOf(key);
+        QByteArray entries;
+        VLKeyTableRow row;
+        if (!readBucket(bucketOf(number), entries))
             return false;
+        if (!KeyTableBlobs::find(entries, number, file, row))
+            return failDamaged(u"a row is missing"_s);
+        row.key = key;
+        content.rows.append(row);
     }
+    content.rows += nested;
     return true;
 }
 
-QHash<QString, qint64> VLKeyTableStore::files()
+bool VLKeyTableStore::find(const QString& key, QList<Entry>& entries)
 {
-    QHash<QString, qint64> files;
-    QSqlQuery query(databaseOf(m_connection));
-    query.setForwardOnly(true);
-    if (!m_queries || !query.exec(u"SELECT path, id FROM files"_s))
-        return files;
-    while (query.next())
-        files.insert(query.value(0).toString(), query.value(1).toLongLong());
-    return files;
+    const quint64 number = numberOf(key);
+    QByteArray bucket;
+    if (!m_queries || !readBucket(bucketOf(number), bucket))
+        return false;
+    entries = KeyTableBlobs::find(bucket, number);
+    for (Entry& entry : entries)
+        entry.row.key = key;
+    return true;
 }
 
-QList<QPair<qint64, VLKeyTableRow>> VLKeyTableStore::find(const QString& key)
+bool VLKeyTableStore::readChunk(int id, Chunk& chunk)
 {
-    QList<QPair<qint64, VLKeyTableRow>> found;
-    if (!m_queries)
-        return found;
-    QSqlQuery& query = m_queries->findRows;
-    query.bindValue(0, numberOf(key));
-    query.bindValue(1, numberOf(nestedName()));
+    QByteArray data;
+    bool isThere = false;
+    QList<Record> records;
+    if (!read(Table::Chunks, id, data, isThere))
+        return false;
+    if (!isThere || !unpackRecords(data, records))
+        return failDamaged(u"a record of files is missing"_s);
+    for (const Record& record : std::as_const(records))
+        chunk.insert(numberOf(record.path), record);
+    return true;
+}
+
+bool VLKeyTableStore::readBucket(int id, QByteArray& entries)
+{
+    bool isThere = false;
+    if (!read(Table::Buckets, id, entries, isThere))
+        return false;
+    if (isThere)
+        return isBucket(entries) || failDamaged(u"rows are damaged"_s);
+    QByteArray mark;
+    if (!read(Table::Chunks, kMark, mark, isThere))
+        return false;
+    return (isThere && mark.isEmpty()) || failDamaged(u"rows are missing"_s);
+}
+
+bool VLKeyTableStore::read(Table table, qint64 id, QByteArray& value, bool& isThere)
+{
+    QSqlQuery& query = m_queries->read.at(size_t(table));
+    query.bindValue(0, id);
     if (!run(query))
-        return found;
-    while (query.next()) {
-        VLKeyTableRow row = rowOf(query, 1);
-        if (row.kind != VLKeyTableRowKind::Nested)
-            row.key = key;
-        found.append({query.value(0).toLongLong(), row});
-    }
+        return false;
+    isThere = query.next();
+    if (isThere)
+        value = query.value(0).toByteArray();
+    const QSqlError error = query.lastError();
     query.finish();
-    return found;
+    if (error.isValid())
+        return fail(error);
+    return !isThere || unseal(value, table, id) || failDamaged(u"a checksum is wrong"_s);
+}
+
+bool VLKeyTableStore::write(Table table, qint64 id, const QByteArray& value)
+{
+    QSqlQuery& query = m_queries->write.at(size_t(table));
+    query.bindValue(0, id);
+    query.bindValue(1, sealed(value, table, id));
+    return run(query);
 }
 
 bool VLKeyTableStore::run(const QString& statement)
 {
-    QSqlQuery query(databaseOf(m_connection));
-    if (query.exec(statement))
-        return true;
-    return fail(query.lastError());
+    QSqlQuery query(database());
+    return query.exec(statement) || fail(query.lastError());
 }
 
 bool VLKeyTableStore::run(QSqlQuery& query)
 {
-    if (query.exec())
-        return true;
-    return fail(query.lastError());
+    return query.exec() || fail(query.lastError());
 }
 
 /// Notes why something failed. Always returns false.
 bool VLKeyTableStore::fail(const QSqlError& error)
 {
-    const QString code = error.nativeErrorCode();
-    m_error = error.text();
+    const int code = error.nativeErrorCode().toInt() & kResultMask;
+    m_error = error.databaseText().isEmpty() ? error.text() : error.databaseText();
     // Whoever is locked out, or may not write, has no reason to take the file from the others.
-    m_isUnusable = m_isUnusable || code == kDamaged || code == kNoDatabase;
+    m_isDamaged = m_isDamaged || code == kCorrupt || code == kNoDatabase;
+    m_isLocked = code == kBusy || code == kLocked;
     return false;
 }
 
-/// Leaves the file to whoever wants to know what became of it; the one before goes.
-void VLKeyTableStore::putAside()
+/// As fail(), for what SQLite does not notice.
+bool VLKeyTableStore::failDamaged(const QString& reason)
 {
-    const QString aside = m_path + u".damaged"_s;
+    m_error = reason;
+    m_isDamaged = true;
+    return false;
+}
+
+void VLKeyTableStore::putAside(const QString& path)
+{
+    const QString aside = path + u".damaged"_s;
     QFile::remove(aside);
-    QFile::rename(m_path, aside);
+    QFile::rename(path, aside);
     // They belong to the one that was put aside, and would be taken for the new one's.
-    QFile::remove(m_path + u"-wal"_s);
-    QFile::remove(m_path + u"-shm"_s);
+    QFile::remove(path + u"-wal"_s);
+    QFile::remove(path + u"-shm"_s);
 }
 
 void VLKeyTableStore::close()
 {
+    rollBack();
     m_queries.reset();
-    {
-        QSqlDatabase database = databaseOf(m_connection);
-        database.close();
-    }
+    if (!QSqlDatabase::contains(m_connection))
+        return;
+    database().close();
     QSqlDatabase::removeDatabase(m_connection);
-}
-
-qint64 VLKeyTableStore::numberOf(const QString& name)
-{
-    const QByteArray bytes = name.toUtf8();
-    VLKeyTableChecksum checksum;
-    checksum.add(bytes.constData(), bytes.size());
-    return qint64(checksum.longValue());
 }
 
 } // namespace Vidlets

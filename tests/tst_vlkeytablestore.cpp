@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -20,6 +21,7 @@ using namespace Vidlets;
 
 namespace {
 
+using Access = VLKeyTableStore::Access;
 using Kind = VLKeyTableRowKind;
 
 VLKeyTableRow row(const QString& key, qint64 start, Kind kind = Kind::Tip)
@@ -42,6 +44,27 @@ VLKeyTableFile file(const QList<VLKeyTableRow>& rows)
     return content;
 }
 
+bool put(VLKeyTableStore& store, const QString& path, const VLKeyTableFile& content)
+{
+    return store.begin() && store.put(path, content) && store.commit();
+}
+
+QList<KeyTableBlobs::Entry> find(VLKeyTableStore& store, const QString& key)
+{
+    QList<KeyTableBlobs::Entry> entries;
+    if (!store.find(key, entries))
+        qWarning("%s", qPrintable(store.lastError()));
+    return entries;
+}
+
+QHash<QString, VLKeyTableFile> files(VLKeyTableStore& store)
+{
+    QHash<QString, VLKeyTableFile> files;
+    if (!store.files(files))
+        qWarning("%s", qPrintable(store.lastError()));
+    return files;
+}
+
 } // namespace
 
 class TestVLKeyTableStore : public VidletsTest
@@ -51,16 +74,19 @@ class TestVLKeyTableStore : public VidletsTest
 private Q_SLOTS:
     void init();
     void put_isFoundAgain();
-    void put_replaces_andKeepsNumber();
+    void put_replaces();
     void put_takesAnyText();
     void forget_dropsRows();
-    void find_givesNestedRoots_forEachKey();
+    void nestedRoot_isKept_butNotFound();
     void open_keepsWhatIsThere();
     void open_putsAside_whatIsUnusable_data();
     void open_putsAside_whatIsUnusable();
     void open_fails_whereNothingCanBe();
     void write_isSeenByOthers_afterCommit();
     void write_waitsForNobody_forLong();
+    void rollBack_leavesAllAsItWas();
+    void put_replacesWithinOneTransaction();
+    void flippedBit_isNoticed_orDoesNotMatter();
     void open_leavesNoConnection();
 
 private:
@@ -79,12 +105,12 @@ void TestVLKeyTableStore::init()
 
 void TestVLKeyTableStore::put_isFoundAgain()
 {
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY2(store.open(), qPrintable(store.lastError()));
     QVERIFY(store.lastError().isNull());
     const VLKeyTableFile content = file({row(u"b"_s, 10), row(QString(), 30), row(u"a"_s, 50)});
-    QVERIFY(store.put(u"/a.xml"_s, content));
-    QVERIFY(store.put(u"/none.xml"_s, file({})));
+    QVERIFY(put(store, u"/a.xml"_s, content));
+    QVERIFY(put(store, u"/none.xml"_s, file({})));
 
     VLKeyTableFile found;
     QVERIFY(store.get(u"/a.xml"_s, found));
@@ -104,66 +130,67 @@ void TestVLKeyTableStore::put_isFoundAgain()
     QVERIFY(found.rows.isEmpty());
     QVERIFY(!store.get(u"/other.xml"_s, found));
 
-    const auto rows = store.find(u"a"_s);
+    const auto rows = find(store, u"a"_s);
     QCOMPARE(rows.size(), 1);
-    QCOMPARE(rows.constFirst().first, store.files().value(u"/a.xml"_s));
-    QVERIFY(rows.constFirst().second == content.rows.at(2));
-    QVERIFY(store.find(u"A"_s).isEmpty());
-    QCOMPARE(store.find(QString()).size(), 1);
+    QCOMPARE(rows.constFirst().file, KeyTableBlobs::numberOf(u"/a.xml"_s));
+    QVERIFY(rows.constFirst().row == content.rows.at(2));
+    QVERIFY(find(store, u"A"_s).isEmpty());
+    QCOMPARE(find(store, QString()).size(), 1);
 }
 
-void TestVLKeyTableStore::put_replaces_andKeepsNumber()
+void TestVLKeyTableStore::put_replaces()
 {
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY(store.open());
-    QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 10), row(u"b"_s, 30)})));
-    QVERIFY(store.put(u"/b.xml"_s, file({row(u"a"_s, 10)})));
-    const QHash<QString, qint64> numbers = store.files();
-    QVERIFY(store.put(u"/a.xml"_s, file({row(u"b"_s, 11), row(u"c"_s, 31)})));
-    QCOMPARE(store.files(), numbers);
-    QCOMPARE(store.find(u"a"_s).size(), 1);
-    QCOMPARE(store.find(u"b"_s).size(), 1);
-    QCOMPARE(store.find(u"b"_s).constFirst().second.start, 11);
-    QCOMPARE(store.find(u"c"_s).size(), 1);
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10), row(u"b"_s, 30)})));
+    QVERIFY(put(store, u"/b.xml"_s, file({row(u"a"_s, 10)})));
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"b"_s, 11), row(u"c"_s, 31)})));
+    QCOMPARE(files(store).size(), 2);
+    QCOMPARE(find(store, u"a"_s).size(), 1);
+    QCOMPARE(find(store, u"b"_s).size(), 1);
+    QCOMPARE(find(store, u"b"_s).constFirst().row.start, 11);
+    QCOMPARE(find(store, u"c"_s).size(), 1);
 }
 
 void TestVLKeyTableStore::put_takesAnyText()
 {
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY(store.open());
     const QStringList texts{u"'; DROP TABLE rows; --"_s, u"\"%?:1"_s, u"\u00e4\U0001F600"_s, u" "_s,
                             QString(5000, u'x')};
     for (const QString& text : texts) {
-        QVERIFY(store.put(text, file({row(text, 1)})));
-        QCOMPARE(store.find(text).size(), 1);
+        QVERIFY(put(store, text, file({row(text, 1)})));
+        QCOMPARE(find(store, text).size(), 1);
         VLKeyTableFile found;
         QVERIFY(store.get(text, found));
         QCOMPARE(found.rows.constFirst().key, text);
     }
-    QCOMPARE(store.files().size(), texts.size());
+    QCOMPARE(files(store).size(), texts.size());
 }
 
 void TestVLKeyTableStore::forget_dropsRows()
 {
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY(store.open());
-    QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 10)})));
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10)})));
+    QVERIFY(store.begin());
     QVERIFY(store.forget(u"/a.xml"_s));
     QVERIFY(store.forget(u"/unknown.xml"_s));
-    QVERIFY(store.files().isEmpty());
-    QVERIFY(store.find(u"a"_s).isEmpty());
+    QVERIFY(store.commit());
+    QVERIFY(files(store).isEmpty());
+    QVERIFY(find(store, u"a"_s).isEmpty());
 }
 
-void TestVLKeyTableStore::find_givesNestedRoots_forEachKey()
+void TestVLKeyTableStore::nestedRoot_isKept_butNotFound()
 {
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY(store.open());
     const QList<VLKeyTableRow> rows{row(u"a"_s, 10, Kind::Hidden),
                                     row(QString(), 30, Kind::Nested)};
-    QVERIFY(store.put(u"/a.xml"_s, file(rows)));
-    QCOMPARE(store.find(u"a"_s).size(), 2);
-    QCOMPARE(store.find(u"other"_s).size(), 1);
-    QVERIFY(store.find(u"other"_s).constFirst().second == rows.at(1));
+    QVERIFY(put(store, u"/a.xml"_s, file(rows)));
+    QCOMPARE(find(store, u"a"_s).size(), 1);
+    QVERIFY(find(store, QString()).isEmpty());
+    QCOMPARE(files(store).value(u"/a.xml"_s).rows, rows.mid(1));
     VLKeyTableFile found;
     QVERIFY(store.get(u"/a.xml"_s, found));
     QVERIFY(found.rows == rows);
@@ -172,14 +199,14 @@ void TestVLKeyTableStore::find_givesNestedRoots_forEachKey()
 void TestVLKeyTableStore::open_keepsWhatIsThere()
 {
     {
-        VLKeyTableStore store(path());
+        VLKeyTableStore store(path(), Access::Write);
         QVERIFY(store.open());
-        QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 10)})));
+        QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10)})));
     }
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY(store.open());
     QVERIFY(store.lastError().isNull());
-    QCOMPARE(store.find(u"a"_s).size(), 1);
+    QCOMPARE(find(store, u"a"_s).size(), 1);
 }
 
 void TestVLKeyTableStore::open_putsAside_whatIsUnusable_data()
@@ -197,9 +224,9 @@ void TestVLKeyTableStore::open_putsAside_whatIsUnusable()
 {
     QFETCH(const QString, damage);
     {
-        VLKeyTableStore store(path());
+        VLKeyTableStore store(path(), Access::Write);
         QVERIFY(store.open());
-        QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 10)})));
+        QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10)})));
     }
     if (damage == "version"_L1 || damage == "program"_L1) {
         QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, u"damage"_s);
@@ -218,70 +245,162 @@ void TestVLKeyTableStore::open_putsAside_whatIsUnusable()
         else
             table.write(QByteArray(damage == "text"_L1 ? 8000 : 60, 'x'));
     }
-    VLKeyTableStore store(path());
+    VLKeyTableStore store(path(), Access::Write);
     QVERIFY2(store.open(), qPrintable(store.lastError()));
     QVERIFY(!store.lastError().isNull());
-    QVERIFY(store.files().isEmpty());
-    QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 10)})));
-    QCOMPARE(store.find(u"a"_s).size(), 1);
+    QVERIFY(files(store).isEmpty());
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10)})));
+    QCOMPARE(find(store, u"a"_s).size(), 1);
     QVERIFY(QFile::exists(path() + u".damaged"_s));
 }
 
 void TestVLKeyTableStore::open_fails_whereNothingCanBe()
 {
     QVERIFY(QDir().mkpath(path()));
-    VLKeyTableStore directory(path());
+    VLKeyTableStore directory(path(), Access::Write);
     QVERIFY(!directory.open());
     QVERIFY(!directory.lastError().isNull());
+    QVERIFY(!directory.begin());
     QVERIFY(!directory.put(u"/a.xml"_s, file({})));
-    QVERIFY(directory.find(u"a"_s).isEmpty());
-    QVERIFY(directory.files().isEmpty());
+    QList<KeyTableBlobs::Entry> entries;
+    QVERIFY(!directory.find(u"a"_s, entries));
+    QHash<QString, VLKeyTableFile> files;
+    QVERIFY(!directory.files(files));
 
     QFile blocker(m_directory->filePath(u"file"_s));
     QVERIFY(blocker.open(QIODevice::WriteOnly));
-    VLKeyTableStore below(m_directory->filePath(u"file/table.sqlite"_s));
+    VLKeyTableStore below(m_directory->filePath(u"file/table.sqlite"_s), Access::Write);
     QVERIFY(!below.open());
 }
 
 void TestVLKeyTableStore::write_isSeenByOthers_afterCommit()
 {
-    VLKeyTableStore writer(path());
-    VLKeyTableStore reader(path());
+    VLKeyTableStore writer(path(), Access::Write);
+    VLKeyTableStore reader(path(), Access::Read);
     QVERIFY(writer.open());
     QVERIFY(reader.open());
     QVERIFY(writer.begin());
     QVERIFY(writer.put(u"/a.xml"_s, file({row(u"a"_s, 10)})));
-    QVERIFY(reader.find(u"a"_s).isEmpty());
+    QVERIFY(find(reader, u"a"_s).isEmpty());
     QVERIFY(writer.commit());
-    QCOMPARE(reader.find(u"a"_s).size(), 1);
+    QCOMPARE(find(reader, u"a"_s).size(), 1);
 }
 
 void TestVLKeyTableStore::write_waitsForNobody_forLong()
 {
-    VLKeyTableStore first(path());
-    VLKeyTableStore second(path());
+    VLKeyTableStore first(path(), Access::Write);
+    VLKeyTableStore second(path(), Access::Write);
     QVERIFY(first.open());
     QVERIFY(second.open());
     QVERIFY(first.begin());
     QVERIFY(!second.begin());
-    QVERIFY(!second.put(u"/a.xml"_s, file({})));
+    QVERIFY(!put(second, u"/a.xml"_s, file({})));
     QVERIFY(!second.lastError().isNull());
     // Nobody's file is taken away for a lock.
-    VLKeyTableStore third(path());
-    QVERIFY(!third.open());
+    VLKeyTableStore third(path(), Access::Write);
+    QVERIFY(third.open());
+    QVERIFY(!third.begin());
+    QVERIFY(third.isLocked() && !third.isDamaged());
     QVERIFY(!QFile::exists(path() + u".damaged"_s));
     QVERIFY(first.commit());
-    QVERIFY(second.put(u"/a.xml"_s, file({})));
+    QVERIFY(put(second, u"/a.xml"_s, file({})));
+}
+
+void TestVLKeyTableStore::rollBack_leavesAllAsItWas()
+{
+    VLKeyTableStore store(path(), Access::Write);
+    QVERIFY(store.open());
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10)})));
+    QVERIFY(store.begin());
+    QVERIFY(store.put(u"/a.xml"_s, file({row(u"b"_s, 10)})));
+    QVERIFY(store.put(u"/b.xml"_s, file({row(u"a"_s, 10)})));
+    store.rollBack();
+    QCOMPARE(find(store, u"a"_s).size(), 1);
+    QVERIFY(find(store, u"b"_s).isEmpty());
+    QCOMPARE(files(store).size(), 1);
+    QVERIFY(!store.commit());
+}
+
+void TestVLKeyTableStore::put_replacesWithinOneTransaction()
+{
+    VLKeyTableStore store(path(), Access::Write);
+    QVERIFY(store.open());
+    QVERIFY(put(store, u"/a.xml"_s, file({row(u"a"_s, 10), row(u"b"_s, 30)})));
+    QVERIFY(store.begin());
+    QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 20), row(u"c"_s, 40)})));
+    QVERIFY(store.put(u"/a.xml"_s, file({row(u"a"_s, 30)})));
+    QVERIFY(store.put(u"/b.xml"_s, file({row(u"a"_s, 40)})));
+    QVERIFY(store.forget(u"/b.xml"_s));
+    QVERIFY(store.put(u"/c.xml"_s, file({row(u"a"_s, 50)})));
+    QVERIFY(store.forget(u"/c.xml"_s));
+    QVERIFY(store.put(u"/c.xml"_s, file({row(u"d"_s, 50)})));
+    QVERIFY(store.commit());
+    QCOMPARE(find(store, u"a"_s).size(), 1);
+    QCOMPARE(find(store, u"a"_s).constFirst().row.start, 30);
+    QVERIFY(find(store, u"b"_s).isEmpty());
+    QVERIFY(find(store, u"c"_s).isEmpty());
+    QCOMPARE(find(store, u"d"_s).size(), 1);
+    VLKeyTableFile found;
+    QVERIFY(store.get(u"/c.xml"_s, found));
+    QVERIFY(!store.get(u"/b.xml"_s, found));
+    QVERIFY(store.lastError().isNull());
+}
+
+void TestVLKeyTableStore::flippedBit_isNoticed_orDoesNotMatter()
+{
+    constexpr int kKeys = 400;
+    const auto key = [](int i) { return u"key%1"_s.arg(i); };
+    QList<VLKeyTableRow> rows;
+    for (int i = 0; i < kKeys; ++i)
+        rows.append(row(key(i), 100 + i));
+    {
+        VLKeyTableStore store(path(), Access::Write);
+        QVERIFY(store.open());
+        QVERIFY(put(store, u"/a.xml"_s, file(rows)));
+    }
+    QFile table(path());
+    QVERIFY(table.open(QIODevice::ReadOnly));
+    const QByteArray sound = table.readAll();
+    table.close();
+
+    QRandomGenerator random(7);
+    int noticed = 0;
+    for (int round = 0; round < 300; ++round) {
+        QByteArray damaged = sound;
+        const int place = random.bounded(int(damaged.size()));
+        damaged[place] = char(damaged.at(place) ^ (1 << random.bounded(8)));
+        QFile::remove(path() + u"-wal"_s);
+        QFile::remove(path() + u"-shm"_s);
+        QVERIFY(table.open(QIODevice::WriteOnly));
+        table.write(damaged);
+        table.close();
+        VLKeyTableStore store(path(), Access::Read);
+        bool isSound = store.open();
+        for (int i = 0; isSound && i < kKeys; ++i) {
+            QList<KeyTableBlobs::Entry> entries;
+            isSound = store.find(key(i), entries);
+            if (!isSound)
+                break;
+            QVERIFY2(entries.size() == 1 && entries.constFirst().row == rows.at(i),
+                     qPrintable(u"byte %1"_s.arg(place)));
+        }
+        QHash<QString, VLKeyTableFile> files;
+        if (isSound && store.files(files))
+            QCOMPARE(files.size(), 1);
+        else
+            ++noticed;
+    }
+    QVERIFY(noticed > 0);
 }
 
 void TestVLKeyTableStore::open_leavesNoConnection()
 {
     {
-        VLKeyTableStore store(path());
+        VLKeyTableStore store(path(), Access::Write);
         QVERIFY(store.open());
     }
     {
-        const VLKeyTableStore unopened(path());
+        const VLKeyTableStore unopened(path(), Access::Write);
     }
     QVERIFY(QSqlDatabase::connectionNames().isEmpty());
 }

@@ -5,6 +5,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Sql)
 
 vidlets_add_test(
   NAME tst_vlkeytablestore
-  SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
+  SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableBlobs.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
   LIBRARIES Qt6::Sql)
