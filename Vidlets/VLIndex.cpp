@@ -172,6 +172,13 @@ public:
     void warnOfUnknownPackages(const QString& location, const VLXmlElement* root,
                                XmlPosition position);
 
+    /// Returns how many steps lead up from @p file to @p root; below 0, after a warning, where
+    /// content is guarded and the paths do not nest.
+    int depthOf(const QString& file, const QString& root, bool isGuarded);
+    /// Records a control file at the front, unless it is recorded with this depth. Returns whether
+    /// its package is to be mapped to the root as well.
+    bool record(const QString& file, const QString& root, int depth);
+
     bool contains(const IndexedLocation& entry) const
     {
         return knownPaths.contains(entry.location) && locations.contains(entry);
@@ -359,34 +366,54 @@ void VLIndex::indexControlFile(const QString& file, const QString& root)
     if (!file.startsWith(root))
         return;
     const bool isGuarded = Settings::guardContent(context());
-    const bool isResolved = d->isResolved(file, root);
-    int depth = 0;
-    if (isResolved)
-        depth = stepsUp(root, file);
-    else
-        depth = isGuarded ? guardedDepthBelow(root, file) : depthBelow(root, file);
-    if (depth < 0) {
-        d->guard.warn(file, u"not below the package %1"_s.arg(root));
+    const int depth = d->depthOf(file, root, isGuarded);
+    if (depth < 0)
         return;
-    }
-    const std::optional<QString> tag =
-        isGuarded ? guardedFirstTag(file, isResolved) : std::optional(firstTag(file));
+    const std::optional<QString> tag = isGuarded ? guardedFirstTag(file, d->isResolved(file, root))
+                                                 : std::optional(firstTag(file));
     if (tag != kControlFileTag) {
         if (isGuarded && tag)
             d->guard.warn(
                 file, [&file] { return placeOfFirstTag(file); }, noControlFile(*tag));
         return;
     }
+    if (d->record(file, root, depth))
+        mapControlFile(file, root);
+}
 
+void VLIndexHooks::indexKnownFile(VLIndex& index, const QString& file, const QString& root)
+{
+    if (!file.startsWith(root))
+        return;
+    const int depth = index.d->depthOf(file, root, Settings::guardContent(index.context()));
+    if (depth >= 0 && index.d->record(file, root, depth))
+        index.mapControlFile(file, root);
+}
+
+int VLIndexPrivate::depthOf(const QString& file, const QString& root, bool isGuarded)
+{
+    if (isResolved(file, root))
+        return stepsUp(root, file);
+    if (!isGuarded)
+        return depthBelow(root, file);
+    const int depth = guardedDepthBelow(root, file);
+    if (depth < 0)
+        guard.warn(file, u"not below the package %1"_s.arg(root));
+    return depth;
+}
+
+bool VLIndexPrivate::record(const QString& file, const QString& root, int depth)
+{
     const IndexedLocation entry{file, depth};
-    if (d->contains(entry))
-        return;
-    d->locations.prepend(entry);
-    d->knownPaths.insert(file);
-    if (isResolved && d->isResolvedRootMapped)
-        return;
-    mapControlFile(file, root);
-    d->isResolvedRootMapped = isResolved;
+    if (contains(entry))
+        return false;
+    locations.prepend(entry);
+    knownPaths.insert(file);
+    const bool isResolvedFile = isResolved(file, root);
+    if (isResolvedFile && isResolvedRootMapped)
+        return false;
+    isResolvedRootMapped = isResolvedFile;
+    return true;
 }
 
 void VLIndex::setResolvedPaths(const QString& file, const QString& root)

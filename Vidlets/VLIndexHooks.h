@@ -60,6 +60,10 @@ public:
     /// Returns the control files of @p index in search order.
     static const QList<IndexedLocation>& locations(const VLIndex& index);
 
+    /// Records @p file as VLIndex::indexControlFile() does, but takes it for a control file without
+    /// a look into it.
+    static void indexKnownFile(VLIndex& index, const QString& file, const QString& root);
+
     /**
      * Opens @p file for reading if it is a regular file; no other is touched. On any thread.
      *

@@ -63,14 +63,33 @@ void VLKeyTable::replace(int file, const QList<VLKeyTableRow>& rows)
     }
 }
 
+void VLKeyTable::keepNested(int file)
+{
+    const auto nested = m_nested.constFind(file);
+    if (nested == m_nested.cend()) {
+        remove(file);
+    } else {
+        const VLKeyTableRow row = *nested;
+        replace(file, {row});
+    }
+    freeIfEmpty();
+}
+
 void VLKeyTable::clear()
 {
     *this = VLKeyTable();
 }
 
+/// With n buckets, those above n - 2^k, where 2^k is the highest power not above n, are still to be
+/// split by one bit more.
 size_t VLKeyTable::bucketOf(const QString& key) const
 {
-    return qHash(key) & (m_buckets.size() - 1);
+    size_t bits = kFirstBuckets;
+    while (bits * 2 <= m_buckets.size())
+        bits *= 2;
+    const size_t hash = qHash(key);
+    const size_t bucket = hash & (bits * 2 - 1);
+    return bucket < m_buckets.size() ? bucket : hash & (bits - 1);
 }
 
 void VLKeyTable::remove(int file)
@@ -83,6 +102,7 @@ void VLKeyTable::remove(int file)
         unlink(i);
         m_entries[i] = Entry();
         m_entries[i].nextInBucket = std::exchange(m_firstFree, i);
+        --m_count;
         i = next;
     }
 }
@@ -94,10 +114,11 @@ void VLKeyTable::insert(int file, const VLKeyTableRow& row)
         m_firstFree = m_entries[i].nextInBucket;
     } else {
         if (m_entries.size() >= m_buckets.size())
-            grow();
+            addBucket();
         i = int(m_entries.size());
         m_entries.emplace_back();
     }
+    ++m_count;
     Entry& entry = m_entries[i];
     entry.row = row;
     entry.file = file;
@@ -113,13 +134,30 @@ void VLKeyTable::unlink(int entry)
     *link = m_entries[entry].nextInBucket;
 }
 
-/// Doubles the buckets; called when no entry is free.
-void VLKeyTable::grow()
+/// Splits one bucket in two.
+void VLKeyTable::addBucket()
 {
-    m_buckets.assign(m_buckets.size() * 2, kNone);
-    for (size_t i = 0; i < m_entries.size(); ++i)
-        m_entries[i].nextInBucket =
-            std::exchange(m_buckets[bucketOf(m_entries[i].row.key)], int(i));
+    size_t bits = kFirstBuckets;
+    while (bits * 2 <= m_buckets.size())
+        bits *= 2;
+    const size_t split = m_buckets.size() - bits;
+    int entry = std::exchange(m_buckets[split], kNone);
+    m_buckets.push_back(kNone);
+    while (entry != kNone) {
+        int& first = m_buckets[bucketOf(m_entries[entry].row.key)];
+        const int next = std::exchange(m_entries[entry].nextInBucket, first);
+        first = std::exchange(entry, next);
+    }
+}
+
+/// What was read of the files waits here on its way to the disk, and there may be much of it.
+void VLKeyTable::freeIfEmpty()
+{
+    if (m_count > 0 || m_entries.empty())
+        return;
+    m_entries = {};
+    m_buckets = std::deque<int>(kFirstBuckets, kNone);
+    m_firstFree = kNone;
 }
 
 } // namespace Vidlets

@@ -10,6 +10,7 @@
 #include <QList>
 #include <QString>
 
+#include <deque>
 #include <vector>
 
 namespace Vidlets {
@@ -42,6 +43,9 @@ public:
     /// Puts @p rows in the place of those of @p file.
     void replace(int file, const QList<VLKeyTableRow>& rows);
 
+    /// Drops the rows of @p file, but for that of a nested root.
+    void keepNested(int file);
+
     /// Drops all rows.
     void clear();
 
@@ -59,13 +63,16 @@ private:
     void remove(int file);
     void insert(int file, const VLKeyTableRow& row);
     void unlink(int entry);
-    void grow();
+    void addBucket();
+    void freeIfEmpty();
 
-    std::vector<Entry> m_entries;
-    /// The first entry of each; their number is a power of two.
-    std::vector<int> m_buckets;
+    // Neither is moved as a whole when it grows, which would take a turn of the event loop.
+    std::deque<Entry> m_entries;
+    /// The first entry of each.
+    std::deque<int> m_buckets;
     std::vector<int> m_firstOfFile;
     int m_firstFree = -1;
+    size_t m_count = 0;
     /// Few, and candidates in each lookup.
     QHash<int, VLKeyTableRow> m_nested;
 };

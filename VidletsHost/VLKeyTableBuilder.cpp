@@ -7,6 +7,7 @@
 
 #include <QMutexLocker>
 
+#include <algorithm>
 #include <utility>
 
 namespace Vidlets {
@@ -41,11 +42,25 @@ void VLKeyTableBuilder::clear()
 {
     const QMutexLocker locker(&m_mutex);
     m_jobs.clear();
+    const auto isOfFile = [](const Result& result) { return result.kind != Kind::Incident; };
+    m_results.erase(std::remove_if(m_results.begin(), m_results.end(), isOfFile), m_results.end());
+}
+
+void VLKeyTableBuilder::setCacheFile(const QString& path)
+{
+    clear();
+    wait();
+    const QMutexLocker locker(&m_mutex);
     m_results.clear();
+    m_cacheFile = path;
 }
 
 void VLKeyTableBuilder::stop()
 {
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_isCutShort = m_isCutShort || !m_jobs.isEmpty();
+    }
     m_isStopped = true;
     clear();
     wait();
@@ -73,24 +88,97 @@ bool VLKeyTableBuilder::waitForResults(const QDeadlineTimer& deadline)
 
 void VLKeyTableBuilder::run()
 {
-    for (Job job; takeJob(job);) {
-        Result result{job.file, job.generation, {}};
-        result.content =
-            VLKeyTableReader(job.path, VLKeyTableReader::Keys::Omit, &m_isStopped).read();
+    do {
+        // What it leaves to be tidied up is done before the owner can come to wait for this thread.
+        VLKeyTableWriter writer(m_cacheFile, m_isStopped);
+        for (Job job; takeJob(job);) {
+            read(job, writer);
+            if (writer.isFull())
+                flush(writer);
+        }
+        flush(writer);
+    } while (!endIfIdle());
+}
+
+void VLKeyTableBuilder::read(Job& job, VLKeyTableWriter& writer)
+{
+    Result result;
+    result.file = job.file;
+    result.generation = job.generation;
+    if (job.content) {
+        writer.add({job.file, job.generation, job.path, std::move(*job.content)});
+        return;
+    }
+    const bool isKnown = !job.mustRead && writer.knows(job.path, result.content);
+    deliverIncident(writer);
+    if (isKnown) {
+        result.kind = Kind::Known;
+        result.token = writer.token();
+        deliver(std::move(result));
+        return;
+    }
+    if (job.isStored)
+        result.before = writer.contentOf(job.path);
+    result.content = VLKeyTableReader(job.path, VLKeyTableReader::Keys::Omit, &m_isStopped).read();
+    if (m_isStopped)
+        return;
+    result.content.isIndexed = job.isIndexed;
+    writer.add({job.file, job.generation, job.path, result.content});
+    deliverIncident(writer);
+    deliver(std::move(result));
+}
+
+void VLKeyTableBuilder::flush(VLKeyTableWriter& writer)
+{
+    {
+        // Who ends the process in the middle of a build has no time for it.
+        const QMutexLocker locker(&m_mutex);
+        if (m_isCutShort)
+            return;
+    }
+    const QList<VLKeyTableWriter::Content> written = writer.flush();
+    deliverIncident(writer);
+    for (const VLKeyTableWriter::Content& content : written) {
+        Result result;
+        result.kind = Kind::Stored;
+        result.file = content.file;
+        result.generation = content.generation;
+        result.token = writer.token();
         deliver(std::move(result));
     }
 }
 
-/// Gives the next job. Where there is none, the thread ends.
+void VLKeyTableBuilder::deliverIncident(VLKeyTableWriter& writer)
+{
+    Result result;
+    result.kind = Kind::Incident;
+    if (!writer.takeIncident(result.incident))
+        return;
+    if (result.incident.isGivenUp) {
+        const QMutexLocker locker(&m_mutex);
+        m_cacheFile.clear();
+    }
+    deliver(std::move(result));
+}
+
+/// Gives the next job. Returns whether there is one.
 bool VLKeyTableBuilder::takeJob(Job& job)
 {
     const QMutexLocker locker(&m_mutex);
-    if (m_isStopped || m_jobs.isEmpty()) {
-        m_isRunning = false;
-        m_delivered.wakeAll();
+    if (m_isStopped || m_jobs.isEmpty())
         return false;
-    }
     job = m_jobs.dequeue();
+    return true;
+}
+
+/// Has the thread end where there is nothing to do. Returns whether it does.
+bool VLKeyTableBuilder::endIfIdle()
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!m_isStopped && !m_jobs.isEmpty())
+        return false;
+    m_isRunning = false;
+    m_delivered.wakeAll();
     return true;
 }
 

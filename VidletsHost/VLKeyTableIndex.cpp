@@ -21,7 +21,7 @@ VLKeyTableIndex::VLKeyTableIndex(VLContext* context, const QList<QString>& paths
 {
     // An index may be left behind, but no thread may outlive what it uses.
     if (QCoreApplication* application = QCoreApplication::instance())
-        connect(application, &QObject::destroyed, this, [this] { d->stop(); });
+        connect(application, &QObject::destroyed, this, [this] { d->goOnAlone(); });
 }
 
 VLKeyTableIndex::~VLKeyTableIndex()
@@ -43,6 +43,16 @@ bool VLKeyTableIndex::waitUntilBuilt(int ms)
 void VLKeyTableIndex::refresh()
 {
     d->findChanges();
+}
+
+void VLKeyTableIndex::setCacheFile(const QString& path)
+{
+    d->setCacheFile(path);
+}
+
+QString VLKeyTableIndex::cacheFile() const
+{
+    return d->cacheFile();
 }
 
 void VLKeyTableIndex::setLocaleChain(bool on)
@@ -96,7 +106,7 @@ bool VLKeyTableIndex::store(VLXmlElement* element, const QLocale& locale, const 
 {
     const qsizetype count = VLIndexHooks::locations(*this).size();
     VLIndex::store(element, locale, location, depth);
-    d->recordNew(count, false);
+    d->recordNew(count, false, d->knownFile(location));
     return true;
 }
 
@@ -111,6 +121,14 @@ void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
 {
     if (!file.startsWith(root))
         return;
+    const qsizetype count = VLIndexHooks::locations(*this).size();
+    const bool isBelow = d->isGuarded() || VLKeyTableIndexPrivate::leadsUpTo(file, root);
+    const VLKeyTableFile* known = isBelow ? d->knownFile(file) : nullptr;
+    if (known && known->isIndexed) {
+        VLIndexHooks::indexKnownFile(*this, file, root);
+        d->recordNew(count, true, known);
+        return;
+    }
     // Where content is guarded, the base class does not fall for them.
     if (!d->isGuarded()) {
         const QFileInfo info(file);
@@ -119,7 +137,7 @@ void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
         QString reason;
         if (!info.isFile())
             reason = u"not a regular file"_s;
-        else if (!VLKeyTableIndexPrivate::leadsUpTo(file, root))
+        else if (!isBelow)
             reason = u"not below the package %1"_s.arg(root);
         if (!reason.isNull()) {
             d->noteProblem(file, {{}, reason}, true);
@@ -127,9 +145,8 @@ void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
             return;
         }
     }
-    const qsizetype count = VLIndexHooks::locations(*this).size();
     VLIndex::indexControlFile(file, root);
-    d->recordNew(count, true);
+    d->recordNew(count, true, nullptr);
 }
 
 } // namespace Vidlets

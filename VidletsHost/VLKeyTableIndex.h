@@ -84,6 +84,24 @@ public:
     void refresh();
 
     /**
+     * Sets the file that the table is kept in, so that the next start of the host reads no control
+     * file that has not changed. By default that is "vidlets-keys.sqlite" in the host's
+     * QStandardPaths::CacheLocation. To be called before anything is indexed; later, all is read
+     * anew.
+     *
+     * Several processes may share the file. One that is damaged, of another version or no table at
+     * all is renamed to end in ".damaged", and made anew; one that cannot be opened or written,
+     * also later on, is done without. Either way problemFound() tells of @p path once, with a line
+     * of 0, and lookups give what they would have given.
+     *
+     * @param path The file, which is made if need be; where it is empty, the table is in memory
+     *             alone.
+     */
+    void setCacheFile(const QString& path);
+    /// Returns the file that the table is kept in; empty where it is in memory alone.
+    QString cacheFile() const;
+
+    /**
      * Sets whether a lookup that finds nothing goes on to other locales of the same language; it
      * does not by default. What was asked for as de_AT is then looked for in files of de, and at
      * last in those of any other de_*, each time in search order. The script stays the same. Files
@@ -146,7 +164,8 @@ Q_SIGNALS:
     void changed(const QStringList& keys);
 
     /// The file @p file has a fault at @p line and @p column, both counted from 1; a line of 0
-    /// stands for the file as a whole. It comes once for each state of a file.
+    /// stands for the file as a whole. It comes once for each state of a file. @p file may be
+    /// that of setCacheFile(), too.
     void problemFound(const QString& file, int line, int column, const QString& text);
 
 private:

@@ -5,6 +5,7 @@
 
 #include "VLKeyTableIndex.h"
 #include "VLKeyTableReader.h"
+#include "VLKeyTableStore.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLSettings.h>
 #include <Vidlets/VLXmlElement.h>
@@ -69,7 +70,12 @@ bool VLKeyTableIndexPrivate::leadsUpTo(const QString& file, const QString& root)
     return true;
 }
 
-void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst)
+const VLKeyTableFile* VLKeyTableIndexPrivate::knownFile(const QString& path)
+{
+    return m_cache.mayKnow(path) ? m_cache.known(path, VLIndexHooks::stampAt(path)) : nullptr;
+}
+
+void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst, const VLKeyTableFile* known)
 {
     const QList<IndexedLocation>& locations = VLIndexHooks::locations(*m_owner);
     if (locations.size() == count)
@@ -77,8 +83,30 @@ void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst)
     File file;
     file.location = isFirst ? locations.constFirst() : locations.constLast();
     file.order = isFirst ? --m_firstOrder : ++m_lastOrder;
+    file.isIndexed = isFirst;
     m_files.push_back(file);
-    await(int(m_files.size()) - 1);
+    const int number = int(m_files.size()) - 1;
+    if (!known) {
+        await(number);
+        return;
+    }
+    applyKnown(number, *known);
+    m_mustTellProgress = true;
+    m_areNewOnesKnown = true;
+    scheduleBuilding();
+}
+
+void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
+{
+    if (path == m_cache.path())
+        return;
+    dropStored();
+    m_cache.setPath(path);
+    m_builder.setCacheFile(path);
+    m_isCacheAnnounced = true;
+    // What the builder had, or had in mind to put where it does no more.
+    for (size_t i = 0; i < m_files.size(); ++i)
+        await(int(i));
 }
 
 void VLKeyTableIndexPrivate::dropTable()
@@ -88,6 +116,8 @@ void VLKeyTableIndexPrivate::dropTable()
     m_unsubmitted.clear();
     for (size_t i = 0; i < m_files.size(); ++i) {
         m_files[i].isKnown = false;
+        m_files[i].isStored = false;
+        m_files[i].mustRead = true;
         await(int(i));
     }
 }
@@ -120,12 +150,22 @@ void VLKeyTableIndexPrivate::scheduleBuilding()
         return;
     // Not before the host is through with its scan, which the thread would get in the way of.
     QMetaObject::invokeMethod(
-        m_owner, [this] { startBuilding(); }, Qt::QueuedConnection);
+        m_owner,
+        [this] {
+            startBuilding();
+            tell();
+        },
+        Qt::QueuedConnection);
 }
 
 void VLKeyTableIndexPrivate::startBuilding()
 {
     m_isBuildingScheduled = false;
+    m_cache.dropKnown();
+    m_files.shrink_to_fit();
+    announceCache();
+    if (std::exchange(m_areNewOnesKnown, false) && m_waiting.isEmpty())
+        m_mustTellBuilt = true;
     QList<int> files = std::exchange(m_unsubmitted, {});
     const auto isSearchedBefore = [this](int left, int right) {
         return m_files[left].order < m_files[right].order;
@@ -136,9 +176,18 @@ void VLKeyTableIndexPrivate::startBuilding()
     for (const int file : std::as_const(files)) {
         const File& record = m_files[file];
         if (record.isWaiting)
-            jobs.append({file, record.generation, record.location.location});
+            jobs.append({file, record.generation, record.location.location,
+                         record.isKnown || record.mustRead, record.isStored, record.isIndexed,
+                         std::nullopt});
     }
     m_builder.add(jobs);
+}
+
+/// Tells the builder of the table on disk, if it has not been told yet.
+void VLKeyTableIndexPrivate::announceCache()
+{
+    if (!std::exchange(m_isCacheAnnounced, true))
+        m_builder.setCacheFile(m_cache.path());
 }
 
 bool VLKeyTableIndexPrivate::takeResults()
@@ -151,8 +200,7 @@ bool VLKeyTableIndexPrivate::takeResults()
         if (!m_builder.take(result))
             return count > 0;
         ++count;
-        if (result.generation == m_files[result.file].generation)
-            apply(result.file, result.content);
+        takeResult(result);
     }
     // The builder announces nothing more while some are left.
     if (std::exchange(m_isTakingScheduled, true))
@@ -166,6 +214,88 @@ bool VLKeyTableIndexPrivate::takeResults()
         },
         Qt::QueuedConnection);
     return true;
+}
+
+void VLKeyTableIndexPrivate::takeResult(const VLKeyTableBuilder::Result& result)
+{
+    if (result.kind == VLKeyTableBuilder::Kind::Incident) {
+        takeIncident(result.incident);
+        return;
+    }
+    // Others have come in between.
+    if (result.generation != m_files[result.file].generation)
+        return;
+    if (result.kind != VLKeyTableBuilder::Kind::Read) {
+        takeStored(result);
+        return;
+    }
+    apply(result.file, result.content, result.before);
+    // It will be told of once more, when it is on disk.
+    m_files[result.file].generation = result.generation;
+}
+
+/// Goes by the table on disk from now on, for one file.
+void VLKeyTableIndexPrivate::takeStored(const VLKeyTableBuilder::Result& result)
+{
+    const bool isKnown = result.kind == VLKeyTableBuilder::Kind::Known;
+    if (!isCacheOf(result.token)) {
+        if (isKnown) {
+            m_files[result.file].mustRead = true;
+            await(result.file);
+        }
+        return;
+    }
+    m_cache.dropFound();
+    if (isKnown) {
+        applyKnown(result.file, result.content);
+        return;
+    }
+    m_table.keepNested(result.file);
+    m_files[result.file].isStored = true;
+}
+
+/// Whether lookups see the table of this name, and none that another process has put there since.
+bool VLKeyTableIndexPrivate::isCacheOf(const QByteArray& token)
+{
+    if (m_cache.isOpen() && m_cache.token() != token)
+        dropStored();
+    return m_cache.open() && m_cache.token() == token;
+}
+
+void VLKeyTableIndexPrivate::takeIncident(const VLKeyTableWriter::Incident& incident)
+{
+    noteProblem(m_cache.path(), {{}, incident.reason}, false);
+    if (incident.isReplaced)
+        dropStored();
+}
+
+/// Does without what is in the table on disk: what is there counts for nothing any more.
+void VLKeyTableIndexPrivate::dropStored()
+{
+    m_cache.close();
+    for (size_t i = 0; i < m_files.size(); ++i) {
+        if (!std::exchange(m_files[i].isStored, false))
+            continue;
+        m_files[i].isKnown = false;
+        await(int(i));
+    }
+}
+
+/// As dropStored(), and for good.
+void VLKeyTableIndexPrivate::abandonCache()
+{
+    const QString path = m_cache.path();
+    const bool isDamaged = m_cache.store()->isDamaged();
+    noteProblem(path, {{}, m_cache.lastError()}, false);
+    dropStored();
+    m_cache.setPath(QString());
+    m_builder.setCacheFile(QString());
+    if (isDamaged)
+        VLKeyTableStore::putAside(path);
+    for (size_t i = 0; i < m_files.size(); ++i) {
+        if (m_files[i].isWaiting)
+            await(int(i));
+    }
 }
 
 bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
@@ -191,6 +321,13 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
 void VLKeyTableIndexPrivate::stop()
 {
     m_builder.stop();
+}
+
+void VLKeyTableIndexPrivate::goOnAlone()
+{
+    stop();
+    dropStored();
+    m_cache.setPath(QString());
 }
 
 std::unique_ptr<VLXmlElement> VLKeyTableIndexPrivate::lookUp(const QString& key,
@@ -240,9 +377,11 @@ VLKeyTableIndexPrivate::lookUpOnce(const QString& key, const QLocale& locale, Pa
 }
 
 /// The rows that the table has for the key, in search order.
-QList<VLKeyTable::Hit> VLKeyTableIndexPrivate::candidates(const QString& key) const
+QList<VLKeyTable::Hit> VLKeyTableIndexPrivate::candidates(const QString& key)
 {
     QList<VLKeyTable::Hit> hits = m_table.find(key);
+    if (m_cache.isOpen())
+        addStored(key, hits);
     const auto isOutOfTable = [this](const VLKeyTable::Hit& hit) {
         return m_files[hit.file].isWaiting;
     };
@@ -251,6 +390,41 @@ QList<VLKeyTable::Hit> VLKeyTableIndexPrivate::candidates(const QString& key) co
         return m_files[left.file].order < m_files[right.file].order;
     });
     return hits;
+}
+
+/// Adds what the table on disk has for the key.
+void VLKeyTableIndexPrivate::addStored(const QString& key, QList<VLKeyTable::Hit>& hits)
+{
+    QList<KeyTableBlobs::Entry> entries;
+    if (!m_cache.find(key, entries)) {
+        abandonCache();
+        return;
+    }
+    for (const KeyTableBlobs::Entry& entry : std::as_const(entries)) {
+        const QList<QPair<quint64, int>>& files = filesByNumber();
+        auto found = std::lower_bound(files.cbegin(), files.cend(), qMakePair(entry.file, 0));
+        for (; found != files.cend() && found->first == entry.file; ++found) {
+            const int file = found->second;
+            if (!m_files[file].isStored)
+                continue;
+            // A nested root serves those keys only that have no tip of their own.
+            const auto isOfFile = [file](const VLKeyTable::Hit& hit) { return hit.file == file; };
+            hits.erase(std::remove_if(hits.begin(), hits.end(), isOfFile), hits.end());
+            hits.append({file, entry.row});
+        }
+    }
+}
+
+const QList<QPair<quint64, int>>& VLKeyTableIndexPrivate::filesByNumber()
+{
+    if (m_filesByNumber.size() == qsizetype(m_files.size()))
+        return m_filesByNumber;
+    m_filesByNumber.clear();
+    m_filesByNumber.reserve(qsizetype(m_files.size()));
+    for (size_t i = 0; i < m_files.size(); ++i)
+        m_filesByNumber.append({KeyTableBlobs::numberOf(m_files[i].location.location), int(i)});
+    std::sort(m_filesByNumber.begin(), m_filesByNumber.end());
+    return m_filesByNumber;
 }
 
 std::unique_ptr<VLXmlElement>
@@ -263,7 +437,7 @@ VLKeyTableIndexPrivate::readHit(const VLKeyTable::Hit& hit, const QString& key, 
         return std::move(result.root);
     if (result.outcome == Outcome::Absent) {
         mustLookAgain = true;
-        apply(hit.file, VLKeyTableFile());
+        applyNow(hit.file, VLKeyTableFile());
         return nullptr;
     }
     const int reads = m_readInLookup.value(hit.file);
@@ -347,7 +521,9 @@ QStringList VLKeyTableIndexPrivate::keys()
     for (const int file : files) {
         const QString& path = m_files[file].location.location;
         const VLKeyTableFile content = VLKeyTableReader(path, VLKeyTableReader::Keys::List).read();
-        apply(file, content);
+        const File& record = m_files[file];
+        if (!record.isStored || record.isWaiting || record.stamp != content.stamp)
+            applyNow(file, content);
         if (content.state == VLKeyTableState::Whole || !isGuarded())
             keys += content.listedKeys;
     }
@@ -357,17 +533,51 @@ QStringList VLKeyTableIndexPrivate::keys()
 void VLKeyTableIndexPrivate::readNow(int file)
 {
     ++m_readInLookup[file];
-    apply(file, VLKeyTableReader(m_files[file].location.location).read());
+    applyNow(file, VLKeyTableReader(m_files[file].location.location).read());
 }
 
-void VLKeyTableIndexPrivate::apply(int file, const VLKeyTableFile& content)
+/// Takes over what was read on this thread, and has it put into the table on disk.
+void VLKeyTableIndexPrivate::applyNow(int file, const VLKeyTableFile& content)
+{
+    apply(file, content);
+    if (m_cache.path().isEmpty())
+        return;
+    announceCache();
+    const File& record = m_files[file];
+    VLKeyTableBuilder::Job job;
+    job.file = file;
+    job.generation = record.generation;
+    job.path = record.location.location;
+    job.content = content;
+    job.content->isIndexed = record.isIndexed;
+    m_builder.add({job});
+}
+
+void VLKeyTableIndexPrivate::apply(int file, const VLKeyTableFile& content,
+                                   const std::optional<VLKeyTableFile>& before)
 {
     noteFault(file, content);
-    noteChanges(file, content);
+    if (m_files[file].isKnown)
+        noteChanges(file, content, before ? *before : contentBefore(file));
+    m_table.replace(file, content.rows);
+    takeOver(file, content);
+    m_files[file].isStored = false;
+}
+
+/// Takes over what the table on disk says of the file.
+void VLKeyTableIndexPrivate::applyKnown(int file, const VLKeyTableFile& content)
+{
+    noteFault(file, content);
+    m_table.replace(file, content.rows);
+    takeOver(file, content);
+    m_files[file].isStored = true;
+}
+
+void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
+{
     File& record = m_files[file];
     if (record.stamp != content.stamp)
         m_warned.remove(file);
-    m_table.replace(file, content.rows);
     record.stamp = content.stamp;
     record.headLength = content.headLength;
     record.locale = localeNumber(content.locale);
@@ -376,12 +586,26 @@ void VLKeyTableIndexPrivate::apply(int file, const VLKeyTableFile& content)
     record.isForeign = content.rootTag == ContentNames::kTipTag;
     record.isSettled = content.isSettled || content.state == VLKeyTableState::Absent;
     record.isKnown = true;
+    record.mustRead = false;
     ++record.generation;
     if (!std::exchange(record.isWaiting, false))
         return;
     m_waiting.remove(record.order);
     m_mustTellProgress = true;
     m_mustTellBuilt = m_waiting.isEmpty();
+}
+
+/// What lookups went by before the file was read anew.
+VLKeyTableFile VLKeyTableIndexPrivate::contentBefore(int file)
+{
+    const File& record = m_files[file];
+    VLKeyTableFile before;
+    before.stamp = record.stamp;
+    if (!record.isStored)
+        before.rows = m_table.rowsOf(file);
+    else if (!m_cache.get(record.location.location, before))
+        before = VLKeyTableFile();
+    return before;
 }
 
 int VLKeyTableIndexPrivate::localeNumber(const QString& name)
@@ -416,17 +640,16 @@ void VLKeyTableIndexPrivate::noteProblem(const QString& path, const VLKeyTablePr
 }
 
 /// Gathers the keys whose lookups the file may answer otherwise from now on.
-void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content)
+void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content,
+                                         const VLKeyTableFile& before)
 {
     const File& record = m_files[file];
-    if (!record.isKnown)
-        return;
     // Tips that do not stand for themselves in the file cannot be told apart.
     const bool isSameFile = record.stamp == content.stamp;
-    const bool isSameState = record.state == content.state;
+    // Another process may have been first to put a newer state into the table on disk.
+    const bool isSameState = record.state == content.state && before.stamp == record.stamp;
     QHash<QString, VLKeyTableRow> gone;
-    const QList<VLKeyTableRow> rows = m_table.rowsOf(file);
-    for (const VLKeyTableRow& row : rows) {
+    for (const VLKeyTableRow& row : before.rows) {
         if (row.kind != VLKeyTableRowKind::Nested)
             gone.insert(row.key, row);
     }
@@ -434,11 +657,11 @@ void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content
     for (const VLKeyTableRow& row : content.rows) {
         if (row.kind == VLKeyTableRowKind::Nested)
             continue;
-        const auto before = gone.constFind(row.key);
-        const bool isSame = before != gone.cend() && isSameState
-            && (isSameTip(*before, row) || (isSameFile && row.length == 0));
-        if (before != gone.cend())
-            gone.erase(before);
+        const auto old = gone.constFind(row.key);
+        const bool isSame = old != gone.cend() && isSameState
+            && (isSameTip(*old, row) || (isSameFile && row.length == 0));
+        if (old != gone.cend())
+            gone.erase(old);
         if (!isSame)
             changed.insert(row.key);
     }

@@ -6,19 +6,23 @@
 
 #include "VLKeyTable.h"
 #include "VLKeyTableBuilder.h"
+#include "VLKeyTableCache.h"
 #include "VLKeyTableFile.h"
 #include "VLKeyTableKeyData.h"
 #include "VLKeyTableRange.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QList>
 #include <QLocale>
 #include <QMap>
+#include <QPair>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace Vidlets {
@@ -46,11 +50,19 @@ public:
     /// Whether a walk of the base class from @p file up to @p root comes to an end.
     static bool leadsUpTo(const QString& file, const QString& root);
 
+    /// Returns what the table on disk says of the file @p path as it is now, or null.
+    const VLKeyTableFile* knownFile(const QString& path);
     /// Takes over what the base class has recorded at one end if that was the file after @p count
-    /// others.
-    void recordNew(qsizetype count, bool isFirst);
+    /// others; @p known may be null.
+    void recordNew(qsizetype count, bool isFirst, const VLKeyTableFile* known);
     void dropTable();
     void findChanges();
+
+    const QString& cacheFile() const
+    {
+        return m_cache.path();
+    }
+    void setCacheFile(const QString& path);
 
     /// Hands what waits to the builder.
     void startBuilding();
@@ -60,6 +72,8 @@ public:
     bool waitUntilBuilt(int ms);
     /// Ends the thread.
     void stop();
+    /// Ends the thread and does without the table on disk, for lookups after the application's end.
+    void goOnAlone();
 
     /// Finds the tip, and the file that it is in.
     std::unique_ptr<VLXmlElement> lookUp(const QString& key, const QLocale& locale, int& file);
@@ -100,6 +114,12 @@ private:
         bool isWaiting = false;
         /// Whether it has been read since the table was dropped last.
         bool isKnown = false;
+        /// Whether its rows are in the table on disk, and not in memory.
+        bool isStored = false;
+        /// Whether its head marks it as a control file.
+        bool isIndexed = false;
+        /// Whether nothing on disk stands for reading it.
+        bool mustRead = false;
     };
 
     /// Which files a lookup asks.
@@ -126,9 +146,22 @@ private:
 
     void await(int file);
     void readNow(int file);
-    void apply(int file, const VLKeyTableFile& content);
+    void apply(int file, const VLKeyTableFile& content,
+               const std::optional<VLKeyTableFile>& before = std::nullopt);
+    void applyNow(int file, const VLKeyTableFile& content);
+    void applyKnown(int file, const VLKeyTableFile& content);
+    void takeOver(int file, const VLKeyTableFile& content);
+    void takeResult(const VLKeyTableBuilder::Result& result);
+    void takeStored(const VLKeyTableBuilder::Result& result);
+    void takeIncident(const VLKeyTableWriter::Incident& incident);
+    bool isCacheOf(const QByteArray& token);
+    void dropStored();
+    void abandonCache();
+    void addStored(const QString& key, QList<VLKeyTable::Hit>& hits);
+    const QList<QPair<quint64, int>>& filesByNumber();
     void noteFault(int file, const VLKeyTableFile& content);
-    void noteChanges(int file, const VLKeyTableFile& content);
+    VLKeyTableFile contentBefore(int file);
+    void noteChanges(int file, const VLKeyTableFile& content, const VLKeyTableFile& before);
     void emitChanges();
     bool tellOne();
     int localeNumber(const QString& name);
@@ -136,16 +169,23 @@ private:
                                              int& file);
     bool serves(const File& file, const QLocale& locale, Pass pass) const;
     KeyTableRange::Source sourceOf(const File& file) const;
-    QList<VLKeyTable::Hit> candidates(const QString& key) const;
+    QList<VLKeyTable::Hit> candidates(const QString& key);
     std::unique_ptr<VLXmlElement> readHit(const VLKeyTable::Hit& hit, const QString& key,
                                           bool& mustLookAgain);
     void letBaseWarn(int file, const QString& key, QChar reason);
     void scheduleBuilding();
     void scheduleChanges();
+    void announceCache();
 
     VLKeyTableIndex* const m_owner;
     std::vector<File> m_files;
+    /// The rows that are not on disk, and those of nested roots.
     VLKeyTable m_table;
+    VLKeyTableCache m_cache;
+    /// Whether m_builder was told of the path of m_cache.
+    bool m_isCacheAnnounced = false;
+    /// The files by the number of their path; made anew where files have come.
+    QList<QPair<quint64, int>> m_filesByNumber;
     /// The files that wait, by their order.
     QMap<int, int> m_waiting;
     /// Those among them that the builder has not been given.
@@ -166,6 +206,7 @@ private:
     QSet<QString> m_changedKeys;
     bool m_isBuildingScheduled = false;
     bool m_isTakingScheduled = false;
+    bool m_areNewOnesKnown = false;
     bool m_areChangesScheduled = false;
     bool m_mustTellProgress = false;
     bool m_mustTellBuilt = false;

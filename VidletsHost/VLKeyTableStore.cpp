@@ -9,6 +9,7 @@
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QUuid>
 #include <QVariant>
 
 #include <array>
@@ -31,8 +32,9 @@ constexpr int kBusy = 5;
 constexpr int kLocked = 6;
 constexpr int kCorrupt = 11;
 constexpr int kNoDatabase = 26;
-// Stands beside the chunks, and tells whether the buckets were ever written.
+// Stand beside the chunks: whether the buckets were ever written, and what the file goes by.
 constexpr int kMark = kChunks;
+constexpr int kToken = kChunks + 1;
 constexpr std::array<Table, 3> kTables{Table::Buckets, Table::Chunks, Table::Names};
 
 QString newConnectionName()
@@ -168,7 +170,7 @@ bool VLKeyTableStore::openOnce()
         && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
             || !run(u"PRAGMA journal_size_limit = 1048576"_s)))
         return false;
-    return checkVersion() && prepare();
+    return checkVersion() && prepare() && readToken();
 }
 
 bool VLKeyTableStore::checkVersion()
@@ -209,6 +211,8 @@ bool VLKeyTableStore::makeTables()
         if (!write(Table::Chunks, id, QByteArray()))
             return false;
     }
+    if (!write(Table::Chunks, kToken, QUuid::createUuid().toRfc4122()))
+        return false;
     return run(u"PRAGMA application_id = %1"_s.arg(kApplicationId))
         && run(u"PRAGMA user_version = %1"_s.arg(kVersion));
 }
@@ -228,6 +232,13 @@ bool VLKeyTableStore::prepare()
             return false;
     }
     return prepared(m_queries->drop, u"DELETE FROM names WHERE id = ?"_s);
+}
+
+bool VLKeyTableStore::readToken()
+{
+    bool isThere = false;
+    return read(Table::Chunks, kToken, m_token, isThere)
+        && (isThere || failDamaged(u"the table has no name"_s));
 }
 
 bool VLKeyTableStore::begin()

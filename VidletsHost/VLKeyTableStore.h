@@ -87,6 +87,12 @@ public:
     /// Gives the rows of @p key in all files, but not those of nested roots.
     bool find(const QString& key, QList<KeyTableBlobs::Entry>& entries);
 
+    /// Returns what tells the file from any other that came to be under its name.
+    const QByteArray& token() const
+    {
+        return m_token;
+    }
+
     /// Returns the connection, on the thread of the store, for tables beside those of the store.
     QSqlDatabase database() const;
 
@@ -109,6 +115,7 @@ private:
     bool openOnce();
     bool prepare();
     bool checkVersion();
+    bool readToken();
     bool makeTables();
     Chunk* chunkOf(quint64 file);
     bool dropRows(quint64 file);
@@ -130,6 +137,7 @@ private:
     const Access m_access;
     const QString m_connection;
     QString m_error;
+    QByteArray m_token;
     /// Whether the file is such that only a new one will do.
     bool m_isDamaged = false;
     bool m_isLocked = false;

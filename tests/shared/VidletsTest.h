@@ -5,8 +5,10 @@
 #define VIDLETSTEST_H
 
 #include <QApplication>
+#include <QFile>
 #include <QObject>
 #include <QString>
+#include <QTemporaryDir>
 #include <QTest>
 
 /**
@@ -40,6 +42,11 @@ protected:
 /// The main() of a test program.
 template <typename Test> int runVidletsTest(int argc, char** argv)
 {
+    // What hosts keep from one start to the next would let one run depend on the one before.
+    const QTemporaryDir cache;
+    const QByteArray first = argc > 1 ? argv[1] : "";
+    if (first != "--child")
+        qputenv("XDG_CACHE_HOME", QFile::encodeName(cache.path()));
     QApplication application(argc, argv);
     Test test;
     const QStringList arguments = QApplication::arguments();
