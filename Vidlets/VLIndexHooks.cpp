@@ -21,6 +21,8 @@ VLFileStamp fileStamp(const VLContentGuard::Stamp& stamp)
 
 } // namespace
 
+std::atomic<int> VLIndexHooks::settledAfterMs = 3000;
+
 const QList<IndexedLocation>& VLIndexHooks::locations(const VLIndex& index)
 {
     return index.locations();

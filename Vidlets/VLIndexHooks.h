@@ -12,6 +12,7 @@
 #include <QList>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 
 class QFile;
@@ -71,6 +72,11 @@ public:
      * @param[out] reason Why it was not opened.
      */
     static bool open(QFile& file, VLFileStamp& stamp, QString& reason);
+
+    /// How long a file must have been left alone, in milliseconds, for no later change to have its
+    /// stamp: some file systems count whole seconds, and clocks of file servers differ a little.
+    /// Tests have no time for that. On any thread.
+    static std::atomic<int> settledAfterMs;
 
     /// Returns how the file @p path is now. On any thread.
     static VLFileStamp stampAt(const QString& path);

@@ -76,6 +76,12 @@ bool VLKeyTableBuilder::take(Result& result)
     return true;
 }
 
+bool VLKeyTableBuilder::isBusy()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_isRunning || !m_results.isEmpty();
+}
+
 bool VLKeyTableBuilder::waitForResults(const QDeadlineTimer& deadline)
 {
     const QMutexLocker locker(&m_mutex);

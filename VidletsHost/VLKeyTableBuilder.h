@@ -95,6 +95,9 @@ public:
     /// Gives the oldest result. Returns whether there was one.
     bool take(Result& result);
 
+    /// Returns whether there are results, or more may come.
+    bool isBusy();
+
     /// Waits until there are results. Returns false where @p deadline has passed or none can come.
     bool waitForResults(const QDeadlineTimer& deadline);
 

@@ -68,8 +68,8 @@ public:
     bool isBuilt() const;
 
     /**
-     * Waits until each control file has been read, without an event loop. built() and
-     * progressChanged() are emitted meanwhile.
+     * Waits until each control file has been read and the table is on disk, without an event loop.
+     * built() and progressChanged() are emitted meanwhile.
      *
      * @param ms How long to wait at most, in milliseconds; below 0 there is no limit.
      * @return isBuilt().

@@ -104,6 +104,7 @@ void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
     m_cache.setPath(path);
     m_builder.setCacheFile(path);
     m_isCacheAnnounced = true;
+    m_isCacheProblemNoted = false;
     // What the builder had, or had in mind to put where it does no more.
     for (size_t i = 0; i < m_files.size(); ++i)
         await(int(i));
@@ -264,9 +265,16 @@ bool VLKeyTableIndexPrivate::isCacheOf(const QByteArray& token)
 
 void VLKeyTableIndexPrivate::takeIncident(const VLKeyTableWriter::Incident& incident)
 {
-    noteProblem(m_cache.path(), {{}, incident.reason}, false);
+    noteCacheProblem(incident.reason);
     if (incident.isReplaced)
         dropStored();
+}
+
+/// Whatever is wrong with the table on disk leads to more of it.
+void VLKeyTableIndexPrivate::noteCacheProblem(const QString& reason)
+{
+    if (!std::exchange(m_isCacheProblemNoted, true))
+        noteProblem(m_cache.path(), {{}, reason}, false);
 }
 
 /// Does without what is in the table on disk: what is there counts for nothing any more.
@@ -286,7 +294,7 @@ void VLKeyTableIndexPrivate::abandonCache()
 {
     const QString path = m_cache.path();
     const bool isDamaged = m_cache.store()->isDamaged();
-    noteProblem(path, {{}, m_cache.lastError()}, false);
+    noteCacheProblem(m_cache.lastError());
     dropStored();
     m_cache.setPath(QString());
     m_builder.setCacheFile(QString());
@@ -304,7 +312,7 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
         ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
     const QPointer<VLKeyTableIndex> owner(m_owner);
     startBuilding();
-    while (!isBuilt()) {
+    while (!isBuilt() || m_builder.isBusy()) {
         if (!takeResults()) {
             if (m_builder.isStopped())
                 readNow(m_waiting.first());
@@ -314,8 +322,12 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
         tell();
         if (!owner)
             return false;
+        // What was in the table on disk may be lost.
+        if (!m_unsubmitted.isEmpty())
+            startBuilding();
     }
-    return isBuilt();
+    tell();
+    return owner && isBuilt();
 }
 
 void VLKeyTableIndexPrivate::stop()

@@ -155,6 +155,7 @@ private:
     void takeStored(const VLKeyTableBuilder::Result& result);
     void takeIncident(const VLKeyTableWriter::Incident& incident);
     bool isCacheOf(const QByteArray& token);
+    void noteCacheProblem(const QString& reason);
     void dropStored();
     void abandonCache();
     void addStored(const QString& key, QList<VLKeyTable::Hit>& hits);
@@ -184,6 +185,7 @@ private:
     VLKeyTableCache m_cache;
     /// Whether m_builder was told of the path of m_cache.
     bool m_isCacheAnnounced = false;
+    bool m_isCacheProblemNoted = false;
     /// The files by the number of their path; made anew where files have come.
     QList<QPair<quint64, int>> m_filesByNumber;
     /// The files that wait, by their order.

@@ -22,8 +22,6 @@ using namespace ContentNames;
 namespace {
 
 constexpr qint64 kNsPerMs = 1'000'000;
-// Some file systems count whole seconds, and clocks of file servers differ a little.
-constexpr qint64 kSettledAfterNs = 3'000 * kNsPerMs;
 // A file that is written to all the time is taken as it is at last.
 constexpr int kMaxPasses = 3;
 // Far above what any content needs: hosts with ckGuardContent pass over what is longer.
@@ -134,7 +132,8 @@ void VLKeyTableReader::readOnce()
     QString reason;
     const bool isOpen = VLIndexHooks::open(file, m_file.stamp, reason);
     const qint64 changedNs = qMax(m_file.stamp.modifiedNs, m_file.stamp.changedNs);
-    m_file.isSettled = QDateTime::currentMSecsSinceEpoch() * kNsPerMs - changedNs > kSettledAfterNs;
+    const qint64 ageNs = QDateTime::currentMSecsSinceEpoch() * kNsPerMs - changedNs;
+    m_file.isSettled = ageNs > VLIndexHooks::settledAfterMs * kNsPerMs;
     if (!isOpen) {
         const bool isThere = m_file.stamp != VLFileStamp();
         m_file.state = isThere ? VLKeyTableState::Broken : VLKeyTableState::Absent;

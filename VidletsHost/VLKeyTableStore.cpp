@@ -28,6 +28,7 @@ constexpr int kApplicationId = 0x564C4B54;
 constexpr int kVersion = 2;
 // SQLite's numbers for what is wrong; finer ones are in the bits above.
 constexpr int kResultMask = 0xFF;
+constexpr int kNoTable = 1;
 constexpr int kBusy = 5;
 constexpr int kLocked = 6;
 constexpr int kCorrupt = 11;
@@ -435,10 +436,19 @@ bool VLKeyTableStore::files(QHash<QString, VLKeyTableFile>& files)
 bool VLKeyTableStore::get(const QString& path, VLKeyTableFile& content)
 {
     m_error.clear();
+    // All of one state, whoever writes meanwhile.
+    if (!m_queries || !run(u"BEGIN"_s))
+        return false;
+    const bool isThere = getNow(path, content);
+    QSqlQuery(database()).exec(u"COMMIT"_s);
+    return isThere;
+}
+
+bool VLKeyTableStore::getNow(const QString& path, VLKeyTableFile& content)
+{
     const quint64 file = numberOf(path);
     Chunk chunk;
-    if (!m_queries || !readChunk(KeyTableBlobs::chunkOf(file), chunk)
-        || chunk.value(file).path != path)
+    if (!readChunk(KeyTableBlobs::chunkOf(file), chunk) || chunk.value(file).path != path)
         return false;
     content = chunk.value(file).content;
     const QList<VLKeyTableRow> nested = content.rows;
@@ -501,7 +511,12 @@ bool VLKeyTableStore::readBucket(int id, QByteArray& entries)
     QByteArray mark;
     if (!read(Table::Chunks, kMark, mark, isThere))
         return false;
-    return (isThere && mark.isEmpty()) || failDamaged(u"rows are missing"_s);
+    if (isThere && mark.isEmpty())
+        return true;
+    // They may have been written in between.
+    if (!read(Table::Buckets, id, entries, isThere))
+        return false;
+    return (isThere && isBucket(entries)) || failDamaged(u"rows are missing"_s);
 }
 
 bool VLKeyTableStore::read(Table table, qint64 id, QByteArray& value, bool& isThere)
@@ -545,7 +560,7 @@ bool VLKeyTableStore::fail(const QSqlError& error)
     const int code = error.nativeErrorCode().toInt() & kResultMask;
     m_error = error.databaseText().isEmpty() ? error.text() : error.databaseText();
     // Whoever is locked out, or may not write, has no reason to take the file from the others.
-    m_isDamaged = m_isDamaged || code == kCorrupt || code == kNoDatabase;
+    m_isDamaged = m_isDamaged || code == kNoTable || code == kCorrupt || code == kNoDatabase;
     m_isLocked = code == kBusy || code == kLocked;
     return false;
 }

@@ -119,6 +119,7 @@ private:
     bool makeTables();
     Chunk* chunkOf(quint64 file);
     bool dropRows(quint64 file);
+    bool getNow(const QString& path, VLKeyTableFile& content);
     bool readChunk(int id, Chunk& chunk);
     void dropGathered();
     bool writeChunks();

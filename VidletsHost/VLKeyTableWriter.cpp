@@ -37,14 +37,8 @@ bool VLKeyTableWriter::knows(const QString& path, VLKeyTableFile& content)
 {
     if (!isOpen())
         return false;
-    if (!m_known) {
-        m_known.emplace();
-        if (!m_store->files(*m_known))
-            loseTable();
-    }
-    const auto found = m_known->constFind(path);
-    if (found == m_known->cend() || !found->isSettled
-        || found->stamp != VLIndexHooks::stampAt(path))
+    const auto found = m_known.constFind(path);
+    if (found == m_known.cend() || !found->isSettled || found->stamp != VLIndexHooks::stampAt(path))
         return false;
     content = *found;
     return true;
@@ -115,9 +109,15 @@ bool VLKeyTableWriter::isOpen()
         giveUp();
         return false;
     }
-    if (!m_store->lastError().isNull())
+    if (!m_store->lastError().isNull()) {
         m_incident = {m_store->lastError(), true, false};
-    return true;
+        m_isReplaced = true;
+    }
+    // What is wrong with them would stay, and cost each start the table.
+    if (m_store->files(m_known))
+        return true;
+    loseTable();
+    return isOpen();
 }
 
 /// Tries it again as long as others are in the way. Returns whether it was possible.
@@ -169,19 +169,19 @@ void VLKeyTableWriter::giveUp()
     m_isGivenUp = true;
 }
 
-/// Puts the table aside if it is of no use, and gives it up otherwise.
+/// Puts the table aside if it is of no use, for the next one to take its place; gives it up if it
+/// is another's, or cannot be written.
 void VLKeyTableWriter::loseTable()
 {
-    if (!m_store->isDamaged()) {
+    if (!m_store->isDamaged() || std::exchange(m_isReplaced, true)) {
         giveUp();
         return;
     }
     const QString reason = m_store->lastError();
     m_store.reset();
+    m_known.clear();
     VLKeyTableStore::putAside(m_path);
     m_incident = {reason, true, false};
-    if (m_known)
-        m_known->clear();
 }
 
 } // namespace Vidlets

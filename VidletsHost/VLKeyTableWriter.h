@@ -84,8 +84,9 @@ private:
     std::unique_ptr<VLKeyTableStore> m_store;
     bool m_isGivenUp = false;
     bool m_isChanged = false;
+    bool m_isReplaced = false;
     /// What the table said of each file when it was opened; only as long as the writer lives.
-    std::optional<QHash<QString, VLKeyTableFile>> m_known;
+    QHash<QString, VLKeyTableFile> m_known;
     QList<Content> m_waiting;
     qsizetype m_waitingRows = 0;
     std::optional<Incident> m_incident;

@@ -9,3 +9,4 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
   LIBRARIES Qt6::Sql)
+vidlets_add_test(NAME tst_vlkeytablecache LIBRARIES Vidlets::Host Qt6::Sql)
