@@ -24,6 +24,8 @@ QString withoutMarkup(const QString& text)
     static const QRegularExpression tag(u"</?[a-zA-Z][^<>]*>"_s);
     static const QRegularExpression lineBreak(u"</?(br|p|div|li|tr|h[1-6])\\b[^<>]*>"_s,
                                               QRegularExpression::CaseInsensitiveOption);
+    if (!text.contains(u'<') && !text.contains(u'&'))
+        return text;
     QString result = text;
     result.replace(lineBreak, u" "_s);
     result.remove(tag);
@@ -54,6 +56,11 @@ QString asSentences(const QStringList& parts)
 }
 
 } // namespace
+
+QString TipText::plain(const QString& source)
+{
+    return asShown(source, nullptr);
+}
 
 QString TipText::title(const VLXmlElement& tip, VLManager* manager)
 {

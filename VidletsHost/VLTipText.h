@@ -19,6 +19,9 @@ class VLXmlElement;
  */
 namespace TipText {
 
+/// @p source, a text of a tip, with its variables as they stand.
+QString plain(const QString& source);
+
 QString title(const VLXmlElement& tip, VLManager* manager);
 
 /// The attribute "summary" of @p tip, its character data, and that of all elements in it, each as
