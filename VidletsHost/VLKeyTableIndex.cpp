@@ -117,6 +117,23 @@ QList<QString> VLKeyTableIndex::keys()
     return keys;
 }
 
+QList<VLSearchHit> VLKeyTableIndex::search(const QString& words, const QLocale& locale, int limit)
+{
+    const QList<VLSearchHit> hits = d->search(words, locale, limit);
+    d->tell();
+    return hits;
+}
+
+bool VLKeyTableIndex::isSearchBuilt() const
+{
+    return d->isSearchBuilt();
+}
+
+bool VLKeyTableIndex::waitUntilSearchBuilt(int ms)
+{
+    return d->waitUntilSearchBuilt(ms);
+}
+
 void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
 {
     if (!file.startsWith(root))

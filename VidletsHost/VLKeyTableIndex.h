@@ -13,6 +13,7 @@
 
 #include <memory>
 
+#include <VidletsHost/VLSearchHit.h>
 #include <VidletsHost/VidletsHostExport.h>
 
 namespace Vidlets {
@@ -147,6 +148,36 @@ public:
      */
     QList<QString> keys() override;
 
+    /**
+     * Finds tips by their words.
+     *
+     * The words are looked for in the title, the shortcut, the key and the text of each tip that
+     * retrieve() gives for @p locale. All of them must be in the tip, the last may be the beginning
+     * of a word. Of @p words the first 256 characters count, and letters and digits alone: nothing
+     * in it is syntax. Case, accents, the dots of umlauts, vowel signs, tatweel and hamza make no
+     * difference, "ß" is "ss", and a ligature is its letters. In scripts without blanks two
+     * neighbours are a word. The texts are those of the control file, in which references to
+     * variables count for nothing; attributes of the key data file are not searched.
+     *
+     * Tips with all words in the title come first, then those with one of them there, those with
+     * one of them in the shortcut or the key, and those with all of them in the text.
+     *
+     * The words are read after the table is built, on a thread of their own, and kept in a file
+     * beside cacheFile(), with "-search" at its end. Until isSearchBuilt(), hits are those of what
+     * has been read so far; a few files of which the words are not known, half a megabyte of them,
+     * are read at once, so that a change counts when it does for lookups.
+     *
+     * @param limit How many hits to give at most.
+     * @return The hits, each with a key of its own; none where @p words has no letter and no digit.
+     */
+    QList<VLSearchHit> search(const QString& words, const QLocale& locale, int limit = 20);
+
+    /// Returns whether isBuilt(), and search() knows the words of all tips.
+    bool isSearchBuilt() const;
+    /// Waits for @p ms milliseconds at most, or without a limit below 0, until isSearchBuilt(), as
+    /// waitUntilBuilt() does. Returns that.
+    bool waitUntilSearchBuilt(int ms = -1);
+
     /// Records @p file at the front of the search order if its first tag marks it as a control
     /// file. What is no regular file, or does not lie below @p root, is not recorded.
     void indexControlFile(const QString& file, const QString& root) override;
@@ -155,6 +186,10 @@ Q_SIGNALS:
     /// Each control file that is recorded has been read. It comes again after files were added,
     /// changed or dropped.
     void built();
+
+    /// search() knows the words of all tips. It comes again after files were added, changed or
+    /// dropped.
+    void searchBuilt();
 
     /// @p done of the @p total control files that are recorded have been read.
     void progressChanged(int done, int total);

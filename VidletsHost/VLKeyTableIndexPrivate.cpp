@@ -36,10 +36,28 @@ bool isSameTip(const VLKeyTableRow& left, const VLKeyTableRow& right)
         && left.checksum == right.checksum;
 }
 
+// As much as a search reads by itself before its answer is late.
+constexpr qint64 kMaxReadInSearch = 512 * 1024;
+
+/// The file for the words beside that for the keys: what damages one leaves the other alone.
+QString searchFileFor(const QString& cacheFile)
+{
+    return cacheFile.isEmpty() ? QString() : cacheFile + u"-search"_s;
+}
+
 } // namespace
 
 VLKeyTableIndexPrivate::VLKeyTableIndexPrivate(VLKeyTableIndex* owner)
     : m_owner(owner)
+    , m_search([owner] {
+        QMetaObject::invokeMethod(
+            owner,
+            [owner] {
+                owner->d->takeSearchResults();
+                owner->d->tell();
+            },
+            Qt::QueuedConnection);
+    })
     , m_builder([owner] {
         QMetaObject::invokeMethod(
             owner,
@@ -105,6 +123,7 @@ void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
     m_builder.setCacheFile(path);
     m_isCacheAnnounced = true;
     m_isCacheProblemNoted = false;
+    m_search.setFile(searchFileFor(path));
     // What the builder had, or had in mind to put where it does no more.
     for (size_t i = 0; i < m_files.size(); ++i)
         await(int(i));
@@ -187,8 +206,10 @@ void VLKeyTableIndexPrivate::startBuilding()
 /// Tells the builder of the table on disk, if it has not been told yet.
 void VLKeyTableIndexPrivate::announceCache()
 {
-    if (!std::exchange(m_isCacheAnnounced, true))
-        m_builder.setCacheFile(m_cache.path());
+    if (std::exchange(m_isCacheAnnounced, true))
+        return;
+    m_builder.setCacheFile(m_cache.path());
+    m_search.setFile(searchFileFor(m_cache.path()));
 }
 
 bool VLKeyTableIndexPrivate::takeResults()
@@ -333,6 +354,7 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
 void VLKeyTableIndexPrivate::stop()
 {
     m_builder.stop();
+    m_search.stop();
 }
 
 void VLKeyTableIndexPrivate::goOnAlone()
@@ -600,6 +622,8 @@ void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
     record.isKnown = true;
     record.mustRead = false;
     ++record.generation;
+    m_search.await(file);
+    buildSearch();
     if (!std::exchange(record.isWaiting, false))
         return;
     m_waiting.remove(record.order);
@@ -702,6 +726,123 @@ void VLKeyTableIndexPrivate::emitChanges()
     Q_EMIT m_owner->changed(keys);
 }
 
+/// Has the words read of what is new, when the table is built: lookups come first.
+void VLKeyTableIndexPrivate::buildSearch()
+{
+    if (std::exchange(m_isSearchScheduled, true))
+        return;
+    QMetaObject::invokeMethod(
+        m_owner,
+        [this] {
+            m_isSearchScheduled = false;
+            if (isBuilt())
+                m_search.build([this](int file) { return m_files[file].location.location; });
+        },
+        Qt::QueuedConnection);
+}
+
+void VLKeyTableIndexPrivate::takeSearchResults()
+{
+    const bool wasBuilt = isSearchBuilt();
+    m_search.takeResults([this](int file) { return m_files[file].stamp; });
+    if (m_search.isBuilt())
+        m_mustTellSearchBuilt = m_mustTellSearchBuilt || !wasBuilt;
+    else
+        buildSearch();
+}
+
+bool VLKeyTableIndexPrivate::waitUntilSearchBuilt(int ms)
+{
+    const QDeadlineTimer deadline =
+        ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
+    const QPointer<VLKeyTableIndex> owner(m_owner);
+    if (!waitUntilBuilt(ms))
+        return false;
+    while (!isSearchBuilt()) {
+        m_search.build([this](int file) { return m_files[file].location.location; });
+        if (m_search.isWithoutStore() || !m_search.waitForResults(deadline))
+            break;
+        takeSearchResults();
+        tell();
+        if (!owner)
+            return false;
+    }
+    return isSearchBuilt();
+}
+
+QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QLocale& locale,
+                                                  int limit)
+{
+    bringInWaiting();
+    takeSearchResults();
+    VLTipSearch::Request request;
+    request.words = words;
+    request.limit = limit;
+    request.unread = filesOutsideSearch();
+    // A tip of which it is not certain that it is found first would have all files read before.
+    request.isStoreUsed = isBuilt();
+    request.serves = [this, &locale](const QString& name) { return servesInAnyPass(name, locale); };
+    request.lookUp = [this, &locale](const QString& key, QString& path) {
+        int file = 0;
+        std::unique_ptr<VLXmlElement> root = lookUp(key, locale, file);
+        if (root)
+            path = m_files[file].location.location;
+        return root;
+    };
+    request.packageOf = [this](const QString& path) {
+        return m_owner->packageNameForLocation(path);
+    };
+    const QList<VLSearchHit> hits = m_search.search(request);
+    if (!m_search.isBuilt())
+        buildSearch();
+    return hits;
+}
+
+/// Reads what waits, as lookups do, as long as that is little.
+void VLKeyTableIndexPrivate::bringInWaiting()
+{
+    m_readInLookup.clear();
+    qint64 bytes = 0;
+    while (!m_waiting.isEmpty() && bytes < kMaxReadInSearch) {
+        const int file = m_waiting.first();
+        if (!takeResults())
+            readNow(file);
+        bytes += m_files[file].stamp.size;
+    }
+}
+
+/// The files that the search is to read by itself, in search order.
+QStringList VLKeyTableIndexPrivate::filesOutsideSearch() const
+{
+    QList<int> files(m_search.pending().cbegin(), m_search.pending().cend());
+    const auto isSearchedBefore = [this](int left, int right) {
+        return m_files[left].order < m_files[right].order;
+    };
+    std::sort(files.begin(), files.end(), isSearchedBefore);
+    QStringList paths;
+    qint64 bytes = 0;
+    for (const int file : std::as_const(files)) {
+        const File& record = m_files[file];
+        if (!m_waiting.isEmpty() && m_waiting.firstKey() < record.order)
+            break;
+        bytes += record.stamp.size;
+        // Without a store, late is better than never.
+        if (bytes > kMaxReadInSearch && !paths.isEmpty() && !m_search.isWithoutStore())
+            break;
+        paths.append(record.location.location);
+    }
+    return paths;
+}
+
+bool VLKeyTableIndexPrivate::servesInAnyPass(const QString& name, const QLocale& locale) const
+{
+    const QLocale own(name);
+    if (name.isEmpty() || own == locale)
+        return true;
+    return hasLocaleChain && locale.language() != QLocale::C && own.language() == locale.language()
+        && own.script() == locale.script();
+}
+
 void VLKeyTableIndexPrivate::tell()
 {
     // Who is told may look something up, and then the rest is told here.
@@ -734,6 +875,10 @@ bool VLKeyTableIndexPrivate::tellOne()
     }
     if (std::exchange(m_mustTellBuilt, false)) {
         Q_EMIT m_owner->built();
+        return true;
+    }
+    if (std::exchange(m_mustTellSearchBuilt, false)) {
+        Q_EMIT m_owner->searchBuilt();
         return true;
     }
     return false;

@@ -10,6 +10,7 @@
 #include "VLKeyTableFile.h"
 #include "VLKeyTableKeyData.h"
 #include "VLKeyTableRange.h"
+#include "VLTipSearch.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -81,6 +82,13 @@ public:
     bool hasLocaleChain = false;
     void addKeyData(const QString& key, VLXmlElement* element);
     QStringList keys();
+
+    QList<VLSearchHit> search(const QString& words, const QLocale& locale, int limit);
+    bool isSearchBuilt() const
+    {
+        return isBuilt() && m_search.isBuilt();
+    }
+    bool waitUntilSearchBuilt(int ms);
 
     const IndexedLocation& locationOf(int file) const
     {
@@ -176,6 +184,11 @@ private:
     void letBaseWarn(int file, const QString& key, QChar reason);
     void scheduleBuilding();
     void scheduleChanges();
+    void buildSearch();
+    void takeSearchResults();
+    void bringInWaiting();
+    QStringList filesOutsideSearch() const;
+    bool servesInAnyPass(const QString& name, const QLocale& locale) const;
     void announceCache();
 
     VLKeyTableIndex* const m_owner;
@@ -213,6 +226,10 @@ private:
     bool m_mustTellProgress = false;
     bool m_mustTellBuilt = false;
     bool m_isTelling = false;
+    bool m_isSearchScheduled = false;
+    bool m_mustTellSearchBuilt = false;
+
+    VLTipSearch m_search;
 
     /// Last, so that its thread ends first.
     VLKeyTableBuilder m_builder;

@@ -104,8 +104,16 @@ VLKeyTableReader::VLKeyTableReader(const QString& path, Keys keys,
 
 VLKeyTableFile VLKeyTableReader::read()
 {
+    return read(nullptr);
+}
+
+VLKeyTableFile VLKeyTableReader::read(QList<VLSearchText>* texts)
+{
+    m_hasTexts = texts;
     for (int pass = 0; pass < kMaxPasses; ++pass) {
         readOnce();
+        if (texts)
+            *texts = finishTexts();
         if (m_file.stamp == VLIndexHooks::stampAt(m_path))
             return m_file;
     }
@@ -125,6 +133,8 @@ void VLKeyTableReader::readOnce()
     m_isInStep = true;
     m_isRow = false;
     m_places.clear();
+    m_collector = VLSearchCollector();
+    m_texts.clear();
     m_childCount = 0;
     m_nestedCount = 0;
 
@@ -163,8 +173,14 @@ void VLKeyTableReader::readDocument(QXmlStreamReader& xml)
             ++m_depth;
             readStartTag(xml);
             break;
+        case QXmlStreamReader::Characters:
+            if (m_hasTexts)
+                m_collector.addText(xml.text());
+            break;
         case QXmlStreamReader::EndElement:
             --m_depth;
+            if (m_hasTexts)
+                m_collector.close();
             if (m_depth == 1)
                 readEndOfChild();
             break;
@@ -180,6 +196,8 @@ void VLKeyTableReader::readStartTag(const QXmlStreamReader& xml)
         readRoot(xml);
     else if (m_depth == 2)
         readChild(xml);
+    if (m_hasTexts && m_depth > 1)
+        m_collector.open(xml.attributes());
 }
 
 void VLKeyTableReader::readRoot(const QXmlStreamReader& xml)
@@ -225,8 +243,10 @@ void VLKeyTableReader::readEndOfChild()
         return;
     ++m_childCount;
     if (m_file.rootTag == kTipTag) {
-        if (m_childCount == 1)
+        if (m_childCount == 1) {
             m_file.rows = {m_row};
+            takeText();
+        }
         return;
     }
     if (m_row.kind == VLKeyTableRowKind::Nested) {
@@ -238,9 +258,30 @@ void VLKeyTableReader::readEndOfChild()
     if (++place.count == 1) {
         place.row = m_file.rows.size();
         m_file.rows.append(m_row);
+        takeText();
     } else {
         m_file.rows[place.row].kind = VLKeyTableRowKind::Hidden;
     }
+}
+
+void VLKeyTableReader::takeText()
+{
+    if (m_hasTexts)
+        m_texts.append(m_collector.take());
+}
+
+/// The texts of those rows that lookups find by their key.
+QList<VLSearchText> VLKeyTableReader::finishTexts()
+{
+    QList<VLSearchText> texts;
+    for (qsizetype i = 0; i < m_texts.size() && i < m_file.rows.size(); ++i) {
+        const VLKeyTableRow& row = m_file.rows.at(i);
+        if (row.kind != VLKeyTableRowKind::Tip)
+            continue;
+        texts.append(m_texts.at(i));
+        texts.last().key = row.key;
+    }
+    return texts;
 }
 
 /// Finds out whom the file serves, and what is wrong with it.

@@ -6,8 +6,11 @@
 
 #include "VLKeyTableFile.h"
 #include "VLKeyTableScanner.h"
+#include "VLSearchCollector.h"
+#include "VLSearchText.h"
 
 #include <QHash>
+#include <QList>
 #include <QString>
 #include <QXmlStreamReader>
 
@@ -39,6 +42,8 @@ public:
 
     /// Reads the file. What a cancelled pass gives means nothing.
     VLKeyTableFile read();
+    /// As read(), and gives what is searched of the tips that lookups find in the file.
+    VLKeyTableFile read(QList<VLSearchText>* texts);
 
 private:
     Q_DISABLE_COPY_MOVE(VLKeyTableReader)
@@ -59,6 +64,8 @@ private:
     void judge(const QXmlStreamReader& xml);
     void locateFault(XmlReport& report) const;
     void finishRows();
+    void takeText();
+    QList<VLSearchText> finishTexts();
     bool canReadParts() const;
 
     const QString m_path;
@@ -80,6 +87,10 @@ private:
     VLKeyTableRow m_row;
     bool m_isRow = false;
     QHash<QString, Place> m_places;
+    /// What is searched, row by row; only where that is asked for.
+    bool m_hasTexts = false;
+    VLSearchCollector m_collector;
+    QList<VLSearchText> m_texts;
     int m_childCount = 0;
     int m_nestedCount = 0;
     VLKeyTableRow m_nested;

@@ -101,16 +101,6 @@ QString expressionOf(const VLSearchStore::Question& question, VLSearchQuery::Pla
     return some.isEmpty() ? text : text + " AND ("_L1 + some.join(" OR "_L1) + u')';
 }
 
-void putAside(const QString& path)
-{
-    const QString aside = path + u".damaged"_s;
-    QFile::remove(aside);
-    QFile::rename(path, aside);
-    // They belong to the one that was put aside, and would be taken for the new one's.
-    QFile::remove(path + u"-wal"_s);
-    QFile::remove(path + u"-shm"_s);
-}
-
 } // namespace
 
 /// Compiled once: that takes longer than to run them.
@@ -151,6 +141,16 @@ QString VLSearchStore::nameInMemory()
 bool VLSearchStore::isInMemory(const QString& path)
 {
     return path.startsWith(kMemoryUri);
+}
+
+void VLSearchStore::putAside(const QString& path)
+{
+    const QString aside = path + u".damaged"_s;
+    QFile::remove(aside);
+    QFile::rename(path, aside);
+    // They belong to the one that was put aside, and would be taken for the new one's.
+    QFile::remove(path + u"-wal"_s);
+    QFile::remove(path + u"-shm"_s);
 }
 
 VLSearchStore::VLSearchStore(const QString& path, Access access)

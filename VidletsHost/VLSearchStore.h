@@ -76,6 +76,8 @@ public:
     /// Returns a name for a store in memory, which is there as long as one has it open.
     static QString nameInMemory();
     static bool isInMemory(const QString& path);
+    /// Gives the file another name, for whoever wants to know what became of it.
+    static void putAside(const QString& path);
 
     VLSearchStore(const QString& path, Access access);
     ~VLSearchStore();

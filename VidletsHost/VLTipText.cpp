@@ -9,7 +9,6 @@
 
 #include <QObject>
 #include <QRegularExpression>
-#include <QStringList>
 
 using namespace Qt::StringLiterals;
 
@@ -41,8 +40,14 @@ QString asShown(const QString& source, VLManager* manager)
     return withoutMarkup(manager ? manager->interpolate(source) : source).simplified();
 }
 
-/// A screen reader runs sentences without a full stop together.
-QString asSentences(const QStringList& parts)
+} // namespace
+
+QString TipText::summaryAttribute()
+{
+    return u"summary"_s;
+}
+
+QString TipText::asSentences(const QStringList& parts)
 {
     QString result;
     for (const QString& part : parts) {
@@ -54,8 +59,6 @@ QString asSentences(const QStringList& parts)
     }
     return result;
 }
-
-} // namespace
 
 QString TipText::plain(const QString& source)
 {
@@ -69,7 +72,7 @@ QString TipText::title(const VLXmlElement& tip, VLManager* manager)
 
 QString TipText::text(const VLXmlElement& tip, VLManager* manager)
 {
-    QStringList parts{asShown(tip.attribute(u"summary"_s), manager),
+    QStringList parts{asShown(tip.attribute(summaryAttribute()), manager),
                       asShown(tip.content(), manager)};
     const QList<QObject*> descendants = tip.childElementList(QString());
     for (const QObject* descendant : descendants) {

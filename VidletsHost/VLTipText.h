@@ -5,6 +5,7 @@
 #define VLTIPTEXT_H
 
 #include <QString>
+#include <QStringList>
 
 namespace Vidlets {
 
@@ -19,6 +20,9 @@ class VLXmlElement;
  */
 namespace TipText {
 
+/// The attribute with what a tip says in short.
+QString summaryAttribute();
+
 /// @p source, a text of a tip, with its variables as they stand.
 QString plain(const QString& source);
 
@@ -30,6 +34,9 @@ QString text(const VLXmlElement& tip, VLManager* manager);
 
 /// Title, shortcut and text, each as sentences of their own.
 QString spoken(const VLXmlElement& tip, VLManager* manager);
+
+/// @p parts without the empty ones, each ended, as a screen reader runs them together else.
+QString asSentences(const QStringList& parts);
 
 } // namespace TipText
 

@@ -13,3 +13,4 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchQuery.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchStore.cpp
   LIBRARIES Qt6::Sql)
+vidlets_add_test(NAME tst_vlkeytablesearch LIBRARIES Vidlets::Host)
