@@ -35,6 +35,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qt6-base-dev, qt6-declarative-dev"
 set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_NAME "libvidletshost${PROJECT_VERSION_MAJOR}")
 set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_SHLIBDEPS ON)
+# Without the driver the table of keys is in memory alone.
+set(CPACK_DEBIAN_HOST_RUNTIME_PACKAGE_RECOMMENDS libqt6sql6-sqlite)
 # Where the library is that this one is linked to, which no installed package has yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Vidlets")
 

@@ -14,3 +14,15 @@ vidlets_add_test(
   NAME tst_vlkeytabledifferential
   SOURCES shared/RandomPackages.cpp
   LIBRARIES Vidlets::Host)
+vidlets_add_test(NAME tst_vlkeytablecache LIBRARIES Vidlets::Host Qt6::Sql)
+if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
+  # Else it takes longer than a test may.
+  set_property(
+    TEST tst_vlkeytabledifferential tst_vlkeytabledifferential_safeguarded
+    APPEND
+    PROPERTY ENVIRONMENT VIDLETS_DIFFERENTIAL_PACKAGES=200)
+  set_property(
+    TEST tst_vlkeytablecache tst_vlkeytablecache_safeguarded
+    APPEND
+    PROPERTY ENVIRONMENT VIDLETS_KILLS=5)
+endif()
