@@ -9,6 +9,7 @@
 #include <QIODevice>
 
 #include <array>
+#include <cstring>
 
 namespace Vidlets::KeyTableBlobs {
 
@@ -80,9 +81,20 @@ Entry entryAt(const char* data)
     return entry;
 }
 
-bool hasKey(const char* data, quint64 stored)
+using KeyBytes = std::array<char, kKeyBytes>;
+
+/// What an entry of the key begins with.
+KeyBytes keyBytes(quint64 key)
 {
-    return takeNumber(data, kKeyBytes) == stored;
+    KeyBytes bytes{};
+    char* at = bytes.data();
+    putNumber(at, storedKey(key), kKeyBytes);
+    return bytes;
+}
+
+bool hasKey(const char* data, const KeyBytes& key)
+{
+    return std::memcmp(data, key.data(), key.size()) == 0;
 }
 
 QDataStream& operator<<(QDataStream& stream, const VLKeyTableRow& row)
@@ -203,10 +215,10 @@ void append(QByteArray& bucket, quint64 key, const Entry& entry)
 QList<Entry> find(const QByteArray& bucket, quint64 key)
 {
     QList<Entry> entries;
-    const quint64 stored = storedKey(key);
+    const KeyBytes bytes = keyBytes(key);
     for (qsizetype at = 0; at < bucket.size(); at += kEntryBytes) {
         const char* data = bucket.constData() + at;
-        if (hasKey(data, stored))
+        if (hasKey(data, bytes))
             entries.append(entryAt(data));
     }
     return entries;
@@ -214,10 +226,10 @@ QList<Entry> find(const QByteArray& bucket, quint64 key)
 
 bool find(const QByteArray& bucket, quint64 key, quint64 file, VLKeyTableRow& row)
 {
-    const quint64 stored = storedKey(key);
+    const KeyBytes bytes = keyBytes(key);
     for (qsizetype at = 0; at < bucket.size(); at += kEntryBytes) {
         const char* data = bucket.constData() + at;
-        if (!hasKey(data, stored) || fileOf(data) != file)
+        if (!hasKey(data, bytes) || fileOf(data) != file)
             continue;
         row = entryAt(data).row;
         return true;

@@ -14,6 +14,7 @@
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -26,6 +27,8 @@ namespace {
 
 // A turn of the event loop is over at the first file that ends behind this.
 constexpr qint64 kTurnMs = 2;
+// Between two turns, for all else that there is to do.
+constexpr int kPauseMs = 1;
 // A file that changes faster than it is read has no answer.
 constexpr int kMaxReadsInLookup = 3;
 
@@ -227,14 +230,12 @@ bool VLKeyTableIndexPrivate::takeResults()
     // The builder announces nothing more while some are left.
     if (std::exchange(m_isTakingScheduled, true))
         return true;
-    QMetaObject::invokeMethod(
-        m_owner,
-        [this] {
-            m_isTakingScheduled = false;
-            takeResults();
-            tell();
-        },
-        Qt::QueuedConnection);
+    // What is posted while events are sent is sent in the same turn.
+    QTimer::singleShot(kPauseMs, m_owner, [this] {
+        m_isTakingScheduled = false;
+        takeResults();
+        tell();
+    });
     return true;
 }
 

@@ -365,7 +365,7 @@ void TestVLKeyTableStore::flippedBit_isNoticed_orDoesNotMatter()
 
     QRandomGenerator random(7);
     int noticed = 0;
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 120; ++round) {
         QByteArray damaged = sound;
         const int place = random.bounded(int(damaged.size()));
         damaged[place] = char(damaged.at(place) ^ (1 << random.bounded(8)));
