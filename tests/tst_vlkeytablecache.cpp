@@ -48,7 +48,7 @@ constexpr int kPatienceMs = 60000;
 constexpr int kUsualSettledAfterMs = 3000;
 constexpr int kDefaultKills = 20;
 constexpr int kFiles = 12;
-constexpr int kTips = 30;
+constexpr int kTips = 12;
 
 QString keyOf(int file, int tip)
 {
@@ -699,7 +699,7 @@ void TestVLKeyTableCache::cutTable_answersRight()
     prepareFiles();
     buildTable();
     const QByteArray sound = bytesOf(table());
-    constexpr int kCuts = 20;
+    constexpr int kCuts = 10;
     for (int i = 0; i < kCuts; ++i) {
         QVERIFY(writeBytes(table(), sound.left(sound.size() * i / kCuts)));
         Host host(root(), table());
@@ -718,7 +718,7 @@ void TestVLKeyTableCache::flippedBits_answerRight()
     const QByteArray sound = bytesOf(table());
     const quint32 seed = 20261122;
     QRandomGenerator random(seed);
-    constexpr int kRounds = 60;
+    constexpr int kRounds = 40;
     constexpr int kFlips = 40;
     for (int i = 0; i < kRounds; ++i) {
         QByteArray bytes = sound;
@@ -831,7 +831,7 @@ void TestVLKeyTableCache::tableOfAnotherProcess_isNotTakenForOwn()
 
 void TestVLKeyTableCache::twoProcesses_buildAtOnce()
 {
-    constexpr int kMany = 60;
+    constexpr int kMany = 30;
     prepareFiles(kMany);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"VIDLETS_TEST_ROOT"_s, root());
@@ -865,7 +865,7 @@ void TestVLKeyTableCache::killedBuild_leavesNothingWrong()
     bool isNumber = false;
     const int wanted = qEnvironmentVariableIntValue("VIDLETS_KILLS", &isNumber);
     const int kills = isNumber ? wanted : kDefaultKills;
-    constexpr int kMany = 60;
+    constexpr int kMany = 30;
     prepareFiles(kMany);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"VIDLETS_TEST_ROOT"_s, root());
