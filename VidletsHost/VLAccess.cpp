@@ -59,6 +59,11 @@ QString VLAccess::spokenText(const VLXmlElement& content)
     return TipText::spoken(content, d->interface->manager());
 }
 
+bool VLAccess::showTip(const QString& key, QWidget* window)
+{
+    return d->caller.call(key, window);
+}
+
 bool VLAccess::filter(QObject* object, QEvent* event)
 {
     return d->caller.filter(object, event);

@@ -13,6 +13,7 @@
 #include <VidletsHost/VidletsHostExport.h>
 
 class QEvent;
+class QWidget;
 
 namespace Vidlets {
 
@@ -59,6 +60,15 @@ public:
     /// are taken from the host only where there is a tip to show or to take away, but for all keys
     /// of a sequence before its last.
     void setShowSequence(const QKeySequence& sequence);
+
+    /**
+     * Calls the tip for @p key, as if its control had the focus: beside what
+     * VLHostInterface::keyAt() gives the key for in @p window, which is a widget, an entry of a
+     * menu bar or a tab; where nothing of the kind is to be seen, from the middle of the window on.
+     *
+     * @return Whether the tip is up; it is not without content, or while isEnabled() is off.
+     */
+    bool showTip(const QString& key, QWidget* window);
 
     /// Returns what a screen reader is to say for a tip: the default joins the title, the shortcut
     /// and the text of @p content, with the host's variables and without markup. The text is the

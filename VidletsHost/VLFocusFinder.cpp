@@ -104,6 +104,25 @@ void addWidgets(QWidget* focused, QList<Place>& places)
     }
 }
 
+/// The parts of @p widget that have keys of their own, then the widget.
+void addParts(QWidget* widget, QList<Place>& places)
+{
+    const QRect visible = widget->visibleRegion().boundingRect();
+    const auto addPart = [&](const QRect& rect) {
+        if (visible.intersects(rect))
+            places.append({widget, widget->mapToGlobal((visible & rect).center())});
+    };
+    if (const auto* bar = qobject_cast<const QMenuBar*>(widget)) {
+        const QList<QAction*> actions = bar->actions();
+        for (QAction* action : actions)
+            addPart(bar->actionGeometry(action));
+    } else if (const auto* tabs = qobject_cast<const QTabBar*>(widget)) {
+        for (int tab = 0; tab < tabs->count(); ++tab)
+            addPart(tabs->tabRect(tab));
+    }
+    addPart(visible);
+}
+
 } // namespace
 
 bool Focus::operator==(const Focus& other) const
@@ -148,6 +167,17 @@ QList<Place> places()
         result.append({item, item->mapToGlobal(item->boundingRect().center()).toPoint()});
     if (QWidget* widget = focusWidget())
         addWidgets(widget, result);
+    return result;
+}
+
+QList<Place> visiblePlaces(const QWidget* window)
+{
+    QList<Place> result;
+    const QList<QWidget*> widgets = window->findChildren<QWidget*>();
+    for (QWidget* widget : widgets) {
+        if (widget->window() == window && widget->isVisible())
+            addParts(widget, result);
+    }
     return result;
 }
 

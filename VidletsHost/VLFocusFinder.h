@@ -13,6 +13,7 @@
 
 QT_BEGIN_NAMESPACE
 class QQuickWindow;
+class QWidget;
 QT_END_NAMESPACE
 
 /**
@@ -53,6 +54,10 @@ Focus current();
 
 /// Returns where to ask for the key of what has the focus, then of its ancestors, up to the window.
 QList<Place> places();
+
+/// Returns where to ask for the keys of what is to be seen in @p window: each widget, and each
+/// entry of a menu bar and tab of a tab bar.
+QList<Place> visiblePlaces(const QWidget* window);
 
 } // namespace Vidlets::FocusFinder
 

@@ -372,6 +372,35 @@ void VLTipCaller::watchScene()
                                &VLTipCaller::checkFocusLater);
 }
 
+bool VLTipCaller::call(const QString& key, QWidget* window)
+{
+    if (!m_isEnabled || key.isEmpty() || !window || !window->isVisible()
+        || !VLHostInterfacePrivate::hasContent(m_interface, key))
+        return false;
+    closeTip();
+    const std::optional<Callable> control = findControl(key, window);
+    const QPoint middle = window->mapToGlobal(window->rect().center());
+    const Callable alone{key, window, QRect(middle, QSize(1, 1)), nullptr};
+    if (!show(control ? *control : alone) || !tip())
+        return false;
+    m_called = FocusFinder::current();
+    watchScene();
+    VLHostHooks::hold(m_manager, true);
+    return true;
+}
+
+std::optional<VLTipCaller::Callable> VLTipCaller::findControl(const QString& key,
+                                                              const QWidget* window) const
+{
+    const QList<FocusFinder::Place> places = FocusFinder::visiblePlaces(window);
+    for (const FocusFinder::Place& place : places) {
+        std::optional<Callable> callable = callableAt(place);
+        if (callable && callable->key == key)
+            return callable;
+    }
+    return std::nullopt;
+}
+
 void VLTipCaller::closeTip()
 {
     if (m_scene)

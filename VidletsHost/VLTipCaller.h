@@ -47,6 +47,9 @@ public:
     QKeySequence showSequence() const;
     void setShowSequence(const QKeySequence& sequence);
 
+    /// Calls the tip for @p key, in @p window. Returns whether it is up.
+    bool call(const QString& key, QWidget* window);
+
     /// Gives whether @p event goes no further.
     bool filter(QObject* object, QEvent* event);
 
@@ -88,6 +91,7 @@ private:
     std::optional<Callable> callableAt(const FocusFinder::Place& place) const;
     bool show(const Callable& callable);
     QPoint placeBeside(const Callable& callable) const;
+    std::optional<Callable> findControl(const QString& key, const QWidget* window) const;
     void callTip();
     void watchScene();
     void closeTip();

@@ -200,6 +200,11 @@ private Q_SLOTS:
     void setShowSequence_replacesDefault();
     void sequence_agreesWithKeyAt_ofHost();
 
+    void showTip_isBesideControl_data();
+    void showTip_isBesideControl();
+    void showTip_isInTheMiddle_whenControlIsHidden();
+    void showTip_showsNothing_withoutContent();
+
     void calledTip_stays_whereverPointerGoes();
     void calledTip_stays_atOtherKeys();
     void calledTip_goes_atSequence();
@@ -480,6 +485,61 @@ void TestVLAccess::sequence_agreesWithKeyAt_ofHost()
     const QRect control = AccessStage::globalRect(stage.pad);
     QTRY_COMPARE_WITH_TIMEOUT(positionOnScreenOfX(interface.manager()->widget()),
                               QPoint(control.left(), control.bottom() + 1), kPatienceMs);
+}
+
+void TestVLAccess::showTip_isBesideControl_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("button") << u"open"_s;
+    QTest::newRow("tab") << u"tabs.0"_s;
+    QTest::newRow("entry of the menu bar") << u"file"_s;
+}
+
+void TestVLAccess::showTip_isBesideControl()
+{
+    QFETCH(const QString, key);
+    Stage stage;
+    stage.pad->setFocus();
+    QTRY_COMPARE(QApplication::focusWidget(), stage.pad);
+    QVERIFY(stage.interface->access()->showTip(key, &stage.window));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), key, kPatienceMs);
+    QRect control = AccessStage::globalRect(stage.open);
+    if (key == "tabs.0"_L1)
+        control = AccessStage::globalRect(stage.tabs, stage.tabs->tabRect(0));
+    else if (key == "file"_L1)
+        control = AccessStage::globalRect(
+            stage.window.menuBar(),
+            stage.window.menuBar()->actionGeometry(stage.file->menuAction()));
+    QTRY_VERIFY_WITH_TIMEOUT(!stage.tipRect().intersects(control), kPatienceMs);
+    QVERIFY(stage.tipRect().adjusted(-30, -30, 30, 30).intersects(control));
+    // It is a called one.
+    QVERIFY(press("Escape"));
+    QTRY_VERIFY_WITH_TIMEOUT(!stage.isUp(), kPatienceMs);
+    QCOMPARE(stage.shortcuts, 0);
+    QCOMPARE(QApplication::focusWidget(), stage.pad);
+}
+
+void TestVLAccess::showTip_isInTheMiddle_whenControlIsHidden()
+{
+    Stage stage;
+    stage.open->hide();
+    QVERIFY(stage.interface->access()->showTip(u"open"_s, &stage.window));
+    QTRY_COMPARE_WITH_TIMEOUT(stage.shownKey(), u"open"_s, kPatienceMs);
+    const QPoint middle = AccessStage::globalRect(&stage.window).center();
+    QTRY_VERIFY_WITH_TIMEOUT(stage.tipRect().adjusted(-40, -40, 40, 40).contains(middle),
+                             kPatienceMs);
+}
+
+void TestVLAccess::showTip_showsNothing_withoutContent()
+{
+    Stage stage;
+    VLAccess* access = stage.interface->access();
+    QVERIFY(!access->showTip(u"nowhere"_s, &stage.window));
+    QVERIFY(!access->showTip(QString(), &stage.window));
+    QVERIFY(!access->showTip(u"open"_s, nullptr));
+    access->setEnabled(false);
+    QVERIFY(!access->showTip(u"open"_s, &stage.window));
+    QVERIFY(!stage.isUp());
 }
 
 void TestVLAccess::calledTip_stays_whereverPointerGoes()

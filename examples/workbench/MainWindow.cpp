@@ -7,6 +7,7 @@
 #include "Canvas.h"
 #include "ControlTitle.h"
 #include "LogDock.h"
+#include "SearchField.h"
 #include "SettingsMenu.h"
 #include "ToolIcons.h"
 #include "WorkbenchInterface.h"
@@ -56,7 +57,7 @@ MainWindow::MainWindow()
     resizeDocks({m_log}, {kLogHeightPx}, Qt::Vertical);
 }
 
-void MainWindow::attach(WorkbenchInterface& vidlets)
+void MainWindow::attach(WorkbenchInterface& vidlets, Vidlets::VLKeyTableIndex& index)
 {
     connect(&vidlets, &WorkbenchInterface::messageRaised, m_log,
             [this](Vidlets::VLMessageType type, const QString& message) {
@@ -65,6 +66,7 @@ void MainWindow::attach(WorkbenchInterface& vidlets)
     menuBar()->addMenu(new SettingsMenu(vidlets, this));
     makeWindowMenu(vidlets);
     m_controlTitle->attach(vidlets);
+    m_search->attach(vidlets, index);
 
     // Text variables of the tips.
     vidlets.setGlobalProperty(u"product"_s, windowTitle());
@@ -153,6 +155,7 @@ void MainWindow::makeBrushPanel()
     addActions({smaller, bigger});
     m_brushPanel = new BrushPanel(m_canvas->brush(), smaller, bigger, this);
     addDockWidget(Qt::RightDockWidgetArea, m_brushPanel);
+    m_brushPanel->toggleViewAction()->setText(tr("&Brush"));
     m_viewMenu->addAction(m_brushPanel->toggleViewAction());
 
     connect(smaller, &QAction::triggered, this, [this] { m_brushPanel->stepSize(-kBrushStepPx); });
@@ -179,6 +182,22 @@ void MainWindow::makeToolBar()
             bar->addAction(findChild<QAction*>(name));
         }
     }
+    addSearchField(bar);
+}
+
+void MainWindow::addSearchField(QToolBar* bar)
+{
+    auto* space = new QWidget;
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    bar->addWidget(space);
+    m_search = new SearchField;
+    bar->addWidget(m_search);
+    QAction* search = makeAction(u"view.search"_s, tr("&Search tips"), Qt::CTRL | Qt::Key_K);
+    connect(search, &QAction::triggered, m_search, [this] {
+        m_search->setFocus(Qt::ShortcutFocusReason);
+        m_search->selectAll();
+    });
+    m_viewMenu->addAction(search);
 }
 
 // An ordinary tooltip goes on working beside the rich ones.

@@ -11,6 +11,11 @@
 class QActionGroup;
 class QKeySequence;
 class QMenu;
+class QToolBar;
+
+namespace Vidlets {
+class VLKeyTableIndex;
+}
 
 namespace Workbench {
 
@@ -18,6 +23,7 @@ class BrushPanel;
 class Canvas;
 class ControlTitle;
 class LogDock;
+class SearchField;
 class WorkbenchInterface;
 
 /// The window of the sketching tool. Each action's object name is its key.
@@ -29,7 +35,7 @@ public:
     MainWindow();
 
     /// Brings in what needs the library. @p vidlets must go before this window does.
-    void attach(WorkbenchInterface& vidlets);
+    void attach(WorkbenchInterface& vidlets, Vidlets::VLKeyTableIndex& index);
 
 private:
     QAction* makeAction(const QString& name, const QString& text, const QKeySequence& shortcut);
@@ -41,6 +47,7 @@ private:
     void makeViewActions();
     void makeBrushPanel();
     void makeToolBar();
+    void addSearchField(QToolBar* bar);
     void makeStatusBar();
     void makeWindowMenu(WorkbenchInterface& vidlets);
     void saveSheet();
@@ -50,6 +57,7 @@ private:
     BrushPanel* m_brushPanel = nullptr;
     ControlTitle* m_controlTitle;
     LogDock* m_log;
+    SearchField* m_search = nullptr;
     QActionGroup* m_tools;
     QMenu* m_viewMenu = nullptr;
 };

@@ -29,8 +29,9 @@ QString labelFor(Vidlets::VLMessageType type)
     return QString::number(type);
 }
 
-WorkbenchInterface::WorkbenchInterface(VLContext& context, const QStringList& dataPaths)
-    : Vidlets::VLHostInterface(context, dataPaths)
+WorkbenchInterface::WorkbenchInterface(VLContext& context, const QStringList& dataPaths,
+                                       Vidlets::VLIndex* index)
+    : Vidlets::VLHostInterface(context, dataPaths, index)
     , m_dataPaths(dataPaths)
 {
 }

@@ -20,7 +20,7 @@ class WorkbenchInterface : public Vidlets::VLHostInterface
     Q_OBJECT
 
 public:
-    WorkbenchInterface(VLContext& context, const QStringList& dataPaths);
+    WorkbenchInterface(VLContext& context, const QStringList& dataPaths, Vidlets::VLIndex* index);
 
     /// Keeps pinned tips above other windows, those that are pinned later, too.
     void setPinnedOnTop(bool isOnTop);

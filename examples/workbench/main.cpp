@@ -8,10 +8,13 @@
 #include "probe/ControlReport.h"
 #include "probe/PopupReport.h"
 #include <Vidlets/VLContext.h>
+#include <Vidlets/VLSafeguards.h>
 
 #include <QApplication>
 
 #include <memory>
+
+#include <VidletsHost/VLKeyTableIndex.h>
 
 using namespace Qt::StringLiterals;
 
@@ -21,6 +24,8 @@ namespace {
 
 void fillContext(VLContext& context, const Options& options)
 {
+    // The index goes by the host's own settings, and knows nothing of what the kit turns on.
+    Vidlets::useSafeguards(context);
     if (options.hasNoSafeguards) {
         // The host kit turns on what the host leaves open.
         for (int key = Vidlets::ckReleaseClips; key <= Vidlets::ckTendPinned; ++key) {
@@ -64,11 +69,13 @@ int main(int argc, char* argv[])
     fillContext(context, options);
     // The window comes first: the library looks once, while it is built, at the windows there are.
     MainWindow window;
-    WorkbenchInterface vidlets(context, options.dataPaths);
+    Vidlets::VLKeyTableIndex index(&context, options.dataPaths);
+    index.setLocaleChain(true);
+    WorkbenchInterface vidlets(context, options.dataPaths, &index);
     if (options.messageLevel) {
         writeMessages(vidlets);
     }
-    window.attach(vidlets);
+    window.attach(vidlets, index);
 
     std::unique_ptr<ControlReport> controlReport;
     if (!options.geometryFile.isEmpty()) {
