@@ -174,9 +174,9 @@ void TestVLSearchQuery::place_isTheBest_data()
     };
     row("pen", Query::AllInTitle);
     row("size PÉN", Query::AllInTitle);
-    row("siz", Query::AllInTitle);
-    row("pen siz", Query::AllInTitle);
-    row("siz pen", Query::Nowhere);
+    row("si", Query::AllInTitle);
+    row("pen si", Query::AllInTitle);
+    row("si pen", Query::Nowhere);
     row("pen stroke", Query::SomeInTitle);
     row("ctrl pen", Query::SomeInTitle);
     row("ctr", Query::SomeInName);

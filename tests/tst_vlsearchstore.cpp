@@ -107,8 +107,8 @@ void TestVLSearchStore::find_givesPlaces_data()
 
     QTest::newRow("title, shortcut, text") << u"pen"_s << u"a|a|b,pen.c|a,b,pen.c,d"_s;
     QTest::newRow("two words") << u"size pen"_s << u"a|a,d||a,d"_s;
-    QTest::newRow("a beginning") << u"siz"_s << u"a,d|a,d||a,d"_s;
-    QTest::newRow("a whole word before") << u"siz pen"_s << u"|||"_s;
+    QTest::newRow("a beginning") << u"si"_s << u"a,d|a,d||a,d"_s;
+    QTest::newRow("a whole word before") << u"si pen"_s << u"|||"_s;
     QTest::newRow("none") << u"pencil"_s << u"|||"_s;
     QTest::newRow("one letter") << u"p"_s << u"a|a|b,pen.c|a,b,pen.c,d"_s;
     QTest::newRow("folded") << u"STRASSE"_s << u"|||d"_s;

@@ -12,8 +12,7 @@ target_compile_definitions(tst_workbench PRIVATE WORKBENCH_PROGRAM="$<TARGET_FIL
 
 vidlets_add_test(NAME tst_workbenchsearch DISPLAY)
 add_dependencies(tst_workbenchsearch workbench)
-target_compile_definitions(tst_workbenchsearch
-                           PRIVATE WORKBENCH_PROGRAM="$<TARGET_FILE:workbench>")
+target_compile_definitions(tst_workbenchsearch PRIVATE WORKBENCH_PROGRAM="$<TARGET_FILE:workbench>")
 
 # Rests a real pointer on the controls of the program and looks at what comes up. It waits most of
 # the time, but for popups, which a machine with too much to do brings up late.
