@@ -4,6 +4,7 @@
 #include "VLHostHooks.h"
 
 #include "VLHostState.h"
+#include "VLIndex.h"
 #include "VLManager.h"
 #include "VLView.h"
 #include "VLWidget.h"
@@ -18,6 +19,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -167,6 +169,16 @@ QList<VLWidget*> VLHostHooks::reservedTips(VLManager* manager)
 void VLHostHooks::showAnew(VLManager* manager)
 {
     manager->showAnew();
+}
+
+void VLHostHooks::renewTips(VLManager* manager, const QStringList& keys)
+{
+    manager->renewTips(keys);
+}
+
+void VLHostHooks::giveIndex(VLManager* manager, std::unique_ptr<VLIndex> index)
+{
+    manager->keepIndex(std::move(index));
 }
 
 bool VLHostHooks::warmUp(VLManager* manager)

@@ -11,9 +11,11 @@
 #include <QPointer>
 #include <QRect>
 #include <QString>
+#include <QStringList>
 #include <QWindow>
 
 #include <functional>
+#include <memory>
 
 class QKeyEvent;
 class QObject;
@@ -22,6 +24,7 @@ class QWidget;
 
 namespace Vidlets {
 
+class VLIndex;
 class VLManager;
 class VLWidget;
 
@@ -115,6 +118,14 @@ public:
     /// Retrieves what is up anew, in the languages that are set now, pinned tips included, and puts
     /// each in the place of what was. What has no content any more stays.
     static void showAnew(VLManager* manager);
+
+    /// Retrieves what is up anew as far as its key is one of @p keys, pinned tips included. What
+    /// has no content any more is hidden, but a pinned tip stays as it is.
+    static void renewTips(VLManager* manager, const QStringList& keys);
+
+    /// Hands @p index, which @p manager uses, over to it: it reads its settings from now on, and
+    /// goes with it.
+    static void giveIndex(VLManager* manager, std::unique_ptr<VLIndex> index);
 
     /**
      * Makes what the first tip needs, a step at each call: the popup, its view and engine, then the

@@ -24,6 +24,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <optional>
 
@@ -192,6 +193,9 @@ public:
     /// The given store, or one of the index's own once that is gone.
     QPointer<VLContext> context;
     QList<QString> paths;
+    /// Those that the manager has walked over.
+    QList<VLDataPath> walkedPaths;
+    std::function<void()> dataPathListener;
     /// The control files in search order; a list, since every lookup walks it from the front.
     QList<IndexedLocation> locations;
     /// The paths in locations, so that a scan need not search the list for each new file.
@@ -249,6 +253,36 @@ void VLIndex::deleteWhole()
 void VLIndexHooks::deleteRecord(VLIndex& index)
 {
     delete index.d;
+}
+
+// Here, too.
+QList<VLDataPath> VLIndexHooks::dataPaths(const VLIndex& index)
+{
+    QList<VLDataPath> all;
+    const QList<VLDataPath>& walked = index.d->walkedPaths;
+    for (const QString& name : std::as_const(index.d->paths)) {
+        const QString path = QFileInfo(name).absoluteFilePath();
+        const qsizetype count = all.size();
+        std::copy_if(walked.cbegin(), walked.cend(), std::back_inserter(all),
+                     [&path](const VLDataPath& other) { return other.path == path; });
+        if (all.size() == count) {
+            all.append({path, Settings::packageExtension(index.context()),
+                        Settings::controlDirectory(index.context())});
+        }
+    }
+    std::copy_if(walked.cbegin(), walked.cend(), std::back_inserter(all),
+                 [&all](const VLDataPath& other) { return !all.contains(other); });
+    return all;
+}
+
+void VLIndexHooks::setDataPathListener(VLIndex& index, const std::function<void()>& listener)
+{
+    index.d->dataPathListener = listener;
+}
+
+void VLIndexHooks::setContext(VLIndex& index, VLContext* context)
+{
+    index.d->context = context;
 }
 
 bool VLIndex::open()
@@ -422,6 +456,17 @@ void VLIndex::setResolvedPaths(const QString& file, const QString& root)
         d->isResolvedRootMapped = false;
     d->resolvedFile = file;
     d->resolvedRoot = root;
+}
+
+void VLIndex::noteDataPath(const QString& path, const QString& extension,
+                           const QString& controlDirectory)
+{
+    const VLDataPath walked{QFileInfo(path).absoluteFilePath(), extension, controlDirectory};
+    if (d->walkedPaths.contains(walked))
+        return;
+    d->walkedPaths.append(walked);
+    if (d->dataPathListener)
+        d->dataPathListener();
 }
 
 VLContentGuard& VLIndex::guard()

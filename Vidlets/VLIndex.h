@@ -234,6 +234,11 @@ private:
      */
     void setResolvedPaths(const QString& file, const QString& root);
 
+    /// Says that the manager looks for packages in @p path, with the extension and in the control
+    /// directory that it has settings for.
+    void noteDataPath(const QString& path, const QString& extension,
+                      const QString& controlDirectory);
+
     /// Returns the control files in search order.
     const QList<IndexedLocation>& locations() const;
 

@@ -13,10 +13,12 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 class QFile;
 class QIODevice;
+class VLContext;
 
 namespace Vidlets {
 
@@ -37,6 +39,27 @@ struct VLFileStamp
             && left.changedNs == right.changedNs;
     }
     friend bool operator!=(const VLFileStamp& left, const VLFileStamp& right)
+    {
+        return !(left == right);
+    }
+};
+
+/// A directory that holds packages, and how they are told there.
+struct VLDataPath
+{
+    /// Absolute; whether or not there is such a directory.
+    QString path;
+    /// Of the names of packages.
+    QString extension;
+    /// The name of the directory of control files in a package.
+    QString controlDirectory;
+
+    friend bool operator==(const VLDataPath& left, const VLDataPath& right)
+    {
+        return left.path == right.path && left.extension == right.extension
+            && left.controlDirectory == right.controlDirectory;
+    }
+    friend bool operator!=(const VLDataPath& left, const VLDataPath& right)
     {
         return !(left == right);
     }
@@ -64,6 +87,17 @@ public:
     /// Records @p file as VLIndex::indexControlFile() does, but takes it for a control file without
     /// a look into it.
     static void indexKnownFile(VLIndex& index, const QString& file, const QString& root);
+
+    /// Returns the data paths of @p index: those that it was made with, then all others that the
+    /// manager has walked over, be there such a directory or not.
+    static QList<VLDataPath> dataPaths(const VLIndex& index);
+
+    /// Has @p listener called when dataPaths() gives others than before. An empty one takes it
+    /// away.
+    static void setDataPathListener(VLIndex& index, const std::function<void()>& listener);
+
+    /// Has @p index read the settings of @p context, which stays the caller's, from now on.
+    static void setContext(VLIndex& index, VLContext* context);
 
     /**
      * Opens @p file for reading if it is a regular file; no other is touched. On any thread.

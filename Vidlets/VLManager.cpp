@@ -11,6 +11,7 @@
 #include "VLContext.h"
 #include "VLHostState.h"
 #include "VLIndex.h"
+#include "VLIndexHooks.h"
 #include "VLNumbers.h"
 #include "VLSettings.h"
 #include "VLTextExpansion.h"
@@ -155,6 +156,8 @@ public:
     VLIndex* index;
     /// Made here, for want of one of the host's.
     bool ownsIndex = false;
+    /// One that the host kit has handed over.
+    std::unique_ptr<VLIndex> keptIndex;
     /// Popups given up to the user, in the order of reserving; entries die with their window.
     QList<QPointer<VLWidget>> reservedWindows;
     QMap<QString, QVariant> globalProperties;
@@ -400,11 +403,35 @@ void VLManager::showAnew()
     }
 }
 
-void VLManager::renewTip(VLWidget* popup)
+void VLManager::renewTips(const QStringList& keys)
+{
+    const auto isOfKeys = [&keys](VLWidget* popup) {
+        const VLXmlElement* content = contentOf(popup);
+        return content && keys.contains(content->attribute(keyAttribute()));
+    };
+    // What is hidden is retrieved anew when it is shown.
+    const QPointer<VLWidget> current = d->tooltipWindow;
+    if (current && current->isVisible() && isOfKeys(current) && !renewTip(current) && current)
+        current->hideAnimationFinished();
+    const QList<VLWidget*> tips = reservedTips();
+    const QList<QPointer<VLWidget>> pinned(tips.cbegin(), tips.cend());
+    for (const QPointer<VLWidget>& popup : pinned) {
+        if (popup && isOfKeys(popup))
+            renewTip(popup);
+    }
+}
+
+void VLManager::keepIndex(std::unique_ptr<VLIndex> index)
+{
+    VLIndexHooks::setContext(*index, &d->settings);
+    d->keptIndex = std::move(index);
+}
+
+bool VLManager::renewTip(VLWidget* popup)
 {
     VLXmlElement* old = contentOf(popup);
     if (!old)
-        return;
+        return false;
     const QString key = old->attribute(keyAttribute());
     FoundTip tip;
     tip.element = retrieve(key, tip.path, tip.depth, tip.root);
@@ -412,10 +439,11 @@ void VLManager::renewTip(VLWidget* popup)
     // What is not there any more is translated anew at least.
     if (!tip.element || !tip.root) {
         widget.renewContent(old, QString());
-        return;
+        return false;
     }
     d->askForShortcut(key, widget.reference(), tip.element);
     widget.renewContent(tip.element, tip.packageRoot());
+    return true;
 }
 
 QString VLManager::anyScene() const
@@ -523,13 +551,14 @@ void VLManager::loadDataPath(const QStringList& paths)
     for (const QString& path : paths) {
         const QFileInfo info(path);
         const bool isGuarded = Settings::guardContent(d->settings);
+        const QString extension = Settings::packageExtension(d->settings);
+        d->index->noteDataPath(path, extension, Settings::controlDirectory(d->settings));
         if (!info.isDir()) {
             if (isGuarded)
                 contentGuard().warn(path, u"not a directory, so no data path"_s);
             continue;
         }
         const QDir dir(info.absoluteFilePath());
-        const QString extension = Settings::packageExtension(d->settings);
         const QString filter = u"*.%1"_s.arg(extension);
         handleMessage(VLMessageInformation,
                       u"indexing packages (%2) in %1 "_s.arg(dir.absolutePath(), filter));

@@ -228,7 +228,12 @@ private:
 
     /// Retrieves all that is up anew, in the languages that are set now.
     void showAnew();
-    void renewTip(VLWidget* popup);
+    /// Retrieves what is up with one of @p keys anew; see VLHostHooks.
+    void renewTips(const QStringList& keys);
+    /// Returns whether there still is content.
+    bool renewTip(VLWidget* popup);
+    /// Has the index of the host's go with the manager and read its settings.
+    void keepIndex(std::unique_ptr<VLIndex> index);
     /// Returns the scene of one of the packages; null where none has one.
     QString anyScene() const;
 

@@ -24,7 +24,7 @@ VLHostInterface::VLHostInterface(VLContext& context, const QStringList& dataPath
 
 VLHostInterface::VLHostInterface(std::unique_ptr<VLHostInterfacePrivate> record,
                                  const QStringList& dataPaths, VLIndex* index)
-    : VLInterface(record->beginBuild(), dataPaths, index)
+    : VLInterface(record->beginBuild(), dataPaths, index ? index : record->makeIndex(dataPaths))
     , d(std::move(record))
 {
     d->endBuild(this);

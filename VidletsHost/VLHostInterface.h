@@ -58,8 +58,10 @@ public:
      * @param context The host's settings. The library keeps a copy, which context() gives and in
      *                which the safeguards are turned on; the host's own stays as it is.
      * @param dataPaths Directories that hold packages. What is no directory is passed over.
-     * @param index An index of the host's, which stays the host's, or null for the library's own.
-     *              One of the host's reads the settings that it was made with.
+     * @param index An index of the host's, which stays the host's, or null for a VLKeyTableIndex of
+     *              the interface's own, which manager() gives. One of the host's reads the settings
+     *              that it was made with. What a VLKeyTableIndex finds broken is a warning, and
+     * what it sees change shows in tips that are up.
      */
     VLHostInterface(VLContext& context, const QStringList& dataPaths, VLIndex* index = nullptr);
 

@@ -7,8 +7,10 @@
 #include "VLMessageLog.h"
 #include "VLPreferencesReader.h"
 #include <Vidlets/VLContentNames.h>
+#include <Vidlets/VLIndex.h>
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLSafeguards.h>
+#include <Vidlets/VLSettings.h>
 
 #include <QCoreApplication>
 #include <QScopedValueRollback>
@@ -16,6 +18,8 @@
 
 #include <algorithm>
 #include <utility>
+
+using namespace Qt::StringLiterals;
 
 namespace Vidlets {
 
@@ -74,11 +78,20 @@ VLContext& VLHostInterfacePrivate::beginBuild()
     return m_context;
 }
 
+VLIndex* VLHostInterfacePrivate::makeIndex(const QStringList& dataPaths)
+{
+    m_index = std::make_unique<VLKeyTableIndex>(&m_context, dataPaths);
+    return m_index.get();
+}
+
 void VLHostInterfacePrivate::endBuild(VLHostInterface* owner)
 {
     VLHostHooks::collectEarlyMessages(nullptr);
     interface = owner;
     manager = VLHostHooks::managerOf(owner);
+    follow(qobject_cast<VLKeyTableIndex*>(manager->index()));
+    if (m_index)
+        VLHostHooks::giveIndex(manager, std::move(m_index));
     pinnedTips = std::make_unique<VLPinnedTips>(manager);
     quickHover = std::make_unique<VLQuickHover>(*this);
     tipDelay = std::make_unique<VLTipDelay>(*this);
@@ -99,6 +112,29 @@ bool VLHostInterfacePrivate::hasContent(VLHostInterface* interface, const QStrin
 {
     return !key.isEmpty()
         && !interface->vidletAttribute(key, ContentNames::keyAttribute(), QString()).isNull();
+}
+
+/// Does what is to be done when content changes or is broken; a host's own index may be null here.
+void VLHostInterfacePrivate::follow(VLKeyTableIndex* index)
+{
+    if (!index)
+        return;
+    QObject::connect(index, &VLKeyTableIndex::changed, &m_later,
+                     [this](const QStringList& keys) { VLHostHooks::renewTips(manager, keys); });
+    QObject::connect(index, &VLKeyTableIndex::problemFound, &m_later,
+                     [this](const QString& file, int line, int column, const QString& text) {
+                         tellOfProblem(file, line, column, text);
+                     });
+}
+
+void VLHostInterfacePrivate::tellOfProblem(const QString& file, int line, int column,
+                                           const QString& text)
+{
+    // The guard says the same by itself.
+    if (Settings::guardContent(manager->index()->context()))
+        return;
+    const QString place = line > 0 ? u"%1:%2:%3"_s.arg(file).arg(line).arg(column) : file;
+    manager->handleMessage(VLMessageWarning, u"%1: %2"_s.arg(place, text));
 }
 
 void VLHostInterfacePrivate::takeDown()

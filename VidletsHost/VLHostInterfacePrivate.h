@@ -6,6 +6,7 @@
 
 #include "VLAccess.h"
 #include "VLHostFilter.h"
+#include "VLKeyTableIndex.h"
 #include "VLPinnedTips.h"
 #include "VLPreferences.h"
 #include "VLQuickHover.h"
@@ -18,6 +19,7 @@
 #include <QObject>
 #include <QPair>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
 #include <memory>
@@ -26,6 +28,7 @@
 namespace Vidlets {
 
 class VLHostInterface;
+class VLIndex;
 class VLManager;
 
 /**
@@ -49,6 +52,9 @@ public:
 
     /// Begins to keep what the manager says while it is being built. Gives the settings for it.
     VLContext& beginBuild();
+    /// Makes the index of a host that has none of its own; it is owned by the record until the
+    /// manager is there.
+    VLIndex* makeIndex(const QStringList& dataPaths);
     /// The base class is there: makes all that hangs on it.
     void endBuild(VLHostInterface* owner);
     /// Takes down what touches windows and the application. May be called more than once.
@@ -84,6 +90,8 @@ private:
     Q_DISABLE_COPY_MOVE(VLHostInterfacePrivate)
 
     static void endOfApplication();
+    void follow(VLKeyTableIndex* index);
+    void tellOfProblem(const QString& file, int line, int column, const QString& text);
 
     /// What is to be done later, and goes with the record.
     QObject m_later;
@@ -91,6 +99,7 @@ private:
     /// What scenes were told of documentation; nothing before that.
     std::optional<bool> m_toldOfDocumentation;
     VLContext m_context;
+    std::unique_ptr<VLKeyTableIndex> m_index;
     VLHostHooks::MessageSink m_earlySink;
     QList<QPair<VLMessageType, QString>> m_earlyMessages;
 };

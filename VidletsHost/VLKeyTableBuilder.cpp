@@ -30,6 +30,10 @@ void VLKeyTableBuilder::add(const QList<Job>& jobs)
         if (m_isStopped || jobs.isEmpty())
             return;
         m_jobs.append(jobs);
+        for (const Job& job : jobs) {
+            if (!job.content)
+                m_wanted.insert(job.file, job.generation);
+        }
         if (std::exchange(m_isRunning, true))
             return;
     }
@@ -42,6 +46,7 @@ void VLKeyTableBuilder::clear()
 {
     const QMutexLocker locker(&m_mutex);
     m_jobs.clear();
+    m_wanted.clear();
     const auto isOfFile = [](const Result& result) { return result.kind != Kind::Incident; };
     m_results.erase(std::remove_if(m_results.begin(), m_results.end(), isOfFile), m_results.end());
 }
@@ -171,10 +176,18 @@ void VLKeyTableBuilder::deliverIncident(VLKeyTableWriter& writer)
 bool VLKeyTableBuilder::takeJob(Job& job)
 {
     const QMutexLocker locker(&m_mutex);
-    if (m_isStopped || m_jobs.isEmpty())
-        return false;
-    job = m_jobs.dequeue();
-    return true;
+    while (!m_isStopped && !m_jobs.isEmpty()) {
+        job = m_jobs.dequeue();
+        if (job.content)
+            return true;
+        // A file that changes faster than it is read is read for its last state only.
+        const auto wanted = m_wanted.constFind(job.file);
+        if (wanted == m_wanted.cend() || *wanted != job.generation)
+            continue;
+        m_wanted.erase(wanted);
+        return true;
+    }
+    return false;
 }
 
 /// Has the thread end where there is nothing to do. Returns whether it does.

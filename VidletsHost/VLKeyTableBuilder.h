@@ -9,6 +9,7 @@
 
 #include <QByteArray>
 #include <QDeadlineTimer>
+#include <QHash>
 #include <QList>
 #include <QMutex>
 #include <QQueue>
@@ -118,6 +119,8 @@ private:
     QMutex m_mutex;
     QWaitCondition m_delivered;
     QQueue<Job> m_jobs;
+    /// The generation that each file is to be read for; jobs for others are passed over.
+    QHash<int, quint32> m_wanted;
     QQueue<Result> m_results;
     QString m_cacheFile;
     /// Whether stop() came before all jobs were done.

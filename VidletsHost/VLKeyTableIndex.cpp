@@ -42,7 +42,17 @@ bool VLKeyTableIndex::waitUntilBuilt(int ms)
 
 void VLKeyTableIndex::refresh()
 {
-    d->findChanges();
+    d->live().refresh();
+}
+
+void VLKeyTableIndex::setWatching(bool on)
+{
+    d->live().setWatching(on);
+}
+
+bool VLKeyTableIndex::isWatching() const
+{
+    return d->live().isWatching();
 }
 
 void VLKeyTableIndex::setCacheFile(const QString& path)
@@ -80,6 +90,7 @@ bool VLKeyTableIndex::remove()
 VLXmlElement* VLKeyTableIndex::retrieve(const QString& key, const QLocale& locale, QString& path,
                                         int& depth, VLXmlElement*& root)
 {
+    d->live().settle();
     if (VLIndexHooks::locations(*this).isEmpty())
         return nullptr;
     root = nullptr;
@@ -112,6 +123,7 @@ bool VLKeyTableIndex::store(VLXmlElement* element, const QLocale& locale, const 
 
 QList<QString> VLKeyTableIndex::keys()
 {
+    d->live().settle();
     const QStringList keys = d->keys();
     d->tell();
     return keys;
@@ -119,6 +131,7 @@ QList<QString> VLKeyTableIndex::keys()
 
 QList<VLSearchHit> VLKeyTableIndex::search(const QString& words, const QLocale& locale, int limit)
 {
+    d->live().settle();
     const QList<VLSearchHit> hits = d->search(words, locale, limit);
     d->tell();
     return hits;
@@ -131,6 +144,7 @@ bool VLKeyTableIndex::isSearchBuilt() const
 
 bool VLKeyTableIndex::waitUntilSearchBuilt(int ms)
 {
+    d->live().settle(ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms));
     return d->waitUntilSearchBuilt(ms);
 }
 

@@ -78,9 +78,24 @@ public:
     bool waitUntilBuilt(int ms = -1);
 
     /**
-     * Asks each recorded control file for its size and time, on this thread. Those that are others
-     * than they were are out of the table until they have been read anew, so that lookups are right
-     * at once.
+     * Sets whether the index sees by itself what happens to control files, packages, data paths and
+     * the key data file; it does by default, from the next turn of the event loop on. Data paths
+     * are those of the constructor and those that the manager has looked for packages in, whether
+     * or not they are there.
+     *
+     * A new control file counts as if it were indexed then, and so comes first in the search order;
+     * one that has gone and comes again keeps its place. A change counts within a third of a
+     * second, when changed() is emitted. Where the system refuses to watch more files,
+     * problemFound() says so once, and what is not watched counts after refresh().
+     */
+    void setWatching(bool on);
+    /// Returns what was set by setWatching().
+    bool isWatching() const;
+
+    /**
+     * Asks each recorded control file and the key data file for its size and time, and looks for
+     * control files that have come into data paths, as by a new scan. It returns at once; lookups
+     * after it are right, and the first may have to wait until all have been asked.
      */
     void refresh();
 

@@ -61,6 +61,7 @@ VLKeyTableIndexPrivate::VLKeyTableIndexPrivate(VLKeyTableIndex* owner)
             },
             Qt::QueuedConnection);
     })
+    , m_live(owner, *this)
     , m_builder([owner] {
         QMetaObject::invokeMethod(
             owner,
@@ -93,6 +94,9 @@ bool VLKeyTableIndexPrivate::leadsUpTo(const QString& file, const QString& root)
 
 const VLKeyTableFile* VLKeyTableIndexPrivate::knownFile(const QString& path)
 {
+    // One that has come later is compared with nothing, whatever the table on disk has of it.
+    if (m_live.isApplying())
+        return nullptr;
     return m_cache.mayKnow(path) ? m_cache.known(path, VLIndexHooks::stampAt(path)) : nullptr;
 }
 
@@ -107,6 +111,7 @@ void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst, const VLKe
     file.isIndexed = isFirst;
     m_files.push_back(file);
     const int number = int(m_files.size()) - 1;
+    m_live.noteRecorded(number);
     if (!known) {
         await(number);
         return;
@@ -145,17 +150,6 @@ void VLKeyTableIndexPrivate::dropTable()
     }
 }
 
-void VLKeyTableIndexPrivate::findChanges()
-{
-    for (size_t i = 0; i < m_files.size(); ++i) {
-        const File& file = m_files[i];
-        if (file.isWaiting)
-            continue;
-        if (!file.isSettled || VLIndexHooks::stampAt(file.location.location) != file.stamp)
-            await(int(i));
-    }
-}
-
 /// Takes the file out of the table until it has been read.
 void VLKeyTableIndexPrivate::await(int file)
 {
@@ -163,6 +157,14 @@ void VLKeyTableIndexPrivate::await(int file)
     ++record.generation;
     record.isWaiting = true;
     m_waiting.insert(record.order, file);
+    m_unsubmitted.append(file);
+    scheduleBuilding();
+}
+
+/// Has the file read anew, which most likely gives what it gave before.
+void VLKeyTableIndexPrivate::doubt(int file)
+{
+    m_files[file].isDoubted = true;
     m_unsubmitted.append(file);
     scheduleBuilding();
 }
@@ -197,8 +199,9 @@ void VLKeyTableIndexPrivate::startBuilding()
     QList<VLKeyTableBuilder::Job> jobs;
     jobs.reserve(files.size());
     for (const int file : std::as_const(files)) {
-        const File& record = m_files[file];
-        if (record.isWaiting)
+        File& record = m_files[file];
+        const bool isDoubted = std::exchange(record.isDoubted, false);
+        if (record.isWaiting || isDoubted)
             jobs.append({file, record.generation, record.location.location,
                          record.isKnown || record.mustRead, record.isStored, record.isIndexed,
                          std::nullopt});
@@ -296,7 +299,7 @@ void VLKeyTableIndexPrivate::takeIncident(const VLKeyTableWriter::Incident& inci
 void VLKeyTableIndexPrivate::noteCacheProblem(const QString& reason)
 {
     if (!std::exchange(m_isCacheProblemNoted, true))
-        noteProblem(m_cache.path(), {{}, reason}, false);
+        noteProblem(m_cache.path(), {{}, reason}, true);
 }
 
 /// Does without what is in the table on disk: what is there counts for nothing any more.
@@ -333,6 +336,7 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
     const QDeadlineTimer deadline =
         ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
     const QPointer<VLKeyTableIndex> owner(m_owner);
+    m_live.settle(deadline);
     startBuilding();
     while (!isBuilt() || m_builder.isBusy()) {
         if (!takeResults()) {
@@ -354,6 +358,7 @@ bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
 
 void VLKeyTableIndexPrivate::stop()
 {
+    m_live.stop();
     m_builder.stop();
     m_search.stop();
 }
@@ -622,14 +627,17 @@ void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
     record.isSettled = content.isSettled || content.state == VLKeyTableState::Absent;
     record.isKnown = true;
     record.mustRead = false;
+    record.isDoubted = false;
     ++record.generation;
     m_search.await(file);
     buildSearch();
-    if (!std::exchange(record.isWaiting, false))
-        return;
-    m_waiting.remove(record.order);
-    m_mustTellProgress = true;
-    m_mustTellBuilt = m_waiting.isEmpty();
+    if (std::exchange(record.isWaiting, false)) {
+        m_waiting.remove(record.order);
+        m_mustTellProgress = true;
+        m_mustTellBuilt = m_waiting.isEmpty();
+    }
+    // The file may be to be read once more.
+    m_live.noteRead(file);
 }
 
 /// What lookups went by before the file was read anew.
@@ -704,15 +712,20 @@ void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content
     }
     for (auto it = gone.cbegin(); it != gone.cend(); ++it)
         changed.insert(it.key());
-    if (changed.isEmpty())
-        return;
-    m_changedKeys.unite(changed);
-    scheduleChanges();
+    noteChangedKeys(changed);
 }
 
-void VLKeyTableIndexPrivate::scheduleChanges()
+void VLKeyTableIndexPrivate::noteChangedKeys(const QSet<QString>& keys)
 {
-    if (std::exchange(m_areChangesScheduled, true))
+    if (keys.isEmpty())
+        return;
+    m_changedKeys.unite(keys);
+    tellOfChanges();
+}
+
+void VLKeyTableIndexPrivate::tellOfChanges()
+{
+    if (m_changedKeys.isEmpty() || std::exchange(m_areChangesScheduled, true))
         return;
     QMetaObject::invokeMethod(
         m_owner, [this] { emitChanges(); }, Qt::QueuedConnection);
@@ -721,6 +734,9 @@ void VLKeyTableIndexPrivate::scheduleChanges()
 void VLKeyTableIndexPrivate::emitChanges()
 {
     m_areChangesScheduled = false;
+    // Else lookups would be as before, of a file that was moved for instance.
+    if (m_live.isBehind() || m_changedKeys.isEmpty())
+        return;
     const QSet<QString> changed = std::exchange(m_changedKeys, {});
     QStringList keys(changed.cbegin(), changed.cend());
     keys.sort();
@@ -847,7 +863,7 @@ bool VLKeyTableIndexPrivate::servesInAnyPass(const QString& name, const QLocale&
 void VLKeyTableIndexPrivate::tell()
 {
     // Who is told may look something up, and then the rest is told here.
-    if (m_isTelling)
+    if (m_isTelling || m_live.isApplying())
         return;
     m_isTelling = true;
     const QPointer<VLKeyTableIndex> owner(m_owner);

@@ -9,6 +9,7 @@
 #include "VLKeyTableCache.h"
 #include "VLKeyTableFile.h"
 #include "VLKeyTableKeyData.h"
+#include "VLKeyTableLive.h"
 #include "VLKeyTableRange.h"
 #include "VLTipSearch.h"
 
@@ -57,7 +58,12 @@ public:
     /// others; @p known may be null.
     void recordNew(qsizetype count, bool isFirst, const VLKeyTableFile* known);
     void dropTable();
-    void findChanges();
+
+    /// Keeps the files in step with the disk.
+    VLKeyTableLive& live()
+    {
+        return m_live;
+    }
 
     const QString& cacheFile() const
     {
@@ -103,6 +109,8 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(VLKeyTableIndexPrivate)
 
+    friend class VLKeyTableLive;
+
     /// What the table says of a file besides its rows: there may be many, so it stays small.
     struct File
     {
@@ -120,6 +128,8 @@ private:
         bool isForeign = false;
         bool isSettled = false;
         bool isWaiting = false;
+        /// Whether it is to be read again without being out of the table until then.
+        bool isDoubted = false;
         /// Whether it has been read since the table was dropped last.
         bool isKnown = false;
         /// Whether its rows are in the table on disk, and not in memory.
@@ -153,6 +163,7 @@ private:
     };
 
     void await(int file);
+    void doubt(int file);
     void readNow(int file);
     void apply(int file, const VLKeyTableFile& content,
                const std::optional<VLKeyTableFile>& before = std::nullopt);
@@ -171,6 +182,7 @@ private:
     void noteFault(int file, const VLKeyTableFile& content);
     VLKeyTableFile contentBefore(int file);
     void noteChanges(int file, const VLKeyTableFile& content, const VLKeyTableFile& before);
+    void noteChangedKeys(const QSet<QString>& keys);
     void emitChanges();
     bool tellOne();
     int localeNumber(const QString& name);
@@ -183,7 +195,7 @@ private:
                                           bool& mustLookAgain);
     void letBaseWarn(int file, const QString& key, QChar reason);
     void scheduleBuilding();
-    void scheduleChanges();
+    void tellOfChanges();
     void buildSearch();
     void takeSearchResults();
     void bringInWaiting();
@@ -231,6 +243,7 @@ private:
 
     VLTipSearch m_search;
 
+    VLKeyTableLive m_live;
     /// Last, so that its thread ends first.
     VLKeyTableBuilder m_builder;
 };

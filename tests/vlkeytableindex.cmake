@@ -14,6 +14,7 @@ vidlets_add_test(
   NAME tst_vlkeytabledifferential
   SOURCES shared/RandomPackages.cpp
   LIBRARIES Vidlets::Host)
+vidlets_add_test(NAME tst_vlkeytablelive LIBRARIES Vidlets::Host)
 vidlets_add_test(NAME tst_vlkeytablecache LIBRARIES Vidlets::Host Qt6::Sql)
 if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
   # Else it takes longer than a test may.

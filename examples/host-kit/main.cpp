@@ -4,6 +4,7 @@
 // What a host says to the host kit beyond the data paths.
 
 #include <Vidlets/VLContext.h>
+#include <Vidlets/VLManager.h>
 
 #include <QApplication>
 #include <QKeySequence>
@@ -13,6 +14,7 @@
 
 #include <VidletsHost/VLAccess.h>
 #include <VidletsHost/VLHostInterface.h>
+#include <VidletsHost/VLKeyTableIndex.h>
 
 using namespace Qt::StringLiterals;
 
@@ -59,6 +61,16 @@ void setKeys(Vidlets::VLHostInterface& vidlets)
     vidlets.access()->setShowSequence(QKeySequence(Qt::CTRL | Qt::Key_F1));
 }
 
+void followContent(Vidlets::VLKeyTableIndex& index)
+{
+    // A tip of "de" serves a user in "de_AT", too.
+    index.setLocaleChain(true);
+    QObject::connect(&index, &Vidlets::VLKeyTableIndex::changed, &index,
+                     [](const QStringList& keys) {
+                         qInfo("new content for %ls", qUtf16Printable(keys.join(u", "_s)));
+                     });
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -75,5 +87,7 @@ int main(int argc, char* argv[])
     HostInterface vidlets(context, {QStringLiteral(EXAMPLE_PACKAGES)});
     setUp(vidlets);
     setKeys(vidlets);
+    if (auto* index = qobject_cast<Vidlets::VLKeyTableIndex*>(vidlets.manager()->index()))
+        followContent(*index);
     return QApplication::exec();
 }
