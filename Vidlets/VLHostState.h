@@ -6,6 +6,8 @@
 
 #include "VLHostHooks.h"
 
+#include <QStringList>
+
 namespace Vidlets {
 
 /// What helpers of a host have set in a manager. Internal to the library.
@@ -21,6 +23,8 @@ struct VLHostState
     int sceneCalls = 0;
     /// Whether what is up is to be shown anew when there are none any more.
     bool showsAnewLater = false;
+    /// The keys whose tips are to be renewed then.
+    QStringList keysToRenew;
 };
 
 } // namespace Vidlets

@@ -405,6 +405,10 @@ void VLManager::showAnew()
 
 void VLManager::renewTips(const QStringList& keys)
 {
+    if (d->hostState.sceneCalls > 0) {
+        d->hostState.keysToRenew += keys;
+        return;
+    }
     const auto isOfKeys = [&keys](VLWidget* popup) {
         const VLXmlElement* content = contentOf(popup);
         return content && keys.contains(content->attribute(keyAttribute()));

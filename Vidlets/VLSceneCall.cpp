@@ -21,11 +21,18 @@ VLSceneCall::~VLSceneCall()
     if (!m_manager)
         return;
     VLHostState& state = m_manager->hostState();
-    if (--state.sceneCalls > 0 || !std::exchange(state.showsAnewLater, false))
+    if (--state.sceneCalls > 0)
         return;
     VLManager* manager = m_manager;
+    if (std::exchange(state.showsAnewLater, false)) {
+        QMetaObject::invokeMethod(
+            manager, [manager] { manager->showAnew(); }, Qt::QueuedConnection);
+    }
+    const QStringList keys = std::exchange(state.keysToRenew, {});
+    if (keys.isEmpty())
+        return;
     QMetaObject::invokeMethod(
-        manager, [manager] { manager->showAnew(); }, Qt::QueuedConnection);
+        manager, [manager, keys] { manager->renewTips(keys); }, Qt::QueuedConnection);
 }
 
 } // namespace Vidlets

@@ -13,12 +13,17 @@
 #include <QEventLoop>
 #include <QPointer>
 #include <QQuickItem>
+#include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTimer>
 #include <QTranslator>
 
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <functional>
+
+#include <VidletsHost/VLKeyTableIndex.h>
 
 using namespace Qt::StringLiterals;
 
@@ -113,7 +118,7 @@ Rectangle {
 }
 )";
 
-/// Lets the user choose a language in a dialog with a loop of its own.
+/// Lets something happen in a dialog with a loop of its own, which runs until that quits it.
 class DialogInterface : public VLHostInterface
 {
 public:
@@ -122,15 +127,50 @@ public:
     bool openExternalResource(VLExternalResourceType /*type*/, const QString& /*resource*/) override
     {
         ++dialogs;
-        context().set(ckLocale, u"de_DE"_s);
         QEventLoop dialog;
-        QTimer::singleShot(50, &dialog, &QEventLoop::quit);
+        happen(dialog);
         dialog.exec();
         return true;
     }
 
+    std::function<void(QEventLoop&)> happen;
     int dialogs = 0;
 };
+
+/// Puts @p tips in the place of the English ones.
+void writeTips(HostStage& stage, const QByteArray& tips)
+{
+    stage.packages.write(u"tips.vidlets/Control/en.xml"_s,
+                         "<vidlets locale='en_US'>" + tips + "</vidlets>");
+}
+
+void addKindsOfTip()
+{
+    QTest::addColumn<bool>("isPinned");
+    QTest::newRow("tip") << false;
+    QTest::newRow("pinned tip") << true;
+}
+
+/// Has the scene of a tip open a dialog in which @p happens, and waits until the tip has
+/// @p wantedTitle.
+void testDialog(HostStage& stage, bool isPinned, const QString& wantedTitle,
+                const std::function<void(DialogInterface&, QEventLoop&)>& happens)
+{
+    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kAskingScene);
+    DialogInterface interface(stage.context, {stage.packages.dataPath()});
+    interface.happen = [&](QEventLoop& dialog) { happens(interface, dialog); };
+    QVERIFY(interface.show(u"open"_s, QPoint(400, 300), stage.open));
+    VLWidget* tip = interface.manager()->widget();
+    QVERIFY(QTest::qWaitForWindowExposed(tip));
+    if (isPinned)
+        tip->view()->setReserved(true);
+    const QPointer<QQuickItem> scene = tip->view()->rootObject();
+    scene->setProperty("asked", 1);
+    QCOMPARE(interface.dialogs, 1);
+    // Its own code was still running then.
+    QVERIFY(scene);
+    QTRY_COMPARE_WITH_TIMEOUT(HostStage::titleShownBy(tip), wantedTitle, kPatienceMs);
+}
 
 } // namespace
 
@@ -151,6 +191,12 @@ private Q_SLOTS:
     void languageChange_showsTipAnew();
     void locale_chosenInDialog_thatTipHasOpened_data();
     void locale_chosenInDialog_thatTipHasOpened();
+    void content_editedInDialog_thatTipHasOpened_data();
+    void content_editedInDialog_thatTipHasOpened();
+    void content_edited_showsTipAnew_data();
+    void content_edited_showsTipAnew();
+    void content_gone_hidesTip_butNoPinnedOne();
+    void content_broken_isWarnedOf_withoutGuard();
     void warmUp_returnsAtOnce_andMapsNoWindow();
     void warmUp_makesSceneKnown_withoutWarnings();
     void warmUp_leavesTipThatIsUp();
@@ -247,9 +293,7 @@ void TestVLHostTips::locale_set_twice_renewsOnce()
 
 void TestVLHostTips::locale_chosenInDialog_thatTipHasOpened_data()
 {
-    QTest::addColumn<bool>("isPinned");
-    QTest::newRow("tip") << false;
-    QTest::newRow("pinned tip") << true;
+    addKindsOfTip();
 }
 
 void TestVLHostTips::languageChange_showsTipAnew()
@@ -268,19 +312,80 @@ void TestVLHostTips::locale_chosenInDialog_thatTipHasOpened()
 {
     QFETCH(const bool, isPinned);
     HostStage stage;
-    stage.packages.write(u"tips.vidlets/ui/VidletUI.qml"_s, kAskingScene);
-    DialogInterface interface(stage.context, {stage.packages.dataPath()});
-    QVERIFY(interface.show(u"open"_s, QPoint(400, 300), stage.open));
-    VLWidget* tip = interface.manager()->widget();
-    QVERIFY(QTest::qWaitForWindowExposed(tip));
-    if (isPinned)
-        tip->view()->setReserved(true);
+    testDialog(stage, isPinned, u"Öffnen"_s, [](DialogInterface& interface, QEventLoop& dialog) {
+        interface.context().set(ckLocale, u"de_DE"_s);
+        QTimer::singleShot(50, &dialog, &QEventLoop::quit);
+    });
+}
+
+void TestVLHostTips::content_editedInDialog_thatTipHasOpened_data()
+{
+    addKindsOfTip();
+}
+
+void TestVLHostTips::content_editedInDialog_thatTipHasOpened()
+{
+    QFETCH(const bool, isPinned);
+    HostStage stage;
+    testDialog(stage, isPinned, u"New"_s, [&](DialogInterface& interface, QEventLoop& dialog) {
+        const auto* index = qobject_cast<VLKeyTableIndex*>(interface.manager()->index());
+        connect(index, &VLKeyTableIndex::changed, &dialog, &QEventLoop::quit);
+        writeTips(stage, "<vidlet key='open' title='New'/>");
+    });
+}
+
+void TestVLHostTips::content_edited_showsTipAnew_data()
+{
+    addKindsOfTip();
+}
+
+void TestVLHostTips::content_edited_showsTipAnew()
+{
+    QFETCH(const bool, isPinned);
+    HostStage stage;
+    VLWidget* tip = isPinned ? stage.pin() : stage.showTip();
+    writeTips(stage, "<vidlet key='open' title='New'/>");
+    QTRY_COMPARE_WITH_TIMEOUT(HostStage::titleShownBy(tip), u"New"_s, kPatienceMs);
+    QVERIFY(tip->isVisible());
+    QCOMPARE(tip->view()->reserved(), isPinned);
+    // Edits of others leave it alone.
     const QPointer<QQuickItem> scene = tip->view()->rootObject();
-    scene->setProperty("asked", 1);
-    QCOMPARE(interface.dialogs, 1);
-    // Its own code was still running then.
+    QSignalSpy spy(qobject_cast<VLKeyTableIndex*>(stage.interface->manager()->index()),
+                   &VLKeyTableIndex::changed);
+    writeTips(stage, "<vidlet key='open' title='New'/><vidlet key='save' title='Other'/>");
+    QTRY_COMPARE_WITH_TIMEOUT(spy.size(), 1, kPatienceMs);
+    QCoreApplication::processEvents();
     QVERIFY(scene);
-    QTRY_COMPARE(HostStage::titleShownBy(tip), u"Öffnen"_s);
+}
+
+void TestVLHostTips::content_gone_hidesTip_butNoPinnedOne()
+{
+    HostStage stage;
+    VLWidget* pinned = stage.pin(u"save"_s);
+    VLWidget* tip = stage.showTip();
+    QVERIFY(tip != pinned);
+    writeTips(stage, "<vidlet key='other'/>");
+    QTRY_VERIFY_WITH_TIMEOUT(!tip->isVisible(), kPatienceMs);
+    QVERIFY(pinned->isVisible());
+    QCOMPARE(HostStage::titleShownBy(pinned), u"Save"_s);
+    QVERIFY(!stage.interface->show(u"open"_s, QPoint(300, 200), stage.open));
+}
+
+void TestVLHostTips::content_broken_isWarnedOf_withoutGuard()
+{
+    HostStage stage;
+    stage.interface->context().set(ckGuardContent, false);
+    QStringList warnings;
+    connect(stage.interface.get(), &VLHostInterface::messageRaised, this,
+            [&warnings](VLMessageType type, const QString& text) {
+                QCOMPARE(type, VLMessageWarning);
+                warnings += text;
+            });
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"en.xml:2:20: Premature end"_s));
+    const QString file =
+        stage.packages.write(u"tips.vidlets/Control/en.xml"_s, "<vidlets>\n  <vidlet key='open'");
+    QTRY_COMPARE_WITH_TIMEOUT(warnings.size(), 1, kPatienceMs);
+    QVERIFY2(warnings.constFirst().contains(file + u":2:"_s), qPrintable(warnings.constFirst()));
 }
 
 void TestVLHostTips::warmUp_returnsAtOnce_andMapsNoWindow()
