@@ -117,7 +117,8 @@ public:
             if (text(key) != wanted)
                 return false;
         }
-        // What is a removal and a file of the same name to the one who does it may be told of twice.
+        // What is a removal and a file of the same name to the one who does it may be told of
+        // twice.
         while (QTest::qWaitFor(isTold, kPatienceMs)) {
             changed.remove(key);
             if (text(key) == wanted)
@@ -172,6 +173,7 @@ private Q_SLOTS:
     void index_seesEdit_data();
     void index_seesEdit();
     void changed_comesWhenLookupsAreNew();
+    void changed_comesSoon();
     void index_seesFilesComeAndGo_data();
     void index_seesFilesComeAndGo();
     void index_seesPackagesComeAndGo_data();
@@ -259,6 +261,29 @@ void TestVLKeyTableLive::changed_comesWhenLookupsAreNew()
         QTRY_COMPARE_WITH_TIMEOUT(texts, QStringList(u'k' + text), kPatienceMs);
         texts.clear();
     }
+}
+
+void TestVLKeyTableLive::changed_comesSoon()
+{
+    Host host(Way::Watch);
+    for (int i = 0; i < 200; ++i) {
+        const QByteArray name = QByteArray::number(i);
+        host.write(u"one"_s, QString::fromLatin1(name) + u".xml"_s, fileOfTip(name, "1"));
+    }
+    host.start();
+    // A machine that is busy elsewhere slows some edits down, but not the best of several.
+    constexpr int kEdits = 10;
+    constexpr qint64 kSoonMs = 3000;
+    qint64 best = kPatienceMs;
+    for (int i = 0; i < kEdits && best > kSoonMs; ++i) {
+        const QByteArray name = QByteArray::number(i * 17);
+        QElapsedTimer timer;
+        timer.start();
+        host.write(u"one"_s, QString::fromLatin1(name) + u".xml"_s, fileOfTip(name, "2"));
+        QVERIFY(host.becomes(QString::fromLatin1(name), u"2"_s));
+        best = qMin(best, timer.elapsed());
+    }
+    QVERIFY2(best <= kSoonMs, qPrintable(QString::number(best)));
 }
 
 void TestVLKeyTableLive::index_seesFilesComeAndGo_data()
