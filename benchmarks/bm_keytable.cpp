@@ -2,7 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 /// The index with a table of keys: lookups beside those of VLIndex, the first build beside a pass
-/// of the XML reader, the start with a valid table beside listing and asking for sizes and times.
+/// of the XML reader, the start with a valid table beside listing and asking for sizes and times,
+/// edits beside a bare watcher.
 
 #include "PackageBuilder.h"
 #include "ProcessFigures.h"
@@ -17,11 +18,14 @@
 #include <QDateTime>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QLocale>
 #include <QRandomGenerator>
 #include <QThread>
+#include <QTimer>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -345,6 +349,64 @@ void measureMemory(benchmark::State& state, const Content& content)
     }
 }
 
+/// Puts something else into one of the tips.
+void edit(const Content& content, int file)
+{
+    static int edits = 0;
+    QFile target(content.files.at(file));
+    Report::verify(target.open(QIODevice::WriteOnly), "the file is written");
+    target.write(controlFile(file, kTipsPerFile)
+                     .replace("Tool number 7\"", "Edit " + QByteArray::number(++edits) + '"'));
+}
+
+void runEventsFor(int ms)
+{
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+/// Times edits of single files until @p signal comes.
+template <typename Sender, typename Signal>
+void timeEdits(benchmark::State& state, const Content& content, const Sender* sender, Signal signal)
+{
+    constexpr int kEdits = 11;
+    constexpr int kPatienceMs = 10'000;
+    // One edit may be told of in several steps.
+    constexpr int kQuietMs = 300;
+    std::vector<double> times;
+    for (int i = 0; i < kEdits; ++i) {
+        runEventsFor(kQuietMs);
+        QEventLoop loop;
+        QObject::connect(sender, signal, &loop, &QEventLoop::quit);
+        QTimer::singleShot(kPatienceMs, &loop, [&loop] { loop.exit(1); });
+        times.push_back(msFor([&] {
+            edit(content, i * content.fileCount / kEdits);
+            Report::verify(loop.exec() == 0, "the edit is told of");
+        }));
+    }
+    std::sort(times.begin(), times.end());
+    state.counters["median_ms"] = times.at(times.size() / 2);
+    state.counters["longest_ms"] = times.back();
+}
+
+void editWatchedByIndex(benchmark::State& state, const Content& content)
+{
+    for ([[maybe_unused]] auto turn : state) {
+        Subject subject(content);
+        Report::verify(subject.index.waitUntilBuilt(), "the table is built");
+        timeEdits(state, content, &subject.index, &VLKeyTableIndex::changed);
+    }
+}
+
+void editWatchedBySystem(benchmark::State& state, const Content& content)
+{
+    for ([[maybe_unused]] auto turn : state) {
+        const QFileSystemWatcher watcher(content.files);
+        timeEdits(state, content, &watcher, &QFileSystemWatcher::fileChanged);
+    }
+}
+
 Report::Aim figure(const std::string& subject, const std::string& benchmark,
                    const std::string& counter, double value, const std::string& unit)
 {
@@ -386,6 +448,8 @@ std::vector<Report::Aim> aims()
         ratio("keytable-first-build-all-threads", {"first-build", "all_threads_ms"},
               {"bare-reader", "all_threads_ms"}, 2.0),
         figure("keytable-longest-turn", "turns", "processor_ms", 5, "ms"),
+        figure("keytable-edit", "edit", "median_ms", 300, "ms"),
+        figure("keytable-edit-bare-watcher", "bare-edit", "median_ms", 1e9, "ms"),
         figure("keytable-start", "start", "share", 0.2, "of listing"),
         figure("keytable-memory", "memory", "without_pages", 200, "bytes a file"),
         figure("keytable-disk", "disk", "bytes", 60, "bytes a tip"),
@@ -435,6 +499,9 @@ int main(int argc, char* argv[])
         }
     })->UseRealTime();
     add("turns", built, buildInTurns);
+    const Content edited(kFewFiles, kTipsPerFile);
+    add("edit", edited, editWatchedByIndex);
+    add("bare-edit", edited, editWatchedBySystem);
     add("start", small, startHost);
     add("memory", many, measureMemory);
     add("disk", few, [](benchmark::State& state, const Content& content) {
