@@ -38,6 +38,8 @@ struct VLTipAnchor
     QPointer<QWindow> window;
     /// Whether a key asked for it, so that no modifiers need be held.
     bool isCalled = false;
+    /// Whether the tip goes in the middle of the zone, over whatever is there.
+    bool isCentred = false;
 };
 
 /**

@@ -97,11 +97,20 @@ QPoint besidePointer(const QRect& area, const QSize& size, const KeepOff& keepOf
     return position.value_or(fitted.topLeft());
 }
 
+QPoint around(const QRect& area, const QSize& size, const QPoint& middle)
+{
+    QRect wanted(QPoint(), size);
+    wanted.moveCenter(middle);
+    return fitInto(area, wanted).geometry.topLeft();
+}
+
 Placement place(const Request& request)
 {
-    if (request.keepOff) {
+    if (request.middle || request.keepOff) {
         const QSize size = request.sceneSize + QSize(0, -request.titleOffset) + kExtraPixel;
-        const QPoint position = besidePointer(request.area, size, *request.keepOff);
+        const QPoint position = request.middle
+            ? around(request.area, size, *request.middle)
+            : besidePointer(request.area, size, *request.keepOff);
         return {position, size, position != request.framePosition};
     }
     const Fit fit = fitInto(request.area, QRect(request.framePosition, request.sceneSize));

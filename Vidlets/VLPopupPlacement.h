@@ -52,6 +52,8 @@ struct Request
     QRect area;
     /// Where it is set, the popup is placed anew by it, not where its frame is.
     std::optional<KeepOff> keepOff = std::nullopt;
+    /// Where it is set, the middle of the popup goes there, and nothing else decides.
+    std::optional<QPoint> middle = std::nullopt;
 };
 
 /// What becomes of a popup.
@@ -73,6 +75,9 @@ Fit fitInto(const QRect& area, QRect geometry);
 /// control, above it, or at one of its sides. One that covers the control wherever it goes leaves
 /// the pointer free at least.
 QPoint besidePointer(const QRect& area, const QSize& size, const KeepOff& keepOff);
+
+/// Where a popup of @p size goes in @p area whose middle is wanted at @p middle.
+QPoint around(const QRect& area, const QSize& size, const QPoint& middle);
 
 /// Works out the place and the size of a popup whose scene has the size of @p request.
 Placement place(const Request& request);

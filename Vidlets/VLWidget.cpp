@@ -161,6 +161,10 @@ void VLWidget::showWithContent(QObject* reference, const QPoint& pos, VLXmlEleme
 
 void VLWidget::reposition()
 {
+    if (const auto middle = d->middle()) {
+        move(PopupPlacement::around(d->availableArea(), frameGeometry().size(), *middle));
+        return;
+    }
     if (const auto keepOff = d->keepOff()) {
         move(PopupPlacement::besidePointer(d->availableArea(), frameGeometry().size(), *keepOff));
         return;
@@ -265,8 +269,9 @@ void VLWidget::contentResized()
 
     QWidget* framed = window();
     const int titleOffset = framed->frameGeometry().top() - framed->geometry().top();
-    const PopupPlacement::Placement placement = PopupPlacement::place(
-        {sceneSize, d->framePosition(), titleOffset, d->availableArea(), d->keepOff()});
+    const PopupPlacement::Placement placement =
+        PopupPlacement::place({sceneSize, d->framePosition(), titleOffset, d->availableArea(),
+                               d->keepOff(), d->middle()});
     if (placement.moved)
         framed->move(placement.position);
     setFixedSize(placement.size);

@@ -110,7 +110,8 @@ void VLWidgetPrivate::beginRequest(const VLTipAnchor& anchor, const QPoint& posi
         origin = widget->mapToGlobal(QPoint());
     else if (anchor.window)
         origin = anchor.window->mapToGlobal(QPoint());
-    m_requested = Anchor{anchor.zone.translated(-origin), widget ? nullptr : anchor.window.data()};
+    m_requested = Anchor{anchor.zone.translated(-origin), widget ? nullptr : anchor.window.data(),
+                         anchor.isCentred};
     m_requestPosition = position;
 }
 
@@ -221,6 +222,13 @@ std::optional<PopupPlacement::KeepOff> VLWidgetPrivate::keepOff() const
     keepOff.rightToLeft = direction->layoutDirection() == Qt::RightToLeft;
     keepOff.control = visibleControl();
     return keepOff;
+}
+
+std::optional<QPoint> VLWidgetPrivate::middle() const
+{
+    if (m_pinned || !m_popup->isWindow() || !m_anchor || !m_anchor->isCentred)
+        return std::nullopt;
+    return zone().center();
 }
 
 /// A control may be scrolled out of sight in part.

@@ -79,6 +79,8 @@ public:
     void setWantedPosition(const QPoint& position);
     /// What the popup is not to cover; nothing where it goes wherever it is put.
     std::optional<PopupPlacement::KeepOff> keepOff() const;
+    /// Where the middle of the popup goes; nothing where it does not matter.
+    std::optional<QPoint> middle() const;
     /// What a popup may cover of the screen that it belongs on.
     QRect availableArea() const;
 
@@ -122,6 +124,8 @@ private:
         /// Seen from the control, or from the window where the control is no widget.
         QRect zone;
         QPointer<QWindow> window;
+        /// See VLTipAnchor.
+        bool isCentred = false;
     };
 
     static void confirmTitledWindow(const QWidget* framed);

@@ -304,7 +304,7 @@ std::optional<VLTipCaller::Callable> VLTipCaller::findCallable() const
 
 std::optional<VLTipCaller::Callable> VLTipCaller::callableAt(const FocusFinder::Place& place) const
 {
-    Callable callable{QString(), place.object, QRect(), nullptr};
+    Callable callable{QString(), place.object, QRect(), nullptr, false};
     callable.key = m_interface->keyAt(place.object, place.position, &callable.zone);
     if (callable.key.isEmpty())
         return std::nullopt;
@@ -325,6 +325,7 @@ bool VLTipCaller::show(const Callable& callable)
     anchor.zone = callable.zone;
     anchor.window = callable.window;
     anchor.isCalled = true;
+    anchor.isCentred = callable.isCentred;
     return VLHostHooks::show(m_manager, callable.key, placeBeside(callable), callable.reference,
                              anchor);
 }
@@ -380,7 +381,7 @@ bool VLTipCaller::call(const QString& key, QWidget* window)
     closeTip();
     const std::optional<Callable> control = findControl(key, window);
     const QPoint middle = window->mapToGlobal(window->rect().center());
-    const Callable alone{key, window, QRect(middle, QSize(1, 1)), nullptr};
+    const Callable alone{key, window, QRect(middle, QSize(1, 1)), nullptr, true};
     if (!show(control ? *control : alone) || !tip())
         return false;
     m_called = FocusFinder::current();

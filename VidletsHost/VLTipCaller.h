@@ -78,6 +78,8 @@ private:
         QObject* reference;
         QRect zone;
         QWindow* window;
+        /// Whether the tip goes in the middle of the zone.
+        bool isCentred;
     };
 
     Action actionFor(const QKeyEvent* event) const;

@@ -29,6 +29,8 @@ private Q_SLOTS:
     void besidePointer_leavesControlFree_data();
     void besidePointer_leavesControlFree();
     void place_keepsOffWhereverFrameIs();
+    void place_goesAroundMiddle_data();
+    void place_goesAroundMiddle();
 };
 
 void TestVLPopupPlacement::fitInto_movesIntoArea_data()
@@ -179,6 +181,32 @@ void TestVLPopupPlacement::place_keepsOffWhereverFrameIs()
     request.sceneSize = QSize(150, 450);
     placement = PopupPlacement::place(request);
     QCOMPARE(placement.position, QPoint(1300, 140));
+    QVERIFY(placement.moved);
+}
+
+void TestVLPopupPlacement::place_goesAroundMiddle_data()
+{
+    QTest::addColumn<QPoint>("middle");
+    QTest::addColumn<QPoint>("expected");
+
+    QTest::newRow("with room") << QPoint(1400, 300) << QPoint(1340, 260);
+    QTest::newRow("near the top left corner") << QPoint(1010, 40) << kArea.topLeft();
+    QTest::newRow("near the bottom right corner") << QPoint(1790, 590) << QPoint(1679, 519);
+}
+
+void TestVLPopupPlacement::place_goesAroundMiddle()
+{
+    QFETCH(const QPoint, middle);
+    QFETCH(const QPoint, expected);
+    PopupPlacement::KeepOff keepOff;
+    keepOff.control = QRect(middle, QSize(1, 1));
+    keepOff.pointer = middle;
+
+    const PopupPlacement::Placement placement =
+        PopupPlacement::place({kScene, {1100, 100}, 0, kArea, keepOff, middle});
+
+    QCOMPARE(placement.position, expected);
+    QCOMPARE(placement.size, kScene + QSize(1, 1));
     QVERIFY(placement.moved);
 }
 
