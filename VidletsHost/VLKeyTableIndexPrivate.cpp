@@ -798,7 +798,10 @@ QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QL
     request.unread = filesOutsideSearch();
     // A tip of which it is not certain that it is found first would have all files read before.
     request.isStoreUsed = isBuilt();
-    request.serves = [this, &locale](const QString& name) { return servesInAnyPass(name, locale); };
+    request.turnOf = [this, &locale](const QString& name) { return passOf(name, locale); };
+    request.mayServe = [this, &locale](const QString& key, const QString& path) {
+        return mayServe(key, locale, path);
+    };
     request.lookUp = [this, &locale](const QString& key, QString& path) {
         int file = 0;
         std::unique_ptr<VLXmlElement> root = lookUp(key, locale, file);
@@ -851,13 +854,37 @@ QStringList VLKeyTableIndexPrivate::filesOutsideSearch() const
     return paths;
 }
 
-bool VLKeyTableIndexPrivate::servesInAnyPass(const QString& name, const QLocale& locale) const
+/// The pass of a lookup that comes upon files that name that locale; -1 for none.
+int VLKeyTableIndexPrivate::passOf(const QString& name, const QLocale& locale) const
 {
     const QLocale own(name);
     if (name.isEmpty() || own == locale)
+        return int(Pass::Exact);
+    if (!hasLocaleChain || locale.language() == QLocale::C || own.language() != locale.language()
+        || own.script() != locale.script())
+        return -1;
+    return int(own == QLocale(locale.language(), locale.script(), QLocale::AnyTerritory)
+                   ? Pass::Language
+                   : Pass::Territory);
+}
+
+/// Whether a lookup may come upon the tip in the file @p path first, as far as the table says.
+bool VLKeyTableIndexPrivate::mayServe(const QString& key, const QLocale& locale,
+                                      const QString& path)
+{
+    if (!m_waiting.isEmpty())
         return true;
-    return hasLocaleChain && locale.language() != QLocale::C && own.language() == locale.language()
-        && own.script() == locale.script();
+    const QList<VLKeyTable::Hit> hits = candidates(key);
+    for (const Pass pass : {Pass::Exact, Pass::Language, Pass::Territory}) {
+        if (pass != Pass::Exact && (!hasLocaleChain || locale.language() == QLocale::C))
+            break;
+        for (const VLKeyTable::Hit& hit : hits) {
+            const File& record = m_files[hit.file];
+            if (hit.row.kind != VLKeyTableRowKind::Hidden && serves(record, locale, pass))
+                return record.location.location == path;
+        }
+    }
+    return false;
 }
 
 void VLKeyTableIndexPrivate::tell()

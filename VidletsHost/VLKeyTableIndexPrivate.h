@@ -200,7 +200,8 @@ private:
     void takeSearchResults();
     void bringInWaiting();
     QStringList filesOutsideSearch() const;
-    bool servesInAnyPass(const QString& name, const QLocale& locale) const;
+    int passOf(const QString& name, const QLocale& locale) const;
+    bool mayServe(const QString& key, const QLocale& locale, const QString& path);
     void announceCache();
 
     VLKeyTableIndex* const m_owner;

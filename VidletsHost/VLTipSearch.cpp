@@ -22,6 +22,8 @@ constexpr std::array kPlaces{VLSearchQuery::AllInTitle, VLSearchQuery::SomeInTit
 // How many tips are asked for at once.
 constexpr int kMinBatch = 20;
 constexpr int kMaxBatch = 500;
+// Tips behind others of the same key are passed over; with more of them, the answer would be late.
+constexpr int kMaxShadowed = 1000;
 
 } // namespace
 
@@ -129,14 +131,17 @@ VLSearchText VLTipSearch::textOf(const QString& key, const VLXmlElement& tip)
 
 QList<VLSearchHit> VLTipSearch::search(const Request& request)
 {
-    Run run{request, VLSearchQuery(request.words), {}, {}, {}, {}, {}};
+    Run run{request, VLSearchQuery(request.words), {}, {}, {}, {}, 0, {}};
     if (run.query.terms().isEmpty() || request.limit <= 0)
         return {};
     readFiles(run);
     if (!request.isStoreUsed || !prepareStore(run))
         run.locales.clear();
-    for (const VLSearchQuery::Place place : kPlaces)
-        look(run, place);
+    for (const VLSearchQuery::Place place : kPlaces) {
+        // One of one word is all of them.
+        if (place != VLSearchQuery::SomeInTitle || run.query.terms().size() > 1)
+            look(run, place);
+    }
     return run.hits;
 }
 
@@ -167,10 +172,13 @@ bool VLTipSearch::prepareStore(Run& run)
         dropStore();
         return false;
     }
-    for (const QString& locale : std::as_const(locales)) {
-        if (run.request.serves(locale))
-            run.locales.append(locale);
-    }
+    run.locales = locales;
+    run.locales.removeIf([&run](const QString& name) { return run.request.turnOf(name) < 0; });
+    // Those that come first stand in front of the others' tips.
+    std::stable_sort(run.locales.begin(), run.locales.end(),
+                     [&run](const QString& left, const QString& right) {
+                         return run.request.turnOf(left) < run.request.turnOf(right);
+                     });
     return true;
 }
 
@@ -179,7 +187,7 @@ void VLTipSearch::readFiles(Run& run) const
     for (const QString& path : run.request.unread) {
         QList<VLSearchText> texts;
         const VLKeyTableFile file = VLKeyTableReader(path).read(&texts);
-        if (!run.request.serves(file.locale))
+        if (run.request.turnOf(file.locale) < 0)
             continue;
         for (const VLSearchText& text : std::as_const(texts)) {
             const VLSearchQuery::Place place = run.query.placeIn(text);
@@ -189,10 +197,15 @@ void VLTipSearch::readFiles(Run& run) const
     }
 }
 
+bool VLTipSearch::isWanting(const Run& run)
+{
+    return run.hits.size() < run.request.limit && run.shadowed < kMaxShadowed;
+}
+
 void VLTipSearch::look(Run& run, VLSearchQuery::Place place)
 {
     for (const Candidate& candidate : std::as_const(run.read.at(size_t(place)))) {
-        if (run.hits.size() < run.request.limit)
+        if (isWanting(run))
             tryOne(run, candidate);
     }
     for (const QString& locale : std::as_const(run.locales))
@@ -202,7 +215,7 @@ void VLTipSearch::look(Run& run, VLSearchQuery::Place place)
 void VLTipSearch::lookInStore(Run& run, VLSearchQuery::Place place, const QString& locale)
 {
     qint64 after = -1;
-    while (m_store && run.hits.size() < run.request.limit) {
+    while (m_store && isWanting(run)) {
         QList<VLSearchStore::Match> matches;
         const int count = qBound(kMinBatch, run.request.limit, kMaxBatch);
         if (!m_store->find(run.question, place, locale, after, count, matches)) {
@@ -210,7 +223,7 @@ void VLTipSearch::lookInStore(Run& run, VLSearchQuery::Place place, const QStrin
             return;
         }
         for (const VLSearchStore::Match& match : std::as_const(matches)) {
-            if (run.hits.size() < run.request.limit)
+            if (isWanting(run))
                 tryOne(run, {match.path, match.key});
         }
         if (matches.size() < count)
@@ -226,10 +239,14 @@ void VLTipSearch::tryOne(Run& run, const Candidate& candidate)
     if (run.seen.contains(name))
         return;
     run.seen.insert(name);
+    ++run.shadowed;
+    if (!run.request.mayServe(candidate.key, candidate.path))
+        return;
     QString path;
     const std::unique_ptr<VLXmlElement> root = run.request.lookUp(candidate.key, path);
     if (!root || path != candidate.path)
         return;
+    --run.shadowed;
     const auto* tip = qobject_cast<const VLXmlElement*>(root->children().constFirst());
     // What serves each key of its file is the tip of none.
     if (tip->getTagName() == ContentNames::kControlFileTag)

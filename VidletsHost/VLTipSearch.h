@@ -45,8 +45,11 @@ public:
         QStringList unread;
         /// Whether the store is to be asked.
         bool isStoreUsed = false;
-        /// Whether lookups ask files that name this locale.
-        std::function<bool(const QString& locale)> serves;
+        /// In which turn lookups ask files that name this locale, from 0 on; -1 for never.
+        std::function<int(const QString& locale)> turnOf;
+        /// Whether the tip for that key may be the one in this file, as far as that can be said
+        /// without reading one.
+        std::function<bool(const QString& key, const QString& path)> mayServe;
         /// Gives the root of the tip that a lookup gives, which is its one child, and its file.
         std::function<std::unique_ptr<VLXmlElement>(const QString& key, QString& path)> lookUp;
         std::function<QString(const QString& path)> packageOf;
@@ -113,6 +116,8 @@ private:
         QStringList locales;
         /// Those that were looked at.
         QSet<QString> seen;
+        /// How many of them are not the tip of their key.
+        int shadowed = 0;
         QList<VLSearchHit> hits;
     };
 
@@ -121,6 +126,7 @@ private:
     void readFiles(Run& run) const;
     void look(Run& run, VLSearchQuery::Place place);
     void lookInStore(Run& run, VLSearchQuery::Place place, const QString& locale);
+    static bool isWanting(const Run& run);
     static void tryOne(Run& run, const Candidate& candidate);
     void storeFailed();
     void dropStore();
