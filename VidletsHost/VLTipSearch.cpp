@@ -206,7 +206,7 @@ void VLTipSearch::look(Run& run, VLSearchQuery::Place place)
 {
     for (const Candidate& candidate : std::as_const(run.read.at(size_t(place)))) {
         if (isWanting(run))
-            tryOne(run, candidate);
+            tryOne(run, place, candidate);
     }
     for (const QString& locale : std::as_const(run.locales))
         lookInStore(run, place, locale);
@@ -224,7 +224,7 @@ void VLTipSearch::lookInStore(Run& run, VLSearchQuery::Place place, const QStrin
         }
         for (const VLSearchStore::Match& match : std::as_const(matches)) {
             if (isWanting(run))
-                tryOne(run, {match.path, match.key});
+                tryOne(run, place, {match.path, match.key});
         }
         if (matches.size() < count)
             return;
@@ -233,7 +233,7 @@ void VLTipSearch::lookInStore(Run& run, VLSearchQuery::Place place, const QStrin
 }
 
 /// Adds the tip to the hits if a lookup gives it, with the words.
-void VLTipSearch::tryOne(Run& run, const Candidate& candidate)
+void VLTipSearch::tryOne(Run& run, VLSearchQuery::Place place, const Candidate& candidate)
 {
     const QString name = candidate.path + QChar(u'\0') + candidate.key;
     if (run.seen.contains(name))
@@ -252,8 +252,14 @@ void VLTipSearch::tryOne(Run& run, const Candidate& candidate)
     if (tip->getTagName() == ContentNames::kControlFileTag)
         return;
     const VLSearchText text = textOf(candidate.key, *tip);
-    if (run.query.placeIn(text) == VLSearchQuery::Nowhere)
+    const VLSearchQuery::Place actual = run.query.placeIn(text);
+    if (actual == VLSearchQuery::Nowhere)
         return;
+    if (actual > place) {
+        // The store does not know of an edit yet: its turn comes.
+        run.seen.remove(name);
+        return;
+    }
     run.hits.append(
         {candidate.key, text.title, run.query.snippet(text), run.request.packageOf(path)});
 }

@@ -127,7 +127,7 @@ private:
     void look(Run& run, VLSearchQuery::Place place);
     void lookInStore(Run& run, VLSearchQuery::Place place, const QString& locale);
     static bool isWanting(const Run& run);
-    static void tryOne(Run& run, const Candidate& candidate);
+    static void tryOne(Run& run, VLSearchQuery::Place place, const Candidate& candidate);
     void storeFailed();
     void dropStore();
     void awaitAll();

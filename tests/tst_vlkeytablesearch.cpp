@@ -283,6 +283,7 @@ class TestVLKeyTableSearch : public VidletsTest
 private Q_SLOTS:
     void search_givesHits();
     void search_isSorted();
+    void search_isSorted_rightAfterAnEdit();
     void search_readsFewFiles_atOnce();
     void search_isOfLocale();
     void search_goesAlongLocaleChain();
@@ -343,6 +344,19 @@ void TestVLKeyTableSearch::search_isSorted()
         QCOMPARE(sorted(keys.sliced(3)), QStringList({u"a"_s, u"e"_s}));
         QCOMPARE(fixture.keys(u"pen the"_s), QStringList({u"e"_s, u"a"_s}));
     }
+}
+
+void TestVLKeyTableSearch::search_isSorted_rightAfterAnEdit()
+{
+    Fixture fixture;
+    fixture.add(u"a.xml"_s, u"<vidlet key='a' title='Pen'/>"_s);
+    fixture.add(u"b.xml"_s, u"<vidlet key='b' shortcut='Pen'/>"_s);
+    QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
+    QCOMPARE(fixture.keys(u"pen"_s), QStringList({u"a"_s, u"b"_s}));
+    fixture.write(u"a.xml"_s, u"<vidlet key='a'>The pen</vidlet>"_s);
+    fixture.index->refresh();
+    // The store still has it in the title.
+    QCOMPARE(fixture.keys(u"pen"_s), QStringList({u"b"_s, u"a"_s}));
 }
 
 void TestVLKeyTableSearch::search_readsFewFiles_atOnce()
