@@ -24,6 +24,8 @@ using namespace KeyTableBlobs;
 namespace {
 
 // Told apart from files of other programs and from those of other layouts.
+constexpr int kWriterCacheKb = 768;
+constexpr int kReaderCacheKb = 512;
 constexpr int kApplicationId = 0x564C4B54;
 constexpr int kVersion = 2;
 // SQLite's numbers for what is wrong; finer ones are in the bits above.
@@ -164,8 +166,9 @@ bool VLKeyTableStore::openOnce()
         if (!database.open())
             return fail(database.lastError());
     }
-    // A megabyte of pages, for the writer as for the reader.
-    if (!run(u"PRAGMA cache_size = -1024"_s))
+    // The writer's, the reader's and those of the search's store are less than two megabytes
+    // together.
+    if (!run(u"PRAGMA cache_size = -%1"_s.arg(isWriter ? kWriterCacheKb : kReaderCacheKb)))
         return false;
     if (isWriter
         && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
