@@ -40,6 +40,9 @@ constexpr qint64 kMaxPlace = (qint64(1) << kPlaceBits) - 1;
 // more tips there are.
 constexpr int kMaxExpansion = 128;
 constexpr qsizetype kMaxKnown = 50'000;
+// See VLKeyTableStore.
+constexpr int kWriterCacheKb = 448;
+constexpr int kReaderCacheKb = 256;
 // Below that it costs next to nothing.
 constexpr qint64 kTolerableWaste = 20'000;
 
@@ -59,6 +62,14 @@ QString newConnectionName()
 constexpr qint64 firstOf(qint64 locale, qint64 file)
 {
     return ((locale << kFileBits) | file) << kPlaceBits;
+}
+
+/// Whether all words that begin so are one list in the index: see its "prefix", where the mark
+/// counts.
+bool hasIndexOfBeginnings(const QString& beginning)
+{
+    const qsizetype length = beginning.toUcs4().size();
+    return length == 2 || length == 3;
 }
 
 quint32 checksumOf(const QString& words)
@@ -226,7 +237,7 @@ bool VLSearchStore::openOnce()
         if (!database.open())
             return fail(database.lastError());
     }
-    if (!run(u"PRAGMA cache_size = -256"_s))
+    if (!run(u"PRAGMA cache_size = -%1"_s.arg(isWriter ? kWriterCacheKb : kReaderCacheKb)))
         return false;
     if (isWriter
         && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
@@ -594,8 +605,10 @@ bool VLSearchStore::clear()
 bool VLSearchStore::ask(const QList<VLSearchQuery::Term>& terms, Question& question)
 {
     for (const VLSearchQuery::Term& term : terms) {
-        Question::Part part{term.word, {term.word}};
-        if (term.isPrefix && !expand(term.word, part.words))
+        Question::Part part{term.word, {}};
+        if (!term.isPrefix)
+            part.words.append(term.word);
+        else if (!hasIndexOfBeginnings(term.word) && !expand(term.word, part.words))
             return false;
         question.parts.append(part);
     }

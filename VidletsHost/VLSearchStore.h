@@ -67,7 +67,7 @@ public:
         struct Part
         {
             QString word;
-            /// Those that begin so; none where they are too many to be named.
+            /// Those that begin so; none where they need not be named, or are too many.
             QStringList words;
         };
         QList<Part> parts;

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <string>
 #include <utility>
 #include <vector>
@@ -136,7 +137,7 @@ std::vector<Subject> subjectsOf(const Author& author)
             typed += word.first(length);
     }
     return {{"common", {u"every "_s, common, second}},
-            {"rare", {rare, author.ranked(kWords - 99), u"500.7"_s, u"nowhere"_s}},
+            {"rare", {rare, author.ranked(kWords - 99), u"500.77"_s, u"nowhere"_s}},
             {"two-words",
              {common + u' ' + second, common + u' ' + rare, u"every every"_s, u"every nowhere"_s,
               u"every ev"_s, rare + u" ev"_s}},
@@ -144,20 +145,42 @@ std::vector<Subject> subjectsOf(const Author& author)
             {"typed", typed}};
 }
 
-/// The time that the slowest of the inputs takes, in milliseconds.
-double slowest(Vidlets::VLKeyTableIndex& index, const QStringList& inputs)
+/// What the slowest of the inputs takes, in milliseconds.
+struct Slowest
 {
-    double worst = 0.0;
+    double clock = 0.0;
+    /// Of the processor, for the thread: other work on the machine disturbs it less.
+    double processor = 0.0;
+};
+
+double clockMs(clockid_t clock)
+{
+    timespec time = {};
+    clock_gettime(clock, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
+
+double median(std::vector<double> times)
+{
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+Slowest slowest(Vidlets::VLKeyTableIndex& index, const QStringList& inputs)
+{
+    Slowest worst;
     for (const QString& input : inputs) {
-        std::vector<double> times;
+        std::vector<double> clock;
+        std::vector<double> processor;
         for (int run = 0; run < kRunsPerInput; ++run) {
-            QElapsedTimer timer;
-            timer.start();
+            const double start = clockMs(CLOCK_MONOTONIC);
+            const double processorStart = clockMs(CLOCK_THREAD_CPUTIME_ID);
             benchmark::DoNotOptimize(index.search(input, QLocale(u"en_US"_s)));
-            times.push_back(double(timer.nsecsElapsed()) / 1e6);
+            processor.push_back(clockMs(CLOCK_THREAD_CPUTIME_ID) - processorStart);
+            clock.push_back(clockMs(CLOCK_MONOTONIC) - start);
         }
-        std::sort(times.begin(), times.end());
-        worst = std::max(worst, times[times.size() / 2]);
+        worst.clock = std::max(worst.clock, median(clock));
+        worst.processor = std::max(worst.processor, median(processor));
     }
     return worst;
 }
@@ -181,12 +204,16 @@ void build(Vidlets::VLKeyTableIndex& index, Content& content)
 {
     QElapsedTimer timer;
     timer.start();
+    const double start = clockMs(CLOCK_PROCESS_CPUTIME_ID);
     for (const QString& file : content.files)
         index.indexControlFile(file, content.packages.packageRoot(kPackage));
     Report::verify(index.waitUntilBuilt(), "the table is built");
     const double table = double(timer.restart()) / 1e3;
+    const double middle = clockMs(CLOCK_PROCESS_CPUTIME_ID);
     Report::verify(index.waitUntilSearchBuilt(), "the words are read");
-    std::printf("table %.2f s, words %.2f s\n", table, double(timer.elapsed()) / 1e3);
+    const double end = clockMs(CLOCK_PROCESS_CPUTIME_ID);
+    std::printf("table %.2f s, of the processor %.2f s; words %.2f s, of the processor %.2f s\n",
+                table, (middle - start) / 1e3, double(timer.elapsed()) / 1e3, (end - middle) / 1e3);
 }
 
 } // namespace
@@ -208,8 +235,11 @@ int main(int argc, char* argv[])
     for (const auto& [name, inputs] : subjectsOf(content.author)) {
         benchmark::RegisterBenchmark(name.c_str(),
                                      [&index, inputs = inputs](benchmark::State& state) {
-                                         for ([[maybe_unused]] auto turn : state)
-                                             state.counters["slowest_ms"] = slowest(index, inputs);
+                                         for ([[maybe_unused]] auto turn : state) {
+                                             const Slowest worst = slowest(index, inputs);
+                                             state.counters["slowest_ms"] = worst.clock;
+                                             state.counters["processor_ms"] = worst.processor;
+                                         }
                                      })
             ->UseRealTime()
             ->Iterations(1)
@@ -221,6 +251,9 @@ int main(int argc, char* argv[])
         aim.limit = Report::Limit::Below;
         aim.value = 20.0;
         aim.unit = "ms";
+        aims.push_back(aim);
+        aim.subject += "-processor";
+        aim.measured.counter = "processor_ms";
         aims.push_back(aim);
     }
     benchmark::RegisterBenchmark("like-scan",
