@@ -8,6 +8,7 @@
 #include <Vidlets/VLIndexHooks.h>
 #include <Vidlets/VLXmlElement.h>
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -208,6 +209,33 @@ bool runOnTable(const QString& table, const QStringList& statements)
     return isDone;
 }
 
+/// Says how an index does where Qt has no plugin for SQLite.
+int runWithoutDriver(const QString& root, const QString& table)
+{
+    QCoreApplication::setLibraryPaths({});
+    if (QSqlDatabase::isDriverAvailable(u"QSQLITE"_s))
+        return EXIT_FAILURE;
+    Host host(root, table);
+    const QString early = host.firstWrong();
+    if (!host.build())
+        return EXIT_FAILURE;
+    // There is no store that could ever be built.
+    host.index.waitUntilSearchBuilt(kPatienceMs);
+    QStringList found;
+    const QList<VLSearchHit> hits = host.index.search(textOf(3, 2), QLocale::c());
+    for (const VLSearchHit& hit : hits) {
+        if (hit.snippet.contains(u"<b>2</b> <b>of</b> <b>3</b>"_s))
+            found.append(hit.key);
+    }
+    std::printf("problems %s wrong %s%s, found %s", qPrintable(host.problems.join(u' ')),
+                qPrintable(early), qPrintable(host.firstWrong()), qPrintable(found.join(u' ')));
+    writeBytes(root + u"/Control/"_s + nameOf(0), "<vidlets><vidlet key='k'>1</vidlet></vidlets>");
+    host.index.refresh();
+    std::printf(", after an edit %s wrong %s\n", qPrintable(host.text(u"k"_s)),
+                qPrintable(host.firstWrong()));
+    return host.problems.size() == 1 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
 } // namespace
 
 class TestVLKeyTableCache : public VidletsTest
@@ -245,6 +273,7 @@ private Q_SLOTS:
     void lockedTable_isDoneWithout();
     void fullDisk_isDoneWithout();
     void limitedFileSize_isDoneWithout();
+    void missingDriver_isDoneWithout();
     void tableOfAnotherProcess_isNotTakenForOwn();
     void twoProcesses_buildAtOnce();
     void killedBuild_leavesNothingWrong();
@@ -803,6 +832,22 @@ void TestVLKeyTableCache::limitedFileSize_isDoneWithout()
     checkHost({});
 }
 
+void TestVLKeyTableCache::missingDriver_isDoneWithout()
+{
+    prepareFiles();
+    qputenv("VIDLETS_TEST_ROOT", root().toUtf8());
+    qputenv("VIDLETS_TEST_TABLE", table().toUtf8());
+    const ChildResult result = runInChildProcess(u"driverless"_s);
+    QVERIFY(result.finished && !result.crashed);
+    QVERIFY2(!result.standardError.contains("QSql"), result.standardError.constData());
+    QCOMPARE(result.standardOutput.trimmed(),
+             "problems keys.sqlite:0:0 wrong , found key.3.2, after an edit 1 wrong key.0.0");
+    QCOMPARE(result.exitCode, EXIT_SUCCESS);
+    QVERIFY(!QFile::exists(table()));
+    write(0, controlFile(0));
+    checkHost({});
+}
+
 void TestVLKeyTableCache::tableOfAnotherProcess_isNotTakenForOwn()
 {
     prepareFiles();
@@ -908,6 +953,8 @@ int TestVLKeyTableCache::runChild(const QString& name)
         setrlimit(RLIMIT_FSIZE, &limit);
     }
 #endif
+    if (name == "driverless"_L1)
+        return runWithoutDriver(root, table);
     // Told before, so that it is killed at any step.
     if (name == "builds"_L1) {
         std::printf("ready\n");
