@@ -8,12 +8,22 @@
 #include <Vidlets/VLXmlElement.h>
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
 namespace Vidlets {
+
+namespace {
+
+QDeadlineTimer deadlineIn(int ms)
+{
+    return ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
+}
+
+} // namespace
 
 VLKeyTableIndex::VLKeyTableIndex(VLContext* context, const QList<QString>& paths)
     : VLIndex(context, paths)
@@ -37,7 +47,7 @@ bool VLKeyTableIndex::isBuilt() const
 
 bool VLKeyTableIndex::waitUntilBuilt(int ms)
 {
-    return d->waitUntilBuilt(ms);
+    return d->waitUntilBuilt(deadlineIn(ms));
 }
 
 void VLKeyTableIndex::refresh()
@@ -100,6 +110,7 @@ VLXmlElement* VLKeyTableIndex::retrieve(const QString& key, const QLocale& local
     if (tree) {
         element = qobject_cast<VLXmlElement*>(tree->children().constFirst());
         d->addKeyData(key, element);
+        d->noteGiven(file, key);
         const IndexedLocation location = d->locationOf(file);
         element->setAttribute(ContentNames::locationAttribute(), location.location);
         element->setAttribute(ContentNames::packageNameAttribute(),
@@ -144,8 +155,7 @@ bool VLKeyTableIndex::isSearchBuilt() const
 
 bool VLKeyTableIndex::waitUntilSearchBuilt(int ms)
 {
-    d->live().settle(ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms));
-    return d->waitUntilSearchBuilt(ms);
+    return d->waitUntilSearchBuilt(deadlineIn(ms));
 }
 
 void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)

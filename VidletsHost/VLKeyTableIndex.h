@@ -39,7 +39,7 @@ class VLKeyTableIndexPrivate;
  *
  * The file that answers is looked at in each lookup: where it has gone, or has another size or
  * time, it is read anew before the answer is given. A change in any other file, which could answer
- * in its place, counts after refresh().
+ * in its place, counts when the watch has told of it, see setWatching(), or after refresh().
  *
  * No file ends the process. One that VLIndex does not survive, or that is no regular file, counts
  * as having no keys until it changes, and so does any file with a fault where ckGuardContent is
@@ -172,7 +172,8 @@ public:
      * in it is syntax. Case, accents, the dots of umlauts, vowel signs, tatweel and hamza make no
      * difference, "ß" is "ss", and a ligature is its letters. In scripts without blanks two
      * neighbours are a word. The texts are those of the control file, in which references to
-     * variables count for nothing; attributes of the key data file are not searched.
+     * variables count for nothing; attributes of the key data file are not searched, but a hit has
+     * the title that they give.
      *
      * Tips with all words in the title come first, then those with one of them there, those with
      * one of them in the shortcut or the key, and those with all of them in the text.
@@ -210,12 +211,14 @@ Q_SIGNALS:
     void progressChanged(int done, int total);
 
     /// Lookups of @p keys, each named once, may give something else than before, in some locale: a
-    /// file that was read before has been read anew. By then they do.
+    /// file that was read before has been read anew. By then they do. Where another process was
+    /// first to put the new state of a file into cacheFile(), all keys that are there are named,
+    /// and of those that went the ones that retrieve() has given.
     void changed(const QStringList& keys);
 
     /// The file @p file has a fault at @p line and @p column, both counted from 1; a line of 0
     /// stands for the file as a whole. It comes once for each state of a file. @p file may be
-    /// that of setCacheFile(), too.
+    /// that of setCacheFile(), too, or that of search() beside it.
     void problemFound(const QString& file, int line, int column, const QString& text);
 
 private:

@@ -131,6 +131,7 @@ void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
     m_builder.setCacheFile(path);
     m_isCacheAnnounced = true;
     m_isCacheProblemNoted = false;
+    m_isSearchProblemNoted = false;
     m_search.setFile(searchFileFor(path));
     // What the builder had, or had in mind to put where it does no more.
     for (size_t i = 0; i < m_files.size(); ++i)
@@ -302,6 +303,16 @@ void VLKeyTableIndexPrivate::noteCacheProblem(const QString& reason)
         noteProblem(m_cache.path(), {{}, reason}, true);
 }
 
+/// As noteCacheProblem(), of the file for the words. What is wrong with both is told of once.
+void VLKeyTableIndexPrivate::noteSearchProblem()
+{
+    const QString reason = m_search.takeProblem();
+    if (reason.isEmpty() || m_isCacheProblemNoted || m_cache.path().isEmpty())
+        return;
+    if (!std::exchange(m_isSearchProblemNoted, true))
+        noteProblem(searchFileFor(m_cache.path()), {{}, reason}, true);
+}
+
 /// Does without what is in the table on disk: what is there counts for nothing any more.
 void VLKeyTableIndexPrivate::dropStored()
 {
@@ -331,10 +342,8 @@ void VLKeyTableIndexPrivate::abandonCache()
     }
 }
 
-bool VLKeyTableIndexPrivate::waitUntilBuilt(int ms)
+bool VLKeyTableIndexPrivate::waitUntilBuilt(const QDeadlineTimer& deadline)
 {
-    const QDeadlineTimer deadline =
-        ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
     const QPointer<VLKeyTableIndex> owner(m_owner);
     m_live.settle(deadline);
     startBuilding();
@@ -562,7 +571,7 @@ QStringList VLKeyTableIndexPrivate::keys()
         const QString& path = m_files[file].location.location;
         const VLKeyTableFile content = VLKeyTableReader(path, VLKeyTableReader::Keys::List).read();
         const File& record = m_files[file];
-        if (!record.isStored || record.isWaiting || record.stamp != content.stamp)
+        if (record.isWaiting || !record.isSettled || record.stamp != content.stamp)
             applyNow(file, content);
         if (content.state == VLKeyTableState::Whole || !isGuarded())
             keys += content.listedKeys;
@@ -616,6 +625,8 @@ void VLKeyTableIndexPrivate::applyKnown(int file, const VLKeyTableFile& content)
 void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
 {
     File& record = m_files[file];
+    const bool isSame =
+        !record.isWaiting && record.isKnown && record.isSettled && record.stamp == content.stamp;
     if (record.stamp != content.stamp)
         m_warned.remove(file);
     record.stamp = content.stamp;
@@ -629,8 +640,10 @@ void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
     record.mustRead = false;
     record.isDoubted = false;
     ++record.generation;
-    m_search.await(file);
-    buildSearch();
+    if (!isSame) {
+        m_search.await(file);
+        buildSearch();
+    }
     if (std::exchange(record.isWaiting, false)) {
         m_waiting.remove(record.order);
         m_mustTellProgress = true;
@@ -692,7 +705,8 @@ void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content
     // Tips that do not stand for themselves in the file cannot be told apart.
     const bool isSameFile = record.stamp == content.stamp;
     // Another process may have been first to put a newer state into the table on disk.
-    const bool isSameState = record.state == content.state && before.stamp == record.stamp;
+    const bool isBefore = before.stamp == record.stamp;
+    const bool isSameState = record.state == content.state && isBefore;
     QHash<QString, VLKeyTableRow> gone;
     for (const VLKeyTableRow& row : before.rows) {
         if (row.kind != VLKeyTableRowKind::Nested)
@@ -712,6 +726,10 @@ void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content
     }
     for (auto it = gone.cbegin(); it != gone.cend(); ++it)
         changed.insert(it.key());
+    // Those that went are not known then, but for those that somebody has.
+    const QSet<QString> given = m_given.take(file);
+    if (!isBefore)
+        changed.unite(given);
     noteChangedKeys(changed);
 }
 
@@ -761,21 +779,29 @@ void VLKeyTableIndexPrivate::buildSearch()
 void VLKeyTableIndexPrivate::takeSearchResults()
 {
     const bool wasBuilt = isSearchBuilt();
-    m_search.takeResults([this](int file) { return m_files[file].stamp; });
+    const QList<int> changed =
+        m_search.takeResults([this](int file) { return m_files[file].stamp; });
+    for (const int file : changed) {
+        m_search.await(file);
+        if (!m_files[file].isWaiting)
+            await(file);
+    }
+    noteSearchProblem();
     if (m_search.isBuilt())
         m_mustTellSearchBuilt = m_mustTellSearchBuilt || !wasBuilt;
     else
         buildSearch();
 }
 
-bool VLKeyTableIndexPrivate::waitUntilSearchBuilt(int ms)
+bool VLKeyTableIndexPrivate::waitUntilSearchBuilt(const QDeadlineTimer& deadline)
 {
-    const QDeadlineTimer deadline =
-        ms < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(ms);
     const QPointer<VLKeyTableIndex> owner(m_owner);
-    if (!waitUntilBuilt(ms))
-        return false;
-    while (!isSearchBuilt()) {
+    for (;;) {
+        // A file that was found to have changed is read anew.
+        if (!waitUntilBuilt(deadline) || !owner)
+            return false;
+        if (isSearchBuilt())
+            return true;
         m_search.build([this](int file) { return m_files[file].location.location; });
         if (m_search.isWithoutStore() || !m_search.waitForResults(deadline))
             break;
@@ -784,7 +810,7 @@ bool VLKeyTableIndexPrivate::waitUntilSearchBuilt(int ms)
         if (!owner)
             return false;
     }
-    return isSearchBuilt();
+    return false;
 }
 
 QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QLocale& locale,
@@ -812,7 +838,9 @@ QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QL
     request.packageOf = [this](const QString& path) {
         return m_owner->packageNameForLocation(path);
     };
+    request.complete = [this](const QString& key, VLXmlElement* tip) { addKeyData(key, tip); };
     const QList<VLSearchHit> hits = m_search.search(request);
+    noteSearchProblem();
     if (!m_search.isBuilt())
         buildSearch();
     return hits;

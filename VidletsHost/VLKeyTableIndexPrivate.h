@@ -76,7 +76,7 @@ public:
     /// Takes over what the builder has read, as much as a turn of the event loop may take. Returns
     /// whether there was anything.
     bool takeResults();
-    bool waitUntilBuilt(int ms);
+    bool waitUntilBuilt(const QDeadlineTimer& deadline);
     /// Ends the thread.
     void stop();
     /// Ends the thread and does without the table on disk, for lookups after the application's end.
@@ -94,7 +94,15 @@ public:
     {
         return isBuilt() && m_search.isBuilt();
     }
-    bool waitUntilSearchBuilt(int ms);
+    bool waitUntilSearchBuilt(const QDeadlineTimer& deadline);
+
+    /// The tip of @p key in @p file goes to somebody, who may want to know when it changes.
+    void noteGiven(int file, const QString& key)
+    {
+        // What is in memory is compared with what was there.
+        if (m_files[file].isStored)
+            m_given[file].insert(key);
+    }
 
     const IndexedLocation& locationOf(int file) const
     {
@@ -175,6 +183,7 @@ private:
     void takeIncident(const VLKeyTableWriter::Incident& incident);
     bool isCacheOf(const QByteArray& token);
     void noteCacheProblem(const QString& reason);
+    void noteSearchProblem();
     void dropStored();
     void abandonCache();
     void addStored(const QString& key, QList<VLKeyTable::Hit>& hits);
@@ -212,6 +221,7 @@ private:
     /// Whether m_builder was told of the path of m_cache.
     bool m_isCacheAnnounced = false;
     bool m_isCacheProblemNoted = false;
+    bool m_isSearchProblemNoted = false;
     /// The files by the number of their path; made anew where files have come.
     QList<QPair<quint64, int>> m_filesByNumber;
     /// The files that wait, by their order.
@@ -224,6 +234,8 @@ private:
     QList<QLocale> m_locales{QLocale::c()};
     QHash<QString, int> m_localeNumbers{{QString(), 0}};
     QHash<int, Fault> m_faults;
+    /// The keys that were looked up with success, as long as the file stays as it is.
+    QHash<int, QSet<QString>> m_given;
     VLKeyTableKeyData m_keyData;
     /// Files and keys of which the base class has said what it had to, in the state of the file.
     QHash<int, QSet<QString>> m_warned;

@@ -147,9 +147,8 @@ void VLKeyTableLive::refresh()
     const bool areFew = qsizetype(m_index.m_files.size()) <= kFewFiles;
     for (size_t i = 0; i < m_index.m_files.size(); ++i) {
         const auto& file = m_index.m_files[i];
-        if (file.isWaiting)
-            continue;
-        if (!file.isSettled
+        // What has been read of a file that waits may be older than the call.
+        if (file.isWaiting || !file.isSettled
             || (areFew && VLIndexHooks::stampAt(file.location.location) != file.stamp))
             m_index.await(int(i));
     }

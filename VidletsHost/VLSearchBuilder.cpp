@@ -117,7 +117,8 @@ void VLSearchBuilder::run()
         if (outcome == Outcome::StartAnew) {
             store.reset();
             m_mustReplace = true;
-            QList<Result> results{{Kind::Cleared, 0, {}, 0}};
+            QList<Result> results{{Kind::Cleared, 0, {}, 0, {}},
+                                  {Kind::Problem, 0, {}, 0, m_reason}};
             deliver(results);
         } else if (outcome == Outcome::GoOn && !mayStay()) {
             return;
@@ -126,7 +127,7 @@ void VLSearchBuilder::run()
     store.reset();
     QList<Result> results;
     if (!m_isEnding)
-        results.append({Kind::Failed, 0, {}, 0});
+        results.append({Kind::Failed, 0, {}, 0, m_reason});
     deliver(results);
     const QMutexLocker locker(&m_mutex);
     m_jobs.clear();
@@ -139,10 +140,17 @@ VLSearchBuilder::Outcome VLSearchBuilder::openStore(std::unique_ptr<VLSearchStor
     if (std::exchange(m_mustReplace, false) && !VLSearchStore::isInMemory(m_path))
         VLSearchStore::putAside(m_path);
     store = std::make_unique<VLSearchStore>(m_path, VLSearchStore::Access::Write);
-    if (store->open())
-        return Outcome::GoOn;
-    store.reset();
-    return Outcome::GiveUp;
+    const bool isOpen = store->open();
+    m_reason = store->lastError();
+    if (!isOpen) {
+        store.reset();
+        return Outcome::GiveUp;
+    }
+    if (!m_reason.isEmpty()) {
+        QList<Result> results{{Kind::Problem, 0, {}, 0, m_reason}};
+        deliver(results);
+    }
+    return Outcome::GoOn;
 }
 
 bool VLSearchBuilder::hasJobs()
@@ -183,7 +191,7 @@ VLSearchBuilder::Outcome VLSearchBuilder::workOff(VLSearchStore& store)
         timer.start();
         Job job;
         while (outcome == Outcome::GoOn && !timer.hasExpired(limit) && takeJob(job)) {
-            Result result{Kind::Done, job.file, {}, 0};
+            Result result{Kind::Done, job.file, {}, 0, {}};
             outcome = index(store, job, result);
             results.append(result);
         }
@@ -205,9 +213,9 @@ VLSearchBuilder::Outcome VLSearchBuilder::begin(VLSearchStore& store)
         if (store.begin())
             return Outcome::GoOn;
         if (store.isDamaged())
-            return Outcome::StartAnew;
+            break;
     }
-    return Outcome::GiveUp;
+    return failed(store);
 }
 
 VLSearchBuilder::Outcome VLSearchBuilder::index(VLSearchStore& store, const Job& job,
@@ -248,7 +256,7 @@ VLSearchBuilder::Outcome VLSearchBuilder::sweep(VLSearchStore& store)
     if (store.isWorn()) {
         if (begin(store) != Outcome::GoOn || !store.clear() || !store.commit())
             return failed(store);
-        QList<Result> results{{Kind::Cleared, 0, {}, 0}};
+        QList<Result> results{{Kind::Cleared, 0, {}, 0, {}}};
         deliver(results);
         return Outcome::GoOn;
     }
@@ -272,8 +280,9 @@ VLSearchBuilder::Outcome VLSearchBuilder::sweep(VLSearchStore& store)
     return store.commit() ? Outcome::GoOn : failed(store);
 }
 
-VLSearchBuilder::Outcome VLSearchBuilder::failed(const VLSearchStore& store) const
+VLSearchBuilder::Outcome VLSearchBuilder::failed(const VLSearchStore& store)
 {
+    m_reason = store.lastError();
     return store.isDamaged() ? Outcome::StartAnew : Outcome::GiveUp;
 }
 

@@ -43,6 +43,7 @@ public:
     enum class Kind : quint8 {
         Done,    ///< The words of a file are in the store.
         Cleared, ///< Nothing is in the store any more.
+        Problem, ///< The store was of no use, and another was made.
         Failed   ///< There is no store, and no job is done any more.
     };
 
@@ -54,6 +55,8 @@ public:
         VLFileStamp stamp;
         /// See VLSearchStore::epoch().
         qint64 epoch = 0;
+        /// What is wrong with the store, if anything is.
+        QString reason;
     };
 
     /// Makes a builder that calls @p announce, on its own thread, when results wait that it has not
@@ -102,7 +105,7 @@ private:
     Outcome commit(VLSearchStore& store, QList<Result>& results);
     Outcome sweep(VLSearchStore& store);
     Outcome begin(VLSearchStore& store);
-    Outcome failed(const VLSearchStore& store) const;
+    Outcome failed(const VLSearchStore& store);
     void deliver(QList<Result>& results);
 
     const std::function<void()> m_announce;
@@ -112,6 +115,8 @@ private:
     QQueue<Result> m_results;
     QString m_path;
     bool m_mustReplace = false;
+    /// Why the store was given up last.
+    QString m_reason;
     /// Whether files that are no more have been looked for.
     bool m_isSwept = false;
     /// Whether run() will look for jobs again.

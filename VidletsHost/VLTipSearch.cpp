@@ -74,18 +74,24 @@ void VLTipSearch::build(const std::function<QString(int file)>& pathOf)
     m_builder.add(jobs);
 }
 
-bool VLTipSearch::takeResults(const std::function<VLFileStamp(int file)>& stampOf)
+QList<int> VLTipSearch::takeResults(const std::function<VLFileStamp(int file)>& stampOf)
 {
     VLSearchBuilder::Result result;
-    bool wasThere = false;
+    QList<int> changed;
     while (m_builder.take(result)) {
-        wasThere = true;
+        if (!result.reason.isEmpty())
+            m_problem = result.reason;
         switch (result.kind) {
         case VLSearchBuilder::Kind::Done:
             m_epoch = result.epoch;
-            // Else the index will come across the change, and has it done again.
-            if (!m_unsubmitted.contains(result.file) && stampOf(result.file) == result.stamp)
+            if (m_unsubmitted.contains(result.file))
+                break;
+            if (stampOf(result.file) == result.stamp)
                 m_pending.remove(result.file);
+            else
+                changed.append(result.file);
+            break;
+        case VLSearchBuilder::Kind::Problem:
             break;
         case VLSearchBuilder::Kind::Cleared:
             awaitAll();
@@ -98,7 +104,7 @@ bool VLTipSearch::takeResults(const std::function<VLFileStamp(int file)>& stampO
     // Without the room that it took when there were many.
     if (m_pending.isEmpty())
         m_pending = {};
-    return wasThere;
+    return changed;
 }
 
 /// Goes on in memory; where that is impossible, too, without a store.
@@ -247,7 +253,7 @@ void VLTipSearch::tryOne(Run& run, VLSearchQuery::Place place, const Candidate& 
     if (!root || path != candidate.path)
         return;
     --run.shadowed;
-    const auto* tip = qobject_cast<const VLXmlElement*>(root->children().constFirst());
+    auto* tip = qobject_cast<VLXmlElement*>(root->children().constFirst());
     // What serves each key of its file is the tip of none.
     if (tip->getTagName() == ContentNames::kControlFileTag)
         return;
@@ -260,17 +266,21 @@ void VLTipSearch::tryOne(Run& run, VLSearchQuery::Place place, const Candidate& 
         run.seen.remove(name);
         return;
     }
+    const QString snippet = run.query.snippet(text);
+    run.request.complete(candidate.key, tip);
     run.hits.append(
-        {candidate.key, text.title, run.query.snippet(text), run.request.packageOf(path)});
+        {candidate.key, TipText::title(*tip, nullptr), snippet, run.request.packageOf(path)});
 }
 
 /// Does without the store for now; one that is damaged is made anew.
 void VLTipSearch::dropStore()
 {
     const bool isDamaged = m_store->isDamaged();
+    const QString reason = m_store->lastError();
     m_store.reset();
     if (!isDamaged)
         return;
+    m_problem = reason;
     m_builder.setStore(m_path, true);
     awaitAll();
 }

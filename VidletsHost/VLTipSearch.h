@@ -18,6 +18,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace Vidlets {
 
@@ -29,7 +30,7 @@ class VLXmlElement;
  * Files are known by the index's numbers. Their words come into a store on disk or in memory, which
  * a builder fills; a few files that are not in it yet are read by the search itself. What is found
  * there counts only if the index gives that tip for its key, with these words. A store that fails
- * is done without, silently: nothing is lost with it but time.
+ * is done without: nothing is lost with it but time.
  *
  * Internal to the host kit; used on the user-interface thread.
  */
@@ -53,6 +54,8 @@ public:
         /// Gives the root of the tip that a lookup gives, which is its one child, and its file.
         std::function<std::unique_ptr<VLXmlElement>(const QString& key, QString& path)> lookUp;
         std::function<QString(const QString& path)> packageOf;
+        /// Gives the tip what is not from its file, if anything is.
+        std::function<void(const QString& key, VLXmlElement* tip)> complete;
     };
 
     /// Makes a search that calls @p announce, on the thread of the builder, when there are results
@@ -83,8 +86,13 @@ public:
     /// Has the files that wait put into the store; @p pathOf gives their paths.
     void build(const std::function<QString(int file)>& pathOf);
     /// Takes over what the builder has done; @p stampOf gives the state that the index knows.
-    /// Returns whether there was anything.
-    bool takeResults(const std::function<VLFileStamp(int file)>& stampOf);
+    /// Returns the files that the builder has come across in another one.
+    QList<int> takeResults(const std::function<VLFileStamp(int file)>& stampOf);
+    /// Gives what was wrong with a store since the last call; null where nothing was.
+    QString takeProblem()
+    {
+        return std::exchange(m_problem, {});
+    }
     /// Waits until there are results. Returns false where @p deadline has passed or none can come.
     bool waitForResults(const QDeadlineTimer& deadline);
     /// Ends the thread.
@@ -135,6 +143,7 @@ private:
     QString m_path;
     bool m_isStoreSet = false;
     bool m_hasFailed = false;
+    QString m_problem;
     QSet<int> m_pending;
     /// Those of them that the builder has not been given.
     QSet<int> m_unsubmitted;

@@ -275,6 +275,7 @@ private Q_SLOTS:
     void limitedFileSize_isDoneWithout();
     void missingDriver_isDoneWithout();
     void tableOfAnotherProcess_isNotTakenForOwn();
+    void changed_namesWhatWasGiven_whenAnotherWroteFirst();
     void twoProcesses_buildAtOnce();
     void killedBuild_leavesNothingWrong();
 
@@ -872,6 +873,25 @@ void TestVLKeyTableCache::tableOfAnotherProcess_isNotTakenForOwn()
     host.index.refresh();
     QVERIFY(host.build());
     QCOMPARE(host.firstWrong(), QString());
+}
+
+void TestVLKeyTableCache::changed_namesWhatWasGiven_whenAnotherWroteFirst()
+{
+    prepareFiles(1);
+    Host host(root(), table());
+    Host other(root(), table());
+    for (Host* each : {&host, &other}) {
+        each->index.setWatching(false);
+        QVERIFY(each->build());
+        QCOMPARE(each->text(keyOf(0, 3)), textOf(0, 3));
+    }
+    write(0, controlFile(0, 3));
+    for (Host* each : {&other, &host}) {
+        each->index.refresh();
+        QVERIFY(each->build());
+        QTRY_VERIFY_WITH_TIMEOUT(!each->changes.isEmpty(), kPatienceMs);
+        QVERIFY(each->changes.constFirst().contains(keyOf(0, 3)));
+    }
 }
 
 void TestVLKeyTableCache::twoProcesses_buildAtOnce()

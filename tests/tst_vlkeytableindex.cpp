@@ -127,6 +127,7 @@ private Q_SLOTS:
     void waitUntilBuilt_needsNoEventLoop();
     void waitUntilBuilt_givesUp_whenTimeIsOver();
     void refresh_tellsOfChangedKeys();
+    void refresh_countsForFiles_thatAreBeingRead();
     void refresh_readsNothing_whenNothingChanged();
     void indexControlFile_recordsNothing_outsideOfRoot();
     void destructor_endsBuilding();
@@ -563,6 +564,23 @@ void TestVLKeyTableIndex::refresh_tellsOfChangedKeys()
     QTRY_COMPARE_WITH_TIMEOUT(fixture.changes.size(), 2, kPatienceMs);
     QCOMPARE(fixture.changes.constLast(),
              QStringList({u"new"_s, u"other"_s, u"same"_s, u"twice"_s}));
+}
+
+void TestVLKeyTableIndex::refresh_countsForFiles_thatAreBeingRead()
+{
+    Fixture fixture;
+    fixture.index->setWatching(false);
+    // The thread is before, in and behind its reading in turn.
+    for (int i = 0; i < 30; ++i) {
+        const QString name = u"f%1.xml"_s.arg(i);
+        const QString key = u"k%1"_s.arg(i);
+        fixture.add(name, fileOfTip(key.toUtf8(), "1"));
+        QCoreApplication::processEvents();
+        QThread::usleep(ulong(i) * 200);
+        fixture.write(name, fileOfTip("new", QByteArray::number(i) + " instead"));
+        fixture.index->refresh();
+        QCOMPARE(fixture.text(u"new"_s), u"%1 instead"_s.arg(i));
+    }
 }
 
 void TestVLKeyTableIndex::refresh_readsNothing_whenNothingChanged()

@@ -4,6 +4,7 @@
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 #include <Vidlets/VLContext.h>
+#include <Vidlets/VLIndexHooks.h>
 #include <Vidlets/VLXmlElement.h>
 
 #include <QDir>
@@ -296,6 +297,10 @@ private Q_SLOTS:
     void search_findsTheSame_asALookAtEachTip_data();
     void search_findsTheSame_asALookAtEachTip();
     void searchBuilt_isToldAfterBuilt();
+    void searchBuilt_comes_whenFileHasChangedUnseen();
+    void keys_leavesWordsAlone();
+    void hit_hasTitleOfKeyData();
+    void damagedFileOfWords_isToldOf_andMadeAnew();
     void store_isTakenOver_atNextStart();
     void store_isDoneWithout_whereItCannotBe();
     void store_isMadeAnew_whenDamaged();
@@ -592,6 +597,66 @@ void TestVLKeyTableSearch::searchBuilt_isToldAfterBuilt()
     QCOMPARE(told.constLast(), u"search"_s);
 }
 
+void TestVLKeyTableSearch::searchBuilt_comes_whenFileHasChangedUnseen()
+{
+    Fixture fixture;
+    fixture.index->setWatching(false);
+    fixture.add(u"a.xml"_s, u"<vidlet key='a' title='one'/>"_s);
+    QVERIFY(fixture.index->waitUntilBuilt(kPatienceMs));
+    fixture.write(u"a.xml"_s, u"<vidlet key='a' title='another'/>"_s);
+    QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
+    QCOMPARE(fixture.keys(u"another"_s), QStringList{u"a"_s});
+    QCOMPARE(fixture.keys(u"one"_s), QStringList());
+}
+
+void TestVLKeyTableSearch::keys_leavesWordsAlone()
+{
+    const auto restore = qScopeGuard(
+        [before = VLIndexHooks::settledAfterMs.load()] { VLIndexHooks::settledAfterMs = before; });
+    VLIndexHooks::settledAfterMs = 0;
+    Fixture fixture;
+    fixture.index->setWatching(false);
+    fixture.add(u"a.xml"_s, u"<vidlet key='a' title='pen'/>"_s);
+    QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
+    QCOMPARE(fixture.index->keys(), QStringList{u"a"_s});
+    QVERIFY(fixture.index->isSearchBuilt());
+}
+
+void TestVLKeyTableSearch::hit_hasTitleOfKeyData()
+{
+    Fixture fixture;
+    fixture.context.set(
+        ckKeyDataFile,
+        fixture.files.write(u"keys.xml"_s,
+                            "<vidletkeys><key name='a' title='Quill'/></vidletkeys>"));
+    fixture.add(u"a.xml"_s, u"<vidlet key='a' title='Pen'>draws</vidlet>"_s);
+    QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
+    const QList<VLSearchHit> hits = fixture.index->search(u"pen"_s, QLocale::c());
+    QCOMPARE(hits.size(), 1);
+    QCOMPARE(hits.constFirst().title, u"Quill"_s);
+}
+
+void TestVLKeyTableSearch::damagedFileOfWords_isToldOf_andMadeAnew()
+{
+    const QTemporaryDir dir;
+    const QString table = dir.filePath(u"keys.sqlite"_s);
+    QFile words(table + u"-search"_s);
+    QVERIFY(words.open(QIODevice::WriteOnly));
+    QVERIFY(words.write(QByteArray(8192, 'x')) == 8192);
+    words.close();
+    Fixture fixture(false, table);
+    QStringList problems;
+    connect(fixture.index.get(), &VLKeyTableIndex::problemFound, this,
+            [&problems](const QString& file, int line) {
+                problems += u"%1:%2"_s.arg(QFileInfo(file).fileName()).arg(line);
+            });
+    fixture.add(u"a.xml"_s, u"<vidlet key='a' title='pen'/>"_s);
+    QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
+    QCOMPARE(fixture.keys(u"pen"_s), QStringList{u"a"_s});
+    QCOMPARE(problems, QStringList{u"keys.sqlite-search:0"_s});
+    QVERIFY(QFile::exists(words.fileName() + u".damaged"_s));
+}
+
 void TestVLKeyTableSearch::store_isTakenOver_atNextStart()
 {
     const QTemporaryDir directory;
@@ -616,7 +681,8 @@ void TestVLKeyTableSearch::store_isDoneWithout_whereItCannotBe()
     fixture.add(u"a.xml"_s, u"<vidlet key='a'>pen</vidlet>"_s);
     QVERIFY(fixture.index->waitUntilSearchBuilt(kPatienceMs));
     QCOMPARE(fixture.keys(u"pen"_s), QStringList(u"a"_s));
-    QVERIFY(problems.isEmpty());
+    QCOMPARE(problems.size(), 1);
+    QCOMPARE(problems.constFirst().at(0).toString(), cache + u"-search"_s);
 }
 
 void TestVLKeyTableSearch::store_isMadeAnew_whenDamaged()
