@@ -32,6 +32,9 @@ QByteArray encoded(const QString& text, VLKeyTableUnit unit)
 /// Appends @p length bytes from @p start on. Returns whether they are all there.
 bool appendPart(QByteArray& document, QFile& file, qint64 start, qint64 length)
 {
+    // Memory for all of it is taken before anything is read.
+    if (length > file.size() - start)
+        return false;
     const QByteArray part = file.seek(start) ? file.read(length) : QByteArray();
     document += part;
     return part.size() == length;

@@ -315,7 +315,7 @@ void VLKeyTableReader::locateFault(XmlReport& report) const
     VLFileStamp stamp;
     QString reason;
     if (VLIndexHooks::open(file, stamp, reason))
-        VLIndexHooks::explain(file.read(kMaxGuardedBytes), report);
+        VLIndexHooks::explain(file.read(qMin(kMaxGuardedBytes, stamp.size)), report);
 }
 
 /// Makes the rows what lookups go by.
