@@ -180,6 +180,9 @@ public:
     /// its package is to be mapped to the root as well.
     bool record(const QString& file, const QString& root, int depth);
 
+    void forget(const IndexedLocation& entry);
+    void forgetRootsAbove(const QString& file);
+
     bool contains(const IndexedLocation& entry) const
     {
         return knownPaths.contains(entry.location) && locations.contains(entry);
@@ -448,6 +451,39 @@ bool VLIndexPrivate::record(const QString& file, const QString& root, int depth)
         return false;
     isResolvedRootMapped = isResolvedFile;
     return true;
+}
+
+void VLIndexHooks::forgetLocation(VLIndex& index, const IndexedLocation& entry)
+{
+    index.d->forget(entry);
+    index.d->guard.m_records.remove(entry.location);
+}
+
+void VLIndexPrivate::forget(const IndexedLocation& entry)
+{
+    locations.removeOne(entry);
+    const auto isOfPath = [&entry](const IndexedLocation& other) {
+        return other.location == entry.location;
+    };
+    if (std::any_of(locations.cbegin(), locations.cend(), isOfPath))
+        return;
+    knownPaths.remove(entry.location);
+    forgetRootsAbove(entry.location);
+}
+
+void VLIndexPrivate::forgetRootsAbove(const QString& file)
+{
+    const auto isOver = [this, &file](const QString& root) {
+        const auto isBelow = [&root](const IndexedLocation& other) {
+            return isTextuallyBelow(root, other.location);
+        };
+        return isTextuallyBelow(root, file) && !QFileInfo(root).isDir()
+            && std::none_of(locations.cbegin(), locations.cend(), isBelow);
+    };
+    for (auto it = packages.begin(); it != packages.end();) {
+        areContentRootsStale = it->removeIf(isOver) > 0 || areContentRootsStale;
+        it = it->isEmpty() ? packages.erase(it) : std::next(it);
+    }
 }
 
 void VLIndex::setResolvedPaths(const QString& file, const QString& root)

@@ -88,6 +88,10 @@ public:
     /// a look into it.
     static void indexKnownFile(VLIndex& index, const QString& file, const QString& root);
 
+    /// Takes @p entry out of the record, as if it had never been there. A root that is no more goes
+    /// with the last file below it.
+    static void forgetLocation(VLIndex& index, const IndexedLocation& entry);
+
     /// Returns the data paths of @p index: those that it was made with, then all others that the
     /// manager has walked over, be there such a directory or not.
     static QList<VLDataPath> dataPaths(const VLIndex& index);

@@ -129,6 +129,7 @@ bool VLKeyTableIndex::store(VLXmlElement* element, const QLocale& locale, const 
     const qsizetype count = VLIndexHooks::locations(*this).size();
     VLIndex::store(element, locale, location, depth);
     d->recordNew(count, false, d->knownFile(location));
+    d->live().noteHosted(location);
     return true;
 }
 
@@ -168,6 +169,7 @@ void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
     if (known && known->isIndexed) {
         VLIndexHooks::indexKnownFile(*this, file, root);
         d->recordNew(count, true, known);
+        d->live().noteHosted(file);
         return;
     }
     // Where content is guarded, the base class does not fall for them.
@@ -188,6 +190,7 @@ void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)
     }
     VLIndex::indexControlFile(file, root);
     d->recordNew(count, true, nullptr);
+    d->live().noteHosted(file);
 }
 
 } // namespace Vidlets

@@ -109,8 +109,7 @@ void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst, const VLKe
     file.location = isFirst ? locations.constFirst() : locations.constLast();
     file.order = isFirst ? --m_firstOrder : ++m_lastOrder;
     file.isIndexed = isFirst;
-    m_files.push_back(file);
-    const int number = int(m_files.size()) - 1;
+    const int number = addFile(file);
     m_live.noteRecorded(number);
     if (!known) {
         await(number);
@@ -120,6 +119,37 @@ void VLKeyTableIndexPrivate::recordNew(qsizetype count, bool isFirst, const VLKe
     m_mustTellProgress = true;
     m_areNewOnesKnown = true;
     scheduleBuilding();
+}
+
+/// Gives the number that the file goes by.
+int VLKeyTableIndexPrivate::addFile(const File& file)
+{
+    if (m_free.isEmpty()) {
+        m_files.push_back(file);
+        return int(m_files.size()) - 1;
+    }
+    const int number = m_free.takeLast();
+    // What is on its way for the one that had the number before is for that one only.
+    const quint32 generation = m_files[number].generation;
+    m_files[number] = file;
+    m_files[number].generation = generation + 1;
+    m_filesByNumber.clear();
+    return number;
+}
+
+/// Forgets a file that has gone, and is in the table no more.
+void VLKeyTableIndexPrivate::forget(int file)
+{
+    File& record = m_files[file];
+    VLIndexHooks::forgetLocation(*m_owner, record.location);
+    m_table.replace(file, {});
+    m_faults.remove(file);
+    m_warned.remove(file);
+    ++record.generation;
+    record.isStored = false;
+    record.isDoubted = false;
+    record.isFree = true;
+    m_free.append(file);
 }
 
 void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
@@ -155,6 +185,8 @@ void VLKeyTableIndexPrivate::dropTable()
 void VLKeyTableIndexPrivate::await(int file)
 {
     File& record = m_files[file];
+    if (record.isFree)
+        return;
     ++record.generation;
     record.isWaiting = true;
     m_waiting.insert(record.order, file);
@@ -165,6 +197,7 @@ void VLKeyTableIndexPrivate::await(int file)
 /// Has the file read anew, which most likely gives what it gave before.
 void VLKeyTableIndexPrivate::doubt(int file)
 {
+    ++m_files[file].generation;
     m_files[file].isDoubted = true;
     m_unsubmitted.append(file);
     scheduleBuilding();
@@ -250,15 +283,30 @@ void VLKeyTableIndexPrivate::takeResult(const VLKeyTableBuilder::Result& result)
         return;
     }
     // Others have come in between.
-    if (result.generation != m_files[result.file].generation)
+    if (result.generation != m_files[result.file].generation) {
+        keepBefore(result);
         return;
+    }
     if (result.kind != VLKeyTableBuilder::Kind::Read) {
         takeStored(result);
         return;
     }
-    apply(result.file, result.content, result.before);
-    // It will be told of once more, when it is on disk.
-    m_files[result.file].generation = result.generation;
+    apply(result.file, result.content,
+          m_files[result.file].isStored ? result.before : std::nullopt);
+    // It will be told of once more, when it is on disk, unless it is to be read again already.
+    if (!m_files[result.file].isWaiting)
+        m_files[result.file].generation = result.generation;
+}
+
+/// Saves what the file is to be compared with, which the table on disk has no more when the next
+/// result comes.
+void VLKeyTableIndexPrivate::keepBefore(const VLKeyTableBuilder::Result& result)
+{
+    File& record = m_files[result.file];
+    if (!record.isStored || !result.before || result.before->stamp != record.stamp)
+        return;
+    m_table.replace(result.file, result.before->rows);
+    record.isStored = false;
 }
 
 /// Goes by the table on disk from now on, for one file.
@@ -277,6 +325,9 @@ void VLKeyTableIndexPrivate::takeStored(const VLKeyTableBuilder::Result& result)
         applyKnown(result.file, result.content);
         return;
     }
+    // What is on disk may be something else when its turn comes, and nothing to compare it with.
+    if (m_files[result.file].isWaiting)
+        return;
     m_table.keepNested(result.file);
     m_files[result.file].isStored = true;
 }
@@ -561,9 +612,12 @@ void VLKeyTableIndexPrivate::addKeyData(const QString& key, VLXmlElement* elemen
 
 QStringList VLKeyTableIndexPrivate::keys()
 {
-    std::vector<int> files(m_files.size());
-    for (size_t i = 0; i < files.size(); ++i)
-        files[i] = int(i);
+    std::vector<int> files;
+    files.reserve(m_files.size());
+    for (size_t i = 0; i < m_files.size(); ++i) {
+        if (!m_files[i].isFree)
+            files.push_back(int(i));
+    }
     std::sort(files.begin(), files.end(),
               [this](int left, int right) { return m_files[left].order < m_files[right].order; });
     QStringList keys;
@@ -941,7 +995,7 @@ bool VLKeyTableIndexPrivate::tellOne()
         return true;
     }
     if (std::exchange(m_mustTellProgress, false)) {
-        const int total = int(m_files.size());
+        const int total = int(m_files.size()) - int(m_free.size());
         Q_EMIT m_owner->progressChanged(total - int(m_waiting.size()), total);
         return true;
     }

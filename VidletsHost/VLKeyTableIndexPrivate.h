@@ -146,6 +146,10 @@ private:
         bool isIndexed = false;
         /// Whether nothing on disk stands for reading it.
         bool mustRead = false;
+        /// Whether no host has recorded it.
+        bool isFound = false;
+        /// Whether it is forgotten, and the number free for another.
+        bool isFree = false;
     };
 
     /// Which files a lookup asks.
@@ -170,6 +174,8 @@ private:
         QString text;
     };
 
+    int addFile(const File& file);
+    void forget(int file);
     void await(int file);
     void doubt(int file);
     void readNow(int file);
@@ -179,6 +185,7 @@ private:
     void applyKnown(int file, const VLKeyTableFile& content);
     void takeOver(int file, const VLKeyTableFile& content);
     void takeResult(const VLKeyTableBuilder::Result& result);
+    void keepBefore(const VLKeyTableBuilder::Result& result);
     void takeStored(const VLKeyTableBuilder::Result& result);
     void takeIncident(const VLKeyTableWriter::Incident& incident);
     bool isCacheOf(const QByteArray& token);
@@ -215,6 +222,8 @@ private:
 
     VLKeyTableIndex* const m_owner;
     std::vector<File> m_files;
+    /// The numbers of those that are forgotten.
+    QList<int> m_free;
     /// The rows that are not on disk, and those of nested roots.
     VLKeyTable m_table;
     VLKeyTableCache m_cache;

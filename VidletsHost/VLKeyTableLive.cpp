@@ -26,6 +26,8 @@ namespace {
 constexpr qint64 kTurnMs = 2;
 // So many are asked for their stamps in less than a turn; more are left to the thread.
 constexpr qsizetype kFewFiles = 500;
+// A file that comes again keeps its place. Who makes ever new names must not fill the memory.
+constexpr qsizetype kMaxGone = 256;
 
 } // namespace
 
@@ -81,8 +83,10 @@ void VLKeyTableLive::startWatch()
 {
     m_watcher.setWatching(true);
     m_toWatch.clear();
-    for (const auto& file : m_index.m_files)
-        m_toWatch.append(file.location.location);
+    for (const auto& file : m_index.m_files) {
+        if (!file.isFree)
+            m_toWatch.append(file.location.location);
+    }
     flushWatch();
 }
 
@@ -122,13 +126,23 @@ void VLKeyTableLive::noteRecorded(int file)
     };
     m_paths.insert(file, pathOf);
     // One that has come later has changed what there was.
-    if (m_isRecording)
-        m_index.m_files[file].isKnown = true;
+    m_index.m_files[file].isKnown = m_isRecording;
+    m_index.m_files[file].isFound = m_isRecording;
     watchAnew(pathOf(file));
+}
+
+void VLKeyTableLive::noteHosted(const QString& path)
+{
+    if (m_isRecording)
+        return;
+    const QList<int> files = filesAt(path);
+    for (const int file : files)
+        m_index.m_files[file].isFound = false;
 }
 
 void VLKeyTableLive::noteRead(int file)
 {
+    noteGone(file);
     // Lookups come across it before the watch, which has to see it come again.
     if (m_index.m_files[file].state == VLKeyTableState::Absent)
         watchAnew(m_index.locationOf(file).location);
@@ -147,6 +161,8 @@ void VLKeyTableLive::refresh()
     const bool areFew = qsizetype(m_index.m_files.size()) <= kFewFiles;
     for (size_t i = 0; i < m_index.m_files.size(); ++i) {
         const auto& file = m_index.m_files[i];
+        if (file.isFree)
+            continue;
         // What has been read of a file that waits may be older than the call.
         if (file.isWaiting || !file.isSettled
             || (areFew && VLIndexHooks::stampAt(file.location.location) != file.stamp))
@@ -162,7 +178,7 @@ QList<VLKeyTableWatch::Question> VLKeyTableLive::questions() const
     questions.reserve(qsizetype(m_index.m_files.size()));
     for (size_t i = 0; i < m_index.m_files.size(); ++i) {
         const auto& file = m_index.m_files[i];
-        if (!file.isWaiting)
+        if (!file.isWaiting && !file.isFree)
             questions.append({int(i), file.location.location, file.stamp});
     }
     return questions;
@@ -214,11 +230,24 @@ void VLKeyTableLive::watchAnew(const QString& path)
     callLater(&VLKeyTableLive::flushWatch, m_isFlushScheduled);
 }
 
+/// Says that nobody needs to know when the file, which has gone, comes again.
+void VLKeyTableLive::unwatch(const QString& path)
+{
+    if (!m_isStarted || !m_isWatching)
+        return;
+    m_toForget.append(path);
+    callLater(&VLKeyTableLive::flushWatch, m_isFlushScheduled);
+}
+
 void VLKeyTableLive::flushWatch()
 {
     const QStringList files = std::exchange(m_toWatch, {});
     if (m_isWatching && !files.isEmpty())
         m_watcher.watch(files);
+    // After what it was told to watch before that had gone.
+    const QStringList gone = std::exchange(m_toForget, {});
+    if (m_isWatching && !gone.isEmpty())
+        m_watcher.forget(gone);
 }
 
 /// Takes over what the watcher has told, as much as a turn of the event loop may take.
@@ -289,7 +318,7 @@ void VLKeyTableLive::awaitFilesIn(const QStringList& directories)
     const QSet<QString> gone(directories.cbegin(), directories.cend());
     for (size_t i = 0; i < m_index.m_files.size(); ++i) {
         const QString& path = m_index.m_files[i].location.location;
-        if (!gone.contains(path.left(path.lastIndexOf(u'/'))))
+        if (m_index.m_files[i].isFree || !gone.contains(path.left(path.lastIndexOf(u'/'))))
             continue;
         m_index.await(int(i));
         watchAnew(path);
@@ -311,7 +340,9 @@ void VLKeyTableLive::apply(const VLKeyTableNews::File& file)
         watchAnew(m_index.locationOf(known.constFirst()).location);
     if (isToBeRecorded(file, known))
         record(file.found);
-    else if (file.found.stamp == VLFileStamp())
+    else if (file.found.stamp == VLFileStamp() && known.isEmpty())
+        unwatch(file.found.path);
+    if (file.found.stamp == VLFileStamp())
         m_refused.remove(file.found.path);
 }
 
@@ -350,17 +381,53 @@ bool VLKeyTableLive::isToBeRecorded(const VLKeyTableNews::File& file, const QLis
 /// Records a file that has come; if it is a control file, that is.
 void VLKeyTableLive::record(const KeyTableWalk::File& file)
 {
-    const size_t count = m_index.m_files.size();
+    forgetGone();
+    const qsizetype count = VLIndexHooks::locations(*m_owner).size();
     m_isRecording = true;
     m_owner->indexControlFile(file.path, file.root);
     m_isRecording = false;
-    if (m_index.m_files.size() > count) {
+    if (VLIndexHooks::locations(*m_owner).size() > count) {
         m_refused.remove(file.path);
         return;
     }
     // It may be on the way to become one.
     m_refused.insert(file.path, file.stamp);
     watchAnew(file.path);
+}
+
+/// Keeps account of files that may be forgotten.
+void VLKeyTableLive::noteGone(int file)
+{
+    const auto& record = m_index.m_files[file];
+    if (!m_gone.isEmpty())
+        m_gone.removeOne(file);
+    if (record.isFound && record.state == VLKeyTableState::Absent)
+        m_gone.append(file);
+}
+
+/// Forgets the files that went first, where many have gone.
+void VLKeyTableLive::forgetGone()
+{
+    while (m_gone.size() > kMaxGone) {
+        const int file = m_gone.takeFirst();
+        const auto& record = m_index.m_files[file];
+        // One that waits may have come again, and is told of when it has been read.
+        if (!record.isFound || record.isWaiting || record.isDoubted)
+            continue;
+        if (VLIndexHooks::stampAt(record.location.location) == VLFileStamp())
+            forget(file);
+        else
+            m_index.await(file);
+    }
+}
+
+void VLKeyTableLive::forget(int file)
+{
+    m_paths.remove(
+        file, [this](int number) -> const QString& { return m_index.locationOf(number).location; });
+    m_told.remove(file);
+    unwatch(m_index.locationOf(file).location);
+    m_index.forget(file);
 }
 
 QList<int> VLKeyTableLive::filesAt(const QString& path) const

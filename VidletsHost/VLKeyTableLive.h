@@ -43,6 +43,9 @@ public:
     /// Says that @p file is a new one of the index.
     void noteRecorded(int file);
 
+    /// Says that the host has recorded the file @p path, which may be known.
+    void noteHosted(const QString& path);
+
     /// Says that @p file has been read, and is in the table.
     void noteRead(int file);
 
@@ -78,6 +81,7 @@ private:
     void sweepHere();
     QList<VLKeyTableWatch::Question> questions() const;
     void watchAnew(const QString& path);
+    void unwatch(const QString& path);
     void flushWatch();
 
     void takeNews();
@@ -88,6 +92,9 @@ private:
     bool isNews(int file, const VLKeyTableNews::File& news);
     bool isToBeRecorded(const VLKeyTableNews::File& file, const QList<int>& known) const;
     void record(const KeyTableWalk::File& file);
+    void noteGone(int file);
+    void forgetGone();
+    void forget(int file);
     QList<int> filesAt(const QString& path) const;
 
     VLKeyTableIndex* const m_owner;
@@ -109,10 +116,13 @@ private:
 
     /// What the watcher is to be told.
     QStringList m_toWatch;
+    QStringList m_toForget;
     /// Files in data paths that are no control files, as they were then.
     QHash<QString, VLFileStamp> m_refused;
     /// Of files that wait, as they were met last.
     QHash<int, VLFileStamp> m_told;
+    /// Those that no host has recorded and that have gone, the longest first.
+    QList<int> m_gone;
     bool m_isRecording = false;
     bool m_isApplying = false;
 

@@ -30,6 +30,23 @@ public:
         ++m_count;
     }
 
+    /// Takes @p file away, which has the path that it was added with.
+    template <typename PathOf> void remove(int file, const PathOf& pathOf)
+    {
+        const size_t mask = m_slots.size() - 1;
+        size_t gap = slotOf(pathOf(file));
+        while (m_slots[gap] != file)
+            gap = (gap + 1) & mask;
+        --m_count;
+        // Who stands behind it for want of room moves up, so that a search finds no gap on its way.
+        for (size_t i = (gap + 1) & mask; m_slots[i] != kNone; i = (i + 1) & mask) {
+            const size_t wanted = slotOf(pathOf(m_slots[i]));
+            if (((i - wanted) & mask) >= ((i - gap) & mask))
+                m_slots[std::exchange(gap, i)] = m_slots[i];
+        }
+        m_slots[gap] = kNone;
+    }
+
     /// Returns the files that were added with the path @p path.
     template <typename PathOf> QList<int> find(const QString& path, const PathOf& pathOf) const
     {

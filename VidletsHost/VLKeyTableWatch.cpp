@@ -131,6 +131,26 @@ void VLKeyTableWatch::watch(const QStringList& files)
     deliver(news);
 }
 
+void VLKeyTableWatch::forget(const QStringList& files)
+{
+    if (!m_watcher)
+        return;
+    VLKeyTableNews news;
+    for (const QString& file : files) {
+        const auto others = m_others.find(directoryOf(file));
+        if (others != m_others.end()) {
+            others->remove(file);
+            if (others->isEmpty())
+                m_others.erase(others);
+        }
+        m_absent.remove(file);
+        if (QFileInfo::exists(file))
+            place(file, Reason::Placed, news);
+    }
+    if (!news.files.isEmpty())
+        deliver(news);
+}
+
 void VLKeyTableWatch::sweep(quint64 number, const QList<Question>& questions)
 {
     VLKeyTableNews news;
@@ -197,7 +217,7 @@ void VLKeyTableWatch::process()
         for (const QString& twin : twins)
             place(twin + path.mid(directory.size()), Reason::Changed, news);
     }
-    placeReturned(news);
+    placeReturned(listed, news);
     if (m_isStorm)
         m_healTimer.start(kHealMs);
     deliver(news);
@@ -428,10 +448,15 @@ void VLKeyTableWatch::listFiles(const QSet<QString>& directories, VLKeyTableNews
 void VLKeyTableWatch::place(const QString& path, VLKeyTableNews::Reason reason,
                             VLKeyTableNews& news)
 {
-    add(path, news);
+    const bool isWatched = add(path, news);
     const bool isListed = !QFileInfo(path).isSymLink();
     const QString root = isListed ? m_directories.value(directoryOf(path)).root : QString();
-    const VLFileStamp stamp = VLIndexHooks::stampAt(path);
+    VLFileStamp stamp = VLIndexHooks::stampAt(path);
+    // It has come in between.
+    if (!isWatched && stamp != VLFileStamp()) {
+        add(path, news);
+        stamp = VLIndexHooks::stampAt(path);
+    }
     news.files.append({{path, root, stamp}, reason});
     if (stamp == VLFileStamp())
         m_absent.insert(path);
@@ -440,30 +465,34 @@ void VLKeyTableWatch::place(const QString& path, VLKeyTableNews::Reason reason,
 }
 
 /// What went and came again between two looks has left no trace in its directory where that was
-/// moved itself.
-void VLKeyTableWatch::placeReturned(VLKeyTableNews& news)
+/// moved itself. What came and went in between may have been read.
+void VLKeyTableWatch::placeReturned(const QSet<QString>& directories, VLKeyTableNews& news)
 {
     const QSet<QString> absent = m_absent;
     for (const QString& path : absent) {
         if (QFileInfo::exists(path))
             place(path, Reason::Placed, news);
+        else if (directories.contains(directoryOf(path)))
+            news.files.append({{path, QString(), VLFileStamp()}, Reason::Listed});
     }
 }
 
-void VLKeyTableWatch::add(const QString& path, VLKeyTableNews& news)
+/// Gives whether it is watched.
+bool VLKeyTableWatch::add(const QString& path, VLKeyTableNews& news)
 {
     // What cannot be read is told of elsewhere, and its directory tells when that changes.
     if (!m_watcher || !QFileInfo(path).isReadable())
-        return;
+        return false;
     if (!m_isRefused && m_watcher->addPath(path))
-        return;
+        return true;
     // It is watched already, but perhaps what was there before.
     if (m_watcher->removePath(path) && m_watcher->addPath(path))
-        return;
+        return true;
     if (!m_isRefused && QFileInfo::exists(path)) {
         m_isRefused = true;
         news.refusedPath = path;
     }
+    return false;
 }
 
 void VLKeyTableWatch::checkKeyData(VLKeyTableNews& news)

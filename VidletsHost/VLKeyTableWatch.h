@@ -91,6 +91,9 @@ public:
     /// Watches @p files anew, and tells how they are then.
     void watch(const QStringList& files);
 
+    /// Lets go of @p files, which have gone. One that is there again is told of.
+    void forget(const QStringList& files);
+
     /// Looks for control files in all places, and asks @p questions.
     void sweep(quint64 number, const QList<Question>& questions);
 
@@ -135,8 +138,8 @@ private:
 
     void listFiles(const QSet<QString>& directories, VLKeyTableNews& news) const;
     void place(const QString& path, VLKeyTableNews::Reason reason, VLKeyTableNews& news);
-    void placeReturned(VLKeyTableNews& news);
-    void add(const QString& path, VLKeyTableNews& news);
+    void placeReturned(const QSet<QString>& directories, VLKeyTableNews& news);
+    bool add(const QString& path, VLKeyTableNews& news);
     void checkKeyData(VLKeyTableNews& news);
     void deliver(VLKeyTableNews& news);
 

@@ -44,6 +44,11 @@ void VLKeyTableWatcher::watch(const QStringList& files)
     call([files](VLKeyTableWatch* watch) { watch->watch(files); });
 }
 
+void VLKeyTableWatcher::forget(const QStringList& files)
+{
+    call([files](VLKeyTableWatch* watch) { watch->forget(files); });
+}
+
 quint64 VLKeyTableWatcher::sweep(const QList<VLKeyTableWatch::Question>& questions)
 {
     const quint64 number = ++m_sweeps;

@@ -41,6 +41,7 @@ public:
     void setPlaces(const QList<VLDataPath>& dataPaths, const QString& keyData);
     void setWatching(bool on);
     void watch(const QStringList& files);
+    void forget(const QStringList& files);
     /// Has a sweep made, and gives its number.
     quint64 sweep(const QList<VLKeyTableWatch::Question>& questions);
 

@@ -174,6 +174,7 @@ private Q_SLOTS:
     void index_seesEdit();
     void changed_comesWhenLookupsAreNew();
     void changed_comesSoon();
+    void changed_comesEachTime_whenFileComesAndGoes();
     void index_seesFilesComeAndGo_data();
     void index_seesFilesComeAndGo();
     void index_seesPackagesComeAndGo_data();
@@ -198,6 +199,10 @@ private Q_SLOTS:
     void watch_ends_whenTurnedOff();
     void watch_seesWhatHappenedWhileOff();
     void watch_staysRight_afterManyChanges();
+    void index_forgetsFilesThatCameAndWent_data();
+    void index_forgetsFilesThatCameAndWent();
+    void index_keepsPlaceOfHostsFiles_data();
+    void index_keepsPlaceOfHostsFiles();
     void watch_tellsOnce_whenSystemRefuses();
     void refresh_waitsForNoOne();
     void destructor_endsWatch();
@@ -284,6 +289,21 @@ void TestVLKeyTableLive::changed_comesSoon()
         best = qMin(best, timer.elapsed());
     }
     QVERIFY2(best <= kSoonMs, qPrintable(QString::number(best)));
+}
+
+void TestVLKeyTableLive::changed_comesEachTime_whenFileComesAndGoes()
+{
+    Host host(Way::Watch);
+    host.write(u"one"_s, u"a.xml"_s, fileOfTip("k", "1"));
+    host.start();
+    // Each time it goes while it is on its way into the table on disk.
+    constexpr int kTimes = 40;
+    for (int i = 0; i < kTimes; ++i) {
+        const QString file = host.write(u"one"_s, u"b.xml"_s, fileOfTip("k", "2"));
+        QVERIFY(host.becomes(u"k"_s, u"2"_s));
+        QVERIFY(QFile::remove(file));
+        QVERIFY(host.becomes(u"k"_s, u"1"_s));
+    }
 }
 
 void TestVLKeyTableLive::index_seesFilesComeAndGo_data()
@@ -676,6 +696,104 @@ void TestVLKeyTableLive::watch_staysRight_afterManyChanges()
     host.write(u"one"_s, u"new.xml"_s, fileOfTip("new", "new"));
     QVERIFY(host.becomes(u"new"_s, u"new"_s));
     QCOMPARE(VLIndexHooks::locations(*host.index).size(), kFiles + 1);
+}
+
+namespace {
+
+constexpr int kNames = 50;
+constexpr int kGenerations = 12;
+// The index remembers so many that have gone, besides the file that stays, those that are there and
+// those that it had not missed yet when these came.
+constexpr int kRemembered = 256 + 1 + 2 * (kNames + 1);
+
+QString packageOf(int generation)
+{
+    return u"G%1.vidlets"_s.arg(generation);
+}
+
+/// Has a package and a file of new names take the place of the ones before. Gives whether the index
+/// sees it.
+bool replaceGeneration(Host& host, int generation)
+{
+    const QByteArray number = QByteArray::number(generation);
+    for (int i = 0; i < kNames; ++i)
+        host.write(u"one"_s, u"%1.xml"_s.arg(i), fileOfTip("g" + number, number),
+                   packageOf(generation));
+    host.write(u"one"_s, u"%1.xml"_s.arg(generation), fileOfTip("f" + number, number));
+    QFile::remove(host.files.path(u"one/P.vidlets/Control/%1.xml"_s.arg(generation - 1)));
+    QDir(host.files.path(u"one/"_s + packageOf(generation - 1))).removeRecursively();
+    const QString name = QString::number(generation);
+    return host.becomes(u'g' + name, name) && host.becomes(u'f' + name, name);
+}
+
+} // namespace
+
+void TestVLKeyTableLive::index_forgetsFilesThatCameAndWent_data()
+{
+    addWays();
+}
+
+void TestVLKeyTableLive::index_forgetsFilesThatCameAndWent()
+{
+    QFETCH(const Way, way);
+    Host host(way);
+    host.write(u"one"_s, u"first.xml"_s, fileOfTip("first", "1"));
+    host.start();
+    for (int i = 1; i <= kGenerations; ++i) {
+        QVERIFY(replaceGeneration(host, i));
+        // Those that wait to be read may be there yet.
+        QVERIFY(host.index->waitUntilBuilt(kPatienceMs));
+        const qsizetype count = VLIndexHooks::locations(*host.index).size();
+        QVERIFY2(count <= kRemembered, qPrintable(QString::number(count)));
+    }
+    QVERIFY(host.index->componentPathsForPackageNamed(u"G1"_s).isEmpty());
+    QCOMPARE(host.index->componentPathsForPackageNamed(u"G%1"_s.arg(kGenerations)).size(), 1);
+    for (int i = 1; i < kGenerations; ++i) {
+        QCOMPARE(host.text(u"g%1"_s.arg(i)), u"none"_s);
+        QCOMPARE(host.text(u"f%1"_s.arg(i)), u"none"_s);
+    }
+    QCOMPARE(host.index->keys().count(u"g%1"_s.arg(kGenerations)), kNames);
+    // One that is forgotten comes again as a new one, in the place of another.
+    host.write(u"one"_s, u"1.xml"_s, fileOfTip("first", "2"));
+    QVERIFY(host.becomes(u"first"_s, u"2"_s));
+    QFile::remove(host.files.path(u"one/P.vidlets/Control/1.xml"_s));
+    QVERIFY(host.becomes(u"first"_s, u"1"_s));
+    QVERIFY(host.index->waitUntilSearchBuilt(kPatienceMs));
+    QCOMPARE(host.index->search(u"%1"_s.arg(kGenerations), QLocale::c()).size(), 2);
+}
+
+void TestVLKeyTableLive::index_keepsPlaceOfHostsFiles_data()
+{
+    addWays();
+}
+
+void TestVLKeyTableLive::index_keepsPlaceOfHostsFiles()
+{
+    QFETCH(const Way, way);
+    Host host(way);
+    const QString scanned = host.write(u"one"_s, u"scanned.xml"_s, fileOfTip("k", "scanned"));
+    host.start();
+    const QString found = host.write(u"one"_s, u"found.xml"_s, fileOfTip("k", "found"));
+    QVERIFY(host.becomes(u"k"_s, u"found"_s));
+    const QString named = host.write(u"one"_s, u"named.xml"_s, fileOfTip("k", "named"));
+    QVERIFY(host.becomes(u"k"_s, u"named"_s));
+    // The host has a say in it, too.
+    host.index->indexControlFile(named, host.files.path(u"one/"_s + kPackage));
+    for (const QString& path : {scanned, found, named})
+        QVERIFY(QFile::remove(path));
+    QVERIFY(host.becomes(u"k"_s, u"none"_s));
+    for (int i = 1; i <= kGenerations; ++i)
+        QVERIFY(replaceGeneration(host, i));
+    host.write(u"one"_s, u"found.xml"_s, fileOfTip("k", "found"));
+    QVERIFY(host.becomes(u"k"_s, u"found"_s));
+    host.write(u"one"_s, u"named.xml"_s, fileOfTip("named", "named"));
+    host.write(u"one"_s, u"scanned.xml"_s, fileOfTip("k", "scanned"));
+    QVERIFY(host.becomes(u"named"_s, u"named"_s));
+    QCOMPARE(host.text(u"k"_s), u"found"_s);
+    const QList<IndexedLocation> locations = VLIndexHooks::locations(*host.index);
+    QCOMPARE(locations.constLast().location, scanned);
+    QCOMPARE(locations.at(locations.size() - 2).location, named);
+    QCOMPARE(locations.constFirst().location, found);
 }
 
 int TestVLKeyTableLive::runChild(const QString& name)
