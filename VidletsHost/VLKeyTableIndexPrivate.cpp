@@ -145,6 +145,8 @@ void VLKeyTableIndexPrivate::forget(int file)
     m_table.replace(file, {});
     m_faults.remove(file);
     m_warned.remove(file);
+    m_given.remove(file);
+    record.location.location.clear();
     ++record.generation;
     record.isStored = false;
     record.isDoubted = false;
@@ -925,6 +927,8 @@ QStringList VLKeyTableIndexPrivate::filesOutsideSearch() const
     qint64 bytes = 0;
     for (const int file : std::as_const(files)) {
         const File& record = m_files[file];
+        if (record.isFree)
+            continue;
         if (!m_waiting.isEmpty() && m_waiting.firstKey() < record.order)
             break;
         bytes += record.stamp.size;

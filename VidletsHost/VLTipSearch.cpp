@@ -69,8 +69,13 @@ void VLTipSearch::build(const std::function<QString(int file)>& pathOf)
     m_unsubmitted = {};
     QList<VLSearchBuilder::Job> jobs;
     jobs.reserve(files.size());
-    for (const int file : std::as_const(files))
-        jobs.append({file, pathOf(file)});
+    for (const int file : std::as_const(files)) {
+        const QString path = pathOf(file);
+        if (path.isNull())
+            m_pending.remove(file);
+        else
+            jobs.append({file, path});
+    }
     m_builder.add(jobs);
 }
 

@@ -83,7 +83,8 @@ public:
 
     /// @p file is another than it was.
     void await(int file);
-    /// Has the files that wait put into the store; @p pathOf gives their paths.
+    /// Has the files that wait put into the store; @p pathOf gives their paths, null
+    /// for one that is forgotten.
     void build(const std::function<QString(int file)>& pathOf);
     /// Takes over what the builder has done; @p stampOf gives the state that the index knows.
     /// Returns the files that the builder has come across in another one.

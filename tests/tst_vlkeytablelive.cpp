@@ -782,8 +782,10 @@ void TestVLKeyTableLive::index_keepsPlaceOfHostsFiles()
     for (const QString& path : {scanned, found, named})
         QVERIFY(QFile::remove(path));
     QVERIFY(host.becomes(u"k"_s, u"none"_s));
-    for (int i = 1; i <= kGenerations; ++i)
+    for (int i = 1; i <= kGenerations; ++i) {
         QVERIFY(replaceGeneration(host, i));
+        QVERIFY(host.index->waitUntilBuilt(kPatienceMs));
+    }
     host.write(u"one"_s, u"found.xml"_s, fileOfTip("k", "found"));
     QVERIFY(host.becomes(u"k"_s, u"found"_s));
     host.write(u"one"_s, u"named.xml"_s, fileOfTip("named", "named"));
