@@ -61,7 +61,7 @@ public:
      * @param index An index of the host's, which stays the host's, or null for a VLKeyTableIndex of
      *              the interface's own, which manager() gives. One of the host's reads the settings
      *              that it was made with. What a VLKeyTableIndex finds broken is a warning, and
-     * what it sees change shows in tips that are up.
+     *              what it sees change shows in tips that are up.
      */
     VLHostInterface(VLContext& context, const QStringList& dataPaths, VLIndex* index = nullptr);
 

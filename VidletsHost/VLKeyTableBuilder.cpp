@@ -53,10 +53,13 @@ void VLKeyTableBuilder::clear()
 
 void VLKeyTableBuilder::setCacheFile(const QString& path)
 {
+    m_isEnding = true;
     clear();
     wait();
+    m_isEnding = m_isStopped.load();
     const QMutexLocker locker(&m_mutex);
     m_results.clear();
+    m_isRunning = false;
     m_cacheFile = path;
 }
 
@@ -67,6 +70,7 @@ void VLKeyTableBuilder::stop()
         m_isCutShort = m_isCutShort || !m_jobs.isEmpty();
     }
     m_isStopped = true;
+    m_isEnding = true;
     clear();
     wait();
 }
@@ -101,7 +105,7 @@ void VLKeyTableBuilder::run()
 {
     do {
         // What it leaves to be tidied up is done before the owner can come to wait for this thread.
-        VLKeyTableWriter writer(m_cacheFile, m_isStopped);
+        VLKeyTableWriter writer(m_cacheFile, m_isEnding);
         for (Job job; takeJob(job);) {
             read(job, writer);
             if (writer.isFull())
@@ -130,8 +134,8 @@ void VLKeyTableBuilder::read(Job& job, VLKeyTableWriter& writer)
     }
     if (job.isStored)
         result.before = writer.contentOf(job.path);
-    result.content = VLKeyTableReader(job.path, VLKeyTableReader::Keys::Omit, &m_isStopped).read();
-    if (m_isStopped)
+    result.content = VLKeyTableReader(job.path, VLKeyTableReader::Keys::Omit, &m_isEnding).read();
+    if (m_isEnding)
         return;
     result.content.isIndexed = job.isIndexed;
     writer.add({job.file, job.generation, job.path, result.content});
@@ -144,7 +148,7 @@ void VLKeyTableBuilder::flush(VLKeyTableWriter& writer)
     {
         // Who ends the process in the middle of a build has no time for it.
         const QMutexLocker locker(&m_mutex);
-        if (m_isCutShort)
+        if (m_isCutShort || (m_isEnding && !m_isStopped))
             return;
     }
     const QList<VLKeyTableWriter::Content> written = writer.flush();
@@ -176,7 +180,7 @@ void VLKeyTableBuilder::deliverIncident(VLKeyTableWriter& writer)
 bool VLKeyTableBuilder::takeJob(Job& job)
 {
     const QMutexLocker locker(&m_mutex);
-    while (!m_isStopped && !m_jobs.isEmpty()) {
+    while (!m_isEnding && !m_jobs.isEmpty()) {
         job = m_jobs.dequeue();
         if (job.content)
             return true;
@@ -194,7 +198,7 @@ bool VLKeyTableBuilder::takeJob(Job& job)
 bool VLKeyTableBuilder::endIfIdle()
 {
     const QMutexLocker locker(&m_mutex);
-    if (!m_isStopped && !m_jobs.isEmpty())
+    if (!m_isEnding && !m_jobs.isEmpty())
         return false;
     m_isRunning = false;
     m_delivered.wakeAll();

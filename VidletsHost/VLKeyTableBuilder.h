@@ -83,7 +83,7 @@ public:
     /// Drops what waits. The thread goes on with the file that it is at.
     void clear();
     /// Drops what waits, and has what is read from now on put into the table @p path on disk; an
-    /// empty one stands for none. Waits for the thread to be through with what it is at.
+    /// empty one stands for none. Waits for the thread to leave what it is at.
     void setCacheFile(const QString& path);
     /// Ends the thread for good.
     void stop();
@@ -128,6 +128,8 @@ private:
     /// Whether run() will look for jobs again.
     bool m_isRunning = false;
     bool m_isAnnounced = false;
+    /// Whether the thread is to leave what it is at.
+    std::atomic<bool> m_isEnding = false;
     std::atomic<bool> m_isStopped = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include "VLKeyTableIndex.h"
 
+#include "VLEndOfApplication.h"
 #include "VLKeyTableIndexPrivate.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLXmlElement.h>
@@ -30,12 +31,15 @@ VLKeyTableIndex::VLKeyTableIndex(VLContext* context, const QList<QString>& paths
     , d(std::make_unique<VLKeyTableIndexPrivate>(this))
 {
     // An index may be left behind, but no thread may outlive what it uses.
-    if (QCoreApplication* application = QCoreApplication::instance())
-        connect(application, &QObject::destroyed, this, [this] { d->goOnAlone(); });
+    EndOfApplication::add(this, [this] { d->goOnAlone(); });
+    // A host may use QtSql itself.
+    if (const QCoreApplication* application = QCoreApplication::instance())
+        connect(application, &QCoreApplication::aboutToQuit, this, &EndOfApplication::comeFirst);
 }
 
 VLKeyTableIndex::~VLKeyTableIndex()
 {
+    EndOfApplication::remove(this);
     d->stop();
     VLIndexHooks::deleteRecord(*this);
 }

@@ -83,7 +83,8 @@ public:
      * are those of the constructor and those that the manager has looked for packages in, whether
      * or not they are there.
      *
-     * A new control file counts as if it were indexed then, and so comes first in the search order;
+     * All control files in data paths are recorded, those that nobody has indexed before, too. A
+     * new control file counts as if it were indexed then, and so comes first in the search order;
      * one that has gone and comes again keeps its place. A change counts within a third of a
      * second, when changed() is emitted. Where the system refuses to watch more files,
      * problemFound() says so once, and what is not watched counts after refresh().
@@ -213,7 +214,7 @@ Q_SIGNALS:
     /// Lookups of @p keys, each named once, may give something else than before, in some locale: a
     /// file that was read before has been read anew. By then they do. Where another process was
     /// first to put the new state of a file into cacheFile(), all keys that are there are named,
-    /// and of those that went the ones that retrieve() has given.
+    /// and of those that went the ones among the last hundred that retrieve() has given.
     void changed(const QStringList& keys);
 
     /// The file @p file has a fault at @p line and @p column, both counted from 1; a line of 0

@@ -662,10 +662,10 @@ void VLKeyTableIndexPrivate::apply(int file, const VLKeyTableFile& content,
                                    const std::optional<VLKeyTableFile>& before)
 {
     noteFault(file, content);
-    if (m_files[file].isKnown)
-        noteChanges(file, content, before ? *before : contentBefore(file));
+    const bool areTipsSame =
+        m_files[file].isKnown && noteChanges(file, content, before ? *before : contentBefore(file));
     m_table.replace(file, content.rows);
-    takeOver(file, content);
+    takeOver(file, content, areTipsSame);
     m_files[file].isStored = false;
 }
 
@@ -674,15 +674,15 @@ void VLKeyTableIndexPrivate::applyKnown(int file, const VLKeyTableFile& content)
 {
     noteFault(file, content);
     m_table.replace(file, content.rows);
-    takeOver(file, content);
+    takeOver(file, content, m_files[file].isKnown);
     m_files[file].isStored = true;
 }
 
-void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
+/// @p areTipsSame tells whether the tips are known to be those of before.
+void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content, bool areTipsSame)
 {
     File& record = m_files[file];
-    const bool isSame =
-        !record.isWaiting && record.isKnown && record.isSettled && record.stamp == content.stamp;
+    const bool areWordsSame = areTipsSame && record.stamp == content.stamp;
     if (record.stamp != content.stamp)
         m_warned.remove(file);
     record.stamp = content.stamp;
@@ -696,7 +696,7 @@ void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content)
     record.mustRead = false;
     record.isDoubted = false;
     ++record.generation;
-    if (!isSame) {
+    if (!areWordsSame) {
         m_search.await(file);
         buildSearch();
     }
@@ -753,8 +753,9 @@ void VLKeyTableIndexPrivate::noteProblem(const QString& path, const VLKeyTablePr
         m_problems.append({path, problem, isForGuard});
 }
 
-/// Gathers the keys whose lookups the file may answer otherwise from now on.
-void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content,
+/// Gathers the keys whose lookups the file may answer otherwise from now on. Returns whether there
+/// are none.
+bool VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content,
                                          const VLKeyTableFile& before)
 {
     const File& record = m_files[file];
@@ -782,11 +783,13 @@ void VLKeyTableIndexPrivate::noteChanges(int file, const VLKeyTableFile& content
     }
     for (auto it = gone.cbegin(); it != gone.cend(); ++it)
         changed.insert(it.key());
-    // Those that went are not known then, but for those that somebody has.
-    const QSet<QString> given = m_given.take(file);
-    if (!isBefore)
-        changed.unite(given);
+    // Those that went are not known then, but for those that somebody may have.
+    for (const auto& [from, key] : std::as_const(m_given)) {
+        if (!isBefore && from == file)
+            changed.insert(key);
+    }
     noteChangedKeys(changed);
+    return changed.isEmpty();
 }
 
 void VLKeyTableIndexPrivate::noteChangedKeys(const QSet<QString>& keys)
@@ -993,8 +996,12 @@ bool VLKeyTableIndexPrivate::tellOne()
     if (!m_problems.isEmpty()) {
         const auto [path, problem, isForGuard] = m_problems.takeFirst();
         const XmlPosition position = problem.position;
+        const QPointer<VLKeyTableIndex> owner(m_owner);
         if (isForGuard && isGuarded())
             VLIndexHooks::warn(*m_owner, path, position, problem.text);
+        // The host may have deleted it.
+        if (!owner)
+            return true;
         Q_EMIT m_owner->problemFound(path, int(position.line), int(position.column), problem.text);
         return true;
     }

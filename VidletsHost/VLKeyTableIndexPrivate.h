@@ -100,8 +100,11 @@ public:
     void noteGiven(int file, const QString& key)
     {
         // What is in memory is compared with what was there.
-        if (m_files[file].isStored)
-            m_given[file].insert(key);
+        if (!m_files[file].isStored || m_given.contains({file, key}))
+            return;
+        if (m_given.size() >= kMaxGiven)
+            m_given.removeFirst();
+        m_given.append({file, key});
     }
 
     const IndexedLocation& locationOf(int file) const
@@ -118,6 +121,9 @@ private:
     Q_DISABLE_COPY_MOVE(VLKeyTableIndexPrivate)
 
     friend class VLKeyTableLive;
+
+    // More tips than are up or pinned at a time.
+    static constexpr int kMaxGiven = 100;
 
     /// What the table says of a file besides its rows: there may be many, so it stays small.
     struct File
@@ -183,7 +189,7 @@ private:
                const std::optional<VLKeyTableFile>& before = std::nullopt);
     void applyNow(int file, const VLKeyTableFile& content);
     void applyKnown(int file, const VLKeyTableFile& content);
-    void takeOver(int file, const VLKeyTableFile& content);
+    void takeOver(int file, const VLKeyTableFile& content, bool areTipsSame);
     void takeResult(const VLKeyTableBuilder::Result& result);
     void keepBefore(const VLKeyTableBuilder::Result& result);
     void takeStored(const VLKeyTableBuilder::Result& result);
@@ -197,7 +203,7 @@ private:
     const QList<QPair<quint64, int>>& filesByNumber();
     void noteFault(int file, const VLKeyTableFile& content);
     VLKeyTableFile contentBefore(int file);
-    void noteChanges(int file, const VLKeyTableFile& content, const VLKeyTableFile& before);
+    bool noteChanges(int file, const VLKeyTableFile& content, const VLKeyTableFile& before);
     void noteChangedKeys(const QSet<QString>& keys);
     void emitChanges();
     bool tellOne();
@@ -243,8 +249,8 @@ private:
     QList<QLocale> m_locales{QLocale::c()};
     QHash<QString, int> m_localeNumbers{{QString(), 0}};
     QHash<int, Fault> m_faults;
-    /// The keys that were looked up with success, as long as the file stays as it is.
-    QHash<int, QSet<QString>> m_given;
+    /// The last keys that were looked up with success, and where.
+    QList<QPair<int, QString>> m_given;
     VLKeyTableKeyData m_keyData;
     /// Files and keys of which the base class has said what it had to, in the state of the file.
     QHash<int, QSet<QString>> m_warned;

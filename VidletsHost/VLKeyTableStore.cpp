@@ -3,6 +3,8 @@
 
 #include "VLKeyTableStore.h"
 
+#include "VLEndOfApplication.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -112,7 +114,9 @@ bool VLKeyTableStore::open()
         m_error = u"not a regular file"_s;
         return false;
     }
-    if (!QSqlDatabase::isDriverAvailable(u"QSQLITE"_s)) {
+    const bool isDriverThere = QSqlDatabase::isDriverAvailable(u"QSQLITE"_s);
+    EndOfApplication::comeFirst();
+    if (!isDriverThere) {
         m_error = u"there is no driver for SQLite"_s;
         return false;
     }
@@ -159,6 +163,7 @@ bool VLKeyTableStore::openOnce()
     const bool isWriter = m_access == Access::Write;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
+        EndOfApplication::comeFirst();
         database.setDatabaseName(m_path);
         // Readers wait only for one who mends the file after the end of another process.
         database.setConnectOptions(isWriter ? u"QSQLITE_BUSY_TIMEOUT=100"_s

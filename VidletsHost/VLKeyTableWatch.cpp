@@ -90,6 +90,7 @@ void VLKeyTableWatch::setWatching(bool on)
     m_absent.clear();
     m_isStorm = false;
     m_isRefused = false;
+    m_isRefusalTold = false;
     m_watcher.reset();
     if (!on)
         return;
@@ -155,6 +156,8 @@ void VLKeyTableWatch::sweep(quint64 number, const QList<Question>& questions)
 {
     VLKeyTableNews news;
     news.sweep = number;
+    // There may be room by now.
+    m_isRefused = false;
     survey(news);
     listFiles(QSet<QString>(m_controls.cbegin(), m_controls.cend()), news);
     for (const Question& question : questions) {
@@ -483,15 +486,20 @@ bool VLKeyTableWatch::add(const QString& path, VLKeyTableNews& news)
     // What cannot be read is told of elsewhere, and its directory tells when that changes.
     if (!m_watcher || !QFileInfo(path).isReadable())
         return false;
+    const QPair<quint64, quint64> before = identityOf(path);
     if (!m_isRefused && m_watcher->addPath(path))
         return true;
     // It is watched already, but perhaps what was there before.
     if (m_watcher->removePath(path) && m_watcher->addPath(path))
         return true;
-    if (!m_isRefused && QFileInfo::exists(path)) {
-        m_isRefused = true;
+    if (m_isRefused || !QFileInfo::exists(path))
+        return false;
+    // Editors take a file away for a moment.
+    if (identityOf(path) != before)
+        return m_watcher->addPath(path);
+    m_isRefused = true;
+    if (!std::exchange(m_isRefusalTold, true))
         news.refusedPath = path;
-    }
     return false;
 }
 

@@ -175,6 +175,7 @@ private:
     /// Whether so much has happened at once that something may have been missed.
     bool m_isStorm = false;
     bool m_isRefused = false;
+    bool m_isRefusalTold = false;
 };
 
 } // namespace Vidlets

@@ -3,6 +3,7 @@
 
 #include "VLSearchStore.h"
 
+#include "VLEndOfApplication.h"
 #include "VLKeyTableScanner.h"
 
 #include <QDir>
@@ -187,7 +188,9 @@ bool VLSearchStore::open()
         m_error = u"not a regular file"_s;
         return false;
     }
-    if (!QSqlDatabase::isDriverAvailable(u"QSQLITE"_s)) {
+    const bool isDriverThere = QSqlDatabase::isDriverAvailable(u"QSQLITE"_s);
+    EndOfApplication::comeFirst();
+    if (!isDriverThere) {
         m_error = u"there is no driver for SQLite"_s;
         return false;
     }
@@ -231,6 +234,7 @@ bool VLSearchStore::openOnce()
     const bool isWriter = m_access == Access::Write;
     {
         QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
+        EndOfApplication::comeFirst();
         database.setDatabaseName(m_path);
         database.setConnectOptions(isWriter ? u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=1000"_s
                                             : u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=250"_s);

@@ -11,6 +11,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -20,6 +21,7 @@
 #include <QSqlQuery>
 #include <QStandardPaths>
 #include <QThread>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
@@ -276,6 +278,7 @@ private Q_SLOTS:
     void missingDriver_isDoneWithout();
     void tableOfAnotherProcess_isNotTakenForOwn();
     void changed_namesWhatWasGiven_whenAnotherWroteFirst();
+    void application_mayEnd_whileWordsAreRead();
     void twoProcesses_buildAtOnce();
     void killedBuild_leavesNothingWrong();
 
@@ -894,6 +897,29 @@ void TestVLKeyTableCache::changed_namesWhatWasGiven_whenAnotherWroteFirst()
     }
 }
 
+void TestVLKeyTableCache::application_mayEnd_whileWordsAreRead()
+{
+    constexpr int kMany = 100;
+    constexpr int kRounds = 12;
+    prepareFiles(1);
+    for (int file = 0; file < kMany; ++file)
+        write(file, controlFile(file, 60));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"VIDLETS_TEST_ROOT"_s, root());
+    environment.insert(u"VIDLETS_TEST_TABLE"_s, table());
+    for (int round = 0; round < kRounds; ++round) {
+        environment.insert(u"VIDLETS_TEST_MS"_s, QString::number(round * 5));
+        QProcess child;
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(), {u"--child"_s, u"left"_s});
+        QVERIFY(child.waitForFinished(kPatienceMs));
+        QCOMPARE(child.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(child.exitCode(), EXIT_SUCCESS);
+        QVERIFY(!child.readAllStandardError().contains("not open"));
+        QFile::remove(table() + u"-search"_s);
+    }
+}
+
 void TestVLKeyTableCache::twoProcesses_buildAtOnce()
 {
     constexpr int kMany = 30;
@@ -973,6 +999,16 @@ int TestVLKeyTableCache::runChild(const QString& name)
         setrlimit(RLIMIT_FSIZE, &limit);
     }
 #endif
+    if (name == "left"_L1) {
+        // It outlives the application.
+        static Host host(root, table);
+        host.build();
+        QEventLoop loop;
+        QTimer::singleShot(qEnvironmentVariableIntValue("VIDLETS_TEST_MS"), &loop,
+                           &QEventLoop::quit);
+        loop.exec();
+        return EXIT_SUCCESS;
+    }
     if (name == "driverless"_L1)
         return runWithoutDriver(root, table);
     // Told before, so that it is killed at any step.
