@@ -69,8 +69,9 @@ void VLKeyTable::keepNested(int file)
     if (nested == m_nested.cend()) {
         remove(file);
     } else {
-        const VLKeyTableRow row = *nested;
-        replace(file, {row});
+        // Which takes the row away.
+        const QList<VLKeyTableRow> rows{*nested};
+        replace(file, rows);
     }
     freeIfEmpty();
 }

@@ -48,7 +48,7 @@ void VLKeyTableBuilder::clear()
     m_jobs.clear();
     m_wanted.clear();
     const auto isOfFile = [](const Result& result) { return result.kind != Kind::Incident; };
-    m_results.erase(std::remove_if(m_results.begin(), m_results.end(), isOfFile), m_results.end());
+    m_results.removeIf(isOfFile);
 }
 
 void VLKeyTableBuilder::setCacheFile(const QString& path)
@@ -212,7 +212,7 @@ void VLKeyTableBuilder::deliver(Result&& result)
         const QMutexLocker locker(&m_mutex);
         if (m_isStopped)
             return;
-        m_results.enqueue(std::move(result));
+        m_results.append(std::move(result));
         mustAnnounce = !std::exchange(m_isAnnounced, true);
         m_delivered.wakeAll();
     }

@@ -18,7 +18,7 @@ namespace {
 
 // After the end of another process the one that opens the table first puts in place what that has
 // left. More than this is for the builder's thread.
-constexpr qint64 kMaxLeftBytes = 2 * 1024 * 1024;
+constexpr qint64 kMaxLeftBytes = qint64(2) * 1024 * 1024;
 
 QString defaultPath()
 {

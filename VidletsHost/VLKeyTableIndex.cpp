@@ -140,7 +140,7 @@ bool VLKeyTableIndex::store(VLXmlElement* element, const QLocale& locale, const 
 QList<QString> VLKeyTableIndex::keys()
 {
     d->live().settle();
-    const QStringList keys = d->keys();
+    QStringList keys = d->keys();
     d->tell();
     return keys;
 }
@@ -148,7 +148,7 @@ QList<QString> VLKeyTableIndex::keys()
 QList<VLSearchHit> VLKeyTableIndex::search(const QString& words, const QLocale& locale, int limit)
 {
     d->live().settle();
-    const QList<VLSearchHit> hits = d->search(words, locale, limit);
+    QList<VLSearchHit> hits = d->search(words, locale, limit);
     d->tell();
     return hits;
 }

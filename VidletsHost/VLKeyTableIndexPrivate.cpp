@@ -40,7 +40,7 @@ bool isSameTip(const VLKeyTableRow& left, const VLKeyTableRow& right)
 }
 
 // As much as a search reads by itself before its answer is late.
-constexpr qint64 kMaxReadInSearch = 512 * 1024;
+constexpr qint64 kMaxReadInSearch = qint64(512) * 1024;
 
 /// The file for the words beside that for the keys: what damages one leaves the other alone.
 QString searchFileFor(const QString& cacheFile)
@@ -145,7 +145,7 @@ void VLKeyTableIndexPrivate::forget(int file)
     m_table.replace(file, {});
     m_faults.remove(file);
     m_warned.remove(file);
-    m_given.remove(file);
+    m_given.removeIf([file](const QPair<int, QString>& given) { return given.first == file; });
     record.location.location.clear();
     ++record.generation;
     record.isStored = false;
@@ -487,7 +487,7 @@ QList<VLKeyTable::Hit> VLKeyTableIndexPrivate::candidates(const QString& key)
     const auto isOutOfTable = [this](const VLKeyTable::Hit& hit) {
         return m_files[hit.file].isWaiting;
     };
-    hits.erase(std::remove_if(hits.begin(), hits.end(), isOutOfTable), hits.end());
+    hits.removeIf(isOutOfTable);
     std::sort(hits.begin(), hits.end(), [this](const auto& left, const auto& right) {
         return m_files[left.file].order < m_files[right.file].order;
     });
@@ -511,7 +511,7 @@ void VLKeyTableIndexPrivate::addStored(const QString& key, QList<VLKeyTable::Hit
                 continue;
             // A nested root serves those keys only that have no tip of their own.
             const auto isOfFile = [file](const VLKeyTable::Hit& hit) { return hit.file == file; };
-            hits.erase(std::remove_if(hits.begin(), hits.end(), isOfFile), hits.end());
+            hits.removeIf(isOfFile);
             hits.append({file, entry.row});
         }
     }
@@ -898,7 +898,7 @@ QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QL
         return m_owner->packageNameForLocation(path);
     };
     request.complete = [this](const QString& key, VLXmlElement* tip) { addKeyData(key, tip); };
-    const QList<VLSearchHit> hits = m_search.search(request);
+    QList<VLSearchHit> hits = m_search.search(request);
     noteSearchProblem();
     if (!m_search.isBuilt())
         buildSearch();

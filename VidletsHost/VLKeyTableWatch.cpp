@@ -421,7 +421,7 @@ void VLKeyTableWatch::dropOthers(const Directories& wanted, VLKeyTableNews& news
     const auto isLiving = [&gone](const QString& path) {
         return !gone.contains(directoryOf(path));
     };
-    stale.erase(std::remove_if(stale.begin(), stale.end(), isLiving), stale.end());
+    stale.removeIf(isLiving);
     if (!stale.isEmpty())
         m_watcher->removePaths(stale);
 }

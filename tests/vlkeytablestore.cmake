@@ -5,5 +5,6 @@ vidlets_add_test(
   NAME tst_vlkeytablestore
   SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableBlobs.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
   LIBRARIES Qt6::Sql)

@@ -11,6 +11,7 @@ vidlets_add_test(
   SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchFold.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchQuery.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchStore.cpp
   LIBRARIES Qt6::Sql)
 vidlets_add_test(NAME tst_vlkeytablesearch LIBRARIES Vidlets::Host)
