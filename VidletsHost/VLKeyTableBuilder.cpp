@@ -61,6 +61,7 @@ void VLKeyTableBuilder::setCacheFile(const QString& path)
     m_results.clear();
     m_isRunning = false;
     m_cacheFile = path;
+    m_isSwept = false;
 }
 
 void VLKeyTableBuilder::stop()
@@ -112,6 +113,7 @@ void VLKeyTableBuilder::run()
                 flush(writer);
         }
         flush(writer);
+        sweep(writer);
     } while (!endIfIdle());
 }
 
@@ -161,6 +163,24 @@ void VLKeyTableBuilder::flush(VLKeyTableWriter& writer)
         result.token = writer.token();
         deliver(std::move(result));
     }
+}
+
+/// Drops what the table on disk has of files that went while nobody was looking, once and when
+/// there is nothing else to do.
+void VLKeyTableBuilder::sweep(VLKeyTableWriter& writer)
+{
+    QStringList gone;
+    if (m_isSwept || !writer.findGone([this] { return hasJobs(); }, gone))
+        return;
+    m_isSwept = true;
+    writer.forget(gone);
+    deliverIncident(writer);
+}
+
+bool VLKeyTableBuilder::hasJobs()
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_isEnding || !m_jobs.isEmpty();
 }
 
 void VLKeyTableBuilder::deliverIncident(VLKeyTableWriter& writer)

@@ -112,6 +112,8 @@ private:
     bool endIfIdle();
     void read(Job& job, VLKeyTableWriter& writer);
     void flush(VLKeyTableWriter& writer);
+    void sweep(VLKeyTableWriter& writer);
+    bool hasJobs();
     void deliver(Result&& result);
     void deliverIncident(VLKeyTableWriter& writer);
 
@@ -123,6 +125,8 @@ private:
     QHash<int, quint32> m_wanted;
     QQueue<Result> m_results;
     QString m_cacheFile;
+    /// Whether files that are no more have been looked for in the table on disk.
+    bool m_isSwept = false;
     /// Whether stop() came before all jobs were done.
     bool m_isCutShort = false;
     /// Whether run() will look for jobs again.

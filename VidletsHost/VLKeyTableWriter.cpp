@@ -86,6 +86,41 @@ QList<VLKeyTableWriter::Content> VLKeyTableWriter::flush()
     return written;
 }
 
+bool VLKeyTableWriter::findGone(const std::function<bool()>& mustEnd, QStringList& gone)
+{
+    // What was not opened for a file has not grown.
+    if (!m_store || m_isGivenUp)
+        return false;
+    for (auto it = m_known.cbegin(); it != m_known.cend(); ++it) {
+        if (m_isCancelled || mustEnd())
+            return false;
+        if (VLIndexHooks::stampAt(it.key()) == VLFileStamp())
+            gone.append(it.key());
+    }
+    return true;
+}
+
+void VLKeyTableWriter::forget(const QStringList& paths)
+{
+    if (!paths.isEmpty() && m_store && !m_isGivenUp && !forgetAll(paths))
+        loseTable();
+}
+
+bool VLKeyTableWriter::forgetAll(const QStringList& paths)
+{
+    if (!retried([this] { return m_store->begin(); }))
+        return false;
+    for (const QString& path : paths) {
+        // Others that share the table may have it again by now.
+        if (VLIndexHooks::stampAt(path) == VLFileStamp() && !m_store->forget(path)) {
+            m_store->rollBack();
+            return false;
+        }
+    }
+    m_isChanged = true;
+    return m_store->commit();
+}
+
 QByteArray VLKeyTableWriter::token() const
 {
     return m_store ? m_store->token() : QByteArray();

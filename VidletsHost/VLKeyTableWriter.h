@@ -10,8 +10,10 @@
 #include <QHash>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -63,6 +65,11 @@ public:
     bool isFull() const;
     /// Writes what waits. Returns the files whose rows are in the table now, without their content.
     QList<Content> flush();
+    /// Gives the files that the table knows and that are there no more; asking ends where
+    /// @p mustEnd, on this thread, gives true. Returns whether all were asked for.
+    bool findGone(const std::function<bool()>& mustEnd, QStringList& gone);
+    /// Drops what the table says of those of @p paths that are still not there.
+    void forget(const QStringList& paths);
     /// Returns what tells the table from any other; null where there is none.
     QByteArray token() const;
     /// Gives what has happened to the table since it was asked for last. Returns whether anything
@@ -76,6 +83,7 @@ private:
     template <typename Operation> bool retried(Operation operation);
     bool write(const Content& content, bool& isWritten);
     bool writeAll(QList<Content>& written);
+    bool forgetAll(const QStringList& paths);
     void giveUp();
     void loseTable();
 

@@ -14,6 +14,7 @@
 #include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QScopeGuard>
@@ -31,6 +32,7 @@
 #include <vector>
 
 #include <VidletsHost/VLKeyTableIndex.h>
+#include <VidletsHost/VLKeyTableStore.h>
 
 #ifdef Q_OS_LINUX
 #include <fcntl.h>
@@ -262,6 +264,7 @@ private Q_SLOTS:
     void edit_isToldOf_andKept();
     void edit_seenByLookup_isKept();
     void removal_isToldOf_andKept();
+    void filesThatHaveGone_areForgotten_withOthers();
     void clear_readsAnew();
     void setCacheFile_movesTable();
     void emptyCacheFile_writesNothing();
@@ -570,6 +573,38 @@ void TestVLKeyTableCache::removal_isToldOf_andKept()
     QVERIFY(host.build());
     QCOMPARE(host.text(keyOf(5, 1)), textOf(5, 1));
     QCOMPARE(host.text(keyOf(5, 2)), u"none"_s);
+}
+
+void TestVLKeyTableCache::filesThatHaveGone_areForgotten_withOthers()
+{
+    prepareFiles();
+    buildTable();
+    // Of another host that shares the table.
+    PackageBuilder others;
+    const QString gone = others.writeControlFile(u"P.vidlets"_s, u"gone.xml"_s, controlFile(20));
+    const QString kept = others.writeControlFile(u"P.vidlets"_s, u"kept.xml"_s, controlFile(21));
+    {
+        Host other(others.path(u"P.vidlets"_s), table());
+        QVERIFY(other.build());
+    }
+    QVERIFY(QFile::remove(gone));
+    QVERIFY(QFile::remove(root() + u"/Control/"_s + nameOf(0)));
+    // It has something to write, and asks about the rest as well.
+    write(1, controlFile(1));
+    Host host(root(), table());
+    QVERIFY(host.build());
+    QHash<QString, VLKeyTableFile> files;
+    VLKeyTableStore store(table(), VLKeyTableStore::Access::Read);
+    QVERIFY(store.open());
+    QVERIFY(store.files(files));
+    QVERIFY(files.contains(kept));
+    QVERIFY(!files.contains(gone));
+    QVERIFY(!files.contains(root() + u"/Control/"_s + nameOf(0)));
+    QCOMPARE(files.size(), kFiles);
+    write(0, controlFile(0));
+    Host other(root(), table());
+    QCOMPARE(other.firstWrong(), QString());
+    QCOMPARE(other.problems, QStringList());
 }
 
 void TestVLKeyTableCache::clear_readsAnew()

@@ -15,7 +15,13 @@ vidlets_add_test(
   SOURCES shared/RandomPackages.cpp
   LIBRARIES Vidlets::Host)
 vidlets_add_test(NAME tst_vlkeytablelive LIBRARIES Vidlets::Host)
-vidlets_add_test(NAME tst_vlkeytablecache LIBRARIES Vidlets::Host Qt6::Sql)
+vidlets_add_test(
+  NAME tst_vlkeytablecache
+  SOURCES ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableBlobs.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
+  LIBRARIES Vidlets::Host Qt6::Sql)
 if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
   # Else it takes longer than a test may.
   set_property(
