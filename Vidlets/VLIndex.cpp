@@ -480,10 +480,10 @@ void VLIndexPrivate::forgetRootsAbove(const QString& file)
         return isTextuallyBelow(root, file) && !QFileInfo(root).isDir()
             && std::none_of(locations.cbegin(), locations.cend(), isBelow);
     };
-    for (auto it = packages.begin(); it != packages.end();) {
-        areContentRootsStale = it->removeIf(isOver) > 0 || areContentRootsStale;
-        it = it->isEmpty() ? packages.erase(it) : std::next(it);
-    }
+    for (QList<QString>& roots : packages)
+        areContentRootsStale = roots.removeIf(isOver) > 0 || areContentRootsStale;
+    packages.removeIf(
+        [](const QMap<QString, QList<QString>>::iterator& it) { return it->isEmpty(); });
 }
 
 void VLIndex::setResolvedPaths(const QString& file, const QString& root)

@@ -30,7 +30,7 @@ using namespace Vidlets;
 
 namespace {
 
-constexpr int kPatienceMs = 15000;
+constexpr int kPatienceMs = 60000;
 
 QByteArray fileOfTip(const QByteArray& key, const QByteArray& text, const QByteArray& rootXml = "")
 {
@@ -535,13 +535,13 @@ void TestVLKeyTableIndex::waitUntilBuilt_givesUp_whenTimeIsOver()
 {
     Fixture fixture;
     QByteArray content = "<vidlets>";
-    constexpr int kTips = 200'000;
+    constexpr int kTips = 50'000;
     for (int i = 0; i < kTips; ++i)
         content += "<vidlet key='k" + QByteArray::number(i) + "'>some text</vidlet>\n";
     fixture.add(u"big.xml"_s, content + "</vidlets>");
     QVERIFY(!fixture.index->waitUntilBuilt(0));
     QVERIFY(fixture.index->waitUntilBuilt(kPatienceMs));
-    QCOMPARE(fixture.text(u"k199999"_s), u"some text"_s);
+    QCOMPARE(fixture.text(u"k49999"_s), u"some text"_s);
 }
 
 void TestVLKeyTableIndex::refresh_tellsOfChangedKeys()
@@ -618,7 +618,7 @@ void TestVLKeyTableIndex::destructor_endsBuilding()
 {
     Fixture fixture;
     QByteArray content = "<vidlets>";
-    constexpr int kTips = 200'000;
+    constexpr int kTips = 50'000;
     for (int i = 0; i < kTips; ++i)
         content += "<vidlet key='k'>some text</vidlet>\n";
     for (int i = 0; i < 10; ++i)
