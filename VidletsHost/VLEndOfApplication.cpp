@@ -40,11 +40,11 @@ void callAll()
 
 } // namespace
 
-void add(const void* owner, std::function<void()> action)
+void add(const void* owner, const std::function<void()>& action)
 {
     {
         const QMutexLocker locker(&registry().mutex);
-        registry().actions.insert(owner, std::move(action));
+        registry().actions.insert(owner, action);
     }
     comeFirst();
 }

@@ -16,7 +16,7 @@ namespace Vidlets::EndOfApplication {
 
 /// Has @p action called once, on the thread that deletes the application object; @p owner stands
 /// for it.
-void add(const void* owner, std::function<void()> action);
+void add(const void* owner, const std::function<void()>& action);
 
 /// Takes back what @p owner stands for.
 void remove(const void* owner);
