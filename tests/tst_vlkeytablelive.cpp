@@ -34,7 +34,7 @@ using namespace Vidlets;
 
 namespace {
 
-constexpr int kPatienceMs = 20000;
+constexpr int kPatienceMs = 60000;
 // Several times as long as bursts are gathered.
 constexpr int kQuietMs = 600;
 const QString kPackage = u"P.vidlets"_s;
@@ -687,9 +687,8 @@ void TestVLKeyTableLive::watch_staysRight_afterManyChanges()
         QTRY_COMPARE_WITH_TIMEOUT(host.text(key), wanted, kPatienceMs);
     }
     // The end is told as well, and the watch goes on.
+    QTRY_COMPARE_WITH_TIMEOUT(host.changed.size(), kFiles, kPatienceMs);
     host.settle();
-    QVERIFY(host.changes > 0);
-    QVERIFY(host.changed.size() == kFiles);
     host.changed.clear();
     host.write(u"one"_s, u"3.xml"_s, fileOfTip("k3", "the end"));
     QVERIFY(host.becomes(u"k3"_s, u"the end"_s));
