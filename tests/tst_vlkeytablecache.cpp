@@ -160,15 +160,15 @@ public:
     QStringList take()
     {
         QStringList names;
-        QByteArray buffer(64 * 1024, '\0');
+        std::vector<char> buffer(size_t(64) * 1024);
         for (;;) {
-            const auto size = read(m_handle, buffer.data(), size_t(buffer.size()));
+            const auto size = read(m_handle, buffer.data(), buffer.size());
             if (size <= 0)
                 break;
             for (qsizetype at = 0; at < size;) {
                 inotify_event event = {};
-                std::memcpy(&event, buffer.constData() + at, sizeof event);
-                const char* name = buffer.constData() + at + sizeof event;
+                std::memcpy(&event, buffer.data() + at, sizeof event);
+                const char* name = buffer.data() + at + sizeof event;
                 // The directory itself has none.
                 if (event.len > 0)
                     names.append(QFile::decodeName(name));
