@@ -26,6 +26,7 @@ constexpr int kQuietMs = 40;
 // Who writes on and on is told of at these intervals.
 constexpr int kMaxGatherMs = 150;
 constexpr int kHealMs = 400;
+constexpr int kMaxTries = 3;
 // A directory that changes while it is looked at tells of that by itself.
 constexpr int kMaxSurveys = 5;
 
@@ -486,17 +487,18 @@ bool VLKeyTableWatch::add(const QString& path, VLKeyTableNews& news)
     // What cannot be read is told of elsewhere, and its directory tells when that changes.
     if (!m_watcher || !QFileInfo(path).isReadable())
         return false;
-    const QPair<quint64, quint64> before = identityOf(path);
     if (!m_isRefused && m_watcher->addPath(path))
         return true;
     // It is watched already, but perhaps what was there before.
     if (m_watcher->removePath(path) && m_watcher->addPath(path))
         return true;
-    if (m_isRefused || !QFileInfo::exists(path))
-        return false;
-    // Editors take a file away for a moment.
-    if (identityOf(path) != before)
-        return m_watcher->addPath(path);
+    // Editors take a file away for a moment; where the system refuses, it does so again.
+    for (int i = 0; i < kMaxTries; ++i) {
+        if (m_isRefused || !QFileInfo::exists(path))
+            return false;
+        if (m_watcher->addPath(path))
+            return true;
+    }
     m_isRefused = true;
     if (!std::exchange(m_isRefusalTold, true))
         news.refusedPath = path;
