@@ -764,6 +764,8 @@ MakeCandidate makeWrong(WrongIndex::Fault fault)
         WrongIndex* index = wrong.get();
         Candidate candidate = candidateOf(std::move(wrong), cacheFile);
         candidate.beginEdits = [index] { index->beginEdits(); };
+        // It need not come to be right.
+        candidate.patienceMs = 3000;
         return candidate;
     };
 }
@@ -873,6 +875,7 @@ void TestVLKeyTableDifferential::test_findsIndexWrongAboutNewFiles()
         const auto make = [](VLContext& context, const QStringList& dataPaths,
                              const QString& cacheFile) {
             Candidate candidate = makeTable(context, dataPaths, cacheFile);
+            candidate.patienceMs = 3000;
             VLKeyTableIndex* index = candidate.index.get();
             candidate.refresh = [index, dataPaths] {
                 QList<Found> files = walk(dataPaths);
