@@ -15,3 +15,10 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchStore.cpp
   LIBRARIES Qt6::Sql)
 vidlets_add_test(NAME tst_vlkeytablesearch LIBRARIES Vidlets::Host)
+if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
+  # Else it takes seven minutes.
+  set_property(
+    TEST tst_vlkeytablesearch tst_vlkeytablesearch_safeguarded
+    APPEND
+    PROPERTY ENVIRONMENT VIDLETS_SEARCH_PACKAGES=3)
+endif()
