@@ -273,6 +273,7 @@ private:
     void recordNew();
     bool awaitWatch();
     QString awaitLocations();
+    QString awaitAnswers();
     QString compareLocations();
     QString takeNewOnes();
     QString compareAnswers();
@@ -575,7 +576,7 @@ QString Scenario::findDifference()
             QThread::msleep(kSettledAfterMs + 5);
         if (m_random.chance(60))
             m_candidate.wait();
-        const QString found = compareAnswers();
+        const QString found = awaitAnswers();
         if (!found.isNull())
             return place + found;
     }
@@ -638,6 +639,17 @@ QString Scenario::takeNewOnes()
         m_order.prepend(entry);
     }
     return QString();
+}
+
+/// As awaitLocations().
+QString Scenario::awaitAnswers()
+{
+    QString difference = compareAnswers();
+    if (m_way != Way::Watch || difference.isNull())
+        return difference;
+    (void)QTest::qWaitFor([&] { return (difference = compareAnswers()).isNull(); },
+                          m_candidate.patienceMs);
+    return difference;
 }
 
 QString Scenario::compareAnswers()
