@@ -3,11 +3,6 @@
 
 #include "VLKeyTableStore.h"
 
-#include "VLEndOfApplication.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -15,7 +10,6 @@
 #include <QVariant>
 
 #include <array>
-#include <atomic>
 
 using namespace Qt::StringLiterals;
 
@@ -25,28 +19,15 @@ using namespace KeyTableBlobs;
 
 namespace {
 
-// Told apart from files of other programs and from those of other layouts.
-constexpr int kWriterCacheKb = 768;
-constexpr int kReaderCacheKb = 512;
 constexpr int kApplicationId = 0x564C4B54;
 constexpr int kVersion = 2;
-// SQLite's numbers for what is wrong; finer ones are in the bits above.
-constexpr int kResultMask = 0xFF;
-constexpr int kNoTable = 1;
-constexpr int kBusy = 5;
-constexpr int kLocked = 6;
-constexpr int kCorrupt = 11;
-constexpr int kNoDatabase = 26;
+// Those of the store of the search included, less than two megabytes together.
+constexpr int kWriterCacheKb = 768;
+constexpr int kReaderCacheKb = 512;
 // Stand beside the chunks: whether the buckets were ever written, and what the file goes by.
 constexpr int kMark = kChunks;
 constexpr int kToken = kChunks + 1;
 constexpr std::array<Table, 3> kTables{Table::Buckets, Table::Chunks, Table::Names};
-
-QString newConnectionName()
-{
-    static std::atomic<int> count = 0;
-    return u"VLKeyTableStore%1"_s.arg(++count);
-}
 
 QString nameOf(Table table)
 {
@@ -64,12 +45,6 @@ QString nameOf(Table table)
 qint64 idOf(quint64 file)
 {
     return qint64(file);
-}
-
-int numberFrom(const QSqlDatabase& database, const QString& statement)
-{
-    QSqlQuery query(database);
-    return query.exec(statement) && query.next() ? query.value(0).toInt() : 0;
 }
 
 } // namespace
@@ -91,10 +66,11 @@ struct VLKeyTableStore::Queries
     QSqlQuery drop;
 };
 
+// Readers wait only for one who mends the file after the end of another process.
 VLKeyTableStore::VLKeyTableStore(const QString& path, Access access)
-    : m_path(path)
-    , m_access(access)
-    , m_connection(newConnectionName())
+    : VLSqliteFile(path, access,
+                   {kApplicationId, kVersion, u"QSQLITE_BUSY_TIMEOUT=100"_s,
+                    u"QSQLITE_BUSY_TIMEOUT=250"_s, kWriterCacheKb, kReaderCacheKb, true, false})
 {
 }
 
@@ -103,108 +79,10 @@ VLKeyTableStore::~VLKeyTableStore()
     close();
 }
 
-bool VLKeyTableStore::open()
+void VLKeyTableStore::release()
 {
-    m_error.clear();
-    m_isDamaged = false;
-    m_isLocked = false;
-    const QFileInfo file(m_path);
-    // Nobody would ever write to the other end of a pipe.
-    if (file.exists() && !file.isFile()) {
-        m_error = u"not a regular file"_s;
-        return false;
-    }
-    const bool isDriverThere = QSqlDatabase::isDriverAvailable(u"QSQLITE"_s);
-    EndOfApplication::comeFirst();
-    if (!isDriverThere) {
-        m_error = u"there is no driver for SQLite"_s;
-        return false;
-    }
-    if (m_access == Access::Read ? !file.exists() : !QDir().mkpath(file.absolutePath())) {
-        m_error = m_access == Access::Read ? u"no such file"_s : u"its directory cannot be made"_s;
-        return false;
-    }
-    if (openOnce())
-        return true;
-    const QString reason = m_error;
-    close();
-    if (!m_isDamaged || m_access == Access::Read)
-        return false;
-    putAside(m_path);
-    const bool isOpen = openOnce();
-    if (!isOpen)
-        close();
-    m_error = reason;
-    return isOpen;
-}
-
-QString VLKeyTableStore::lastError() const
-{
-    return m_error;
-}
-
-bool VLKeyTableStore::isDamaged() const
-{
-    return m_isDamaged;
-}
-
-bool VLKeyTableStore::isLocked() const
-{
-    return m_isLocked;
-}
-
-QSqlDatabase VLKeyTableStore::database() const
-{
-    return QSqlDatabase::database(m_connection, false);
-}
-
-bool VLKeyTableStore::openOnce()
-{
-    const bool isWriter = m_access == Access::Write;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-        EndOfApplication::comeFirst();
-        database.setDatabaseName(m_path);
-        // Readers wait only for one who mends the file after the end of another process.
-        database.setConnectOptions(isWriter ? u"QSQLITE_BUSY_TIMEOUT=100"_s
-                                            : u"QSQLITE_BUSY_TIMEOUT=250"_s);
-        if (!database.open())
-            return fail(database.lastError());
-    }
-    // The writer's, the reader's and those of the search's store are less than two megabytes
-    // together.
-    if (!run(u"PRAGMA cache_size = -%1"_s.arg(isWriter ? kWriterCacheKb : kReaderCacheKb)))
-        return false;
-    if (isWriter
-        && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
-            || !run(u"PRAGMA journal_size_limit = 1048576"_s)))
-        return false;
-    return checkVersion() && prepare() && readToken();
-}
-
-bool VLKeyTableStore::checkVersion()
-{
-    const QSqlDatabase database = this->database();
-    const auto isReady = [&database] {
-        return numberFrom(database, u"PRAGMA application_id"_s) == kApplicationId
-            && numberFrom(database, u"PRAGMA user_version"_s) == kVersion;
-    };
-    // The first look may fall between another's first and last statement, the second cannot.
-    if (isReady())
-        return true;
-    if (!run(u"BEGIN IMMEDIATE"_s))
-        return false;
-    if (isReady())
-        return run(u"COMMIT"_s);
-    const bool isEmpty = numberFrom(database, u"SELECT count(*) FROM sqlite_master"_s) == 0
-        && numberFrom(database, u"PRAGMA application_id"_s) == 0
-        && numberFrom(database, u"PRAGMA user_version"_s) == 0;
-    if (isEmpty && m_access == Access::Write && makeTables() && run(u"COMMIT"_s))
-        return true;
-    if (!isEmpty)
-        failDamaged(u"another program's file, or of another version"_s);
-    QSqlQuery(database).exec(u"ROLLBACK"_s);
-    return false;
+    rollBack();
+    m_queries.reset();
 }
 
 bool VLKeyTableStore::makeTables()
@@ -214,33 +92,33 @@ bool VLKeyTableStore::makeTables()
                 nameOf(table))))
             return false;
     }
-    if (!prepare())
+    if (!prepareQueries())
         return false;
     for (int id = 0; id <= kMark; ++id) {
         if (!write(Table::Chunks, id, QByteArray()))
             return false;
     }
-    if (!write(Table::Chunks, kToken, QUuid::createUuid().toRfc4122()))
-        return false;
-    return run(u"PRAGMA application_id = %1"_s.arg(kApplicationId))
-        && run(u"PRAGMA user_version = %1"_s.arg(kVersion));
+    return write(Table::Chunks, kToken, QUuid::createUuid().toRfc4122());
 }
 
 bool VLKeyTableStore::prepare()
 {
+    return prepareQueries() && readToken();
+}
+
+bool VLKeyTableStore::prepareQueries()
+{
     m_queries = std::make_unique<Queries>(database());
-    const auto prepared = [this](QSqlQuery& query, const QString& statement) {
-        return query.prepare(statement) || fail(query.lastError());
-    };
     for (const Table table : kTables) {
         const auto place = size_t(table);
         const QString name = nameOf(table);
-        if (!prepared(m_queries->read.at(place), u"SELECT data FROM %1 WHERE id = ?"_s.arg(name))
-            || !prepared(m_queries->write.at(place),
-                         u"INSERT OR REPLACE INTO %1 (id, data) VALUES (?, ?)"_s.arg(name)))
+        if (!prepareQuery(m_queries->read.at(place),
+                          u"SELECT data FROM %1 WHERE id = ?"_s.arg(name))
+            || !prepareQuery(m_queries->write.at(place),
+                             u"INSERT OR REPLACE INTO %1 (id, data) VALUES (?, ?)"_s.arg(name)))
             return false;
     }
-    return prepared(m_queries->drop, u"DELETE FROM names WHERE id = ?"_s);
+    return prepareQuery(m_queries->drop, u"DELETE FROM names WHERE id = ?"_s);
 }
 
 bool VLKeyTableStore::readToken()
@@ -283,8 +161,7 @@ bool VLKeyTableStore::put(const QString& path, const VLKeyTableFile& content)
         return false;
     const auto before = chunk->constFind(file);
     if (before != chunk->cend() && before->path != path) {
-        m_error = u"two paths have the same number"_s;
-        return false;
+        return failWith(u"two paths have the same number"_s);
     }
     if (before != chunk->cend() && !dropRows(file))
         return false;
@@ -443,7 +320,7 @@ bool VLKeyTableStore::files(QHash<QString, VLKeyTableFile>& files)
 
 bool VLKeyTableStore::get(const QString& path, VLKeyTableFile& content)
 {
-    m_error.clear();
+    clearError();
     // All of one state, whoever writes meanwhile.
     if (!m_queries || !run(u"BEGIN"_s))
         return false;
@@ -549,56 +426,6 @@ bool VLKeyTableStore::write(Table table, qint64 id, const QByteArray& value)
     query.bindValue(0, id);
     query.bindValue(1, sealed(value, table, id));
     return run(query);
-}
-
-bool VLKeyTableStore::run(const QString& statement)
-{
-    QSqlQuery query(database());
-    return query.exec(statement) || fail(query.lastError());
-}
-
-bool VLKeyTableStore::run(QSqlQuery& query)
-{
-    return query.exec() || fail(query.lastError());
-}
-
-/// Notes why something failed. Always returns false.
-bool VLKeyTableStore::fail(const QSqlError& error)
-{
-    const int code = error.nativeErrorCode().toInt() & kResultMask;
-    m_error = error.databaseText().isEmpty() ? error.text() : error.databaseText();
-    // Whoever is locked out, or may not write, has no reason to take the file from the others.
-    m_isDamaged = m_isDamaged || code == kNoTable || code == kCorrupt || code == kNoDatabase;
-    m_isLocked = code == kBusy || code == kLocked;
-    return false;
-}
-
-/// As fail(), for what SQLite does not notice.
-bool VLKeyTableStore::failDamaged(const QString& reason)
-{
-    m_error = reason;
-    m_isDamaged = true;
-    return false;
-}
-
-void VLKeyTableStore::putAside(const QString& path)
-{
-    const QString aside = path + u".damaged"_s;
-    QFile::remove(aside);
-    QFile::rename(path, aside);
-    // They belong to the one that was put aside, and would be taken for the new one's.
-    QFile::remove(path + u"-wal"_s);
-    QFile::remove(path + u"-shm"_s);
-}
-
-void VLKeyTableStore::close()
-{
-    rollBack();
-    m_queries.reset();
-    if (!QSqlDatabase::contains(m_connection))
-        return;
-    database().close();
-    QSqlDatabase::removeDatabase(m_connection);
 }
 
 } // namespace Vidlets

@@ -6,6 +6,7 @@
 
 #include "VLKeyTableBlobs.h"
 #include "VLKeyTableFile.h"
+#include "VLSqliteFile.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -16,10 +17,6 @@
 
 #include <memory>
 #include <vector>
-
-class QSqlDatabase;
-class QSqlError;
-class QSqlQuery;
 
 namespace Vidlets {
 
@@ -33,41 +30,18 @@ namespace Vidlets {
  * either. Every value goes through a bound parameter.
  *
  * Writers wait for one another for a moment; readers never wait. What was written is there as a
- * whole or not at all, also after the end of the process in the middle of it. No operation fails
- * loudly: one that fails gives false, and lastError() tells why.
- *
- * Internal to the host kit. One is used on one thread, several may be open on one file.
+ * whole or not at all, also after the end of the process in the middle of it. Internal to the host
+ * kit.
  */
-class VLKeyTableStore
+class VLKeyTableStore final : public VLSqliteFile
 {
 public:
-    enum class Access : quint8 {
-        Read, ///< Takes what is there.
-        Write ///< Makes what is not there, and puts aside what is of no use.
-    };
-
     /// Of the SQLite file @p path, which need not exist.
     VLKeyTableStore(const QString& path, Access access);
-    ~VLKeyTableStore();
-
-    /**
-     * Opens the file. A writer makes it if need be, with the directories above it, and puts a file
-     * that is damaged, of another version or no SQLite file at all aside under another name.
-     *
-     * @return Whether the store can be used.
-     */
-    bool open();
-    /// Returns why the last operation failed, or why the file was put aside; null after neither.
-    QString lastError() const;
-    /// Returns whether something failed because the file itself is of no use.
-    bool isDamaged() const;
-    /// Gives the file another name, for whoever wants to know what became of it.
-    static void putAside(const QString& path);
+    ~VLKeyTableStore() override;
 
     /// Begins to gather changes, and keeps other writers out. Returns whether that was possible.
     bool begin();
-    /// Returns whether nobody else is in the way of begin(), where that has failed.
-    bool isLocked() const;
     /// Puts @p content in the place of what is known of the control file @p path, after begin().
     bool put(const QString& path, const VLKeyTableFile& content);
     /// Drops what is known of @p path, after begin().
@@ -93,8 +67,10 @@ public:
         return m_token;
     }
 
-    /// Returns the connection, on the thread of the store, for tables beside those of the store.
-    QSqlDatabase database() const;
+protected:
+    bool makeTables() override;
+    bool prepare() override;
+    void release() override;
 
 private:
     Q_DISABLE_COPY_MOVE(VLKeyTableStore)
@@ -112,11 +88,8 @@ private:
 
     struct Queries;
 
-    bool openOnce();
-    bool prepare();
-    bool checkVersion();
+    bool prepareQueries();
     bool readToken();
-    bool makeTables();
     Chunk* chunkOf(quint64 file);
     bool dropRows(quint64 file);
     bool getNow(const QString& path, VLKeyTableFile& content);
@@ -128,20 +101,8 @@ private:
     bool readBucket(int id, QByteArray& entries);
     bool read(Table table, qint64 id, QByteArray& value, bool& isThere);
     bool write(Table table, qint64 id, const QByteArray& value);
-    bool run(const QString& statement);
-    bool run(QSqlQuery& query);
-    bool fail(const QSqlError& error);
-    bool failDamaged(const QString& reason);
-    void close();
 
-    const QString m_path;
-    const Access m_access;
-    const QString m_connection;
-    QString m_error;
     QByteArray m_token;
-    /// Whether the file is such that only a new one will do.
-    bool m_isDamaged = false;
-    bool m_isLocked = false;
     std::unique_ptr<Queries> m_queries;
 
     /// What was gathered since begin().

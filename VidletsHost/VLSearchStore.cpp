@@ -3,12 +3,8 @@
 
 #include "VLSearchStore.h"
 
-#include "VLEndOfApplication.h"
 #include "VLKeyTableScanner.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -27,10 +23,6 @@ namespace {
 // Told apart from files of other programs and from those of other layouts, foldings among them.
 constexpr int kApplicationId = 0x564C5354;
 constexpr int kVersion = 1;
-// SQLite's numbers for what is wrong; finer ones are in the bits above.
-constexpr int kResultMask = 0xFF;
-constexpr int kCorrupt = 11;
-constexpr int kNoDatabase = 26;
 // The number of a tip: its locale, its file, its place.
 constexpr int kFileBits = 24;
 constexpr int kPlaceBits = 24;
@@ -53,12 +45,6 @@ constexpr QChar kInTitle(u't');
 constexpr QChar kInName(u'n');
 
 constexpr QLatin1StringView kMemoryUri("file:/vidlets-search-");
-
-QString newConnectionName()
-{
-    static std::atomic<int> count = 0;
-    return u"VLSearchStore%1"_s.arg(++count);
-}
 
 constexpr qint64 firstOf(qint64 locale, qint64 file)
 {
@@ -155,20 +141,11 @@ bool VLSearchStore::isInMemory(const QString& path)
     return path.startsWith(kMemoryUri);
 }
 
-void VLSearchStore::putAside(const QString& path)
-{
-    const QString aside = path + u".damaged"_s;
-    QFile::remove(aside);
-    QFile::rename(path, aside);
-    // They belong to the one that was put aside, and would be taken for the new one's.
-    QFile::remove(path + u"-wal"_s);
-    QFile::remove(path + u"-shm"_s);
-}
-
 VLSearchStore::VLSearchStore(const QString& path, Access access)
-    : m_path(path)
-    , m_access(access)
-    , m_connection(newConnectionName())
+    : VLSqliteFile(path, access,
+                   {kApplicationId, kVersion, u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=1000"_s,
+                    u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=250"_s, kWriterCacheKb, kReaderCacheKb,
+                    false, isInMemory(path)})
 {
 }
 
@@ -177,104 +154,10 @@ VLSearchStore::~VLSearchStore()
     close();
 }
 
-bool VLSearchStore::open()
+void VLSearchStore::release()
 {
-    m_error.clear();
-    m_isDamaged = false;
-    const bool isInFile = !isInMemory(m_path);
-    const QFileInfo file(m_path);
-    // Nobody would ever write to the other end of a pipe.
-    if (isInFile && file.exists() && !file.isFile()) {
-        m_error = u"not a regular file"_s;
-        return false;
-    }
-    const bool isDriverThere = QSqlDatabase::isDriverAvailable(u"QSQLITE"_s);
-    EndOfApplication::comeFirst();
-    if (!isDriverThere) {
-        m_error = u"there is no driver for SQLite"_s;
-        return false;
-    }
-    const bool isReader = m_access == Access::Read;
-    if (isInFile && (isReader ? !file.exists() : !QDir().mkpath(file.absolutePath()))) {
-        m_error = isReader ? u"no such file"_s : u"its directory cannot be made"_s;
-        return false;
-    }
-    if (openOnce())
-        return true;
-    const QString reason = m_error;
-    close();
-    if (!m_isDamaged || isReader || !isInFile)
-        return false;
-    putAside(m_path);
-    m_isDamaged = false;
-    const bool isOpen = openOnce();
-    if (!isOpen)
-        close();
-    m_error = reason;
-    return isOpen;
-}
-
-QString VLSearchStore::lastError() const
-{
-    return m_error;
-}
-
-bool VLSearchStore::isDamaged() const
-{
-    return m_isDamaged;
-}
-
-QSqlDatabase VLSearchStore::database() const
-{
-    return QSqlDatabase::database(m_connection, false);
-}
-
-bool VLSearchStore::openOnce()
-{
-    const bool isWriter = m_access == Access::Write;
-    {
-        QSqlDatabase database = QSqlDatabase::addDatabase(u"QSQLITE"_s, m_connection);
-        EndOfApplication::comeFirst();
-        database.setDatabaseName(m_path);
-        database.setConnectOptions(isWriter ? u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=1000"_s
-                                            : u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=250"_s);
-        if (!database.open())
-            return fail(database.lastError());
-    }
-    if (!run(u"PRAGMA cache_size = -%1"_s.arg(isWriter ? kWriterCacheKb : kReaderCacheKb)))
-        return false;
-    if (isWriter
-        && (!run(u"PRAGMA journal_mode = WAL"_s) || !run(u"PRAGMA synchronous = NORMAL"_s)
-            || !run(u"PRAGMA journal_size_limit = 1048576"_s)))
-        return false;
-    return checkVersion() && prepare();
-}
-
-bool VLSearchStore::checkVersion()
-{
-    const auto isReady = [this] {
-        qint64 id = 0;
-        qint64 version = 0;
-        return value(u"PRAGMA application_id"_s, id) && value(u"PRAGMA user_version"_s, version)
-            && id == kApplicationId && version == kVersion;
-    };
-    if (isReady())
-        return true;
-    // One after the other, where several processes come to an empty file.
-    if (m_isDamaged || !run(u"BEGIN IMMEDIATE"_s))
-        return false;
-    if (isReady())
-        return run(u"COMMIT"_s);
-    qint64 tables = 0;
-    if (m_access == Access::Write && value(u"SELECT count(*) FROM sqlite_master"_s, tables)
-        && tables == 0 && makeTables() && run(u"COMMIT"_s))
-        return true;
-    if (tables > 0) {
-        m_error = u"another program's file, or of another version"_s;
-        m_isDamaged = true;
-    }
-    QSqlQuery(database()).exec(u"ROLLBACK"_s);
-    return false;
+    rollBack();
+    m_queries.reset();
 }
 
 bool VLSearchStore::makeTables()
@@ -287,37 +170,33 @@ bool VLSearchStore::makeTables()
         && run(u"CREATE TABLE state (id INTEGER PRIMARY KEY, epoch, added, gone)"_s)
         && run(u"CREATE VIRTUAL TABLE words USING fts5(list, content='', detail=none, "
                "columnsize=0, tokenize='ascii', prefix='3 4')"_s)
-        && clear() && run(u"PRAGMA application_id = %1"_s.arg(kApplicationId))
-        && run(u"PRAGMA user_version = %1"_s.arg(kVersion));
+        && clear();
 }
 
 bool VLSearchStore::prepare()
 {
     m_queries = std::make_unique<Queries>(database());
-    const auto prepared = [this](QSqlQuery& query, const QString& statement) {
-        return query.prepare(statement) || fail(query.lastError());
-    };
     Queries& queries = *m_queries;
-    return prepared(queries.selectFile,
-                    u"SELECT files.id, size, modified, changed, settled, locale, next, name "
-                    "FROM files JOIN locales ON locales.id = locale WHERE path = ?"_s)
-        && prepared(queries.putFile,
-                    u"INSERT OR REPLACE INTO files VALUES (?, ?, ?, ?, ?, ?, ?, ?)"_s)
-        && prepared(queries.selectDocuments,
-                    u"SELECT id, key, checksum FROM tips WHERE id BETWEEN ? AND ?"_s)
-        && prepared(queries.insertDocument, u"INSERT INTO tips VALUES (?, ?, ?)"_s)
-        && prepared(queries.insertWords, u"INSERT INTO words (rowid, list) VALUES (?, ?)"_s)
-        && prepared(queries.dropDocument, u"DELETE FROM tips WHERE id = ?"_s)
-        && prepared(queries.insertTerm, u"INSERT OR IGNORE INTO terms VALUES (?)"_s)
-        && prepared(queries.selectTerms,
-                    u"SELECT word FROM terms WHERE word >= ? AND word < ? LIMIT ?"_s)
-        && prepared(queries.find,
-                    u"SELECT words.rowid, files.path, tips.key FROM words "
-                    "CROSS JOIN tips ON tips.id = words.rowid "
-                    "CROSS JOIN files ON files.id = (words.rowid >> %1) & %2 "
-                    "WHERE words MATCH ? AND words.rowid BETWEEN ? AND ? "
-                    "ORDER BY words.rowid LIMIT ?"_s.arg(kPlaceBits)
-                        .arg(kMaxFile));
+    return prepareQuery(queries.selectFile,
+                        u"SELECT files.id, size, modified, changed, settled, locale, next, name "
+                        "FROM files JOIN locales ON locales.id = locale WHERE path = ?"_s)
+        && prepareQuery(queries.putFile,
+                        u"INSERT OR REPLACE INTO files VALUES (?, ?, ?, ?, ?, ?, ?, ?)"_s)
+        && prepareQuery(queries.selectDocuments,
+                        u"SELECT id, key, checksum FROM tips WHERE id BETWEEN ? AND ?"_s)
+        && prepareQuery(queries.insertDocument, u"INSERT INTO tips VALUES (?, ?, ?)"_s)
+        && prepareQuery(queries.insertWords, u"INSERT INTO words (rowid, list) VALUES (?, ?)"_s)
+        && prepareQuery(queries.dropDocument, u"DELETE FROM tips WHERE id = ?"_s)
+        && prepareQuery(queries.insertTerm, u"INSERT OR IGNORE INTO terms VALUES (?)"_s)
+        && prepareQuery(queries.selectTerms,
+                        u"SELECT word FROM terms WHERE word >= ? AND word < ? LIMIT ?"_s)
+        && prepareQuery(queries.find,
+                        u"SELECT words.rowid, files.path, tips.key FROM words "
+                        "CROSS JOIN tips ON tips.id = words.rowid "
+                        "CROSS JOIN files ON files.id = (words.rowid >> %1) & %2 "
+                        "WHERE words MATCH ? AND words.rowid BETWEEN ? AND ? "
+                        "ORDER BY words.rowid LIMIT ?"_s.arg(kPlaceBits)
+                            .arg(kMaxFile));
 }
 
 qint64 VLSearchStore::epoch()
@@ -343,9 +222,7 @@ bool VLSearchStore::commit()
         m_isGathering = false;
         return true;
     }
-    const QString reason = m_error;
     rollBack();
-    m_error = reason;
     return false;
 }
 
@@ -398,8 +275,7 @@ bool VLSearchStore::write(const QString& path, const File& file, Record& record)
     record.id = query.lastInsertId();
     if (record.id.toLongLong() <= kMaxFile)
         return true;
-    m_error = u"too many files"_s;
-    return false;
+    return failWith(u"too many files"_s);
 }
 
 bool VLSearchStore::paths(QStringList& paths)
@@ -451,8 +327,7 @@ bool VLSearchStore::localeId(const QString& locale, bool mayAdd, qint64& id)
     id = query.lastInsertId().toLongLong();
     if (id <= kMaxLocale)
         return true;
-    m_error = u"too many locales"_s;
-    return false;
+    return failWith(u"too many locales"_s);
 }
 
 bool VLSearchStore::put(const QString& path, const File& file, const QList<VLSearchText>& texts)
@@ -485,8 +360,7 @@ bool VLSearchStore::putTips(const Record& record, QHash<QString, Document>& befo
                             const QList<VLSearchText>& texts, qint64& next)
 {
     if (next + texts.size() > kMaxPlace) {
-        m_error = u"too many tips"_s;
-        return false;
+        return failWith(u"too many tips"_s);
     }
     for (const VLSearchText& text : texts) {
         const QString words = wordsOf(text);
@@ -672,35 +546,6 @@ bool VLSearchStore::value(const QString& statement, qint64& result)
         return false;
     result = query.value(0).toLongLong();
     return true;
-}
-
-bool VLSearchStore::run(const QString& statement)
-{
-    QSqlQuery query(database());
-    return query.exec(statement) || fail(query.lastError());
-}
-
-bool VLSearchStore::run(QSqlQuery& query)
-{
-    return query.exec() || fail(query.lastError());
-}
-
-/// Notes why something failed. Always returns false.
-bool VLSearchStore::fail(const QSqlError& error)
-{
-    const int code = error.nativeErrorCode().toInt() & kResultMask;
-    m_error = error.text();
-    // Whoever is locked out, or may not write, has no reason to take the file from the others.
-    m_isDamaged = m_isDamaged || code == kCorrupt || code == kNoDatabase;
-    return false;
-}
-
-void VLSearchStore::close()
-{
-    rollBack();
-    m_queries.reset();
-    database().close();
-    QSqlDatabase::removeDatabase(m_connection);
 }
 
 } // namespace Vidlets

@@ -6,6 +6,7 @@
 
 #include "VLSearchQuery.h"
 #include "VLSearchText.h"
+#include "VLSqliteFile.h"
 #include <Vidlets/VLIndexHooks.h>
 
 #include <QHash>
@@ -16,10 +17,6 @@
 #include <QVariant>
 
 #include <memory>
-
-class QSqlDatabase;
-class QSqlError;
-class QSqlQuery;
 
 namespace Vidlets {
 
@@ -32,18 +29,11 @@ namespace Vidlets {
  * for each part of the tip that it is in, and the number of a tip begins with its locale: so each
  * question is for a range of numbers, and the first answers come without a look at the others.
  *
- * What it says is to be checked by reading the tip. No operation fails loudly: one that fails gives
- * false, and lastError() tells why. Internal to the host kit. One is used on one thread, several
- * may be open on one file.
+ * What it says is to be checked by reading the tip. Internal to the host kit.
  */
-class VLSearchStore
+class VLSearchStore final : public VLSqliteFile
 {
 public:
-    enum class Access : quint8 {
-        Read, ///< Takes what is there.
-        Write ///< Makes what is not there, and puts aside what is of no use.
-    };
-
     /// What is known of a control file.
     struct File
     {
@@ -76,18 +66,10 @@ public:
     /// Returns a name for a store in memory, which is there as long as one has it open.
     static QString nameInMemory();
     static bool isInMemory(const QString& path);
-    /// Gives the file another name, for whoever wants to know what became of it.
-    static void putAside(const QString& path);
 
     VLSearchStore(const QString& path, Access access);
-    ~VLSearchStore();
+    ~VLSearchStore() override;
 
-    /// Opens the file. A writer puts one that is damaged or of another version aside, as
-    /// "PATH.damaged", and makes it anew.
-    bool open();
-    QString lastError() const;
-    /// Returns whether something failed because the file itself is of no use.
-    bool isDamaged() const;
     /// Returns a number that is another one after clear(), and in each new file.
     qint64 epoch();
 
@@ -121,6 +103,11 @@ public:
     bool find(const Question& question, VLSearchQuery::Place place, const QString& locale,
               qint64 after, int count, QList<Match>& matches);
 
+protected:
+    bool makeTables() override;
+    bool prepare() override;
+    void release() override;
+
 private:
     Q_DISABLE_COPY_MOVE(VLSearchStore)
 
@@ -141,10 +128,6 @@ private:
         qint64 next = 0;
     };
 
-    bool openOnce();
-    bool checkVersion();
-    bool makeTables();
-    bool prepare();
     QString wordsOf(const VLSearchText& text);
     bool select(const QString& path, File& file, Record& record);
     bool write(const QString& path, const File& file, Record& record);
@@ -156,18 +139,8 @@ private:
     bool documentsOf(const Record& record, QHash<QString, Document>& documents);
     bool localeId(const QString& locale, bool mayAdd, qint64& id);
     bool expand(const QString& beginning, QStringList& words);
-    bool run(const QString& statement);
-    bool run(QSqlQuery& query);
     bool value(const QString& statement, qint64& result);
-    bool fail(const QSqlError& error);
-    void close();
-    QSqlDatabase database() const;
 
-    const QString m_path;
-    const Access m_access;
-    const QString m_connection;
-    QString m_error;
-    bool m_isDamaged = false;
     bool m_isGathering = false;
     std::unique_ptr<Queries> m_queries;
     VLSearchFold m_fold;

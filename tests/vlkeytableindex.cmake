@@ -21,6 +21,7 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLSqliteFile.cpp
   LIBRARIES Vidlets::Host Qt6::Sql)
 if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
   # Else it takes longer than a test may.

@@ -7,4 +7,5 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableScanner.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLKeyTableStore.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLSqliteFile.cpp
   LIBRARIES Qt6::Sql)

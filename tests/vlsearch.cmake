@@ -13,6 +13,7 @@ vidlets_add_test(
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchQuery.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLEndOfApplication.cpp
           ${PROJECT_SOURCE_DIR}/VidletsHost/VLSearchStore.cpp
+          ${PROJECT_SOURCE_DIR}/VidletsHost/VLSqliteFile.cpp
   LIBRARIES Qt6::Sql)
 vidlets_add_test(NAME tst_vlkeytablesearch LIBRARIES Vidlets::Host)
 if(VIDLETS_SANITIZE OR VIDLETS_SANITIZE_THREADS)
