@@ -7,6 +7,7 @@
 #include "VLContentNames.h"
 #include "VLContentRoots.h"
 #include "VLContext.h"
+#include "VLFirstTag.h"
 #include "VLIndexHooks.h"
 #include "VLSettings.h"
 #include "VLTipFilter.h"
@@ -37,33 +38,10 @@ using namespace TipFilter;
 
 namespace {
 
-// A line is classified in pieces of this size, so that a file without line ends stays harmless.
-constexpr qint64 kMaxLineBytes = 1024;
-
-const QRegularExpression& tagPattern()
-{
-    // Compiled once: that takes longer than all the rest of a file's share in a scan.
-    static const QRegularExpression pattern(u"<(\\w+)\\s*(\\w|>|/>)"_s);
-    return pattern;
-}
-
-/// The tag by which a file is told apart: the first one found on a line by the pattern, be it in a
-/// comment; null where there is none.
-QString firstTagIn(QIODevice& file)
-{
-    for (QByteArray line = file.readLine(kMaxLineBytes); !line.isEmpty();
-         line = file.readLine(kMaxLineBytes)) {
-        const QRegularExpressionMatch match = tagPattern().match(QString::fromUtf8(line));
-        if (match.hasMatch())
-            return match.captured(1);
-    }
-    return QString();
-}
-
 QString firstTag(const QString& filePath)
 {
     QFile file(filePath);
-    return file.open(QIODevice::ReadOnly) ? firstTagIn(file) : QString();
+    return file.open(QIODevice::ReadOnly) ? FirstTag::in(file) : QString();
 }
 
 /// Nothing for a file that cannot be read.
@@ -73,12 +51,12 @@ std::optional<QString> guardedFirstTag(const QString& filePath, bool isListed)
     QByteArray head = VLContentGuard::readHead(filePath, isListed, isWhole);
     QBuffer buffer(&head);
     buffer.open(QIODevice::ReadOnly);
-    QString tag = firstTagIn(buffer);
+    QString tag = FirstTag::in(buffer);
     // The line that the head ends in may go on behind it.
     if (!tag.isNull() && (isWhole || !buffer.atEnd()))
         return tag;
     QFile file(filePath);
-    return VLContentGuard::open(file) ? std::optional(firstTagIn(file)) : std::nullopt;
+    return VLContentGuard::open(file) ? std::optional(FirstTag::in(file)) : std::nullopt;
 }
 
 /// Why a file whose first tag is @p tag, null for none, is passed over.
@@ -96,13 +74,7 @@ XmlPosition placeOfFirstTag(const QString& filePath)
     QByteArray head = VLContentGuard::readHead(filePath, false, isWhole);
     QBuffer buffer(&head);
     buffer.open(QIODevice::ReadOnly);
-    for (XmlPosition place{1, 1}; !buffer.atEnd(); ++place.line) {
-        const QRegularExpressionMatch match =
-            tagPattern().match(QString::fromUtf8(buffer.readLine()));
-        if (match.hasMatch())
-            return {place.line, match.capturedStart() + 1};
-    }
-    return {1, 1};
+    return FirstTag::placeIn(buffer);
 }
 
 bool isTextuallyBelow(const QString& root, const QString& file)

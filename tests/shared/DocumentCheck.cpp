@@ -292,6 +292,9 @@ QStringList unquotedBlocks(const QString& root)
     const QStringList pages = pagesBelow(root);
     for (const QString& page : pages) {
         const QString name = QDir(root).relativeFilePath(page);
+        // The examples of the rules for authors are tested as they stand.
+        if (name.startsWith("docs/rules/"_L1))
+            continue;
         const QList<Block> blocks = blocksOf(page);
         for (const Block& block : blocks) {
             const QStringList patterns = sourcesOf(block.language);

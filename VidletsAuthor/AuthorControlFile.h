@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef AUTHORCONTROLFILE_H
+#define AUTHORCONTROLFILE_H
+
+#include "AuthorFinding.h"
+
+namespace Vidlets {
+
+/// Returns whether @p value ends like the name of a picture or clip.
+bool looksLikeResource(QStringView value);
+
+/// The name of a picture or clip in a text, and where it stands.
+struct AuthorReference
+{
+    QString name;
+    XmlPosition position;
+    /// The directory that is searched for it, relative to a package; null for the usual one.
+    QString directory;
+};
+
+/// What the rules for several files need of a tip, or of a record of the key data.
+struct AuthorTip
+{
+    QString key;
+    XmlPosition position;
+};
+
+/// A scene that a control file names.
+struct AuthorSceneName
+{
+    QString name;
+    XmlPosition position;
+};
+
+/// A control file or key data file as it was read.
+struct AuthorControlFile
+{
+    QString path;
+    /// Whether the library takes its tips or records: the file is recognised, its root is the right
+    /// one, and it is well-formed.
+    bool isInUse = false;
+    QString locale;
+    XmlPosition rootPosition;
+    /// The names of further packages.
+    QStringList search;
+    /// Those with a key.
+    QList<AuthorTip> tips;
+    QList<AuthorSceneName> scenes;
+    QList<AuthorReference> references;
+};
+
+} // namespace Vidlets
+
+#endif

@@ -1,0 +1,493 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "AuthorControlReader.h"
+
+#include "AuthorRules.h"
+#include <Vidlets/VLContentNames.h>
+#include <Vidlets/VLFirstTag.h>
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QLocale>
+#include <QRegularExpression>
+#include <QStringDecoder>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+using namespace ContentNames;
+
+namespace {
+
+constexpr qsizetype kMaxDepth = 100;
+constexpr qsizetype kMaxTitleLength = 120;
+constexpr qsizetype kMaxTextLength = 1500;
+
+XmlPosition positionIn(const QXmlStreamReader& reader)
+{
+    return {reader.lineNumber(), reader.columnNumber()};
+}
+
+/// Where the token behind the present one begins.
+XmlPosition startOfNext(const QXmlStreamReader& reader)
+{
+    XmlPosition position = positionIn(reader);
+    // Text ends where the reader meets the "<" behind it, which then counts as read.
+    const bool hasReadBracket = reader.isCharacters() && !reader.isCDATA();
+    if (!hasReadBracket)
+        ++position.column;
+    return position;
+}
+
+bool isNameCharacter(QChar character)
+{
+    const char16_t code = character.unicode();
+    return (code >= u'a' && code <= u'z') || (code >= u'A' && code <= u'Z')
+        || (code >= u'0' && code <= u'9') || code == u'-' || code == u'_';
+}
+
+/// Where a reference begins that is no variable; -1 where all are.
+qsizetype wrongVariable(QStringView text)
+{
+    for (qsizetype at = text.indexOf("%("_L1); at >= 0; at = text.indexOf("%("_L1, at + 2)) {
+        const QStringView rest = text.sliced(at + 2);
+        const auto end = std::find_if_not(rest.cbegin(), rest.cend(), isNameCharacter);
+        const qsizetype length = end - rest.cbegin();
+        if (length == 0 || !rest.sliced(length).startsWith(")s"_L1))
+            return at;
+    }
+    return -1;
+}
+
+/// The place of the first byte that is no UTF-8; a line of 0 where there is none.
+XmlPosition firstInvalidByte(const QByteArray& bytes)
+{
+    XmlPosition position;
+    qint64 number = 0;
+    for (qsizetype begin = 0; begin < bytes.size();) {
+        qsizetype end = bytes.indexOf('\n', begin);
+        end = end < 0 ? bytes.size() : end;
+        const QByteArrayView line = QByteArrayView(bytes).sliced(begin, end - begin);
+        ++number;
+        if (!line.isValidUtf8()) {
+            QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+            const QString text = decoder(line);
+            return {number, text.indexOf(QChar::ReplacementCharacter) + 1};
+        }
+        begin = end + 1;
+    }
+    return position;
+}
+
+/// Whether a file says that it is UTF-8, or nothing of its encoding.
+bool claimsUtf8(const QByteArray& bytes)
+{
+    static const QRegularExpression declared(
+        u"^\\x{FEFF}?<\\?xml[^>]*\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
+    constexpr qsizetype kDeclarationLength = 256;
+    const bool isWide = bytes.startsWith("\xff\xfe") || bytes.startsWith("\xfe\xff")
+        || bytes.left(4).contains('\0');
+    const QString head = QString::fromUtf8(bytes.left(kDeclarationLength));
+    const QRegularExpressionMatch match = declared.match(head);
+    return !isWide
+        && (!match.hasMatch() || match.captured(1).compare("utf-8"_L1, Qt::CaseInsensitive) == 0);
+}
+
+bool isOf(const QString& fault, const char* readersWords)
+{
+    return fault == QCoreApplication::translate("QXmlStream", readersWords);
+}
+
+bool isEncodingFault(const QString& fault)
+{
+    return isOf(fault, "Encountered incorrectly encoded content.")
+        || fault.startsWith(QCoreApplication::translate("QXmlStream", "Encoding %1 is unsupported")
+                                .section(u'%', 0, 0))
+        || fault.contains("encoding name"_L1);
+}
+
+} // namespace
+
+bool looksLikeResource(QStringView value)
+{
+    static constexpr std::array suffixes{"png"_L1,  "jpg"_L1, "jpeg"_L1, "gif"_L1, "bmp"_L1,
+                                         "webp"_L1, "svg"_L1, "mp4"_L1,  "m4v"_L1, "mov"_L1,
+                                         "webm"_L1, "mkv"_L1, "avi"_L1,  "ogv"_L1};
+    const qsizetype dot = value.lastIndexOf(u'.');
+    if (dot < 1 || value.contains(u'\n'))
+        return false;
+    const QStringView suffix = value.sliced(dot + 1);
+    return std::any_of(suffixes.cbegin(), suffixes.cend(), [suffix](QLatin1StringView known) {
+        return suffix.compare(known, Qt::CaseInsensitive) == 0;
+    });
+}
+
+AuthorControlReader::AuthorControlReader(Kind kind, const QString& path, const QByteArray& bytes,
+                                         AuthorFindings& findings)
+    : m_kind(kind)
+    , m_rootTag(kind == Kind::ControlFile ? kControlFileTag : kKeyDataFileTag)
+    , m_tipTag(kind == Kind::ControlFile ? kTipTag : kKeyDataTag)
+    , m_bytes(bytes)
+    , m_findings(findings)
+    , m_reader(bytes)
+{
+    m_file.path = path;
+    if (kind == Kind::ControlFile) {
+        QBuffer buffer;
+        buffer.setData(bytes);
+        buffer.open(QIODevice::ReadOnly);
+        m_isRecognised = FirstTag::in(buffer) == kControlFileTag;
+    }
+}
+
+AuthorControlFile AuthorControlReader::read()
+{
+    while (!m_reader.atEnd()) {
+        m_start = startOfNext(m_reader);
+        readToken();
+    }
+    checkFault();
+    for (const AuthorSuppression& suppression : std::as_const(m_suppressions))
+        m_findings.suppress(m_file.path, suppression);
+    for (const AuthorSuppression& suppression : std::as_const(m_pending))
+        m_findings.suppress(m_file.path, suppression);
+    m_file.isInUse = m_isRecognised && m_isRootSeen && !m_isRootForeign && !m_reader.hasError();
+    return std::move(m_file);
+}
+
+void AuthorControlReader::readToken()
+{
+    switch (m_reader.readNext()) {
+    case QXmlStreamReader::StartElement:
+        startElement();
+        break;
+    case QXmlStreamReader::EndElement:
+        endElement();
+        break;
+    case QXmlStreamReader::Characters:
+        if (!m_open.isEmpty())
+            m_open.last().text += m_reader.text();
+        break;
+    case QXmlStreamReader::Comment:
+        comment();
+        break;
+    default:
+        break;
+    }
+}
+
+void AuthorControlReader::startElement()
+{
+    const bool isRoot = !m_isRootSeen;
+    if (isRoot)
+        readRoot();
+    OpenElement element;
+    element.position = m_start;
+    for (AuthorSuppression& suppression : m_pending) {
+        suppression.begin = m_start;
+        m_openSuppressions.append(m_suppressions.size());
+        m_suppressions.append(suppression);
+        ++element.suppressions;
+    }
+    m_pending.clear();
+
+    const bool isTipTag = m_reader.qualifiedName() == m_tipTag;
+    const bool isTip = isTipTag && m_open.size() == 1;
+    m_directory = m_rootDirectory;
+    if (isTip)
+        readTip();
+    else if (isTipTag && !isRoot && !m_isRootForeign && m_kind == Kind::ControlFile)
+        add(m_start, u"tip-nested", u"This tip is not found: it is no child of the root."_s);
+    if (!m_isRootForeign)
+        checkAttributes(isTip);
+    m_open.append(element);
+    if (m_open.size() > kMaxDepth && !m_isTooDeep) {
+        m_isTooDeep = true;
+        add(m_start, u"xml-depth", u"The elements are nested deeper than %1."_s.arg(kMaxDepth));
+    }
+}
+
+void AuthorControlReader::endElement()
+{
+    // What stands behind the last element of its parent has none to switch off.
+    for (const AuthorSuppression& suppression : std::as_const(m_pending))
+        m_suppressions.append(suppression);
+    m_pending.clear();
+    const OpenElement element = m_open.takeLast();
+    if (!m_isRootForeign)
+        checkText(element);
+    for (int i = 0; i < element.suppressions; ++i)
+        m_suppressions[m_openSuppressions.takeLast()].end = positionIn(m_reader);
+}
+
+void AuthorControlReader::comment()
+{
+    AuthorSuppression suppression;
+    suppression.rules = suppressedRules(m_reader.text().toString());
+    if (suppression.rules.isEmpty())
+        return;
+    suppression.lastLine = m_reader.lineNumber();
+    suppression.firstLine = suppression.lastLine - m_reader.text().count(u'\n');
+    const XmlPosition position{suppression.firstLine, 1};
+    for (const QString& rule : std::as_const(suppression.rules)) {
+        if (!AuthorRules::find(rule))
+            add(position, u"settings-broken", u"There is no rule \"%1\"."_s.arg(rule));
+    }
+    m_pending.append(suppression);
+}
+
+/// The reader passes over the white space before the root without a word.
+void AuthorControlReader::readRoot()
+{
+    m_isRootSeen = true;
+    m_rootName = m_reader.qualifiedName().toString();
+    const XmlPosition end = positionIn(m_reader);
+    m_start = end;
+    for (qint64 number = end.line; number > 0; --number) {
+        const QString text = QString::fromUtf8(line(number));
+        const qsizetype from = number == end.line ? qMin(end.column, text.size()) : text.size();
+        const qsizetype at = text.left(from).lastIndexOf(u'<' + m_rootName);
+        if (at >= 0) {
+            m_start = {number, at + 1};
+            break;
+        }
+    }
+    m_file.rootPosition = m_start;
+    checkRoot();
+}
+
+void AuthorControlReader::checkRoot()
+{
+    const bool isRight = m_rootName == m_rootTag;
+    const bool isPrefixed = !isRight && m_reader.name() == m_rootTag;
+    m_isRootForeign = !isRight && !(isPrefixed && m_kind == Kind::ControlFile);
+    if (m_isRootForeign) {
+        add(m_start, u"root-foreign",
+            u"The root is <%1>, not <%2>, so that nothing in the file is found."_s.arg(m_rootName,
+                                                                                       m_rootTag));
+        return;
+    }
+    if (isPrefixed || !m_isRecognised) {
+        m_isRecognised = false;
+        add(m_start, u"file-ignored",
+            u"The library does not recognise the file: %1."_s.arg(unrecognised()),
+            u"Begin the file with <%1 and an attribute or the bracket on the same line."_s.arg(
+                m_rootTag));
+    }
+    if (m_kind != Kind::ControlFile)
+        return;
+    static const QRegularExpression separators(u"[,;\\s]+"_s);
+    const QXmlStreamAttributes attributes = m_reader.attributes();
+    m_file.locale = attributes.value(localeAttribute()).toString();
+    m_file.search =
+        attributes.value(searchAttribute()).toString().split(separators, Qt::SkipEmptyParts);
+    m_rootDirectory = attributes.value(resourcesAttribute()).toString();
+    checkLocale();
+}
+
+/// Why the library does not recognise the file, though its root is the right one.
+QString AuthorControlReader::unrecognised() const
+{
+    if (m_rootName.contains(u':'))
+        return u"its root has a prefix"_s;
+    const QByteArray first = line(m_start.line);
+    const QString behind = QString::fromUtf8(first).mid(m_start.column + m_rootName.size());
+    if (behind.trimmed().isEmpty())
+        return u"the root's tag is broken over lines directly behind its name"_s;
+    QBuffer buffer;
+    buffer.setData(m_bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return u"another tag stands before the root, in line %1"_s.arg(FirstTag::placeIn(buffer).line);
+}
+
+void AuthorControlReader::checkLocale()
+{
+    const QString name = m_file.locale;
+    if (name.isEmpty() || name == "C"_L1)
+        return;
+    const QLocale locale(name);
+    const XmlPosition position = positionOf(localeAttribute());
+    if (locale.language() == QLocale::C) {
+        add(position, u"locale-unknown", u"There is no locale \"%1\"."_s.arg(name));
+        return;
+    }
+    static const QRegularExpression separators(u"[-_.@]"_s);
+    const QStringList parts = name.split(separators);
+    const QString territory = parts.size() > 1 ? parts.constLast() : QString();
+    constexpr qsizetype kScriptLength = 4;
+    if (territory.size() == kScriptLength || territory.isEmpty())
+        return;
+    const QString meant = locale.name().section(u'_', -1);
+    if (meant.compare(territory, Qt::CaseInsensitive) != 0)
+        add(position, u"locale-unknown",
+            u"\"%1\" is taken for \"%2\": there is no such territory for the language."_s.arg(
+                name, locale.name()));
+}
+
+void AuthorControlReader::readTip()
+{
+    if (m_isRootForeign)
+        return;
+    if (m_kind == Kind::KeyData) {
+        readKey("name"_L1);
+        return;
+    }
+    readKey("key"_L1);
+    const QXmlStreamAttributes attributes = m_reader.attributes();
+    if (attributes.hasAttribute(resourcesAttribute()))
+        m_directory = attributes.value(resourcesAttribute()).toString();
+    const QStringView title = attributes.value(titleAttribute());
+    if (title.size() > kMaxTitleLength)
+        add(positionOf(titleAttribute()), u"text-overlong",
+            u"The title has %1 characters, more than %2."_s.arg(title.size()).arg(kMaxTitleLength));
+}
+
+void AuthorControlReader::readKey(QLatin1StringView attribute)
+{
+    const QXmlStreamAttributes attributes = m_reader.attributes();
+    if (!attributes.hasAttribute(attribute)) {
+        add(m_start, u"key-missing",
+            u"There is no attribute \"%1\" in <%2>."_s.arg(attribute, m_tipTag));
+        return;
+    }
+    const QString key = attributes.value(attribute).toString();
+    if (key.trimmed() != key || key.isEmpty())
+        add(positionOf(attribute), u"key-blank",
+            key.trimmed().isEmpty() ? u"The key is empty."_s
+                                    : u"The key \"%1\" has white space around it."_s.arg(key));
+    qint64& line = m_lineOfKey[key];
+    if (line > 0) {
+        add(m_start, u"key-twice",
+            u"The key \"%1\" stands in line %2 too, so that neither is found."_s.arg(
+                key, QString::number(line)));
+        return;
+    }
+    line = m_start.line;
+    m_file.tips.append({key, m_start});
+}
+
+void AuthorControlReader::checkAttributes(bool isTip)
+{
+    const QXmlStreamAttributes attributes = m_reader.attributes();
+    for (const QXmlStreamAttribute& attribute : attributes)
+        checkAttribute(attribute, isTip);
+    const bool namesScenes = m_kind == Kind::ControlFile && (isTip || m_open.isEmpty());
+    if (!namesScenes)
+        return;
+    for (const QString& name : {uiAttribute(), simpleUiAttribute()}) {
+        const QStringView scene = attributes.value(name);
+        if (!scene.isEmpty())
+            m_file.scenes.append({scene.toString(), m_start});
+    }
+}
+
+void AuthorControlReader::checkAttribute(const QXmlStreamAttribute& attribute, bool isTip)
+{
+    const QStringView name = attribute.qualifiedName();
+    const QStringView value = attribute.value();
+    if (isTip && (name == locationAttribute() || name == packageNameAttribute()))
+        add(positionOf(name.toString()), u"attribute-reserved",
+            u"The library writes \"%1\" itself, over what stands here."_s.arg(name));
+    const bool isKey = isTip && (name == keyAttribute() || name == nameAttribute());
+    if (!isKey && wrongVariable(value) >= 0)
+        add(positionOf(name.toString()), u"variable-syntax",
+            u"In \"%1\" a \"%(\" begins no variable."_s.arg(name));
+    if (!isKey && looksLikeResource(value))
+        m_file.references.append({value.toString(), positionOf(name.toString()), m_directory});
+}
+
+void AuthorControlReader::checkText(const OpenElement& element)
+{
+    const QString& text = element.text;
+    if (text.size() > kMaxTextLength) {
+        const qsizetype length = text.simplified().size();
+        if (length > kMaxTextLength)
+            add(element.position, u"text-overlong",
+                u"The text has %1 characters, more than %2."_s.arg(length).arg(kMaxTextLength));
+    }
+    const qsizetype at = wrongVariable(text);
+    if (at < 0)
+        return;
+    // Good to the line where the element's text is all before its first child.
+    XmlPosition position = element.position;
+    const qsizetype breaks = QStringView(text).left(at).count(u'\n');
+    if (breaks > 0)
+        position = {position.line + breaks, at - text.lastIndexOf(u'\n', at - 1)};
+    add(position, u"variable-syntax", u"A \"%(\" begins no variable."_s);
+}
+
+void AuthorControlReader::checkFault()
+{
+    const XmlPosition wrongByte =
+        m_bytes.isValidUtf8() || !claimsUtf8(m_bytes) ? XmlPosition() : firstInvalidByte(m_bytes);
+    if (wrongByte.line > 0) {
+        add(wrongByte, u"xml-encoding", u"A byte does not fit the encoding UTF-8."_s);
+        return;
+    }
+    if (!m_reader.hasError())
+        return;
+    const QString fault = m_reader.errorString();
+    XmlPosition position = positionIn(m_reader);
+    position.column = qMax<qint64>(position.column, 1);
+    if (isEncodingFault(fault)) {
+        add(position, u"xml-encoding", fault);
+        return;
+    }
+    if (m_isRootSeen && m_open.isEmpty()) {
+        add(position, u"xml-after-root", u"The file goes on behind the end of its root."_s);
+        return;
+    }
+    const QString text = QString::fromUtf8(line(position.line));
+    const bool isAmpersand = text.mid(position.column - 2, 1) == "&"_L1;
+    add(position, u"xml-broken", fault, isAmpersand ? u"\"&\" is written \"&amp;\"."_s : QString());
+}
+
+/// Where an attribute of the present tag stands; where the tag does, if that cannot be told.
+XmlPosition AuthorControlReader::positionOf(const QString& attribute) const
+{
+    // A tag of more lines than that is not written by hand.
+    constexpr qint64 kMaxLines = 200;
+    const qint64 last = qMin(m_reader.lineNumber(), m_start.line + kMaxLines);
+    for (qint64 number = m_start.line; number <= last; ++number) {
+        const QString text = QString::fromUtf8(line(number));
+        const qsizetype from = number == m_start.line ? m_start.column : 0;
+        for (qsizetype at = text.indexOf(attribute, from); at >= 0;
+             at = text.indexOf(attribute, at + 1)) {
+            const bool beginsWord = at == 0 || text.at(at - 1).isSpace();
+            const QString behind = text.mid(at + attribute.size()).trimmed();
+            if (beginsWord && (behind.startsWith(u'=') || behind.isEmpty()))
+                return {number, at + 1};
+        }
+    }
+    return m_start;
+}
+
+QByteArray AuthorControlReader::line(qint64 number) const
+{
+    if (m_lineStarts.isEmpty()) {
+        m_lineStarts.append(0);
+        for (qsizetype at = m_bytes.indexOf('\n'); at >= 0; at = m_bytes.indexOf('\n', at + 1))
+            m_lineStarts.append(at + 1);
+    }
+    if (number < 1 || number > m_lineStarts.size())
+        return QByteArray();
+    const qsizetype begin = m_lineStarts.at(number - 1);
+    const qsizetype end =
+        number < m_lineStarts.size() ? m_lineStarts.at(number) - 1 : m_bytes.size();
+    // A line without end is not looked through as a whole.
+    constexpr qsizetype kMaxLength = 4096;
+    return m_bytes.mid(begin, qMin(end - begin, kMaxLength));
+}
+
+void AuthorControlReader::add(XmlPosition position, const char16_t* rule, const QString& message,
+                              const QString& help)
+{
+    m_findings.add(m_file.path, position, QString::fromUtf16(rule), message, help);
+}
+
+} // namespace Vidlets

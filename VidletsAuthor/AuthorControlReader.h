@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef AUTHORCONTROLREADER_H
+#define AUTHORCONTROLREADER_H
+
+#include "AuthorControlFile.h"
+
+#include <QByteArray>
+#include <QHash>
+#include <QXmlStreamReader>
+
+namespace Vidlets {
+
+/**
+ * Reads a control file or key data file in one pass and applies the rules that need no other file.
+ *
+ * For one file each.
+ */
+class AuthorControlReader
+{
+public:
+    enum class Kind {
+        ControlFile,
+        KeyData
+    };
+
+    /// @p bytes is the content of the file @p path and has to stay.
+    AuthorControlReader(Kind kind, const QString& path, const QByteArray& bytes,
+                        AuthorFindings& findings);
+
+    AuthorControlFile read();
+
+private:
+    struct OpenElement
+    {
+        /// Its own text.
+        QString text;
+        XmlPosition position;
+        /// How many suppressions are open for it.
+        int suppressions = 0;
+    };
+
+    void readToken();
+    void startElement();
+    void endElement();
+    void comment();
+    void readRoot();
+    void checkRoot();
+    void readTip();
+    void readKey(QLatin1StringView attribute);
+    void checkLocale();
+    void checkAttributes(bool isTip);
+    void checkAttribute(const QXmlStreamAttribute& attribute, bool isTip);
+    void checkText(const OpenElement& element);
+    void checkFault();
+    QString unrecognised() const;
+
+    XmlPosition positionOf(const QString& attribute) const;
+    QByteArray line(qint64 number) const;
+    void add(XmlPosition position, const char16_t* rule, const QString& message,
+             const QString& help = QString());
+
+    const Kind m_kind;
+    const QLatin1StringView m_rootTag;
+    const QLatin1StringView m_tipTag;
+    const QByteArray& m_bytes;
+    AuthorFindings& m_findings;
+    QXmlStreamReader m_reader;
+    AuthorControlFile m_file;
+    QList<OpenElement> m_open;
+    QList<AuthorSuppression> m_pending;
+    QList<AuthorSuppression> m_suppressions;
+    /// The numbers of those whose element is open, the innermost last.
+    QList<qsizetype> m_openSuppressions;
+    QHash<QString, qint64> m_lineOfKey;
+    /// Where the present token begins.
+    XmlPosition m_start;
+    QString m_directory;
+    QString m_rootDirectory;
+    QString m_rootName;
+    bool m_isRecognised = true;
+    bool m_isRootSeen = false;
+    bool m_isRootForeign = false;
+    bool m_isTooDeep = false;
+    mutable QList<qsizetype> m_lineStarts;
+};
+
+} // namespace Vidlets
+
+#endif

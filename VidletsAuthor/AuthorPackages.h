@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef AUTHORPACKAGES_H
+#define AUTHORPACKAGES_H
+
+#include "AuthorFinding.h"
+
+namespace Vidlets {
+
+/// A package on disk.
+struct AuthorPackage
+{
+    /// As the author has spelled it.
+    QString path;
+    QString canonicalPath;
+    QString name;
+    /// The place of its data path among all; a later one goes before an earlier one.
+    int dataPath = 0;
+    /// The paths of the files that may be control files: regular ones that end in ".xml".
+    QStringList candidates;
+};
+
+/**
+ * What the paths on a command line lead to.
+ *
+ * A path is a package, a data path or a key data file. Finds what the rules for packages find on
+ * the way, but for those that look into files.
+ */
+class AuthorPackages
+{
+public:
+    explicit AuthorPackages(AuthorFindings& findings);
+
+    /// Adds what @p path leads to. False, with the @p reason as a sentence, where there is nothing.
+    bool add(const QString& path, QString& reason);
+
+    /// Reports the names that stand in several data paths; to be called when all is added.
+    void reportShadowed();
+
+    const QList<AuthorPackage>& packages() const
+    {
+        return m_packages;
+    }
+    const QStringList& keyDataFiles() const
+    {
+        return m_keyDataFiles;
+    }
+    /// Returns the package that the file or directory @p path belongs to, null if to none.
+    const AuthorPackage* packageOf(const QString& path) const;
+    /// Returns the packages named @p name, in the order in which scenes and resources are searched.
+    QList<const AuthorPackage*> named(const QString& name) const;
+    /// Returns whether a package of that name lies beside those that were added.
+    bool isNeighbour(const QString& name) const;
+
+private:
+    void addDataPath(const QString& path);
+    void addPackage(const QString& path, const QString& dataPath);
+    void listControlDirectory(AuthorPackage& package);
+    void checkEntry(const QString& dataPath, const QString& name);
+    void ignored(const QString& path, const QString& reason);
+
+    AuthorFindings& m_findings;
+    QList<AuthorPackage> m_packages;
+    /// The canonical paths, in order.
+    QStringList m_dataPaths;
+    QStringList m_keyDataFiles;
+};
+
+} // namespace Vidlets
+
+#endif

@@ -1,0 +1,76 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef AUTHORSCENETEXT_H
+#define AUTHORSCENETEXT_H
+
+#include "AuthorFinding.h"
+
+namespace Vidlets {
+
+/// A string in a scene.
+struct AuthorLiteral
+{
+    /// As written, without the quotation marks.
+    QString text;
+    XmlPosition position;
+};
+
+/**
+ * The strings and comments of a QML or JavaScript file, told apart without a grammar.
+ *
+ * What it reads need be no valid program: it always comes to an end, in time that grows with the
+ * length of the text.
+ */
+class AuthorSceneText
+{
+public:
+    explicit AuthorSceneText(const QString& text);
+
+    const QList<AuthorLiteral>& literals() const
+    {
+        return m_literals;
+    }
+    /// The comments that switch rules off, each with the statement or object behind it.
+    const QList<AuthorSuppression>& suppressions() const
+    {
+        return m_suppressions;
+    }
+
+private:
+    /// A suppression whose statement is being read.
+    struct OpenStatement
+    {
+        qsizetype suppression;
+        int depth;
+    };
+
+    void readNext();
+    void readString(QChar quote);
+    void readPattern();
+    void readComment(qsizetype end, qsizetype textEnd);
+    void readCode(QChar character);
+    void beginToken();
+    void endStatements(int depth);
+    void advance();
+    void skipTo(qsizetype end);
+    bool mayBeginPattern() const;
+    bool isContinued() const;
+
+    const QString& m_text;
+    qsizetype m_at = 0;
+    XmlPosition m_position{1, 1};
+    /// Where the character before the present one stands.
+    XmlPosition m_last{1, 1};
+    int m_depth = 0;
+    /// The last character that is neither white space nor in a comment; null at the start.
+    QChar m_significant;
+    QList<AuthorLiteral> m_literals;
+    QList<AuthorSuppression> m_suppressions;
+    QList<qsizetype> m_pending;
+    QList<OpenStatement> m_open;
+};
+
+} // namespace Vidlets
+
+#endif

@@ -1,0 +1,141 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "AuthorSettings.h"
+
+#include "AuthorFiles.h"
+#include "AuthorRules.h"
+
+#include <QFileInfo>
+
+#define TOML_EXCEPTIONS 0
+#define TOML_HEADER_ONLY 1
+#include <string_view>
+
+#include <toml++/toml.h>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+namespace {
+
+constexpr qint64 kMaxSettingsBytes = qint64(1024) * 1024;
+
+QString text(std::string_view view)
+{
+    return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
+}
+
+XmlPosition placeOf(const toml::source_position& position)
+{
+    return {static_cast<qint64>(position.line), static_cast<qint64>(position.column)};
+}
+
+/// Reads the tables of one file.
+class SettingsReader
+{
+public:
+    SettingsReader(const QString& file, AuthorFindings& findings)
+        : m_file(file)
+        , m_findings(findings)
+    {
+    }
+
+    QHash<QString, AuthorSeverity> read(const toml::table& root)
+    {
+        QHash<QString, AuthorSeverity> rules;
+        for (const auto& [key, node] : root) {
+            const toml::table* table = node.as_table();
+            if (key.str() != "rules" || !table)
+                report(key, u"There is no setting \"%1\"."_s.arg(text(key.str())));
+            else
+                readRules(*table, rules);
+        }
+        return rules;
+    }
+
+private:
+    void readRules(const toml::table& table, QHash<QString, AuthorSeverity>& rules)
+    {
+        for (const auto& [key, node] : table) {
+            const QString rule = text(key.str());
+            const auto name = node.value<std::string_view>();
+            const auto severity = name ? severityNamed(text(*name)) : std::nullopt;
+            if (!AuthorRules::find(rule))
+                report(key, u"There is no rule \"%1\"."_s.arg(rule));
+            else if (!severity)
+                report(key,
+                       u"\"%1\" is not \"error\", \"warning\", \"note\" or \"off\"."_s.arg(rule));
+            else
+                rules.insert(rule, *severity);
+        }
+    }
+
+    void report(const toml::key& key, const QString& message)
+    {
+        m_findings.add(m_file, placeOf(key.source().begin), u"settings-broken"_s, message);
+    }
+
+    const QString& m_file;
+    AuthorFindings& m_findings;
+};
+
+} // namespace
+
+QString AuthorSettings::fileName()
+{
+    return u".vidletscheck.toml"_s;
+}
+
+void AuthorSettings::loadPackage(const QString& package, AuthorFindings& findings)
+{
+    const QString file = package + u'/' + fileName();
+    const QFileInfo info(file);
+    if (!info.exists() && !info.isSymLink())
+        return;
+    QString reason;
+    const auto content = AuthorFiles::read(file, reason, kMaxSettingsBytes);
+    if (!content) {
+        findings.add(file, {}, u"settings-broken"_s,
+                     u"The settings are not followed: %1."_s.arg(reason));
+        return;
+    }
+    const toml::parse_result result = toml::parse(
+        std::string_view(content->constData(), static_cast<std::size_t>(content->size())));
+    if (!result) {
+        const toml::parse_error& error = result.error();
+        findings.add(file, placeOf(error.source().begin), u"settings-broken"_s,
+                     u"The settings are not followed: %1."_s.arg(text(error.description())));
+        return;
+    }
+    m_packages.insert(package, SettingsReader(file, findings).read(result.table()));
+}
+
+bool AuthorSettings::set(const QString& assignment, QString& reason)
+{
+    const QString rule = assignment.section(u'=', 0, 0);
+    const auto severity = severityNamed(assignment.section(u'=', 1));
+    if (!AuthorRules::find(rule)) {
+        reason = u"There is no rule \"%1\"."_s.arg(rule);
+        return false;
+    }
+    if (!severity) {
+        reason = u"\"%1\" does not say RULE=error, warning, note or off."_s.arg(assignment);
+        return false;
+    }
+    m_overall.insert(rule, *severity);
+    return true;
+}
+
+AuthorSeverity AuthorSettings::severity(const QString& rule, const QString& package) const
+{
+    const auto overall = m_overall.constFind(rule);
+    if (overall != m_overall.cend())
+        return *overall;
+    const AuthorRule* known = AuthorRules::find(rule);
+    const auto standard = known ? known->severity : AuthorSeverity::Error;
+    return m_packages.value(package).value(rule, standard);
+}
+
+} // namespace Vidlets

@@ -1,0 +1,30 @@
+# SPDX-FileCopyrightText: 2026 The Vidlets developers
+# SPDX-License-Identifier: MIT
+
+if(NOT VIDLETS_BUILD_TOOLS)
+  return()
+endif()
+
+foreach(
+  name
+  tst_authorcheck
+  tst_authorcontrolreader
+  tst_authorfiles
+  tst_authorfinding
+  tst_authorpackages
+  tst_authorreport
+  tst_authorresources
+  tst_authorrules
+  tst_authorscenetext
+  tst_authorsettings
+  tst_authortemplate
+  tst_authortips)
+  vidlets_add_test(NAME ${name} LIBRARIES VidletsAuthor)
+endforeach()
+
+vidlets_add_test(NAME tst_authorprogram)
+add_dependencies(tst_authorprogram vidlets)
+target_compile_definitions(tst_authorprogram PRIVATE PROGRAM="$<TARGET_FILE:vidlets>")
+
+target_compile_definitions(tst_authortemplate
+                           PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")

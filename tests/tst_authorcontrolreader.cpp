@@ -1,0 +1,198 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <VidletsAuthor/AuthorControlReader.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+/// The findings as "line:column rule".
+QStringList found(const QByteArray& bytes,
+                  AuthorControlReader::Kind kind = AuthorControlReader::Kind::ControlFile)
+{
+    AuthorFindings findings;
+    AuthorControlReader(kind, u"file.xml"_s, bytes, findings).read();
+    QStringList result;
+    const QList<AuthorFinding> left = findings.unsuppressed();
+    for (const AuthorFinding& finding : left)
+        result.append(u"%1:%2 %3"_s.arg(finding.position.line)
+                          .arg(finding.position.column)
+                          .arg(finding.rule));
+    return result;
+}
+
+} // namespace
+
+class TestAuthorControlReader : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void read_findsFaultsOfFile_data();
+    void read_findsFaultsOfFile();
+    void read_findsFaultsOfTips_data();
+    void read_findsFaultsOfTips();
+    void read_findsFaultsOfKeyData();
+    void read_tellsDepth();
+    void read_comesToEnd_whenFileIsNasty();
+    void looksLikeResource_goesBySuffix();
+};
+
+void TestAuthorControlReader::read_findsFaultsOfFile_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("nothing is wrong")
+        << QByteArray("<vidlets>\n<vidlet key=\"a\"/>\n</vidlets>\n") << u""_s;
+    QTest::newRow("ampersand") << QByteArray(
+        "<vidlets>\n<vidlet key=\"a\">x & y</vidlet>\n</vidlets>")
+                               << u"2:20 xml-broken"_s;
+    QTest::newRow("two roots") << QByteArray("<vidlets/>\n<vidlets/>") << u"2:2 xml-after-root"_s;
+    QTest::newRow("text behind the root")
+        << QByteArray("<vidlets/>\ntext") << u"2:1 xml-after-root"_s;
+    QTest::newRow("wrong byte") << QByteArray("<vidlets>\n\n  \xff\n</vidlets>")
+                                << u"3:3 xml-encoding"_s;
+    QTest::newRow("wrong byte far behind")
+        << QByteArray("<vidlets>" + QByteArray(100000, '\n') + "\xff</vidlets>")
+        << u"100001:1 xml-encoding"_s;
+    QTest::newRow("unknown encoding")
+        << QByteArray("<?xml version=\"1.0\" encoding=\"nonsense\"?><vidlets/>")
+        << u"1:44 xml-encoding"_s;
+    QTest::newRow("other root") << QByteArray("<tips a=\"1\"/>") << u"1:1 root-foreign"_s;
+    QTest::newRow("prefix") << QByteArray("<v:vidlets xmlns:v=\"u\"/>") << u"1:1 file-ignored"_s;
+    QTest::newRow("broken tag") << QByteArray("\n<vidlets\n locale=\"C\"/>")
+                                << u"2:1 file-ignored"_s;
+    QTest::newRow("comment with a tag")
+        << QByteArray("<!-- <a > -->\n<vidlets/>") << u"2:1 file-ignored"_s;
+    QTest::newRow("no key") << QByteArray("<vidlets>\n  <vidlet/>\n</vidlets>")
+                            << u"2:3 key-missing"_s;
+    QTest::newRow("blank key") << QByteArray("<vidlets>\n<vidlet key=\" a\"/>\n</vidlets>")
+                               << u"2:9 key-blank"_s;
+    QTest::newRow("key twice") << QByteArray(
+        "<vidlets>\n<vidlet key=\"a\"/>\n<vidlet key=\"a\"/></vidlets>")
+                               << u"3:1 key-twice"_s;
+    QTest::newRow("nested") << QByteArray("<vidlets><a>\n<vidlet key=\"a\"/></a></vidlets>")
+                            << u"2:1 tip-nested"_s;
+    QTest::newRow("locale without sense")
+        << QByteArray("<vidlets locale=\"german\"/>") << u"1:10 locale-unknown"_s;
+}
+
+void TestAuthorControlReader::read_findsFaultsOfFile()
+{
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QString, expected);
+
+    QCOMPARE(found(bytes).join(u"; "_s), expected);
+}
+
+void TestAuthorControlReader::read_findsFaultsOfTips_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("expected");
+
+    QTest::newRow("other territory")
+        << QByteArray("<vidlets locale=\"de_XX\"/>") << u"1:10 locale-unknown"_s;
+    QTest::newRow("language alone") << QByteArray("<vidlets locale=\"de\"/>") << u""_s;
+    QTest::newRow("territory") << QByteArray("<vidlets locale=\"de_AT\"/>") << u""_s;
+    QTest::newRow("dash") << QByteArray("<vidlets locale=\"pt-BR\"/>") << u""_s;
+    QTest::newRow("script") << QByteArray("<vidlets locale=\"zh_Hant_TW\"/>") << u""_s;
+    QTest::newRow("reserved") << QByteArray(
+        "<vidlets>\n<vidlet key=\"a\"\n  VLLocation=\"x\"/></vidlets>")
+                              << u"3:3 attribute-reserved"_s;
+    QTest::newRow("variable") << QByteArray(
+        "<vidlets><vidlet key=\"a\">\n%(a)s\n%(b)</vidlet></vidlets>")
+                              << u"3:1 variable-syntax"_s;
+    QTest::newRow("variable in attribute")
+        << QByteArray("<vidlets><vidlet key=\"a\" t=\"%(b\"/></vidlets>")
+        << u"1:26 variable-syntax"_s;
+    QTest::newRow("long text") << QByteArray("<vidlets><vidlet key=\"a\"><p>"
+                                             + QByteArray("a ").repeated(751)
+                                             + "</p></vidlet></vidlets>")
+                               << u"1:27 text-overlong"_s;
+    QTest::newRow("text with much white space")
+        << QByteArray("<vidlets><vidlet key=\"a\"><p>" + QByteArray("a  \n").repeated(750)
+                      + "</p></vidlet></vidlets>")
+        << u""_s;
+    QTest::newRow("suppressed element") << QByteArray(
+        "<vidlets>\n<!-- vidlets-check: off key-missing -->\n\n<vidlet/>\n<vidlet/></vidlets>")
+                                        << u"5:1 key-missing"_s;
+    QTest::newRow("suppressed line")
+        << QByteArray("<vidlets>\n<vidlet/> <!-- vidlets-check: off key-missing -->\n</vidlets>")
+        << u""_s;
+    QTest::newRow("suppression before an end") << QByteArray(
+        "<vidlets><a>\n<!-- vidlets-check: off key-missing --></a>\n<vidlet/></vidlets>")
+                                               << u"3:1 key-missing"_s;
+    QTest::newRow("suppression of another rule")
+        << QByteArray("<vidlets><!-- vidlets-check: off key-blank -->\n<vidlet/></vidlets>")
+        << u"2:1 key-missing"_s;
+    QTest::newRow("suppression of no rule")
+        << QByteArray("<vidlets>\n<!-- vidlets-check: off key-mising -->\n</vidlets>")
+        << u"2:1 settings-broken"_s;
+}
+
+void TestAuthorControlReader::read_findsFaultsOfTips()
+{
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QString, expected);
+
+    QCOMPARE(found(bytes).join(u"; "_s), expected);
+}
+
+void TestAuthorControlReader::read_findsFaultsOfKeyData()
+{
+    const QByteArray bytes(
+        "<vidletkeys>\n<key/>\n<key name=\"a\"/><key name=\"a\"/>\n</vidletkeys>");
+
+    const QStringList expected{u"2:1 key-missing"_s, u"3:16 key-twice"_s};
+    QCOMPARE(found(bytes, AuthorControlReader::Kind::KeyData), expected);
+    QCOMPARE(found("<vidlets/>", AuthorControlReader::Kind::KeyData),
+             QStringList{u"1:1 root-foreign"_s});
+}
+
+void TestAuthorControlReader::read_tellsDepth()
+{
+    const auto nested = [](int depth) {
+        return "<vidlets>" + QByteArray("<a>").repeated(depth - 1)
+            + QByteArray("</a>").repeated(depth - 1) + "</vidlets>";
+    };
+
+    QCOMPARE(found(nested(100)), QStringList());
+    QCOMPARE(found(nested(101)), QStringList{u"1:307 xml-depth"_s});
+}
+
+void TestAuthorControlReader::read_comesToEnd_whenFileIsNasty()
+{
+    const QByteArray open("<a>");
+    QCOMPARE(found("<vidlets>" + open.repeated(200'000)).size(), 2);
+    QVERIFY(!found(QByteArray(1'000'000, '<')).isEmpty());
+    QVERIFY(!found(QByteArray(1'000'000, '\0')).isEmpty());
+    QVERIFY(!found(QByteArray()).isEmpty());
+    const QByteArray laughs(
+        "<!DOCTYPE a [<!ENTITY a \"0123456789\"><!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;\">"
+        "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;\">"
+        "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;\">]>\n<vidlets>&e;&e;&e;&e;</vidlets>");
+    QVERIFY(!found(laughs).isEmpty());
+}
+
+void TestAuthorControlReader::looksLikeResource_goesBySuffix()
+{
+    QVERIFY(looksLikeResource(u"pen.png"));
+    QVERIFY(looksLikeResource(u"a/Pen.WEBM"));
+    QVERIFY(!looksLikeResource(u".png"));
+    QVERIFY(!looksLikeResource(u"pen.png.txt"));
+    QVERIFY(!looksLikeResource(u"pen"));
+    QVERIFY(!looksLikeResource(u""));
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorControlReader>(argc, argv);
+}
+
+#include "tst_authorcontrolreader.moc"

@@ -1,0 +1,102 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <QFileInfo>
+
+#include <VidletsAuthor/AuthorCheck.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+QList<AuthorFinding> checked(const QStringList& paths)
+{
+    AuthorCheck check;
+    QString reason;
+    for (const QString& path : paths) {
+        if (!check.add(path, reason))
+            qWarning().noquote() << reason;
+    }
+    return check.run();
+}
+
+/// The findings of one rule as "file:line".
+QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
+{
+    QStringList result;
+    for (const AuthorFinding& finding : findings) {
+        if (finding.rule == rule)
+            result.append(
+                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
+    }
+    return result;
+}
+
+} // namespace
+
+class TestAuthorPackages : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void add_takesOnePlaceOnce();
+    void reportShadowed_namesBoth_whenDataPathsDiffer();
+    void isNeighbour_knowsPackagesBesideOnes();
+    void link_isIgnored_whenPackage();
+};
+
+void TestAuthorPackages::add_takesOnePlaceOnce()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    const QString path = files.dataPath();
+
+    QCOMPARE(
+        checked({path, path + u"/."_s, path + u"/A.vidlets"_s, path + u"/A.vidlets/"_s}).size(), 0);
+}
+
+void TestAuthorPackages::reportShadowed_namesBoth_whenDataPathsDiffer()
+{
+    PackageBuilder one;
+    PackageBuilder two;
+    one.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    two.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"b"_s);
+
+    const QList<AuthorFinding> findings = checked({one.dataPath(), two.dataPath()});
+
+    QCOMPARE(places(findings, u"package-shadowed"_s), QStringList{u"A.vidlets:0"_s});
+    QVERIFY(findings.constFirst().file.startsWith(two.dataPath()));
+    QVERIFY(findings.constFirst().message.contains(one.dataPath()));
+}
+
+void TestAuthorPackages::isNeighbour_knowsPackagesBesideOnes()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets search=\"B C\"/>");
+    files.writeTip(u"B.vidlets"_s, u"b.xml"_s, u"b"_s);
+
+    const QList<AuthorFinding> findings = checked({files.path(u"A.vidlets"_s)});
+
+    QCOMPARE(findings.size(), 1);
+    QVERIFY(findings.constFirst().message.contains("\"C\""_L1));
+}
+
+void TestAuthorPackages::link_isIgnored_whenPackage()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    QVERIFY(QFile::link(files.path(u"A.vidlets"_s), files.path(u"B.vidlets"_s)));
+
+    QCOMPARE(places(checked({files.dataPath()}), u"file-ignored"_s), QStringList{u"B.vidlets:0"_s});
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorPackages>(argc, argv);
+}
+
+#include "tst_authorpackages.moc"

@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VidletsTest.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QXmlStreamReader>
+
+#include <VidletsAuthor/AuthorReport.h>
+#include <VidletsAuthor/AuthorRules.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+QList<AuthorFinding> some()
+{
+    return {
+        {u"a b/<x>&\x01.xml"_s,
+         {3, 7},
+         u"key-blank"_s,
+         AuthorSeverity::Error,
+         u"It is \"wrong\"."_s,
+         u"Mend it."_s},
+        {u"a"_s, {}, u"package-empty"_s, AuthorSeverity::Note, u"Nothing."_s, u"Add."_s},
+    };
+}
+
+} // namespace
+
+class TestAuthorReport : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void text_isOneLineForEach();
+    void json_hasAllMembers();
+    void sarif_namesRuleAndPlace();
+    void junit_isWellFormed();
+    void isFailed_leavesNotesAlone();
+};
+
+void TestAuthorReport::text_isOneLineForEach()
+{
+    QCOMPARE(AuthorReport::text(some()),
+             QByteArray("a b/<x>&\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
+                        "a: note: Nothing. Add. [package-empty]\n"));
+    QVERIFY(AuthorReport::text({}).isEmpty());
+}
+
+void TestAuthorReport::json_hasAllMembers()
+{
+    const QJsonDocument document = QJsonDocument::fromJson(AuthorReport::json(some()));
+    const QJsonArray findings = document.object().value(u"findings"_s).toArray();
+
+    QCOMPARE(findings.size(), 2);
+    const QJsonObject expected{{u"file"_s, u"a b/<x>&\x01.xml"_s},
+                               {u"line"_s, 3},
+                               {u"column"_s, 7},
+                               {u"rule"_s, u"key-blank"_s},
+                               {u"severity"_s, u"error"_s},
+                               {u"message"_s, u"It is \"wrong\"."_s},
+                               {u"help"_s, u"Mend it."_s}};
+    QCOMPARE(findings.at(0).toObject(), expected);
+    QVERIFY(
+        QJsonDocument::fromJson(AuthorReport::json({})).object().value(u"findings"_s).isArray());
+}
+
+void TestAuthorReport::sarif_namesRuleAndPlace()
+{
+    const QJsonObject log = QJsonDocument::fromJson(AuthorReport::sarif(some())).object();
+    const QJsonObject run = log.value(u"runs"_s).toArray().at(0).toObject();
+    const QJsonArray results = run.value(u"results"_s).toArray();
+    const QJsonObject result = results.at(0).toObject();
+    const QJsonObject place = result.value(u"locations"_s)
+                                  .toArray()
+                                  .at(0)
+                                  .toObject()
+                                  .value(u"physicalLocation"_s)
+                                  .toObject();
+
+    QCOMPARE(log.value(u"version"_s).toString(), u"2.1.0"_s);
+    QCOMPARE(result.value(u"level"_s).toString(), u"error"_s);
+    QCOMPARE(place.value(u"artifactLocation"_s).toObject().value(u"uri"_s).toString(),
+             u"a%20b/%3Cx%3E%26%01.xml"_s);
+    QCOMPARE(place.value(u"region"_s).toObject().value(u"startLine"_s).toInt(), 3);
+    const QJsonArray rules =
+        run.value(u"tool"_s).toObject().value(u"driver"_s).toObject().value(u"rules"_s).toArray();
+    QCOMPARE(rules.size(), AuthorRules::all().size());
+    QCOMPARE(rules.at(result.value(u"ruleIndex"_s).toInt()).toObject().value(u"id"_s).toString(),
+             u"key-blank"_s);
+}
+
+void TestAuthorReport::junit_isWellFormed()
+{
+    QXmlStreamReader reader(AuthorReport::junit(some()));
+    int cases = 0;
+    int failures = 0;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        cases += reader.isStartElement() && reader.name() == "testcase"_L1 ? 1 : 0;
+        failures += reader.isStartElement() && reader.name() == "failure"_L1 ? 1 : 0;
+    }
+
+    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+    QCOMPARE(cases, 2);
+    QCOMPARE(failures, 1);
+    QVERIFY(AuthorReport::junit({}).contains("tests=\"1\""));
+}
+
+void TestAuthorReport::isFailed_leavesNotesAlone()
+{
+    QVERIFY(AuthorReport::isFailed(some()));
+    QVERIFY(!AuthorReport::isFailed(some().mid(1)));
+    QVERIFY(!AuthorReport::isFailed({}));
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorReport>(argc, argv);
+}
+
+#include "tst_authorreport.moc"

@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <QFileInfo>
+#include <QImage>
+
+#include <VidletsAuthor/AuthorCheck.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+QList<AuthorFinding> checked(const QStringList& paths)
+{
+    AuthorCheck check;
+    QString reason;
+    for (const QString& path : paths) {
+        if (!check.add(path, reason))
+            qWarning().noquote() << reason;
+    }
+    return check.run();
+}
+
+/// The findings of one rule as "file:line".
+QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
+{
+    QStringList result;
+    for (const AuthorFinding& finding : findings) {
+        if (finding.rule == rule)
+            result.append(
+                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
+    }
+    return result;
+}
+
+} // namespace
+
+class TestAuthorResources : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void names_areFoundInScenes();
+    void names_areFoundInSearchedPackages();
+    void case_isTold_whenFolderDiffers();
+    void huge_goesByPixels();
+    void directory_isLeftAlone_whenOutsideOfPackage();
+};
+
+void TestAuthorResources::names_areFoundInScenes()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    files.write(u"A.vidlets/Resources/used.png"_s, "");
+    files.write(u"A.vidlets/Resources/unused.png"_s, "");
+    files.write(u"A.vidlets/ui/near.svg"_s, "");
+    files.write(
+        u"A.vidlets/ui/VidletUI.qml"_s,
+        "// \"comment.png\"\nItem { a: \"used.png\"; b: \"../Resources/used.png\"; c: 'near.svg'\n"
+        "d: \"gone.png\"; e: \"http://e/x.png\"; f: \"/x.png\"; g: \"This is gone.png\" }");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"resource-missing"_s), QStringList{u"VidletUI.qml:3"_s});
+    QCOMPARE(places(findings, u"resource-unused"_s), QStringList{u"unused.png:0"_s});
+    QCOMPARE(findings.size(), 2);
+}
+
+void TestAuthorResources::names_areFoundInSearchedPackages()
+{
+    PackageBuilder files;
+    files.writeControlFile(
+        u"A.vidlets"_s, u"a.xml"_s,
+        "<vidlets search=\"B\"><vidlet key=\"a\" p=\"b.png\" q=\"c.png\"/></vidlets>");
+    files.writeTip(u"B.vidlets"_s, u"b.xml"_s, u"b"_s);
+    files.write(u"B.vidlets/Resources/b.png"_s, "");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"resource-missing"_s), QStringList{u"a.xml:1"_s});
+}
+
+void TestAuthorResources::case_isTold_whenFolderDiffers()
+{
+    PackageBuilder files;
+    files.writeControlFile(
+        u"A.vidlets"_s, u"a.xml"_s,
+        "<vidlets resources=\"Pics\"><vidlet key=\"a\" p=\"in/A.png\"/></vidlets>");
+    files.write(u"A.vidlets/Pics/In/a.png"_s, "");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"resource-case"_s), QStringList{u"a.xml:1"_s});
+    QVERIFY(findings.constFirst().message.contains("Pics/In/a.png"_L1));
+}
+
+void TestAuthorResources::huge_goesByPixels()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s,
+                   "<p a=\"wide.png\" b=\"fits.png\" c=\"broken.png\"/>");
+    files.write(u"A.vidlets/Resources/broken.png"_s, "no picture");
+    QImage fits(4096, 1, QImage::Format_Mono);
+    fits.fill(0);
+    QVERIFY(fits.save(files.path(u"A.vidlets/Resources/fits.png"_s)));
+    QImage wide(4097, 1, QImage::Format_Mono);
+    wide.fill(0);
+    QVERIFY(wide.save(files.path(u"A.vidlets/Resources/wide.png"_s)));
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"resource-huge"_s), QStringList{u"wide.png:0"_s});
+}
+
+void TestAuthorResources::directory_isLeftAlone_whenOutsideOfPackage()
+{
+    PackageBuilder files;
+    files.writeControlFile(
+        u"A.vidlets"_s, u"a.xml"_s,
+        "<vidlets resources=\"../..\"><vidlet key=\"a\" p=\"a.png\"/></vidlets>");
+    files.write(u"b.png"_s, "");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"resource-unused"_s), QStringList());
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorResources>(argc, argv);
+}
+
+#include "tst_authorresources.moc"

@@ -1,0 +1,83 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <VidletsAuthor/AuthorCheck.h>
+#include <VidletsAuthor/AuthorReport.h>
+#include <VidletsAuthor/AuthorTemplate.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+class TestAuthorTemplate : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void create_makesPackageWithoutFaults();
+    void create_isFalse_whenDirectoryIsNotEmpty();
+    void create_takesEmptyDirectory();
+    void create_isFalse_whenNameIsNoPackage();
+};
+
+void TestAuthorTemplate::create_makesPackageWithoutFaults()
+{
+    PackageBuilder files;
+    const QString package = files.path(u"First.vidlets"_s);
+    QString reason;
+    QVERIFY2(AuthorTemplate::create(QStringLiteral(TEMPLATE), package, reason), qPrintable(reason));
+
+    AuthorCheck check;
+    QVERIFY(check.add(package, reason));
+    const QList<AuthorFinding> findings = check.run();
+
+    QVERIFY2(findings.isEmpty(), AuthorReport::text(findings).constData());
+    QVERIFY(QFileInfo(package + u"/ui/VidletUI.qml"_s).isWritable());
+}
+
+void TestAuthorTemplate::create_isFalse_whenDirectoryIsNotEmpty()
+{
+    PackageBuilder files;
+    files.write(u"First.vidlets/.hidden"_s, "");
+    QString reason;
+
+    QVERIFY(
+        !AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(u"First.vidlets"_s), reason));
+
+    QVERIFY(!QFileInfo::exists(files.path(u"First.vidlets/ui"_s)));
+    QVERIFY(reason.contains("not empty"_L1));
+}
+
+void TestAuthorTemplate::create_takesEmptyDirectory()
+{
+    PackageBuilder files;
+    const QString package = files.packageRoot(u"First.vidlets"_s);
+    QString reason;
+
+    QVERIFY(AuthorTemplate::create(QStringLiteral(TEMPLATE), package, reason));
+}
+
+void TestAuthorTemplate::create_isFalse_whenNameIsNoPackage()
+{
+    PackageBuilder files;
+    QString reason;
+
+    QVERIFY(!AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(u"First"_s), reason));
+    QVERIFY(!AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(u".vidlets"_s), reason));
+    files.write(u"File.vidlets"_s, "");
+    QVERIFY(
+        !AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(u"File.vidlets"_s), reason));
+    QVERIFY(!QFileInfo::exists(files.path(u"First"_s)));
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorTemplate>(argc, argv);
+}
+
+#include "tst_authortemplate.moc"

@@ -1,0 +1,132 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <QFileInfo>
+
+#include <VidletsAuthor/AuthorCheck.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+QList<AuthorFinding> checked(const QStringList& paths)
+{
+    AuthorCheck check;
+    QString reason;
+    for (const QString& path : paths) {
+        if (!check.add(path, reason))
+            qWarning().noquote() << reason;
+    }
+    return check.run();
+}
+
+/// The findings of one rule as "file:line".
+QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
+{
+    QStringList result;
+    for (const AuthorFinding& finding : findings) {
+        if (finding.rule == rule)
+            result.append(
+                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
+    }
+    return result;
+}
+
+QByteArray tips(const QByteArray& locale, const QByteArray& keys)
+{
+    QByteArray result = "<vidlets locale=\"" + locale + "\">\n";
+    for (const char key : keys)
+        result += QByteArray("<vidlet key=\"") + key + "\"/>\n";
+    return result + "</vidlets>\n";
+}
+
+} // namespace
+
+class TestAuthorTips : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void twiceAcross_namesWinner_whenDataPathsDiffer();
+    void twiceAcross_isFound_whenOneServesAll();
+    void twiceAcross_isNotFound_whenFileIsNotInUse();
+    void gap_isFilledByFileForAll();
+    void ui_isFoundInSearchedPackage();
+    void keyData_isNotCompared_whenThereIsNoPackage();
+};
+
+void TestAuthorTips::twiceAcross_namesWinner_whenDataPathsDiffer()
+{
+    PackageBuilder one;
+    PackageBuilder two;
+    one.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("de", "x"));
+    two.writeControlFile(u"B.vidlets"_s, u"b.xml"_s, tips("de_DE", "x"));
+
+    const QList<AuthorFinding> findings = checked({one.dataPath(), two.dataPath()});
+
+    QCOMPARE(places(findings, u"key-twice-across"_s), QStringList{u"a.xml:2"_s});
+    QVERIFY(findings.constFirst().message.contains(u"b.xml:2 too, which wins"_s));
+}
+
+void TestAuthorTips::twiceAcross_isFound_whenOneServesAll()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("", "x"));
+    files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s, tips("de", "x"));
+    files.writeControlFile(u"A.vidlets"_s, u"c.xml"_s, tips("fr", "y"));
+
+    QCOMPARE(places(checked({files.dataPath()}), u"key-twice-across"_s), QStringList{u"b.xml:2"_s});
+}
+
+void TestAuthorTips::twiceAcross_isNotFound_whenFileIsNotInUse()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("", "x"));
+    files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s, tips("", "x") + "<");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"key-twice-across"_s), QStringList());
+}
+
+void TestAuthorTips::gap_isFilledByFileForAll()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("de", "xyz"));
+    files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s, tips("en_US", "x"));
+    files.writeControlFile(u"A.vidlets"_s, u"c.xml"_s, tips("", "y"));
+    files.writeControlFile(u"B.vidlets"_s, u"d.xml"_s, tips("fr", "q"));
+
+    QCOMPARE(places(checked({files.dataPath()}), u"locale-gap"_s), QStringList{u"a.xml:4"_s});
+}
+
+void TestAuthorTips::ui_isFoundInSearchedPackage()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets search=\"B\" ui=\"ui/VidletUI.qml\" simple=\"ui/None.qml\"/>");
+    files.writeTip(u"B.vidlets"_s, u"b.xml"_s, u"b"_s);
+    files.writeScene(u"B.vidlets"_s);
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"ui-missing"_s), QStringList{u"a.xml:1"_s});
+    QVERIFY(findings.constFirst().message.contains("ui/None.qml"_L1));
+}
+
+void TestAuthorTips::keyData_isNotCompared_whenThereIsNoPackage()
+{
+    PackageBuilder files;
+    const QString keys = files.write(u"keys.xml"_s, "<vidletkeys><key name=\"a\"/></vidletkeys>");
+
+    QCOMPARE(checked({keys}).size(), 0);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorTips>(argc, argv);
+}
+
+#include "tst_authortips.moc"

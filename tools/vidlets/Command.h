@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef COMMAND_H
+#define COMMAND_H
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+class QCommandLineParser;
+
+/// What the subcommands of the program have in common.
+namespace Command {
+
+/// The exit codes; notes alone are no fault.
+enum ExitCode {
+    Fine = 0,
+    Found = 1,
+    WrongUse = 2
+};
+
+void print(const QByteArray& text);
+/// Says on standard error why the command is not carried out.
+ExitCode wrongUse(const QString& reason);
+
+/**
+ * Reads the arguments of the subcommand @p name, which come without it.
+ *
+ * @return Whether the subcommand has to go on; else @p code is what the program ends with.
+ */
+bool parse(QCommandLineParser& parser, const QString& name, const QStringList& arguments,
+           ExitCode& code);
+
+} // namespace Command
+
+/// "vidlets check".
+Command::ExitCode runCheck(const QStringList& arguments);
+/// "vidlets new".
+Command::ExitCode runNew(const QStringList& arguments);
+
+#endif

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "Command.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QRegularExpression>
+
+#include <array>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace Command {
+
+void print(const QByteArray& text)
+{
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stdout);
+    std::fflush(stdout);
+}
+
+ExitCode wrongUse(const QString& reason)
+{
+    const QByteArray line = "vidlets: " + reason.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    return WrongUse;
+}
+
+bool parse(QCommandLineParser& parser, const QString& name, const QStringList& arguments,
+           ExitCode& code)
+{
+    const QCommandLineOption help({u"h"_s, u"help"_s}, u"Shows this help."_s);
+    parser.addOption(help);
+    const bool isParsed = parser.parse(QStringList{u"vidlets "_s + name} + arguments);
+    if (!isParsed) {
+        code = wrongUse(parser.errorText());
+        return false;
+    }
+    if (!parser.isSet(help))
+        return true;
+    // The parser names the program alone.
+    QString text = parser.helpText();
+    const qsizetype end = text.indexOf(u'\n');
+    text.replace(0, end,
+                 text.left(end).replace(QRegularExpression(u"^Usage: \\S+"_s),
+                                        u"Usage: vidlets %1"_s.arg(name)));
+    print(text.toUtf8());
+    code = Fine;
+    return false;
+}
+
+} // namespace Command
+
+namespace {
+
+struct Subcommand
+{
+    QLatin1StringView name;
+    QLatin1StringView summary;
+    Command::ExitCode (*run)(const QStringList& arguments);
+};
+
+constexpr std::array kSubcommands{
+    Subcommand{"check"_L1, "looks for faults in packages"_L1, runCheck},
+    Subcommand{"new"_L1, "makes a package that works at once"_L1, runNew},
+};
+
+QByteArray help()
+{
+    QString text = u"Usage: vidlets COMMAND [options]\n\nFor authors of packages of rich tips.\n\n"
+                   "Commands:\n"_s;
+    for (const Subcommand& command : kSubcommands)
+        text += u"  %1  %2\n"_s.arg(QString(command.name).leftJustified(8), command.summary);
+    text +=
+        u"\nOptions:\n  -h, --help     Shows this help.\n  -v, --version  Shows the version.\n\n"
+        "\"vidlets COMMAND --help\" tells more of a command.\n"_s;
+    return text.toUtf8();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QStringList arguments = QCoreApplication::arguments().mid(1);
+    if (arguments.isEmpty())
+        return Command::wrongUse(u"Which command? \"vidlets --help\" lists them."_s);
+    const QString name = arguments.takeFirst();
+    if (name == "--help"_L1 || name == "-h"_L1 || name == "help"_L1) {
+        Command::print(help());
+        return Command::Fine;
+    }
+    if (name == "--version"_L1 || name == "-v"_L1) {
+        Command::print("vidlets " VIDLETS_VERSION "\n");
+        return Command::Fine;
+    }
+    for (const Subcommand& command : kSubcommands) {
+        if (command.name == name)
+            return command.run(arguments);
+    }
+    return Command::wrongUse(
+        u"There is no command \"%1\". \"vidlets --help\" lists them."_s.arg(name));
+}

@@ -1,0 +1,88 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+import QtQuick
+import com.larkspan.vidlets.qml 1.0
+
+// The tip: title and shortcut, paragraphs, a picture and a clip. The size of this item is the size of
+// the popup.
+Item {
+    id: root
+
+    // The names come from outside this file, so qmllint cannot know them.
+    readonly property var tip: vidlet // qmllint disable unqualified
+    readonly property var view: vidletView // qmllint disable unqualified
+
+    readonly property var pictureElement: tip ? tip.childElement("picture") : null
+    readonly property var clipElement: tip ? tip.childElement("clip") : null
+    readonly property int margin: view.getScaledSize(12)
+
+    width: column.width + 2 * margin
+    height: column.height + 2 * margin
+
+    // The translation of a text, or the text itself where there is none.
+    function translated(text) {
+        const source = text.trim().replace(/\s+/g, " ");
+        return source === "" ? "" : view.translate(source, "VidletUI") || source;
+    }
+
+    function heading() {
+        const title = tip ? translated(tip.attribute("title")) : "";
+        const shortcut = tip ? tip.attribute("shortcut") : "";
+        return shortcut === "" ? title : title + " (" + shortcut + ")";
+    }
+
+    function paragraphs() {
+        const elements = tip ? tip.childElementList("p") : [];
+        return elements.map(p => p ? view.interpolate(translated(p.content)) : "").join("\n\n");
+    }
+
+    // A resource that no package has is answered with the name of the directory alone.
+    function urlOf(name) {
+        const path = view.findResource(name);
+        if (name === "" || !path.endsWith("/" + name)) {
+            return "";
+        }
+        return (path.startsWith("/") ? "file://" : "file:///")
+            + path.split("/").map(encodeURIComponent).join("/").replace("%3A", ":");
+    }
+
+    VLStyledRectangle {
+        id: background
+        anchors.fill: parent
+    }
+
+    Column {
+        id: column
+        x: root.margin
+        y: root.margin
+        width: root.view.getScaledSize(320)
+        spacing: root.view.getScaledSize(6)
+
+        Text {
+            width: parent.width
+            color: background.textColor
+            font.bold: true
+            wrapMode: Text.Wrap
+            text: root.heading()
+        }
+
+        Text {
+            width: parent.width
+            color: background.textColor
+            wrapMode: Text.Wrap
+            text: root.paragraphs()
+        }
+
+        Image {
+            visible: source != ""
+            source: root.urlOf(root.pictureElement ? root.pictureElement.attribute("source") : "")
+        }
+
+        VideoPlayer {
+            width: parent.width
+            source: root.clipElement ? root.clipElement.attribute("source") : ""
+            loop: true
+        }
+    }
+}
