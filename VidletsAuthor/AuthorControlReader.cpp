@@ -3,6 +3,7 @@
 
 #include "AuthorControlReader.h"
 
+#include "AuthorFiles.h"
 #include "AuthorRules.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLFirstTag.h>
@@ -11,7 +12,6 @@
 #include <QCoreApplication>
 #include <QLocale>
 #include <QRegularExpression>
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
@@ -62,26 +62,6 @@ qsizetype wrongVariable(QStringView text)
             return at;
     }
     return -1;
-}
-
-/// The place of the first byte that is no UTF-8; a line of 0 where there is none.
-XmlPosition firstInvalidByte(const QByteArray& bytes)
-{
-    XmlPosition position;
-    qint64 number = 0;
-    for (qsizetype begin = 0; begin < bytes.size();) {
-        qsizetype end = bytes.indexOf('\n', begin);
-        end = end < 0 ? bytes.size() : end;
-        const QByteArrayView line = QByteArrayView(bytes).sliced(begin, end - begin);
-        ++number;
-        if (!line.isValidUtf8()) {
-            QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-            const QString text = decoder(line);
-            return {number, text.indexOf(QChar::ReplacementCharacter) + 1};
-        }
-        begin = end + 1;
-    }
-    return position;
 }
 
 /// Whether a file says that it is UTF-8, or nothing of its encoding.
@@ -423,8 +403,9 @@ void AuthorControlReader::checkText(const OpenElement& element)
 
 void AuthorControlReader::checkFault()
 {
-    const XmlPosition wrongByte =
-        m_bytes.isValidUtf8() || !claimsUtf8(m_bytes) ? XmlPosition() : firstInvalidByte(m_bytes);
+    const XmlPosition wrongByte = m_bytes.isValidUtf8() || !claimsUtf8(m_bytes)
+        ? XmlPosition()
+        : AuthorFiles::firstInvalidByte(m_bytes);
     if (wrongByte.line > 0) {
         add(wrongByte, u"xml-encoding", u"A byte does not fit the encoding UTF-8."_s);
         return;
@@ -439,12 +420,27 @@ void AuthorControlReader::checkFault()
         return;
     }
     if (m_isRootSeen && m_open.isEmpty()) {
-        add(position, u"xml-after-root", u"The file goes on behind the end of its root."_s);
+        add(firstContentBehindRoot(), u"xml-after-root",
+            u"The file goes on behind the end of its root."_s);
         return;
     }
     const QString text = QString::fromUtf8(line(position.line));
     const bool isAmpersand = text.mid(position.column - 2, 1) == "&"_L1;
     add(position, u"xml-broken", fault, isAmpersand ? u"\"&\" is written \"&amp;\"."_s : QString());
+}
+
+/// The reader tells the end of what it has met there, and the token before ends with the root.
+XmlPosition AuthorControlReader::firstContentBehindRoot() const
+{
+    for (qint64 number = m_start.line; number <= m_reader.lineNumber(); ++number) {
+        const QString text = QString::fromUtf8(line(number));
+        for (qsizetype at = number == m_start.line ? m_start.column - 1 : 0; at < text.size();
+             ++at) {
+            if (!text.at(at).isSpace())
+                return {number, at + 1};
+        }
+    }
+    return m_start;
 }
 
 /// Where an attribute of the present tag stands; where the tag does, if that cannot be told.

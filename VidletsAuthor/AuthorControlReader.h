@@ -56,6 +56,7 @@ private:
     void checkFault();
     QString unrecognised() const;
 
+    XmlPosition firstContentBehindRoot() const;
     XmlPosition positionOf(const QString& attribute) const;
     QByteArray line(qint64 number) const;
     void add(XmlPosition position, const char16_t* rule, const QString& message,

@@ -52,10 +52,13 @@ QJsonObject sarifRule(const AuthorRule& rule)
 
 QJsonObject sarifLocation(const AuthorFinding& finding)
 {
+    // Viewers compare it with paths in a repository, which begin with no dot.
+    const bool isHere = finding.file.startsWith("./"_L1);
+    const QString file = isHere ? finding.file.mid(2) : finding.file;
     // A relative path is a relative reference, whose first part must not look like a scheme.
     const bool isAbsolute = QDir::isAbsolutePath(finding.file);
-    const QByteArray uri = isAbsolute ? QUrl::fromLocalFile(finding.file).toEncoded()
-                                      : QUrl::toPercentEncoding(finding.file, "/");
+    const QByteArray uri =
+        isAbsolute ? QUrl::fromLocalFile(file).toEncoded() : QUrl::toPercentEncoding(file, "/");
     QJsonObject location{
         {u"artifactLocation"_s, QJsonObject{{u"uri"_s, QString::fromLatin1(uri)}}}};
     if (finding.position.line > 0)

@@ -101,6 +101,13 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
                      u"The settings are not followed: %1."_s.arg(reason));
         return;
     }
+    // The parser decodes ahead of what it reads.
+    const XmlPosition wrongByte = AuthorFiles::firstInvalidByte(*content);
+    if (wrongByte.line > 0) {
+        findings.add(file, wrongByte, u"settings-broken"_s,
+                     u"The settings are not followed: a byte is no UTF-8."_s);
+        return;
+    }
     const toml::parse_result result = toml::parse(
         std::string_view(content->constData(), static_cast<std::size_t>(content->size())));
     if (!result) {

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 # `cpack -G DEB` makes two Debian packages of each library: what a host needs to run, and what it
-# needs to be built.
+# needs to be built; and one of the program for authors.
 
 set(CPACK_PACKAGE_VENDOR "The Vidlets developers")
 set(CPACK_PACKAGE_CONTACT "The Vidlets developers <vidlets@localhost>")
@@ -10,6 +10,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSES/MIT.txt")
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL runtime development host_runtime host_development)
+if(VIDLETS_BUILD_TOOLS)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_VERBATIM_VARIABLES ON)
 
@@ -18,6 +21,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS runtime)
 set(CPACK_COMPONENT_HOST_RUNTIME_DEPENDS runtime)
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime)
 set(CPACK_COMPONENT_HOST_DEVELOPMENT_DEPENDS host_runtime development)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME "libvidletssdbin${PROJECT_VERSION_MAJOR}")
@@ -42,5 +46,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Vidlets")
 
 set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_NAME libvidlets-host-dev)
 set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_SECTION libdevel)
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vidlets-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 
 include(CPack)

@@ -7,7 +7,6 @@
 #include <QProcess>
 
 using namespace Qt::StringLiterals;
-using namespace Vidlets;
 
 namespace {
 

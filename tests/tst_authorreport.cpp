@@ -46,7 +46,7 @@ private Q_SLOTS:
 void TestAuthorReport::text_isOneLineForEach()
 {
     QCOMPARE(AuthorReport::text(some()),
-             QByteArray("a b/<x>&\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
+             QByteArray("./a b/<x>&\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
                         "a: note: Nothing. Add. [package-empty]\n"));
     QVERIFY(AuthorReport::text({}).isEmpty());
 }
@@ -57,7 +57,7 @@ void TestAuthorReport::json_hasAllMembers()
     const QJsonArray findings = document.object().value(u"findings"_s).toArray();
 
     QCOMPARE(findings.size(), 2);
-    const QJsonObject expected{{u"file"_s, u"a b/<x>&\x01.xml"_s},
+    const QJsonObject expected{{u"file"_s, u"./a b/<x>&\x01.xml"_s},
                                {u"line"_s, 3},
                                {u"column"_s, 7},
                                {u"rule"_s, u"key-blank"_s},

@@ -51,7 +51,7 @@ void TestAuthorSceneText::literals_areTold_data()
     QTest::newRow("escape") << u"\"a\\\"b\""_s << QStringList{u"1:1 a\\\"b"_s};
     QTest::newRow("comments") << u"// \"a\"\n/* \"b\" */ \"c\""_s << QStringList{u"2:11 c"_s};
     QTest::newRow("template") << u"`a\nb` 'c'"_s << QStringList{u"1:1 a\nb"_s, u"2:4 c"_s};
-    QTest::newRow("pattern") << u"a.replace(/[\"/]\\//, 'c')"_s << QStringList{u"1:20 c"_s};
+    QTest::newRow("pattern") << u"a.replace(/[\"/]\\//, 'c')"_s << QStringList{u"1:21 c"_s};
     QTest::newRow("division") << u"a / b; 'c' / 2"_s << QStringList{u"1:8 c"_s};
     QTest::newRow("open string") << u"\"a\n'b'"_s << QStringList{u"1:1 a"_s, u"2:1 b"_s};
     QTest::newRow("open comment") << u"/* 'a'"_s << QStringList();

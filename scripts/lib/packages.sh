@@ -15,6 +15,8 @@ vidlets_build_packages=(
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     # Qt 6.4's CMake files for the GUI module ask for these.
     libgl-dev libvulkan-dev
+    # Reads the settings of the check for authors.
+    libtomlplusplus-dev
 )
 
 # A virtual display, and what a scene imports at run time.
