@@ -291,7 +291,7 @@ void AuthorControlReader::checkLocale()
     if (name.isEmpty() || name == "C"_L1)
         return;
     const QLocale locale(name);
-    const XmlPosition position = positionOf(localeAttribute());
+    const XmlPosition position = placeOf(localeAttribute());
     if (locale.language() == QLocale::C) {
         add(position, u"locale-unknown", u"There is no locale \"%1\"."_s.arg(name));
         return;
@@ -323,7 +323,7 @@ void AuthorControlReader::readTip()
         m_directory = attributes.value(resourcesAttribute()).toString();
     const QStringView title = attributes.value(titleAttribute());
     if (title.size() > kMaxTitleLength)
-        add(positionOf(titleAttribute()), u"text-overlong",
+        add(placeOf(titleAttribute()), u"text-overlong",
             u"The title has %1 characters, more than %2."_s.arg(title.size()).arg(kMaxTitleLength));
 }
 
@@ -337,7 +337,7 @@ void AuthorControlReader::readKey(QLatin1StringView attribute)
     }
     const QString key = attributes.value(attribute).toString();
     if (key.trimmed() != key || key.isEmpty())
-        add(positionOf(attribute), u"key-blank",
+        add(placeOf(attribute), u"key-blank",
             key.trimmed().isEmpty() ? u"The key is empty."_s
                                     : u"The key \"%1\" has white space around it."_s.arg(key));
     qint64& line = m_lineOfKey[key];
@@ -371,14 +371,14 @@ void AuthorControlReader::checkAttribute(const QXmlStreamAttribute& attribute, b
     const QStringView name = attribute.qualifiedName();
     const QStringView value = attribute.value();
     if (isTip && (name == locationAttribute() || name == packageNameAttribute()))
-        add(positionOf(name.toString()), u"attribute-reserved",
+        add(placeOf(name.toString()), u"attribute-reserved",
             u"The library writes \"%1\" itself, over what stands here."_s.arg(name));
     const bool isKey = isTip && (name == keyAttribute() || name == nameAttribute());
     if (!isKey && wrongVariable(value) >= 0)
-        add(positionOf(name.toString()), u"variable-syntax",
+        add(placeOf(name.toString()), u"variable-syntax",
             u"In \"%1\" a \"%(\" begins no variable."_s.arg(name));
     if (!isKey && looksLikeResource(value))
-        m_file.references.append({value.toString(), positionOf(name.toString()), m_directory});
+        m_file.references.append({value.toString(), placeOf(name.toString()), m_directory});
 }
 
 void AuthorControlReader::checkText(const OpenElement& element)
@@ -444,7 +444,7 @@ XmlPosition AuthorControlReader::firstContentBehindRoot() const
 }
 
 /// Where an attribute of the present tag stands; where the tag does, if that cannot be told.
-XmlPosition AuthorControlReader::positionOf(const QString& attribute) const
+XmlPosition AuthorControlReader::placeOf(const QString& attribute) const
 {
     // A tag of more lines than that is not written by hand.
     constexpr qint64 kMaxLines = 200;

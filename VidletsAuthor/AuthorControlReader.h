@@ -57,7 +57,7 @@ private:
     QString unrecognised() const;
 
     XmlPosition firstContentBehindRoot() const;
-    XmlPosition positionOf(const QString& attribute) const;
+    XmlPosition placeOf(const QString& attribute) const;
     QByteArray line(qint64 number) const;
     void add(XmlPosition position, const char16_t* rule, const QString& message,
              const QString& help = QString());

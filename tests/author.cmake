@@ -26,5 +26,7 @@ vidlets_add_test(NAME tst_authorprogram)
 add_dependencies(tst_authorprogram vidlets)
 target_compile_definitions(tst_authorprogram PRIVATE PROGRAM="$<TARGET_FILE:vidlets>")
 
-target_compile_definitions(tst_authortemplate
-                           PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
+target_compile_definitions(
+  tst_authortemplate
+  PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template"
+          WORKBENCH="${PROJECT_SOURCE_DIR}/examples/workbench/packages/Workbench.vidlets")

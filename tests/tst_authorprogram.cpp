@@ -46,7 +46,7 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
     QTest::addColumn<QStringList>("arguments");
 
     QTest::newRow("no command") << QStringList();
-    QTest::newRow("unknown command") << QStringList{u"chekc"_s};
+    QTest::newRow("unknown command") << QStringList{u"verify"_s};
     QTest::newRow("unknown option") << QStringList{u"check"_s, u"--nonsense"_s, u"."_s};
     QTest::newRow("unknown format") << QStringList{u"check"_s, u"--format"_s, u"yaml"_s, u"."_s};
     QTest::newRow("unknown rule") << QStringList{u"check"_s, u"--set"_s, u"no-rule=off"_s, u"."_s};

@@ -19,7 +19,7 @@ namespace {
 QList<AuthorFinding> some()
 {
     return {
-        {u"a b/<x>&\x01.xml"_s,
+        {u"./a b/<x>&\x01.xml"_s,
          {3, 7},
          u"key-blank"_s,
          AuthorSeverity::Error,

@@ -19,11 +19,22 @@ class TestAuthorTemplate : public VidletsTest
     Q_OBJECT
 
 private Q_SLOTS:
+    void player_isThatOfWorkbench();
     void create_makesPackageWithoutFaults();
     void create_isFalse_whenDirectoryIsNotEmpty();
     void create_takesEmptyDirectory();
     void create_isFalse_whenNameIsNoPackage();
 };
+
+void TestAuthorTemplate::player_isThatOfWorkbench()
+{
+    QFile ours(QStringLiteral(TEMPLATE "/ui/VideoPlayer.qml"));
+    QFile theirs(QStringLiteral(WORKBENCH "/ui/VideoPlayer.qml"));
+
+    QVERIFY(ours.open(QIODevice::ReadOnly));
+    QVERIFY(theirs.open(QIODevice::ReadOnly));
+    QCOMPARE(ours.readAll(), theirs.readAll());
+}
 
 void TestAuthorTemplate::create_makesPackageWithoutFaults()
 {
