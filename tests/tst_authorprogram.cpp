@@ -5,6 +5,7 @@
 #include "VidletsTest.h"
 
 #include <QProcess>
+#include <QProcessEnvironment>
 
 using namespace Qt::StringLiterals;
 
@@ -20,6 +21,10 @@ struct Outcome
 Outcome run(const QStringList& arguments)
 {
     QProcess process;
+    // What is loaded before a test for its own sake is none of the program's business.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(u"LD_PRELOAD"_s);
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(PROGRAM), arguments);
     if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
         return {};
