@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
@@ -17,65 +18,76 @@ static void loadPages()
 
 namespace Vidlets::AuthorRules {
 
+namespace {
+
+constexpr auto Error = AuthorSeverity::Error;
+constexpr auto Warning = AuthorSeverity::Warning;
+constexpr auto Note = AuthorSeverity::Note;
+
+/// In the order of their names.
+constexpr std::array kRules{
+    AuthorRule{"attribute-reserved"_L1, Warning, "an attribute that the library writes itself"_L1,
+               "Give the attribute another name."_L1},
+    AuthorRule{"file-ignored"_L1, Warning, "a file or directory that the library passes over"_L1,
+               "Move or mend it so that it is found, or take it out of the package."_L1},
+    AuthorRule{"key-blank"_L1, Warning, "a key that is empty or has white space around it"_L1,
+               "Write the key exactly as the application asks for it."_L1},
+    AuthorRule{"key-missing"_L1, Error, "a tip or record without a key"_L1,
+               "Give it the key that the application asks for."_L1},
+    AuthorRule{"key-twice"_L1, Error, "a key that stands twice in one file"_L1,
+               "Keep one of them: twice counts as not at all."_L1},
+    AuthorRule{"key-twice-across"_L1, Warning, "a key that several files have for one locale"_L1,
+               "Keep the tip in one of the files."_L1},
+    AuthorRule{"keydata-unknown-key"_L1, Warning, "key data for a key that no tip has"_L1,
+               "Mend the name, or take the record out."_L1},
+    AuthorRule{"locale-gap"_L1, Warning, "a tip that is missing in a locale of its package"_L1,
+               "Add the tip for that locale, or one to a file for all languages."_L1},
+    AuthorRule{"locale-unknown"_L1, Error, "a locale that means nothing, or another one"_L1,
+               "Write language and territory, as in \"de_DE\"."_L1},
+    AuthorRule{
+        "package-empty"_L1, Warning, "a package without a control file"_L1,
+        "Add a control file, if only <vidlets/>: without one the package does not exist."_L1},
+    AuthorRule{"package-name"_L1, Warning,
+               "a directory whose name keeps it from being a package"_L1,
+               "Name it like \"First.vidlets\", without blanks, commas and semicolons."_L1},
+    AuthorRule{"package-shadowed"_L1, Warning, "one package name in two data paths"_L1,
+               "Rename one of them, unless it is meant to go before the other."_L1},
+    AuthorRule{"resource-case"_L1, Error, "a resource whose name differs in case"_L1,
+               "Write the name as the file has it."_L1},
+    AuthorRule{"resource-huge"_L1, Warning, "a resource above 20 MB or 4096 pixels a side"_L1,
+               "Make it as large as it is shown."_L1},
+    AuthorRule{"resource-missing"_L1, Error, "a picture or clip that is not there"_L1,
+               "Add the file to the resources, or mend its name."_L1},
+    AuthorRule{"resource-unused"_L1, Note, "a picture or clip that nothing names"_L1,
+               "Take it out if no scene puts its name together."_L1},
+    AuthorRule{"root-foreign"_L1, Warning, "a file with another root"_L1,
+               "Make it the right root, or move the file elsewhere."_L1},
+    AuthorRule{"search-unknown"_L1, Warning, "\"search\" names a package that is not there"_L1,
+               "Mend the name, or check that package too."_L1},
+    AuthorRule{"settings-broken"_L1, Error, "settings of the check that cannot be followed"_L1,
+               "Mend the line; \"vidlets check --explain RULE\" tells of a rule."_L1},
+    AuthorRule{"text-overlong"_L1, Warning, "a text that no tip has room for"_L1,
+               "Say it in fewer words."_L1},
+    AuthorRule{"tip-nested"_L1, Warning, "a tip within another element"_L1,
+               "Make it a child of the root: elsewhere it is not found."_L1},
+    AuthorRule{"ui-missing"_L1, Error, "a scene named by \"ui\" or \"simple\" that is not there"_L1,
+               "Add the scene, or mend its name."_L1},
+    AuthorRule{"variable-syntax"_L1, Warning, "a variable that is not written %(name)s"_L1,
+               "Write %(name)s, with letters, digits, \"-\" and \"_\" in the name."_L1},
+    AuthorRule{"xml-after-root"_L1, Error, "content behind the end of the root"_L1,
+               "Keep everything within one root."_L1},
+    AuthorRule{"xml-broken"_L1, Error, "a file that is not well-formed"_L1, "Mend the place."_L1},
+    AuthorRule{"xml-depth"_L1, Error, "elements nested deeper than 100"_L1,
+               "Nest fewer elements."_L1},
+    AuthorRule{"xml-encoding"_L1, Error, "bytes that do not fit the encoding"_L1,
+               "Save the file as UTF-8."_L1},
+};
+
+} // namespace
+
 const QList<AuthorRule>& all()
 {
-    constexpr auto Error = AuthorSeverity::Error;
-    constexpr auto Warning = AuthorSeverity::Warning;
-    constexpr auto Note = AuthorSeverity::Note;
-    static const QList<AuthorRule> rules{
-        {"attribute-reserved"_L1, Warning, "an attribute that the library writes itself"_L1,
-         "Give the attribute another name."_L1},
-        {"file-ignored"_L1, Warning, "a file or directory that the library passes over"_L1,
-         "Move or mend it so that it is found, or take it out of the package."_L1},
-        {"key-blank"_L1, Warning, "a key that is empty or has white space around it"_L1,
-         "Write the key exactly as the application asks for it."_L1},
-        {"key-missing"_L1, Error, "a tip or record without a key"_L1,
-         "Give it the key that the application asks for."_L1},
-        {"key-twice"_L1, Error, "a key that stands twice in one file"_L1,
-         "Keep one of them: twice counts as not at all."_L1},
-        {"key-twice-across"_L1, Warning, "a key that several files have for one locale"_L1,
-         "Keep the tip in one of the files."_L1},
-        {"keydata-unknown-key"_L1, Warning, "key data for a key that no tip has"_L1,
-         "Mend the name, or take the record out."_L1},
-        {"locale-gap"_L1, Warning, "a tip that is missing in a locale of its package"_L1,
-         "Add the tip for that locale, or one to a file for all languages."_L1},
-        {"locale-unknown"_L1, Error, "a locale that means nothing, or another one"_L1,
-         "Write language and territory, as in \"de_DE\"."_L1},
-        {"package-empty"_L1, Warning, "a package without a control file"_L1,
-         "Add a control file, if only <vidlets/>: without one the package does not exist."_L1},
-        {"package-name"_L1, Warning, "a directory whose name keeps it from being a package"_L1,
-         "Name it like \"First.vidlets\", without blanks, commas and semicolons."_L1},
-        {"package-shadowed"_L1, Warning, "one package name in two data paths"_L1,
-         "Rename one of them, unless it is meant to go before the other."_L1},
-        {"resource-case"_L1, Error, "a resource whose name differs in case"_L1,
-         "Write the name as the file has it."_L1},
-        {"resource-huge"_L1, Warning, "a resource above 20 MB or 4096 pixels a side"_L1,
-         "Make it as large as it is shown."_L1},
-        {"resource-missing"_L1, Error, "a picture or clip that is not there"_L1,
-         "Add the file to the resources, or mend its name."_L1},
-        {"resource-unused"_L1, Note, "a picture or clip that nothing names"_L1,
-         "Take it out if no scene puts its name together."_L1},
-        {"root-foreign"_L1, Warning, "a file with another root"_L1,
-         "Make it the right root, or move the file elsewhere."_L1},
-        {"search-unknown"_L1, Warning, "\"search\" names a package that is not there"_L1,
-         "Mend the name, or check that package too."_L1},
-        {"settings-broken"_L1, Error, "settings of the check that cannot be followed"_L1,
-         "Mend the line; \"vidlets check --explain RULE\" tells of a rule."_L1},
-        {"text-overlong"_L1, Warning, "a text that no tip has room for"_L1,
-         "Say it in fewer words."_L1},
-        {"tip-nested"_L1, Warning, "a tip within another element"_L1,
-         "Make it a child of the root: elsewhere it is not found."_L1},
-        {"ui-missing"_L1, Error, "a scene named by \"ui\" or \"simple\" that is not there"_L1,
-         "Add the scene, or mend its name."_L1},
-        {"variable-syntax"_L1, Warning, "a variable that is not written %(name)s"_L1,
-         "Write %(name)s, with letters, digits, \"-\" and \"_\" in the name."_L1},
-        {"xml-after-root"_L1, Error, "content behind the end of the root"_L1,
-         "Keep everything within one root."_L1},
-        {"xml-broken"_L1, Error, "a file that is not well-formed"_L1, "Mend the place."_L1},
-        {"xml-depth"_L1, Error, "elements nested deeper than 100"_L1, "Nest fewer elements."_L1},
-        {"xml-encoding"_L1, Error, "bytes that do not fit the encoding"_L1,
-         "Save the file as UTF-8."_L1},
-    };
+    static const QList<AuthorRule> rules(kRules.cbegin(), kRules.cend());
     return rules;
 }
 
