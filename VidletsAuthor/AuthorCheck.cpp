@@ -3,6 +3,7 @@
 
 #include "AuthorCheck.h"
 
+#include "AuthorClips.h"
 #include "AuthorControlReader.h"
 #include "AuthorFiles.h"
 #include "AuthorResources.h"
@@ -84,6 +85,11 @@ QList<AuthorFinding> AuthorCheck::run()
     }
     tips.check(m_locales);
     resources.check();
+    AuthorClips clips(m_findings);
+    for (const QString& path : resources.clips()) {
+        const AuthorPackage* package = m_packages.packageOf(path);
+        clips.check(path, m_settings.clipMemoryLimitBytes(package ? package->path : QString()));
+    }
     return settled();
 }
 

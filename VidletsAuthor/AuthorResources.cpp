@@ -3,6 +3,7 @@
 
 #include "AuthorResources.h"
 
+#include "AuthorClips.h"
 #include "AuthorFiles.h"
 #include "AuthorSceneText.h"
 #include <Vidlets/VLContentGuard.h>
@@ -143,6 +144,7 @@ void AuthorResources::check()
         for (const QString& directory : std::as_const(directories))
             checkFiles(package, directory);
     }
+    m_clips.removeDuplicates();
 }
 
 void AuthorResources::checkUse(const Use& use)
@@ -272,6 +274,8 @@ void AuthorResources::checkFile(const QString& path)
         return;
     if (!m_named.contains(lastPart(path)))
         m_findings.add(path, {}, u"resource-unused"_s, u"No tip and no scene names the file."_s);
+    if (AuthorClips::isClip(path))
+        m_clips.append(path);
     const qint64 bytes = QFileInfo(path).size();
     if (bytes > kMaxFileBytes)
         m_findings.add(path, {}, u"resource-huge"_s,

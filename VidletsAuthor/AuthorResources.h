@@ -31,6 +31,12 @@ public:
 
     void check();
 
+    /// Returns the clips that check() has come across.
+    const QStringList& clips() const
+    {
+        return m_clips;
+    }
+
 private:
     struct Use
     {
@@ -64,6 +70,7 @@ private:
     AuthorFindings& m_findings;
     QList<Use> m_uses;
     QHash<QString, PackageFacts> m_facts;
+    QStringList m_clips;
     /// The names of files that something names, without directories and in small letters.
     QSet<QString> m_named;
     mutable QHash<QString, bool> m_exists;

@@ -20,6 +20,8 @@ namespace Vidlets {
 
 namespace {
 
+/// What hosts with safeguards give a clip.
+constexpr qint64 kClipMemoryLimitBytes = qint64(256) * 1024 * 1024;
 constexpr qint64 kMaxSettingsBytes = qint64(1024) * 1024;
 
 QString text(std::string_view view)
@@ -42,21 +44,25 @@ public:
     {
     }
 
-    QHash<QString, AuthorSeverity> read(const toml::table& root)
+    void read(const toml::table& root)
     {
-        QHash<QString, AuthorSeverity> rules;
         for (const auto& [key, node] : root) {
             const toml::table* table = node.as_table();
-            if (key.str() != "rules" || !table)
-                report(key, u"There is no setting \"%1\"."_s.arg(text(key.str())));
+            if (table && key.str() == "rules")
+                readRules(*table);
+            else if (table && key.str() == "clip-memory")
+                readClipMemory(*table);
             else
-                readRules(*table, rules);
+                report(key, u"There is no setting \"%1\"."_s.arg(text(key.str())));
         }
-        return rules;
     }
 
+    QHash<QString, AuthorSeverity> rules;
+    /// 0 where the file says nothing of it.
+    qint64 clipMemoryLimitBytes = 0;
+
 private:
-    void readRules(const toml::table& table, QHash<QString, AuthorSeverity>& rules)
+    void readRules(const toml::table& table)
     {
         for (const auto& [key, node] : table) {
             const QString rule = text(key.str());
@@ -69,6 +75,19 @@ private:
                        u"\"%1\" is not \"error\", \"warning\", \"note\" or \"off\"."_s.arg(rule));
             else
                 rules.insert(rule, *severity);
+        }
+    }
+
+    void readClipMemory(const toml::table& table)
+    {
+        for (const auto& [key, node] : table) {
+            const auto limit = node.value_exact<int64_t>();
+            if (key.str() != "limit")
+                report(key, u"There is no setting \"%1\"."_s.arg(text(key.str())));
+            else if (!limit || *limit <= 0)
+                report(key, u"\"limit\" is no number of bytes above 0."_s);
+            else
+                clipMemoryLimitBytes = *limit;
         }
     }
 
@@ -116,7 +135,11 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
                      u"The settings are not followed: %1."_s.arg(text(error.description())));
         return;
     }
-    m_packages.insert(package, SettingsReader(file, findings).read(result.table()));
+    SettingsReader reader(file, findings);
+    reader.read(result.table());
+    m_packages.insert(package, reader.rules);
+    if (reader.clipMemoryLimitBytes > 0)
+        m_clipMemoryLimits.insert(package, reader.clipMemoryLimitBytes);
 }
 
 bool AuthorSettings::set(const QString& assignment, QString& reason)
@@ -133,6 +156,11 @@ bool AuthorSettings::set(const QString& assignment, QString& reason)
     }
     m_overall.insert(rule, *severity);
     return true;
+}
+
+qint64 AuthorSettings::clipMemoryLimitBytes(const QString& package) const
+{
+    return m_clipMemoryLimits.value(package, kClipMemoryLimitBytes);
 }
 
 AuthorSeverity AuthorSettings::severity(const QString& rule, const QString& package) const

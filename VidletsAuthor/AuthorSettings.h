@@ -12,7 +12,7 @@ namespace Vidlets {
 
 /**
  * How much each rule weighs: by the rule itself, by the file .vidletscheck.toml of a package, and
- * by the command line, the later before the earlier.
+ * by the command line, the later before the earlier. The file also has the limits of rules.
  */
 class AuthorSettings
 {
@@ -28,12 +28,16 @@ public:
     /// anything else.
     bool set(const QString& assignment, QString& reason);
 
+    /// Returns how much memory the pictures of a clip in the package @p package may take.
+    qint64 clipMemoryLimitBytes(const QString& package) const;
+
     /// Returns how much @p rule weighs in the package @p package, null for what lies in none.
     AuthorSeverity severity(const QString& rule, const QString& package) const;
 
 private:
     QHash<QString, AuthorSeverity> m_overall;
     QHash<QString, QHash<QString, AuthorSeverity>> m_packages;
+    QHash<QString, qint64> m_clipMemoryLimits;
 };
 
 } // namespace Vidlets

@@ -8,6 +8,7 @@ endif()
 foreach(
   name
   tst_authorcheck
+  tst_authorclips
   tst_authorcontrolreader
   tst_authorfiles
   tst_authorfinding

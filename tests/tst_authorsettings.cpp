@@ -34,6 +34,7 @@ class TestAuthorSettings : public VidletsTest
 private Q_SLOTS:
     void severity_isDefault_untilSet();
     void loadPackage_holdsForPackageAlone();
+    void loadPackage_takesLimitOfClips();
     void loadPackage_reportsLine_whenBroken();
 };
 
@@ -65,8 +66,24 @@ void TestAuthorSettings::loadPackage_holdsForPackageAlone()
     QCOMPARE(findings.all().size(), 0);
 }
 
+void TestAuthorSettings::loadPackage_takesLimitOfClips()
+{
+    PackageBuilder files;
+    files.write(u"A.vidlets/.vidletscheck.toml"_s, "[clip-memory]\nlimit = 1000\n");
+    AuthorFindings findings;
+    AuthorSettings settings;
+    settings.loadPackage(files.path(u"A.vidlets"_s), findings);
+
+    QCOMPARE(settings.clipMemoryLimitBytes(files.path(u"A.vidlets"_s)), 1000);
+    QCOMPARE(settings.clipMemoryLimitBytes(files.path(u"B.vidlets"_s)), 256 * 1024 * 1024);
+    QCOMPARE(findings.all().size(), 0);
+}
+
 void TestAuthorSettings::loadPackage_reportsLine_whenBroken()
 {
+    QCOMPARE(linesOf("[clip-memory]\nlimit = 0\nlimits = 1\n").join(u' '), u"2 3"_s);
+    QCOMPARE(linesOf("[clip-memory]\nlimit = 1.5\n").join(u' '), u"2"_s);
+    QCOMPARE(linesOf("clip-memory = 3\n").join(u' '), u"1"_s);
     QCOMPARE(
         linesOf("[rules]\nno-rule = \"off\"\nxml-broken = \"loud\"\nxml-depth = 3\n").join(u' '),
         u"2 3 4"_s);
