@@ -8,6 +8,7 @@ endif()
 foreach(
   name
   tst_authorcheck
+  tst_authorclipmaker
   tst_authorclips
   tst_authorcontrolreader
   tst_authorfiles

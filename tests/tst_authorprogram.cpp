@@ -1,11 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "ClipWriter.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
+
+#include <csignal>
 
 using namespace Qt::StringLiterals;
 
@@ -31,6 +37,12 @@ Outcome run(const QStringList& arguments)
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
+bool isZombie(pid_t process)
+{
+    QFile file(u"/proc/%1/stat"_s.arg(process));
+    return !file.open(QIODevice::ReadOnly) || file.readAll().contains(") Z ");
+}
+
 } // namespace
 
 class TestAuthorProgram : public VidletsTest
@@ -44,6 +56,9 @@ private Q_SLOTS:
     void new_makesPackageWithoutFaults();
     void check_endsWithOne_whenThereIsWarning();
     void explain_showsPage();
+    void clip_makesClip_andTellsWhatItTakes();
+    void clip_takesProgramWithIt_whenEnded_data();
+    void clip_takesProgramWithIt_whenEnded();
 };
 
 void TestAuthorProgram::wrongUse_endsWithTwo_data()
@@ -61,6 +76,11 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
         << QStringList{u"check"_s, u"--explain"_s, u"no-rule"_s};
     QTest::newRow("no path") << QStringList{u"check"_s};
     QTest::newRow("missing path") << QStringList{u"check"_s, u"/nowhere"_s};
+    QTest::newRow("clip without recording") << QStringList{u"clip"_s};
+    QTest::newRow("clip of nothing") << QStringList{u"clip"_s, u"/nowhere.mp4"_s};
+    QTest::newRow("clip of no size") << QStringList{u"clip"_s, u"a.mp4"_s, u"--size"_s, u"big"_s};
+    QTest::newRow("clip of no rate") << QStringList{u"clip"_s, u"a.mp4"_s, u"--fps"_s, u"61"_s};
+    QTest::newRow("clip of no time") << QStringList{u"clip"_s, u"a.mp4"_s, u"--from"_s, u"1,5"_s};
     QTest::newRow("new without directory") << QStringList{u"new"_s};
     QTest::newRow("new with two") << QStringList{u"new"_s, u"/nowhere/A.vidlets"_s,
                                                  u"/nowhere/B.vidlets"_s};
@@ -81,7 +101,7 @@ void TestAuthorProgram::help_isThereForEachCommand()
 {
     for (const QStringList& arguments :
          {QStringList{u"--help"_s}, QStringList{u"check"_s, u"--help"_s},
-          QStringList{u"new"_s, u"-h"_s}}) {
+          QStringList{u"clip"_s, u"--help"_s}, QStringList{u"new"_s, u"-h"_s}}) {
         const Outcome outcome = run(arguments);
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.out.startsWith("Usage: vidlets "));
@@ -122,6 +142,75 @@ void TestAuthorProgram::explain_showsPage()
 
     QCOMPARE(outcome.code, 0);
     QVERIFY(outcome.out.startsWith("# key-blank\n"));
+}
+
+void TestAuthorProgram::clip_makesClip_andTellsWhatItTakes()
+{
+    ClipWriter clips;
+    const QString in = clips.testClip(u"in.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
+    const QString out = clips.path(u"out.webm"_s);
+
+    const Outcome outcome = run({u"clip"_s, in, u"-o"_s, out, u"--size"_s, u"32x24"_s, u"--fps"_s,
+                                 u"10"_s, u"--from"_s, u"1"_s, u"--to"_s, u"0:01.5"_s});
+
+    QCOMPARE(outcome.err, QByteArray());
+    QCOMPARE(outcome.code, 0);
+    QVERIFY(outcome.out.contains("in.mp4: 50 pictures of 64 x 48, 25 a second; "));
+    QVERIFY(outcome.out.contains("out.webm: 5 pictures of 32 x 24, 10 a second; "));
+    QVERIFY(outcome.out.contains(" MB on disk, 0.6 MB in memory"));
+    QVERIFY(QFileInfo::exists(out));
+}
+
+void TestAuthorProgram::clip_takesProgramWithIt_whenEnded_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<bool>("isTidiedUp");
+
+    QTest::newRow("by the keyboard") << SIGINT << true;
+    QTest::newRow("by its session") << SIGHUP << true;
+    QTest::newRow("by the system") << SIGTERM << true;
+    QTest::newRow("by force") << SIGKILL << false;
+}
+
+/// With programs in place of the real ones, the second of which never ends.
+void TestAuthorProgram::clip_takesProgramWithIt_whenEnded()
+{
+    QFETCH(const int, signal);
+    QFETCH(const bool, isTidiedUp);
+    PackageBuilder files;
+    files.write(u"in.mp4"_s, "recording");
+    files.write(
+        u"programs/ffprobe"_s,
+        "#!/bin/sh\necho '{\"streams\": [{\"width\": 2, \"height\": 2, \"r_frame_rate\": \"25/1\", "
+        "\"nb_read_packets\": \"1\"}]}'\n");
+    const QString pidFile = files.path(u"pid"_s);
+    files.write(u"programs/ffmpeg"_s,
+                "#!/bin/sh\necho $$ > " + pidFile.toUtf8() + ".new; mv " + pidFile.toUtf8()
+                    + ".new " + pidFile.toUtf8() + "\nexec sleep 600\n");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(u"LD_PRELOAD"_s);
+    environment.insert(u"PATH"_s, files.path(u"programs"_s) + u":/usr/bin:/bin"_s);
+    for (const QString& name : {u"programs/ffprobe"_s, u"programs/ffmpeg"_s})
+        QFile::setPermissions(files.path(name), QFile::ReadOwner | QFile::ExeOwner);
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(PROGRAM), {u"clip"_s, files.path(u"in.mp4"_s)});
+    QTRY_VERIFY(QFileInfo::exists(pidFile));
+    QFile file(pidFile);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const pid_t child = file.readAll().trimmed().toInt();
+    QVERIFY(child > 0);
+    QCOMPARE(kill(child, 0), 0);
+
+    QCOMPARE(kill(static_cast<pid_t>(process.processId()), signal), 0);
+
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+    // As a zombie it is still there until somebody asks for how it ended.
+    QTRY_VERIFY(kill(child, 0) != 0 || isZombie(child));
+    const QStringList left =
+        QDir(files.path(QString())).entryList({u".vidlets-*"_s}, QDir::Files | QDir::Hidden);
+    QCOMPARE(left.isEmpty(), isTidiedUp);
 }
 
 int main(int argc, char** argv)

@@ -36,6 +36,8 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
 
 /// "vidlets check".
 Command::ExitCode runCheck(const QStringList& arguments);
+/// "vidlets clip".
+Command::ExitCode runClip(const QStringList& arguments);
 /// "vidlets new".
 Command::ExitCode runNew(const QStringList& arguments);
 

@@ -63,6 +63,7 @@ struct Subcommand
 
 constexpr std::array kSubcommands{
     Subcommand{"check"_L1, "looks for faults in packages"_L1, runCheck},
+    Subcommand{"clip"_L1, "makes a clip out of a recording"_L1, runClip},
     Subcommand{"new"_L1, "makes a package that works at once"_L1, runNew},
 };
 
