@@ -5,6 +5,7 @@
 
 #include "AuthorFiles.h"
 #include "AuthorRules.h"
+#include "AuthorXmlFault.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLFirstTag.h>
 
@@ -178,11 +179,13 @@ void AuthorControlReader::startElement()
 
     const bool isTipTag = m_reader.qualifiedName() == m_tipTag;
     const bool isTip = isTipTag && m_open.size() == 1;
+    if (m_open.size() == 1)
+        m_isInTip = isTip;
     m_directory = m_rootDirectory;
     if (isTip)
         readTip();
-    else if (isTipTag && !isRoot && !m_isRootForeign && m_kind == Kind::ControlFile)
-        add(m_start, u"tip-nested", u"This tip is not found: it is no child of the root."_s);
+    else if (isTipTag && !isRoot && !m_isRootForeign && !(m_kind == Kind::KeyData && m_isInTip))
+        add(placeOfTag(), u"tip-nested", u"This is not found: it is no child of the root."_s);
     if (!m_isRootForeign)
         checkAttributes(isTip);
     m_open.append(element);
@@ -247,14 +250,18 @@ void AuthorControlReader::checkRoot()
     const bool isPrefixed = !isRight && m_reader.name() == m_rootTag;
     m_isRootForeign = !isRight && !(isPrefixed && m_kind == Kind::ControlFile);
     if (m_isRootForeign) {
-        add(m_start, u"root-foreign",
+        add(placeOfTag(), u"root-foreign",
             u"The root is <%1>, not <%2>, so that nothing in the file is found."_s.arg(m_rootName,
                                                                                        m_rootTag));
         return;
     }
+    if (!isPrefixed && !m_reader.namespaceUri().isEmpty())
+        add(placeOfTag(), u"xml-namespace",
+            u"The root is in the namespace \"%1\", which the library knows nothing of."_s.arg(
+                m_reader.namespaceUri()));
     if (isPrefixed || !m_isRecognised) {
         m_isRecognised = false;
-        add(m_start, u"file-ignored",
+        add(isPrefixed ? placeOfTag() : m_start, u"file-ignored",
             u"The library does not recognise the file: %1."_s.arg(unrecognised()),
             u"Begin the file with <%1 and an attribute or the bracket on the same line."_s.arg(
                 m_rootTag));
@@ -331,7 +338,7 @@ void AuthorControlReader::readKey(QLatin1StringView attribute)
 {
     const QXmlStreamAttributes attributes = m_reader.attributes();
     if (!attributes.hasAttribute(attribute)) {
-        add(m_start, u"key-missing",
+        add(placeOfTag(), u"key-missing",
             u"There is no attribute \"%1\" in <%2>."_s.arg(attribute, m_tipTag));
         return;
     }
@@ -342,7 +349,7 @@ void AuthorControlReader::readKey(QLatin1StringView attribute)
                                     : u"The key \"%1\" has white space around it."_s.arg(key));
     qint64& line = m_lineOfKey[key];
     if (line > 0) {
-        add(m_start, u"key-twice",
+        add(placeOfTag(), u"key-twice",
             u"The key \"%1\" stands in line %2 too, so that neither is found."_s.arg(
                 key, QString::number(line)));
         return;
@@ -401,27 +408,63 @@ void AuthorControlReader::checkText(const OpenElement& element)
     add(position, u"variable-syntax", u"A \"%(\" begins no variable."_s);
 }
 
+/// By two readers: what the library's own one takes, and what xmllint and editors do.
 void AuthorControlReader::checkFault()
 {
-    const XmlPosition wrongByte = m_bytes.isValidUtf8() || !claimsUtf8(m_bytes)
-        ? XmlPosition()
-        : AuthorFiles::firstInvalidByte(m_bytes);
-    if (wrongByte.line > 0) {
-        add(wrongByte, u"xml-encoding", u"A byte does not fit the encoding UTF-8."_s);
-        return;
+    checkWrongByte();
+    const QList<AuthorXmlFault> faults = AuthorXmlFaults::in(m_bytes);
+    const qint64 ownLine = m_reader.hasError() ? m_reader.lineNumber() : 0;
+    // Where both have met the same one, its place is mostly told better by one that is earlier.
+    const bool isOwnFirst = faults.isEmpty() || ownLine <= faults.constLast().position.line;
+    if (ownLine > 0 && isOwnFirst && m_faultyLines.isEmpty())
+        checkOwnFault();
+    for (const AuthorXmlFault& fault : faults) {
+        if (!m_faultyLines.contains(fault.position.line))
+            addFault(fault);
     }
-    if (!m_reader.hasError())
+}
+
+void AuthorControlReader::checkWrongByte()
+{
+    if (m_bytes.isValidUtf8() || !claimsUtf8(m_bytes))
         return;
+    const XmlPosition wrongByte = AuthorFiles::firstInvalidByte(m_bytes);
+    if (wrongByte.line == 0)
+        return;
+    m_faultyLines.insert(wrongByte.line);
+    add(wrongByte, u"xml-encoding", u"A byte does not fit the encoding UTF-8."_s);
+}
+
+void AuthorControlReader::addFault(const AuthorXmlFault& fault)
+{
+    m_faultyLines.insert(fault.position.line);
+    switch (fault.kind) {
+    case AuthorXmlFault::Kind::Encoding:
+        add(fault.position, u"xml-encoding", fault.message);
+        break;
+    case AuthorXmlFault::Kind::AfterRoot:
+        add(fault.position, u"xml-after-root", fault.message);
+        break;
+    case AuthorXmlFault::Kind::Broken:
+        add(fault.position, u"xml-broken", fault.message);
+        break;
+    }
+}
+
+void AuthorControlReader::checkOwnFault()
+{
     const QString fault = m_reader.errorString();
     XmlPosition position = positionIn(m_reader);
     position.column = qMax<qint64>(position.column, 1);
+    m_faultyLines.insert(position.line);
     if (isEncodingFault(fault)) {
         add(position, u"xml-encoding", fault);
         return;
     }
     if (m_isRootSeen && m_open.isEmpty()) {
-        add(firstContentBehindRoot(), u"xml-after-root",
-            u"The file goes on behind the end of its root."_s);
+        const XmlPosition behind = firstContentBehindRoot();
+        m_faultyLines.insert(behind.line);
+        add(behind, u"xml-after-root", u"The file goes on behind the end of its root."_s);
         return;
     }
     const QString text = QString::fromUtf8(line(position.line));
@@ -441,6 +484,14 @@ XmlPosition AuthorControlReader::firstContentBehindRoot() const
         }
     }
     return m_start;
+}
+
+/// Where the present tag begins; where it ends, if that is another line: there validators of XML
+/// see it, and there an attribute is added.
+XmlPosition AuthorControlReader::placeOfTag() const
+{
+    const XmlPosition end = positionIn(m_reader);
+    return end.line == m_start.line ? m_start : XmlPosition{end.line, qMax<qint64>(end.column, 1)};
 }
 
 /// Where an attribute of the present tag stands; where the tag does, if that cannot be told.

@@ -8,9 +8,12 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSet>
 #include <QXmlStreamReader>
 
 namespace Vidlets {
+
+struct AuthorXmlFault;
 
 /**
  * Reads a control file or key data file in one pass and applies the rules that need no other file.
@@ -54,9 +57,13 @@ private:
     void checkAttribute(const QXmlStreamAttribute& attribute, bool isTip);
     void checkText(const OpenElement& element);
     void checkFault();
+    void checkWrongByte();
+    void checkOwnFault();
+    void addFault(const AuthorXmlFault& fault);
     QString unrecognised() const;
 
     XmlPosition firstContentBehindRoot() const;
+    XmlPosition placeOfTag() const;
     XmlPosition placeOf(const QString& attribute) const;
     QByteArray line(qint64 number) const;
     void add(XmlPosition position, const char16_t* rule, const QString& message,
@@ -75,6 +82,8 @@ private:
     /// The numbers of those whose element is open, the innermost last.
     QList<qsizetype> m_openSuppressions;
     QHash<QString, qint64> m_lineOfKey;
+    /// Those that have a fault of the file itself.
+    QSet<qint64> m_faultyLines;
     /// Where the present token begins.
     XmlPosition m_start;
     QString m_directory;
@@ -84,6 +93,8 @@ private:
     bool m_isRootSeen = false;
     bool m_isRootForeign = false;
     bool m_isTooDeep = false;
+    /// Whether the child of the root that is open, or was last, is a tip or record.
+    bool m_isInTip = false;
     mutable QList<qsizetype> m_lineStarts;
 };
 

@@ -96,6 +96,8 @@ constexpr std::array kRules{
                "Nest fewer elements."_L1},
     AuthorRule{"xml-encoding"_L1, Error, "bytes that do not fit the encoding"_L1,
                "Save the file as UTF-8."_L1},
+    AuthorRule{"xml-namespace"_L1, Warning, "a root in a namespace"_L1,
+               "Take xmlns=\"...\" out of the root's tag."_L1},
 };
 
 } // namespace

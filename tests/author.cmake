@@ -18,6 +18,7 @@ foreach(
   tst_authorresources
   tst_authorrules
   tst_authorscenetext
+  tst_authorschemas
   tst_authorsettings
   tst_authortemplate
   tst_authortips)
@@ -32,3 +33,9 @@ target_compile_definitions(
   tst_authortemplate
   PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template"
           WORKBENCH="${PROJECT_SOURCE_DIR}/examples/workbench/packages/Workbench.vidlets")
+
+target_compile_definitions(
+  tst_authorschemas
+  PRIVATE EXAMPLES="${PROJECT_SOURCE_DIR}/examples"
+          SCHEMAS="${PROJECT_SOURCE_DIR}/tools/vidlets/schema"
+          TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")

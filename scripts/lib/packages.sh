@@ -17,6 +17,8 @@ vidlets_build_packages=(
     libgl-dev libvulkan-dev
     # Reads the settings of the check for authors.
     libtomlplusplus-dev
+    # The second reader of XML in it, which is that of xmllint.
+    libxml2-dev
 )
 
 # A virtual display, and what a scene imports at run time.
@@ -38,6 +40,8 @@ vidlets_recording_packages=(
 
 vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
+    # The XML validator that the check for authors is compared with.
+    libxml2-utils
     # What a screen reader stands on: its bus, a session to have it in, and Python's way to it.
     at-spi2-core dbus python3-pyatspi
     # The driver by which the table of keys lies in a file.
