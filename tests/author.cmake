@@ -39,3 +39,9 @@ target_compile_definitions(
   PRIVATE EXAMPLES="${PROJECT_SOURCE_DIR}/examples"
           SCHEMAS="${PROJECT_SOURCE_DIR}/tools/vidlets/schema"
           TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
+
+vidlets_add_test(NAME tst_authorgallery LIBRARIES VidletsAuthor)
+add_dependencies(tst_authorgallery vidlets)
+target_compile_definitions(
+  tst_authorgallery PRIVATE PROGRAM="$<TARGET_FILE:vidlets>"
+                            TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")

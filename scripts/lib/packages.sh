@@ -46,6 +46,8 @@ vidlets_test_packages=(
     at-spi2-core dbus python3-pyatspi
     # The driver by which the table of keys lies in a file.
     libqt6sql6-sqlite
+    # Opens the page of a gallery.
+    chromium
 )
 
 vidlets_tsan_packages=(

@@ -8,6 +8,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
+class QCoreApplication;
 class QCommandLineParser;
 
 /// What the subcommands of the program have in common.
@@ -34,10 +37,15 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
 
 } // namespace Command
 
+/// Makes an application that draws without a display, always in the same way. @p argc has to stay.
+std::unique_ptr<QCoreApplication> makeGalleryApplication(int& argc, char** argv);
+
 /// "vidlets check".
 Command::ExitCode runCheck(const QStringList& arguments);
 /// "vidlets clip".
 Command::ExitCode runClip(const QStringList& arguments);
+/// "vidlets gallery". Wants the application of makeGalleryApplication().
+Command::ExitCode runGallery(const QStringList& arguments);
 /// "vidlets new".
 Command::ExitCode runNew(const QStringList& arguments);
 

@@ -7,8 +7,10 @@
 #include <QCoreApplication>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -54,18 +56,35 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
 
 namespace {
 
+std::unique_ptr<QCoreApplication> makePlainApplication(int& argc, char** argv)
+{
+    return std::make_unique<QCoreApplication>(argc, argv);
+}
+
 struct Subcommand
 {
     QLatin1StringView name;
     QLatin1StringView summary;
     Command::ExitCode (*run)(const QStringList& arguments);
+    std::unique_ptr<QCoreApplication> (*makeApplication)(int& argc,
+                                                         char** argv) = makePlainApplication;
 };
 
 constexpr std::array kSubcommands{
     Subcommand{"check"_L1, "looks for faults in packages"_L1, runCheck},
     Subcommand{"clip"_L1, "makes a clip out of a recording"_L1, runClip},
+    Subcommand{"gallery"_L1, "draws all tips into pictures and a page"_L1, runGallery,
+               makeGalleryApplication},
     Subcommand{"new"_L1, "makes a package that works at once"_L1, runNew},
 };
+
+const Subcommand* find(const QString& name)
+{
+    const auto* found =
+        std::find_if(kSubcommands.cbegin(), kSubcommands.cend(),
+                     [&name](const Subcommand& command) { return command.name == name; });
+    return found == kSubcommands.cend() ? nullptr : found;
+}
 
 QByteArray help()
 {
@@ -83,7 +102,10 @@ QByteArray help()
 
 int main(int argc, char* argv[])
 {
-    const QCoreApplication application(argc, argv);
+    // Which application it is depends on the command, and Qt reads the arguments with it.
+    const Subcommand* command = argc > 1 ? find(QString::fromLocal8Bit(argv[1])) : nullptr;
+    const std::unique_ptr<QCoreApplication> application =
+        command ? command->makeApplication(argc, argv) : makePlainApplication(argc, argv);
     QStringList arguments = QCoreApplication::arguments().mid(1);
     if (arguments.isEmpty())
         return Command::wrongUse(u"Which command? \"vidlets --help\" lists them."_s);
@@ -96,10 +118,8 @@ int main(int argc, char* argv[])
         Command::print("vidlets " VIDLETS_VERSION "\n");
         return Command::Fine;
     }
-    for (const Subcommand& command : kSubcommands) {
-        if (command.name == name)
-            return command.run(arguments);
-    }
+    if (command)
+        return command->run(arguments);
     return Command::wrongUse(
         u"There is no command \"%1\". \"vidlets --help\" lists them."_s.arg(name));
 }
