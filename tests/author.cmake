@@ -45,3 +45,10 @@ add_dependencies(tst_authorgallery vidlets)
 target_compile_definitions(
   tst_authorgallery PRIVATE PROGRAM="$<TARGET_FILE:vidlets>"
                             TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
+
+vidlets_add_test(NAME tst_authorpages)
+add_dependencies(tst_authorpages vidlets vidlets_pages)
+target_compile_definitions(
+  tst_authorpages
+  PRIVATE PROGRAM="$<TARGET_FILE:vidlets>" PAGES="${PROJECT_BINARY_DIR}/tools/vidlets/pages"
+          RULES="${PROJECT_SOURCE_DIR}/docs/rules" TOOLS="${PROJECT_SOURCE_DIR}/tools/vidlets")

@@ -19,6 +19,8 @@ vidlets_build_packages=(
     libtomlplusplus-dev
     # The second reader of XML in it, which is that of xmllint.
     libxml2-dev
+    # Writes the manual pages and completions of the program for authors.
+    python3-minimal
 )
 
 # A virtual display, and what a scene imports at run time.
@@ -42,6 +44,10 @@ vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
     # The XML validator that the check for authors is compared with.
     libxml2-utils
+    # For its manual pages and completions.
+    man-db zsh fish
+    # For the settings of editors and build servers that come with it.
+    python3-yaml
     # What a screen reader stands on: its bus, a session to have it in, and Python's way to it.
     at-spi2-core dbus python3-pyatspi
     # The driver by which the table of keys lies in a file.

@@ -12,8 +12,10 @@ import com.larkspan.vidlets.qml 1.0
 Item {
     id: player
 
-    // The name comes from outside this file, so qmllint cannot know it.
+    // The names come from outside this file, so qmllint cannot know them.
     readonly property var view: vidletView // qmllint disable unqualified
+    readonly property var tip:
+        typeof vidlet === "undefined" ? null : vidlet // qmllint disable unqualified
 
     // The name of the clip within the resource directory of the package.
     property string source
@@ -22,6 +24,13 @@ Item {
     // The size of the clip in its own pixels, if it is known: keeps the room while the clip is
     // being opened, so that the popup does not grow under the eyes of the reader.
     property size expectedSize: Qt.size(0, 0)
+
+    // Whether the clip plays without being asked to.
+    property bool autoPlay: true
+    // What the clip shows, for screen readers; the title of the tip where this is empty.
+    property string label
+    // The size of the player's own words, in pixels; 0 for that of the application.
+    property int textSize: 0
 
     property color accent: palette.highlight
     property color ink: palette.windowText
@@ -73,6 +82,14 @@ Item {
     Window.onWindowChanged: open()
     onSourceChanged: open()
 
+    onAutoPlayChanged: {
+        isWanted = autoPlay;
+        if (!autoPlay) {
+            video.pause();
+        }
+        goOn();
+    }
+
     onIsShownChanged: {
         if (isShown) {
             goOn();
@@ -82,6 +99,12 @@ Item {
     }
 
     SystemPalette { id: palette }
+
+    // Only an item with text knows what size in pixels the application's font comes to.
+    Text {
+        id: probe
+        visible: false
+    }
 
     // The item does not tell of a file that it cannot open.
     Timer {
@@ -171,10 +194,37 @@ Item {
     }
 
     function rewind() {
-        isWanted = true;
+        isWanted = autoPlay;
         if (hasPictures()) {
             video.rewindToStart();
         }
+    }
+
+    // Goes to a place within the clip, from 0 to 1.
+    function seek(place) {
+        if (hasPictures()) {
+            video.progress = Math.max(0, Math.min(1, place));
+        }
+    }
+
+    function step(distance) {
+        if (!isDecoded) {
+            return;
+        }
+        video.scrubbing = true;
+        video.pause();
+        seek(video.progress + distance);
+        video.scrubbing = false;
+        goOn();
+    }
+
+    // The frame around what has the keyboard.
+    component KeyboardFrame: Rectangle {
+        anchors.fill: parent
+        visible: parent.activeFocus
+        color: "transparent"
+        border.width: 2
+        radius: 3
     }
 
     Rectangle {
@@ -183,6 +233,10 @@ Item {
         width: Math.round(player.fullWidth * player.fit)
         height: Math.round(player.fullHeight * player.fit)
         color: player.backdrop
+
+        Accessible.role: Accessible.Animation
+        Accessible.name: player.label || (player.tip ? player.tip.attribute("title") : "")
+        Accessible.onPressAction: player.toggle()
 
         // Paints at its top left corner and at full size, whatever its width and height are.
         VLVideoComponent {
@@ -229,6 +283,7 @@ Item {
                 id: pausedText
                 anchors.centerIn: parent
                 color: "white"
+                font.pixelSize: player.textSize > 0 ? player.textSize : probe.fontInfo.pixelSize
                 text: player.pausedLabel
                 textFormat: Text.PlainText
             }
@@ -256,9 +311,14 @@ Item {
 
             Accessible.role: Accessible.Button
             Accessible.name: player.isWanted ? player.pauseLabel : player.playLabel
+            Accessible.focusable: true
             Accessible.onPressAction: player.toggle()
+            activeFocusOnTab: true
+            Keys.onReturnPressed: player.toggle()
+            Keys.onEnterPressed: player.toggle()
+            Keys.onSpacePressed: player.toggle()
 
-            readonly property color ink: hover.hovered ? player.accent : player.ink
+            readonly property color ink: hover.hovered || activeFocus ? player.accent : player.ink
             readonly property int side: player.px(10)
 
             // Half of a square on its corner is a triangle that points to the right.
@@ -300,6 +360,7 @@ Item {
                 }
             }
 
+            KeyboardFrame { border.color: player.ink }
             HoverHandler { id: hover }
             TapHandler { onTapped: player.toggle() }
         }
@@ -348,23 +409,32 @@ Item {
                 preventStealing: true
                 Accessible.role: Accessible.Slider
                 Accessible.name: player.positionLabel
+                Accessible.focusable: true
+                Accessible.onIncreaseAction: player.step(stepSize)
+                Accessible.onDecreaseAction: player.step(-stepSize)
+                activeFocusOnTab: true
+                Keys.onRightPressed: player.step(stepSize)
+                Keys.onLeftPressed: player.step(-stepSize)
+
+                // By these names screen readers find the place of a slider.
+                readonly property real value: bar.share
+                readonly property real minimumValue: 0
+                readonly property real maximumValue: 1
+                readonly property real stepSize: 0.05
+
+                KeyboardFrame { border.color: player.ink }
+
                 Component.onCompleted:
                     player.view.setItemCursor(scrubber, "PointingHandCursor", "clip")
-
-                function move(x) {
-                    if (player.hasPictures()) {
-                        video.progress = Math.max(0, Math.min(1, x / width));
-                    }
-                }
 
                 onPressed: mouse => {
                     video.scrubbing = true;
                     video.pause();
-                    move(mouse.x);
+                    player.seek(mouse.x / width);
                 }
                 onPositionChanged: mouse => {
                     if (pressed) {
-                        move(mouse.x);
+                        player.seek(mouse.x / width);
                     }
                 }
                 onPressedChanged: {
