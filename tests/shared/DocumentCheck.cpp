@@ -188,6 +188,13 @@ QList<QStringList> essenceOfFiles(const QString& directory, const QStringList& p
     return result;
 }
 
+/// The examples, and what authors begin with.
+QList<QStringList> sources(const QString& root, const QStringList& patterns)
+{
+    return essenceOfFiles(root + u"/examples"_s, patterns)
+        + essenceOfFiles(root + u"/tools/vidlets/template"_s, patterns);
+}
+
 } // namespace
 
 QStringList unknownTests(const QString& root)
@@ -300,7 +307,7 @@ QStringList unquotedBlocks(const QString& root)
             const QStringList patterns = sourcesOf(block.language);
             if (patterns.isEmpty())
                 findings += u"%1:%2: a block of unknown language"_s.arg(name).arg(block.line);
-            else if (!isQuoted(block, essenceOfFiles(root + u"/examples"_s, patterns)))
+            else if (!isQuoted(block, sources(root, patterns)))
                 findings += u"%1:%2: the block is in no example"_s.arg(name).arg(block.line);
         }
     }
