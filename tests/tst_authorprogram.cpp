@@ -57,6 +57,7 @@ private Q_SLOTS:
     void check_endsWithOne_whenThereIsWarning();
     void explain_showsPage();
     void clip_makesClip_andTellsWhatItTakes();
+    void clip_showsBar_onTerminal();
     void clip_takesProgramWithIt_whenEnded_data();
     void clip_takesProgramWithIt_whenEnded();
 };
@@ -159,6 +160,27 @@ void TestAuthorProgram::clip_makesClip_andTellsWhatItTakes()
     QVERIFY(outcome.out.contains("out.webm: 5 pictures of 32 x 24, 10 a second; "));
     QVERIFY(outcome.out.contains(" MB on disk, 0.6 MB in memory"));
     QVERIFY(QFileInfo::exists(out));
+}
+
+void TestAuthorProgram::clip_showsBar_onTerminal()
+{
+    ClipWriter clips;
+    const QString in = clips.testClip(u"in.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
+    QProcess script;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(u"LD_PRELOAD"_s);
+    script.setProcessEnvironment(environment);
+    script.start(u"script"_s,
+                 {u"-qec"_s, u"'%1' clip '%2'"_s.arg(QStringLiteral(PROGRAM), in), u"/dev/null"_s});
+
+    QVERIFY(script.waitForFinished());
+
+    const QByteArray shown = script.readAllStandardOutput();
+    QCOMPARE(script.exitCode(), 0);
+    QVERIFY2(shown.contains("\r[") && shown.contains(" %"), shown.constData());
+    // It makes room for what there is to tell at the end.
+    QVERIFY(shown.contains("\r\033[K"));
+    QVERIFY(shown.contains(" MB in memory"));
 }
 
 void TestAuthorProgram::clip_takesProgramWithIt_whenEnded_data()

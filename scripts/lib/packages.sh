@@ -44,8 +44,8 @@ vidlets_test_packages=(
     libasan8 libubsan1 ffmpeg
     # The XML validator that the check for authors is compared with.
     libxml2-utils
-    # For its manual pages and completions.
-    man-db zsh fish
+    # For its manual pages, its completions and its bar on a terminal.
+    man-db zsh fish bsdutils bsdextrautils
     # For the settings of editors and build servers that come with it.
     python3-yaml
     # What a screen reader stands on: its bus, a session to have it in, and Python's way to it.
