@@ -3,6 +3,7 @@
 
 #include "AuthorTipHost.h"
 
+#include <Vidlets/VLHostHooks.h>
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLSafeguards.h>
 #include <Vidlets/VLView.h>
@@ -63,14 +64,23 @@ void AuthorTipHost::setShortcut(const QString& shortcut)
     m_shortcut = shortcut;
 }
 
-void AuthorTipHost::pinNext()
+VLWidget* AuthorTipHost::showTipIn(QWidget* room)
 {
-    m_pinsNext = true;
-}
-
-void AuthorTipHost::setRoom(QWidget* room)
-{
-    m_room = room;
+    // A popup is made with the first request, and by a step of this.
+    if (!manager()->widget())
+        VLHostHooks::warmUp(manager());
+    const QPointer<VLWidget> popup = manager()->widget();
+    popup->setAttribute(Qt::WA_DontShowOnScreen);
+    const bool isShown = showTip(QPoint()) && popup && popup->view()->content();
+    if (isShown) {
+        m_room = room;
+        popup->view()->setReserved(true);
+        popup->view()->setReserved(false);
+        m_room = nullptr;
+    }
+    if (popup)
+        popup->setAttribute(Qt::WA_DontShowOnScreen, false);
+    return isShown ? popup.data() : nullptr;
 }
 
 QString AuthorTipHost::keyAt(QObject* object, const QPoint& /*globalPos*/, QRect* zone)
@@ -96,9 +106,6 @@ void AuthorTipHost::handleMessage(VLMessageType type, const QString& message)
 QString AuthorTipHost::shortCutForObject(const QString& /*key*/, QObject* /*object*/,
                                          const QString& shortcut)
 {
-    // Asked for between lookup and loading: the popup is there, and hidden.
-    if (std::exchange(m_pinsNext, false))
-        manager()->widget()->view()->setReserved(true);
     return m_shortcut.isEmpty() ? shortcut : m_shortcut;
 }
 

@@ -53,10 +53,10 @@ public:
 
     /// Stands for the shortcut of the tip; an empty one leaves what the content says.
     void setShortcut(const QString& shortcut);
-    /// Gives the window that the next pinned tip goes into; null for one of the library's making.
-    void setRoom(QWidget* room);
-    /// Has the tip that comes up next be pinned before it is seen.
-    void pinNext();
+    /// Brings the tip up within @p room, a window that nobody sees yet and that the caller puts
+    /// where it belongs. The scene does not learn of it. Returns the popup, which goes with the
+    /// room; null where there is no tip.
+    VLWidget* showTipIn(QWidget* room);
 
     QString keyAt(QObject* object, const QPoint& globalPos, QRect* zone) override;
     QWidget* createWindow() override;
@@ -72,7 +72,6 @@ private:
     QPointer<QWidget> m_room;
     QString m_shortcut;
     QStringList m_warnings;
-    bool m_pinsNext = false;
 };
 
 /// A host with what it needs to live, for one set of packages and one look.

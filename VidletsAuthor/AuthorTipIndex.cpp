@@ -36,6 +36,12 @@ double AuthorTipIndex::lookupMs() const
 void AuthorTipIndex::startLookup()
 {
     m_lookupNs = 0;
+    m_wasFound = false;
+}
+
+bool AuthorTipIndex::wasFound() const
+{
+    return m_wasFound;
 }
 
 VLXmlElement* AuthorTipIndex::retrieve(const QString& /*key*/, const QLocale& locale, QString& path,
@@ -54,6 +60,7 @@ VLXmlElement* AuthorTipIndex::retrieve(const QString& /*key*/, const QLocale& lo
         path = QFileInfo(*file).absolutePath();
     }
     m_lookupNs += timer.nsecsElapsed();
+    m_wasFound = m_wasFound || element;
     return element;
 }
 

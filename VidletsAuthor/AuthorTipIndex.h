@@ -31,11 +31,12 @@ public:
     /// Chooses the tip @p key of the package at the canonical path @p root.
     void setTip(const QString& root, const QString& key);
 
-    /// Returns how long the last lookup took, in milliseconds, the passes for both locales
-    /// together since startLookup().
-    double lookupMs() const;
-    /// Begins to count anew.
+    /// Begins to count anew what the two operations below tell of.
     void startLookup();
+    /// Returns how long lookups took, in milliseconds, the passes for both locales together.
+    double lookupMs() const;
+    /// Returns whether there was a tip.
+    bool wasFound() const;
 
     VLXmlElement* retrieve(const QString& key, const QLocale& locale, QString& path, int& depth,
                            VLXmlElement*& root) override;
@@ -50,6 +51,7 @@ private:
     QString m_root;
     QString m_key;
     qint64 m_lookupNs = 0;
+    bool m_wasFound = false;
 };
 
 } // namespace Vidlets

@@ -39,6 +39,8 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
 
 /// Makes an application that draws without a display, always in the same way. @p argc has to stay.
 std::unique_ptr<QCoreApplication> makeGalleryApplication(int& argc, char** argv);
+/// Makes an application with windows, or a plain one where there is no display.
+std::unique_ptr<QCoreApplication> makePreviewApplication(int& argc, char** argv);
 
 /// "vidlets check".
 Command::ExitCode runCheck(const QStringList& arguments);
@@ -48,5 +50,7 @@ Command::ExitCode runClip(const QStringList& arguments);
 Command::ExitCode runGallery(const QStringList& arguments);
 /// "vidlets new".
 Command::ExitCode runNew(const QStringList& arguments);
+/// "vidlets preview". Wants the application of makePreviewApplication().
+Command::ExitCode runPreview(const QStringList& arguments);
 
 #endif

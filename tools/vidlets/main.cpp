@@ -76,6 +76,8 @@ constexpr std::array kSubcommands{
     Subcommand{"gallery"_L1, "draws all tips into pictures and a page"_L1, runGallery,
                makeGalleryApplication},
     Subcommand{"new"_L1, "makes a package that works at once"_L1, runNew},
+    Subcommand{"preview"_L1, "shows tips as users see them, while they are edited"_L1, runPreview,
+               makePreviewApplication},
 };
 
 const Subcommand* find(const QString& name)
