@@ -82,6 +82,8 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
     QTest::newRow("clip of no size") << QStringList{u"clip"_s, u"a.mp4"_s, u"--size"_s, u"big"_s};
     QTest::newRow("clip of no rate") << QStringList{u"clip"_s, u"a.mp4"_s, u"--fps"_s, u"61"_s};
     QTest::newRow("clip of no time") << QStringList{u"clip"_s, u"a.mp4"_s, u"--from"_s, u"1,5"_s};
+    QTest::newRow("preview of nothing") << QStringList{u"preview"_s};
+    QTest::newRow("preview of missing path") << QStringList{u"preview"_s, u"/nowhere"_s};
     QTest::newRow("new without directory") << QStringList{u"new"_s};
     QTest::newRow("new with two") << QStringList{u"new"_s, u"/nowhere/A.vidlets"_s,
                                                  u"/nowhere/B.vidlets"_s};
@@ -102,7 +104,8 @@ void TestAuthorProgram::help_isThereForEachCommand()
 {
     for (const QStringList& arguments :
          {QStringList{u"--help"_s}, QStringList{u"check"_s, u"--help"_s},
-          QStringList{u"clip"_s, u"--help"_s}, QStringList{u"new"_s, u"-h"_s}}) {
+          QStringList{u"clip"_s, u"--help"_s}, QStringList{u"gallery"_s, u"--help"_s},
+          QStringList{u"new"_s, u"-h"_s}, QStringList{u"preview"_s, u"--help"_s}}) {
         const Outcome outcome = run(arguments);
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.out.startsWith("Usage: vidlets "));

@@ -35,6 +35,9 @@ ExitCode wrongUse(const QString& reason);
 bool parse(QCommandLineParser& parser, const QString& name, const QStringList& arguments,
            ExitCode& code);
 
+/// A handler of Qt's messages that lets only those through that end the program or break it.
+void writeGraveMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
+
 } // namespace Command
 
 /// Makes an application that draws without a display, always in the same way. @p argc has to stay.

@@ -7,8 +7,6 @@
 #include <QCommandLineParser>
 #include <QQuickWindow>
 
-#include <cstdio>
-
 #include <VidletsAuthor/AuthorGallery.h>
 
 using namespace Qt::StringLiterals;
@@ -19,14 +17,6 @@ namespace {
 constexpr double kMinScale = 0.25;
 constexpr double kMaxScale = 8.0;
 constexpr int kFontPx = 13;
-
-/// What is said of a tip stands in the page, beside it.
-void writeGraveMessage(QtMsgType type, const QMessageLogContext& /*context*/,
-                       const QString& message)
-{
-    if (type == QtFatalMsg || type == QtCriticalMsg)
-        std::fprintf(stderr, "vidlets: %s\n", qPrintable(message));
-}
 
 bool readScales(const QStringList& values, QList<double>& scales)
 {
@@ -80,7 +70,8 @@ std::unique_ptr<QCoreApplication> makeGalleryApplication(int& argc, char** argv)
     qputenv("QT_QUICK_BACKEND", "software");
     qputenv("QML_DISABLE_DISK_CACHE", "1");
     qputenv("TZ", "UTC");
-    qInstallMessageHandler(writeGraveMessage);
+    // What is said of a tip stands in the page, beside it.
+    qInstallMessageHandler(Command::writeGraveMessage);
     QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
     auto application = std::make_unique<QApplication>(argc, argv);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);

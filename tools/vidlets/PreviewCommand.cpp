@@ -23,7 +23,11 @@ std::unique_ptr<QCoreApplication> makePreviewApplication(int& argc, char** argv)
         return std::make_unique<QCoreApplication>(argc, argv);
     // What was compiled before is known by a time in seconds, and an author saves twice in one.
     qputenv("QML_DISABLE_DISK_CACHE", "1");
-    return std::make_unique<QApplication>(argc, argv);
+    // What Qt has to say of the environment is of no interest to authors.
+    const QtMessageHandler before = qInstallMessageHandler(Command::writeGraveMessage);
+    auto application = std::make_unique<QApplication>(argc, argv);
+    qInstallMessageHandler(before);
+    return application;
 }
 
 Command::ExitCode runPreview(const QStringList& arguments)

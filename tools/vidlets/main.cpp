@@ -52,6 +52,13 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
     return false;
 }
 
+void writeGraveMessage(QtMsgType type, const QMessageLogContext& /*context*/,
+                       const QString& message)
+{
+    if (type == QtFatalMsg || type == QtCriticalMsg)
+        wrongUse(message);
+}
+
 } // namespace Command
 
 namespace {
