@@ -73,6 +73,8 @@ AuthorPreviewStage::AuthorPreviewStage(QWidget* parent)
     m_problems->hide();
     m_area->setObjectName(u"area"_s);
     m_area->setAlignment(Qt::AlignCenter);
+    // Another colour than that of tips, whose edges are to be seen.
+    m_area->setBackgroundRole(QPalette::Mid);
     m_area->setMinimumSize(320, 240);
     auto* top = new QHBoxLayout;
     top->addWidget(m_title, 1);
