@@ -40,9 +40,13 @@ target_compile_definitions(
           SCHEMAS="${PROJECT_SOURCE_DIR}/tools/vidlets/schema"
           TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
 
-vidlets_add_test(NAME tst_authorpreview DISPLAY LIBRARIES VidletsAuthorGui)
+vidlets_add_test(
+  NAME tst_authorpreview
+  DISPLAY
+  LIBRARIES VidletsAuthorGui)
 target_compile_definitions(tst_authorpreview PRIVATE LRELEASE="$<TARGET_FILE:Qt6::lrelease>")
 
+vidlets_add_test(NAME tst_authorgallerypage LIBRARIES VidletsAuthorGui)
 vidlets_add_test(NAME tst_authorgallery LIBRARIES VidletsAuthor)
 add_dependencies(tst_authorgallery vidlets)
 target_compile_definitions(
