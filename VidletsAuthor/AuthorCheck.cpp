@@ -7,6 +7,7 @@
 #include "AuthorControlReader.h"
 #include "AuthorFiles.h"
 #include "AuthorResources.h"
+#include "AuthorScenes.h"
 #include "AuthorTips.h"
 
 #include <QDir>
@@ -66,6 +67,7 @@ QList<AuthorFinding> AuthorCheck::run()
 {
     AuthorTips tips(m_packages, m_findings);
     AuthorResources resources(m_packages, m_findings);
+    AuthorScenes scenes(m_findings);
     m_packages.reportShadowed();
     for (const AuthorPackage& package : m_packages.packages()) {
         m_settings.loadPackage(package.path, m_findings);
@@ -76,6 +78,7 @@ QList<AuthorFinding> AuthorCheck::run()
             tips.addControlFile(package, file);
         }
         resources.addScenes(package);
+        scenes.addPackage(package);
     }
     for (const QString& path : m_packages.keyDataFiles()) {
         const AuthorControlFile file =
@@ -90,6 +93,7 @@ QList<AuthorFinding> AuthorCheck::run()
         const AuthorPackage* package = m_packages.packageOf(path);
         clips.check(path, m_settings.clipMemoryLimitBytes(package ? package->path : QString()));
     }
+    scenes.check();
     return settled();
 }
 

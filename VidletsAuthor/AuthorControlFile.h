@@ -27,11 +27,13 @@ struct AuthorTip
     XmlPosition position;
 };
 
-/// A scene that a control file names.
+/// A scene that the tips of a control file have.
 struct AuthorSceneName
 {
     QString name;
     XmlPosition position;
+    /// Whether it is theirs because nothing names another one.
+    bool isUsual = false;
 };
 
 /// A control file or key data file as it was read.

@@ -8,6 +8,7 @@
 #include "AuthorXmlFault.h"
 #include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLFirstTag.h>
+#include <Vidlets/VLSettings.h>
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -370,6 +371,16 @@ void AuthorControlReader::checkAttributes(bool isTip)
         const QStringView scene = attributes.value(name);
         if (!scene.isEmpty())
             m_file.scenes.append({scene.toString(), m_start});
+        if (!scene.isEmpty() && !isTip)
+            m_rootScenes.append(name);
+        const bool isUsual = isTip && scene.isEmpty()
+            && (attributes.hasAttribute(name) || !m_rootScenes.contains(name));
+        if (isUsual && !m_usualScenes.contains(name)) {
+            m_usualScenes.append(name);
+            const QString usual =
+                name == uiAttribute() ? Settings::uiFileDefault() : Settings::simpleUiFileDefault();
+            m_file.scenes.append({usual, m_start, true});
+        }
     }
 }
 

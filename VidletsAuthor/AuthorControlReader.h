@@ -88,6 +88,10 @@ private:
     XmlPosition m_start;
     QString m_directory;
     QString m_rootDirectory;
+    /// The attributes by which the root names scenes for all tips.
+    QStringList m_rootScenes;
+    /// Those for which a tip with neither has been met.
+    QStringList m_usualScenes;
     QString m_rootName;
     bool m_isRecognised = true;
     bool m_isRootSeen = false;

@@ -62,6 +62,21 @@ std::optional<QList<Entry>> list(const QString& path)
     return entries;
 }
 
+QStringList foldersBelow(const QString& root)
+{
+    // Far above what any package holds.
+    constexpr qsizetype kMaxFolders = 10'000;
+    QStringList folders{root};
+    for (qsizetype i = 0; i < folders.size() && folders.size() < kMaxFolders; ++i) {
+        const auto entries = list(folders.at(i));
+        for (const Entry& entry : entries.value_or(QList<Entry>())) {
+            if (entry.kind == Kind::Directory && entry.isNamed)
+                folders.append(folders.at(i) + u'/' + entry.name);
+        }
+    }
+    return folders;
+}
+
 std::optional<QByteArray> read(const QString& path, QString& reason, qint64 limit)
 {
     QFile file(path);

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -37,6 +38,9 @@ inline constexpr qint64 kMaxTextBytes = qint64(64) * 1024 * 1024;
 
 /// Returns what the directory @p path holds, by name; nothing where it cannot be read.
 std::optional<QList<Entry>> list(const QString& path);
+
+/// Returns the folders below @p root and itself; no link is followed.
+QStringList foldersBelow(const QString& root);
 
 /// Returns the content of the regular file @p path; nothing where it is none, cannot be read or is
 /// larger than @p limit bytes, with the @p reason as the end of a sentence.

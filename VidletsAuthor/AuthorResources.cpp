@@ -6,6 +6,7 @@
 #include "AuthorClips.h"
 #include "AuthorFiles.h"
 #include "AuthorSceneText.h"
+#include "AuthorScenes.h"
 #include <Vidlets/VLContentGuard.h>
 
 #include <QDir>
@@ -25,8 +26,6 @@ namespace {
 
 constexpr qint64 kMaxFileBytes = 20'000'000;
 constexpr int kMaxSidePx = 4096;
-// Far above what any package holds.
-constexpr int kMaxFolders = 10'000;
 
 QString usualDirectory()
 {
@@ -55,20 +54,6 @@ bool hasWhiteSpace(const QString& name)
 bool isBelow(const QString& directory, const QString& path)
 {
     return path == directory || path.startsWith(directory + u'/');
-}
-
-/// The folders below @p root and itself; no link is followed.
-QStringList foldersBelow(const QString& root)
-{
-    QStringList folders{root};
-    for (qsizetype i = 0; i < folders.size() && folders.size() < kMaxFolders; ++i) {
-        const auto entries = AuthorFiles::list(folders.at(i));
-        for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
-            if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed)
-                folders.append(folders.at(i) + u'/' + entry.name);
-        }
-    }
-    return folders;
 }
 
 } // namespace
@@ -102,16 +87,9 @@ void AuthorResources::addKeyData(const AuthorControlFile& file)
 
 void AuthorResources::addScenes(const AuthorPackage& package)
 {
-    const QStringList folders = foldersBelow(package.path);
-    for (const QString& folder : folders) {
-        const auto entries = AuthorFiles::list(folder);
-        for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
-            const bool isScene = entry.name.endsWith(".qml"_L1) || entry.name.endsWith(".js"_L1)
-                || entry.name.endsWith(".mjs"_L1);
-            if (entry.kind == AuthorFiles::Kind::File && entry.isNamed && isScene)
-                addScene(package, folder + u'/' + entry.name);
-        }
-    }
+    const QStringList files = AuthorScenes::filesOf(package.path);
+    for (const QString& file : files)
+        addScene(package, file);
 }
 
 void AuthorResources::addScene(const AuthorPackage& package, const QString& path)
@@ -258,7 +236,7 @@ void AuthorResources::checkFiles(const AuthorPackage& package, const QString& di
     const QString canonical = QFileInfo(root).canonicalFilePath();
     if (canonical.isEmpty() || !isBelow(package.canonicalPath, canonical))
         return;
-    const QStringList folders = foldersBelow(root);
+    const QStringList folders = AuthorFiles::foldersBelow(root);
     for (const QString& folder : folders) {
         const auto entries = AuthorFiles::list(folder);
         for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {

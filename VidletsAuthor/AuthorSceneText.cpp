@@ -9,8 +9,18 @@ using namespace Qt::StringLiterals;
 
 namespace Vidlets {
 
-AuthorSceneText::AuthorSceneText(const QString& text)
+namespace {
+
+bool isOfWord(QChar character)
+{
+    return character.isLetterOrNumber() || character == u'_' || character == u'$';
+}
+
+} // namespace
+
+AuthorSceneText::AuthorSceneText(const QString& text, Wanted wanted)
     : m_text(text)
+    , m_wanted(wanted)
 {
     while (m_at < m_text.size())
         readNext();
@@ -54,12 +64,16 @@ void AuthorSceneText::readString(QChar quote)
     literal.text = m_text.mid(begin, m_at - begin);
     m_literals.append(literal);
     m_significant = quote;
+    const qsizetype end = m_at;
     if (m_at < m_text.size() && m_text.at(m_at) == quote)
         advance();
+    endToken(AuthorToken::Kind::Literal, begin, end, literal.position);
 }
 
 void AuthorSceneText::readPattern()
 {
+    const qsizetype begin = m_at;
+    const XmlPosition position = m_position;
     bool isInClass = false;
     for (advance(); m_at < m_text.size() && m_text.at(m_at) != u'\n'; advance()) {
         const QChar character = m_text.at(m_at);
@@ -77,6 +91,7 @@ void AuthorSceneText::readPattern()
         advance();
         m_significant = u'x';
     }
+    endToken(AuthorToken::Kind::Sign, begin, m_at, position);
 }
 
 void AuthorSceneText::readComment(qsizetype end, qsizetype textEnd)
@@ -112,10 +127,34 @@ void AuthorSceneText::readCode(QChar character)
     }
     if (character == u'{' || character == u'(' || character == u'[')
         ++m_depth;
-    m_significant = character;
-    advance();
+    const qsizetype begin = m_at;
+    const XmlPosition position = m_position;
+    const bool isWord = isOfWord(character);
+    if (isWord)
+        skipWord();
+    else
+        advance();
+    m_significant = m_text.at(m_at - 1);
+    endToken(isWord ? AuthorToken::Kind::Word : AuthorToken::Kind::Sign, begin, m_at, position);
     if (character == u';')
         endStatements(m_depth);
+}
+
+void AuthorSceneText::skipWord()
+{
+    while (m_at < m_text.size() && isOfWord(m_text.at(m_at)))
+        advance();
+}
+
+void AuthorSceneText::endToken(AuthorToken::Kind kind, qsizetype begin, qsizetype end,
+                               XmlPosition position)
+{
+    if (m_wanted != Wanted::Tokens)
+        return;
+    const bool startsLine =
+        m_tokens.isEmpty() || m_tokens.constLast().position.line < position.line;
+    m_tokens.append(
+        {kind, QStringView(m_text).sliced(begin, end - begin), position, m_at, startsLine});
 }
 
 /// The statement of the comments before the present character begins here.

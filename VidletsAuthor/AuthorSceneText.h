@@ -16,6 +16,30 @@ struct AuthorLiteral
     XmlPosition position;
 };
 
+/// A word, a string or a single sign of a scene.
+struct AuthorToken
+{
+    enum class Kind {
+        Word,
+        Literal,
+        Sign
+    };
+
+    bool is(QLatin1StringView sign) const
+    {
+        return kind != Kind::Literal && text == sign;
+    }
+
+    Kind kind = Kind::Sign;
+    /// Part of the scene's text; of a string without its quotation marks.
+    QStringView text;
+    XmlPosition position;
+    /// Where it ends in the scene's text.
+    qsizetype end = 0;
+    /// Whether it is the first of its line.
+    bool startsLine = false;
+};
+
 /**
  * The strings and comments of a QML or JavaScript file, told apart without a grammar.
  *
@@ -25,11 +49,23 @@ struct AuthorLiteral
 class AuthorSceneText
 {
 public:
-    explicit AuthorSceneText(const QString& text);
+    /// What else is wanted of a text.
+    enum class Wanted {
+        Literals,
+        Tokens
+    };
+
+    /// @p text has to stay.
+    explicit AuthorSceneText(const QString& text, Wanted wanted = Wanted::Literals);
 
     const QList<AuthorLiteral>& literals() const
     {
         return m_literals;
+    }
+    /// All but comments; empty unless they were wanted.
+    const QList<AuthorToken>& tokens() const
+    {
+        return m_tokens;
     }
     /// The comments that switch rules off, each with the statement or object behind it.
     const QList<AuthorSuppression>& suppressions() const
@@ -51,6 +87,8 @@ private:
     void readComment(qsizetype end, qsizetype textEnd);
     void readCode(QChar character);
     void beginToken();
+    void skipWord();
+    void endToken(AuthorToken::Kind kind, qsizetype begin, qsizetype end, XmlPosition position);
     void endStatements(int depth);
     void advance();
     void skipTo(qsizetype end);
@@ -58,6 +96,7 @@ private:
     bool isContinued() const;
 
     const QString& m_text;
+    const Wanted m_wanted;
     qsizetype m_at = 0;
     XmlPosition m_position{1, 1};
     /// Where the character before the present one stands.
@@ -66,6 +105,7 @@ private:
     /// The last character that is neither white space nor in a comment; null at the start.
     QChar m_significant;
     QList<AuthorLiteral> m_literals;
+    QList<AuthorToken> m_tokens;
     QList<AuthorSuppression> m_suppressions;
     QList<qsizetype> m_pending;
     QList<OpenStatement> m_open;

@@ -3,6 +3,8 @@
 
 #include "AuthorTips.h"
 
+#include <Vidlets/VLSettings.h>
+
 #include <QDir>
 #include <QFileInfo>
 #include <QSet>
@@ -93,9 +95,16 @@ void AuthorTips::checkScenes()
             if (!known.contains(scene.name))
                 known.insert(scene.name,
                              isScene(*m_sources.at(i).package, file.search, scene.name));
-            if (!known.value(scene.name))
-                m_findings.add(file.path, scene.position, u"ui-missing"_s,
-                               u"There is no scene \"%1\"."_s.arg(scene.name));
+            if (known.value(scene.name))
+                continue;
+            const QString message = u"There is no scene \"%1\"."_s.arg(scene.name);
+            const bool isSimple = scene.name == Settings::simpleUiFileDefault();
+            if (!scene.isUsual)
+                m_findings.add(file.path, scene.position, u"ui-missing"_s, message);
+            else
+                m_findings.add(file.path, scene.position, u"scene-missing"_s, message,
+                               isSimple ? u"Add it: who wants simple tips sees an empty one."_s
+                                        : QString());
         }
     }
 }

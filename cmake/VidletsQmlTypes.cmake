@@ -93,6 +93,9 @@ vidlets_write_qmldir("${vidlets_host_qml_dir}/qmldir" com.larkspan.vidlets.host
 
 add_custom_target(vidlets_qmltypes ALL DEPENDS "${vidlets_qml_types}" "${vidlets_host_types}")
 
+set(vidlets_type_files "${vidlets_qml_types}" "${vidlets_qml_dir}/qmldir" "${vidlets_host_types}"
+                       "${vidlets_host_qml_dir}/qmldir")
+
 # Where qmllint and editors look without being told, as long as the prefix is that of Qt.
 if(VIDLETS_BUILD_TOOLS)
   install(

@@ -17,6 +17,8 @@ foreach(
   tst_authorreport
   tst_authorresources
   tst_authorrules
+  tst_authorscenerules
+  tst_authorscenes
   tst_authorscenetext
   tst_authorschemas
   tst_authorsettings
@@ -24,6 +26,9 @@ foreach(
   tst_authortips)
   vidlets_add_test(NAME ${name} LIBRARIES VidletsAuthor)
 endforeach()
+
+target_compile_definitions(tst_authorrules PRIVATE RULES="${PROJECT_SOURCE_DIR}/docs/rules")
+target_compile_definitions(tst_authorscenes PRIVATE TYPES="${vidlets_qmltypes_root}")
 
 vidlets_add_test(NAME tst_authorprogram)
 add_dependencies(tst_authorprogram vidlets)

@@ -92,8 +92,9 @@ void TestAuthorCheck::set_goesBeforeSettingsOfPackage()
     QVERIFY(check.set(u"key-missing=note"_s, reason));
 
     const QList<AuthorFinding> findings = check.run();
-    QCOMPARE(findings.size(), 2);
-    QCOMPARE(findings.constFirst().severity, AuthorSeverity::Note);
+    QCOMPARE(places(findings, u"key-missing"_s).size(), 2);
+    for (const AuthorFinding& finding : findings)
+        QVERIFY(finding.rule != "key-missing"_L1 || finding.severity == AuthorSeverity::Note);
 }
 
 void TestAuthorCheck::run_comesToEnd_whenFilesAreNasty()

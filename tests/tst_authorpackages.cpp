@@ -52,7 +52,7 @@ private Q_SLOTS:
 void TestAuthorPackages::add_takesOnePlaceOnce()
 {
     PackageBuilder files;
-    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
     const QString path = files.dataPath();
 
     QCOMPARE(

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 #include <QImage>
 
+#include <algorithm>
+
 #include <VidletsAuthor/AuthorCheck.h>
 
 using namespace Qt::StringLiterals;
@@ -67,7 +69,7 @@ void TestAuthorResources::names_areFoundInScenes()
 
     QCOMPARE(places(findings, u"resource-missing"_s), QStringList{u"VidletUI.qml:3"_s});
     QCOMPARE(places(findings, u"resource-unused"_s), QStringList{u"unused.png:0"_s});
-    QCOMPARE(findings.size(), 2);
+    QVERIFY(places(findings, u"resource-case"_s).isEmpty());
 }
 
 void TestAuthorResources::names_areFoundInSearchedPackages()
@@ -93,7 +95,11 @@ void TestAuthorResources::case_isTold_whenFolderDiffers()
     const QList<AuthorFinding> findings = checked({files.dataPath()});
 
     QCOMPARE(places(findings, u"resource-case"_s), QStringList{u"a.xml:1"_s});
-    QVERIFY(findings.constFirst().message.contains("Pics/In/a.png"_L1));
+    const bool isNamed =
+        std::any_of(findings.cbegin(), findings.cend(), [](const AuthorFinding& finding) {
+            return finding.message.contains("Pics/In/a.png"_L1);
+        });
+    QVERIFY(isNamed);
 }
 
 void TestAuthorResources::huge_goesByPixels()

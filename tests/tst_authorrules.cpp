@@ -10,6 +10,9 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <algorithm>
+#include <iterator>
+
 #include <VidletsAuthor/AuthorCheck.h>
 #include <VidletsAuthor/AuthorReport.h>
 #include <VidletsAuthor/AuthorRules.h>
@@ -96,6 +99,7 @@ private Q_SLOTS:
     void page_isNull_whenThereIsNoSuchRule();
     void page_tellsSummaryAndSeverity_data();
     void page_tellsSummaryAndSeverity();
+    void index_listsEachRule();
     void wrongExample_isFound_data();
     void wrongExample_isFound();
     void rightExample_isFine_data();
@@ -155,6 +159,22 @@ void TestAuthorRules::page_tellsSummaryAndSeverity()
     const QString summary =
         u"Finds %1. Default severity: %2.\n"_s.arg(known->summary, severityName(known->severity));
     QVERIFY2(page.contains(summary), qPrintable(summary));
+}
+
+void TestAuthorRules::index_listsEachRule()
+{
+    QFile index(QStringLiteral(RULES "/README.md"));
+    QVERIFY(index.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(index.readAll()).split(u'\n');
+    QStringList listed;
+    std::copy_if(lines.cbegin(), lines.cend(), std::back_inserter(listed),
+                 [](const QString& line) { return line.startsWith("| ["_L1); });
+    QStringList expected;
+    for (const AuthorRule& rule : AuthorRules::all())
+        expected.append(
+            u"| [%1](%1.md) | %2 | %3 |"_s.arg(rule.id, severityName(rule.severity), rule.summary));
+
+    QCOMPARE(listed, expected);
 }
 
 void TestAuthorRules::wrongExample_isFound_data()

@@ -6,6 +6,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 #include <VidletsAuthor/AuthorCheck.h>
 
 using namespace Qt::StringLiterals;
@@ -69,7 +71,11 @@ void TestAuthorTips::twiceAcross_namesWinner_whenDataPathsDiffer()
     const QList<AuthorFinding> findings = checked({one.dataPath(), two.dataPath()});
 
     QCOMPARE(places(findings, u"key-twice-across"_s), QStringList{u"a.xml:2"_s});
-    QVERIFY(findings.constFirst().message.contains(u"b.xml:2 too, which wins"_s));
+    const bool isNamed =
+        std::any_of(findings.cbegin(), findings.cend(), [](const AuthorFinding& finding) {
+            return finding.message.contains(u"b.xml:2 too, which wins"_s);
+        });
+    QVERIFY(isNamed);
 }
 
 void TestAuthorTips::twiceAcross_isFound_whenOneServesAll()

@@ -1,0 +1,272 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "AuthorSceneRules.h"
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+namespace {
+
+using Member = AuthorSceneOutline::Member;
+using Kind = AuthorToken::Kind;
+
+bool isLiteral(const AuthorToken& token)
+{
+    return token.kind == Kind::Literal;
+}
+
+/// Whether users read or hear what is bound to @p name.
+bool isVisible(const QString& name)
+{
+    static const QSet<QString> names{u"text"_s, u"title"_s, u"placeholderText"_s,
+                                     u"Accessible.name"_s, u"Accessible.description"_s};
+    return names.contains(name);
+}
+
+/// Whether @p text, as it is written, has something to translate: letters beside markup, variables
+/// and escaped signs.
+bool hasLetters(QStringView text)
+{
+    static const QRegularExpression rest(
+        u"<[^<>]{0,1000}>|&\\w{1,32};|%\\([^()]{0,200}\\)s|%\\d|\\$\\{[^{}]{0,1000}\\}"
+        "|\\\\u\\{?[0-9A-Fa-f]{1,6}\\}?|\\\\x[0-9A-Fa-f]{2}|\\\\."_s);
+    QString visible = text.toString();
+    visible.remove(rest);
+    return std::any_of(visible.cbegin(), visible.cend(),
+                       [](QChar character) { return character.isLetter(); });
+}
+
+} // namespace
+
+AuthorSceneRules::AuthorSceneRules(const QString& path, const AuthorSceneOutline& scene,
+                                   AuthorFindings& findings)
+    : m_path(path)
+    , m_scene(scene)
+    , m_findings(findings)
+{
+    for (const Member& member : m_scene.members()) {
+        if (member.name == "id"_L1)
+            m_ids.insert(m_scene.at(member.first + 2).toString());
+    }
+    m_translating = translatingFunctions();
+}
+
+void AuthorSceneRules::check()
+{
+    checkGuards();
+    checkNetwork();
+    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
+        if (!isLiteral(m_scene.tokens().at(token)))
+            continue;
+        checkAddress(token);
+        checkAbsolutePath(token);
+        checkReference(token);
+    }
+    checkTexts();
+}
+
+/// A member of the element may be asked for only behind a test of the element, in one and the same
+/// binding or function.
+void AuthorSceneRules::checkGuards()
+{
+    const QSet<QString> names = namesOfElement();
+    const Member* tested = nullptr;
+    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
+        if (!isNameOfElement(token, names))
+            continue;
+        const QStringView next = m_scene.at(token + 1);
+        const Member* member = m_scene.memberOf(token);
+        if (next != "."_L1 && next != "["_L1)
+            tested = member;
+        else if (!member || tested != member)
+            add(token, u"scene-unguarded", u"\"%1\" may be null here."_s.arg(m_scene.at(token)));
+    }
+}
+
+/// "vidlet", and the properties that are bound to it alone.
+QSet<QString> AuthorSceneRules::namesOfElement() const
+{
+    QSet<QString> names{u"vidlet"_s};
+    for (const Member& member : m_scene.members()) {
+        constexpr qsizetype kLeast = 5;
+        if (member.end - member.first < kLeast)
+            continue;
+        // Brackets behind the last binding of an object count as part of it.
+        qsizetype last = member.end - 1;
+        while (last > member.first && (m_scene.at(last) == "}"_L1 || m_scene.at(last) == ";"_L1))
+            --last;
+        if (!member.type.isNull() && m_scene.at(last) == "vidlet"_L1
+            && m_scene.at(last - 1) == ":"_L1)
+            names.insert(member.name);
+    }
+    return names;
+}
+
+bool AuthorSceneRules::isNameOfElement(qsizetype token, const QSet<QString>& names) const
+{
+    const AuthorToken& present = m_scene.tokens().at(token);
+    if (present.kind != Kind::Word || !names.contains(present.text.toString()))
+        return false;
+    // The member of another object may have the same name.
+    if (m_scene.at(token - 1) != "."_L1)
+        return true;
+    return present.text != "vidlet"_L1 && m_scene.at(token - 3) != "."_L1
+        && m_ids.contains(m_scene.at(token - 2).toString());
+}
+
+void AuthorSceneRules::checkNetwork()
+{
+    for (const Member& member : m_scene.members()) {
+        if (member.kind == Member::Kind::Import)
+            checkImport(member);
+    }
+    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
+        const QStringView word = m_scene.at(token);
+        if (word == "XMLHttpRequest"_L1 || word == "WebSocket"_L1)
+            add(token, u"scene-network", u"\"%1\" reaches out to the network."_s.arg(word));
+    }
+}
+
+void AuthorSceneRules::checkImport(const Member& member)
+{
+    static const QStringList modules{u"QtWebSockets"_s, u"QtWebEngine"_s, u"QtWebView"_s,
+                                     u"QtNetwork"_s,    u"QtLocation"_s,  u"QtMqtt"_s};
+    const qsizetype name = member.first + 1;
+    if (modules.contains(m_scene.at(name)))
+        add(name, u"scene-network",
+            u"The module \"%1\" reaches out to the network."_s.arg(m_scene.at(name)));
+}
+
+void AuthorSceneRules::checkAddress(qsizetype token)
+{
+    static const QRegularExpression address(u"^\\s{0,100}(https?|ftps?|wss?):"_s,
+                                            QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression loaded(
+        u"\\b(src|background)\\s{0,8}=\\s{0,8}\\\\?[\"']?\\s{0,8}(https?|ftps?):"
+        "|\\burl\\(\\s{0,8}\\\\?[\"']?(https?|ftps?):"_s,
+        QRegularExpression::CaseInsensitiveOption);
+    static const QStringList opening{u"openExternalResource"_s, u"openUrlExternally"_s};
+    const QString text = m_scene.tokens().at(token).text.toString();
+    const bool isLoaded = loaded.match(text).hasMatch()
+        || (address.match(text).hasMatch() && !m_scene.isInCallOf(token, opening));
+    if (isLoaded)
+        add(token, u"scene-network", u"An address in the network is loaded."_s);
+}
+
+void AuthorSceneRules::checkAbsolutePath(qsizetype token)
+{
+    static const QRegularExpression path(
+        u"^(file:/*[^/\\s]|/[\\w.~@-]+/[\\w.~@-]|[A-Za-z]:[\\\\/])"_s,
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::UseUnicodePropertiesOption);
+    // What is appended to something else is relative to it.
+    if (m_scene.at(token - 1) == "+"_L1)
+        return;
+    const AuthorToken& literal = m_scene.tokens().at(token);
+    const bool isPath =
+        !literal.text.contains(u'\n') && path.match(literal.text.toString()).hasMatch();
+    if (isPath && !literal.text.contains(u"${"))
+        add(token, u"scene-absolute-path",
+            u"\"%1\" is there on some computers only."_s.arg(literal.text));
+}
+
+/// Reports a scene that another one loads and that is not there.
+void AuthorSceneRules::checkReference(qsizetype token)
+{
+    static const QRegularExpression name(u"^[^\\s/:][^\\s:]*\\.qml$"_s);
+    static const QStringList loading{u"createComponent"_s, u"setSource"_s};
+    const AuthorToken& literal = m_scene.tokens().at(token);
+    const bool isPart = m_scene.at(token - 1) == "+"_L1 || m_scene.at(token + 1) == "+"_L1;
+    if (isPart || literal.text.contains(u'$') || !name.match(literal.text.toString()).hasMatch())
+        return;
+    const Member* member = m_scene.memberOf(token);
+    const bool isSource = member && member->name == "source"_L1;
+    const QString file = QFileInfo(m_path).path() + u'/' + literal.text.toString();
+    if ((isSource || m_scene.isInCallOf(token, loading)) && !QFileInfo(file).isFile())
+        add(token, u"scene-missing", u"There is no scene \"%1\" here."_s.arg(literal.text));
+}
+
+void AuthorSceneRules::checkTexts()
+{
+    static const QStringList foreign{u"qsTr"_s, u"qsTrId"_s, u"qsTranslate"_s};
+    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
+        const AuthorToken& literal = m_scene.tokens().at(token);
+        if (!isLiteral(literal) || !hasLetters(literal.text))
+            continue;
+        if (m_scene.isInCallOf(token, foreign))
+            add(token, u"string-untranslated",
+                u"\"%1\" is not translated: the library looks into files of its own."_s.arg(
+                    literal.text));
+        else if (isShown(token) && !isFallback(token) && !isCompared(token))
+            add(token, u"string-untranslated", u"\"%1\" is not translated."_s.arg(literal.text));
+    }
+}
+
+/// Whether a literal is a text that users see, or a part of one.
+bool AuthorSceneRules::isShown(qsizetype token) const
+{
+    const Member* member = m_scene.memberOf(token);
+    if (!member || member->kind == Member::Kind::Import)
+        return false;
+    // What a function makes of its arguments is not known, nor what stands behind an index.
+    if (m_scene.innermostCall(token) || m_scene.at(token - 1) == "["_L1)
+        return false;
+    const bool isBound = isVisible(member->name) && member->kind == Member::Kind::Property
+        && (member->type.isNull() || member->type == "string"_L1 || member->type == "var"_L1);
+    const bool isAssigned = m_scene.at(token - 1) == "="_L1 && m_scene.at(token - 2) != "="_L1
+        && m_scene.at(token - 2) != "!"_L1 && isVisible(m_scene.at(token - 2).toString());
+    return isBound || isAssigned;
+}
+
+/// Whether a literal stands in for a translation that is missing.
+bool AuthorSceneRules::isFallback(qsizetype token) const
+{
+    // Two signs: "||" or "??".
+    const QStringView sign = m_scene.at(token - 1);
+    if ((sign != "|"_L1 && sign != "?"_L1) || m_scene.at(token - 2) != sign)
+        return false;
+    const qsizetype opener = m_scene.at(token - 3) == ")"_L1 ? m_scene.partner(token - 3) : -1;
+    const QString function = m_scene.at(opener - 1).toString();
+    return opener > 0 && m_translating.contains(function);
+}
+
+bool AuthorSceneRules::isCompared(qsizetype token) const
+{
+    const QStringView before = m_scene.at(token - 1);
+    const bool isBehind = (before == "="_L1 && m_scene.at(token - 2) != ""_L1
+                           && u"=!"_s.contains(m_scene.at(token - 2)))
+        || before == "case"_L1;
+    const bool isInFront = (m_scene.at(token + 1) == "="_L1 || m_scene.at(token + 1) == "!"_L1)
+        && m_scene.at(token + 2) == "="_L1;
+    return isBehind || isInFront;
+}
+
+/// The functions that give a translation, those of the scene included.
+QSet<QString> AuthorSceneRules::translatingFunctions() const
+{
+    QSet<QString> names{u"translate"_s, u"translated"_s};
+    for (const Member& member : m_scene.members()) {
+        if (member.kind != Member::Kind::Function)
+            continue;
+        for (qsizetype token = member.first; token < member.end; ++token) {
+            if (m_scene.at(token) == "translate"_L1 && m_scene.at(token + 1) == "("_L1)
+                names.insert(member.name);
+        }
+    }
+    return names;
+}
+
+void AuthorSceneRules::add(qsizetype token, const char16_t* rule, const QString& message,
+                           const QString& help)
+{
+    m_findings.add(m_path, m_scene.tokens().at(token).position, QString::fromUtf16(rule), message,
+                   help);
+}
+
+} // namespace Vidlets

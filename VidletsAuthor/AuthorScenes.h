@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#ifndef AUTHORSCENES_H
+#define AUTHORSCENES_H
+
+#include "AuthorPackages.h"
+#include "AuthorQmllint.h"
+
+namespace Vidlets {
+
+/// The rules for scenes and scripts: those of its own, and all that qmllint finds.
+class AuthorScenes
+{
+public:
+    explicit AuthorScenes(AuthorFindings& findings);
+
+    /// Returns the paths of the scenes and scripts in the package @p path; no link is followed.
+    static QStringList filesOf(const QString& path);
+
+    /// Looks at the scenes of @p package but for what qmllint finds.
+    void addPackage(const AuthorPackage& package);
+    /// Has qmllint look at all that was added.
+    void check();
+
+private:
+    void addScene(const AuthorPackage& package, const QString& path);
+
+    AuthorFindings& m_findings;
+    AuthorQmllint m_qmllint;
+    /// The packages with scenes.
+    QStringList m_packages;
+};
+
+} // namespace Vidlets
+
+#endif

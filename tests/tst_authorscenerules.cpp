@@ -1,0 +1,181 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "VidletsTest.h"
+
+#include <VidletsAuthor/AuthorSceneRules.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+/// What the rules find in a scene, as "rule line:column".
+QStringList found(const QString& text)
+{
+    AuthorFindings findings;
+    const AuthorSceneOutline scene(text);
+    AuthorSceneRules(u"/nowhere/ui/VidletUI.qml"_s, scene, findings).check();
+    QStringList result;
+    for (const AuthorFinding& finding : findings.all())
+        result.append(u"%1 %2:%3"_s.arg(finding.rule)
+                          .arg(finding.position.line)
+                          .arg(finding.position.column));
+    return result;
+}
+
+} // namespace
+
+class TestAuthorSceneRules : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void finds_data();
+    void finds();
+    void outline_namesMembers();
+    void comesToEnd_whenBracketsAreMany();
+
+private:
+    static void addGuards();
+    static void addAddresses();
+    static void addTexts();
+};
+
+void TestAuthorSceneRules::addGuards()
+{
+    const auto row = [](const char* name, const QString& member, bool isFound) {
+        const QStringList expected{u"scene-unguarded 2:%1"_s.arg(member.indexOf(u'#') + 1)};
+        QString text = member;
+        QTest::newRow(name) << u"Item {\n"_s + text.remove(u'#') + u"\n}"_s
+                            << (isFound ? expected : QStringList());
+    };
+    row("bare", u"a: #vidlet.content"_s, true);
+    row("index", u"a: #vidlet['content']"_s, true);
+    row("conditional", u"a: vidlet ? vidlet.content : ''"_s, false);
+    row("and", u"a: vidlet && vidlet.content"_s, false);
+    row("compared", u"a: vidlet !== null ? vidlet.content : ''"_s, false);
+    row("optional", u"a: vidlet?.content ?? ''"_s, false);
+    row("over lines", u"a: vidlet\n ? vidlet.content\n : ''"_s, false);
+    row("tested behind", u"a: #vidlet.content && vidlet"_s, true);
+    row("function", u"function f() { return #vidlet.content; }"_s, true);
+    row("early return", u"function f() { if (!vidlet) return ''; return vidlet.content; }"_s,
+        false);
+    row("argument", u"function f(vidlet) { return vidlet.content; }"_s, false);
+    row("handler", u"onA: { if (vidlet) { b(vidlet.content); } }"_s, false);
+    row("other object", u"a: other.vidlet.content"_s, false);
+    row("alias", u"property var tip: vidlet; property var a: #tip.content"_s, true);
+    row("alias of root", u"id: r; property var tip: vidlet; property var a: r.#tip.content"_s,
+        true);
+    row("tested alias", u"property var tip: vidlet; property var a: tip ? tip.content : ''"_s,
+        false);
+    row("in a string", u"a: 'vidlet.content' // vidlet.content"_s, false);
+    QTest::newRow("test of another binding") << u"Item {\na: vidlet ? 1 : 2\nb: vidlet.content\n}"_s
+                                             << QStringList{u"scene-unguarded 3:4"_s};
+    QTest::newRow("test around an object")
+        << u"Item {\na: vidlet ? 1 : 2\nText {\nc: vidlet.content } }"_s
+        << QStringList{u"scene-unguarded 4:4"_s};
+}
+
+void TestAuthorSceneRules::addAddresses()
+{
+    const auto row = [](const char* name, const QString& member, const QString& rule) {
+        QTest::newRow(name) << u"Item {\n"_s + member + u"\n}"_s
+                            << (rule.isEmpty() ? QStringList() : QStringList{rule});
+    };
+    row("remote picture", u"source: 'https://e.org/a.png'"_s, u"scene-network 2:9"_s);
+    row("remote markup", u"a: '<img src=\"http://e.org/a.png\">'"_s, u"scene-network 2:4"_s);
+    row("link", u"a: '<a href=\"https://e.org/\">e</a>'"_s, QString());
+    row("opened", u"onA: vidletView.openExternalResource('https://e.org/')"_s, QString());
+    row("request", u"function f() { new XMLHttpRequest(); }"_s, u"scene-network 2:20"_s);
+    row("path", u"source: '/home/me/a.png'"_s, u"scene-absolute-path 2:9"_s);
+    row("url", u"source: \"file:///home/me/a.png\""_s, u"scene-absolute-path 2:9"_s);
+    row("drive", u"source: 'C:/a.png'"_s, u"scene-absolute-path 2:9"_s);
+    row("scheme alone", u"source: 'file://' + dataLocation + '/Resources/a.png'"_s, QString());
+    row("slash", u"a: b.split('/')"_s, QString());
+    row("loaded scene", u"source: 'Gone.qml'"_s, u"scene-missing 2:9"_s);
+    row("made scene", u"a: Qt.createComponent('Gone.qml')"_s, u"scene-missing 2:23"_s);
+    row("scene put together", u"source: folder + 'Gone.qml'"_s, QString());
+    QTest::newRow("module") << u"import QtWebSockets\nItem {}"_s
+                            << QStringList{u"scene-network 1:8"_s};
+}
+
+void TestAuthorSceneRules::addTexts()
+{
+    const auto row = [](const char* name, const QString& member, int column) {
+        const QStringList expected{u"string-untranslated 2:%1"_s.arg(column)};
+        QTest::newRow(name) << u"Text {\n"_s + member + u"\n}"_s
+                            << (column > 0 ? expected : QStringList());
+    };
+    row("text", u"text: 'Play'"_s, 7);
+    row("name", u"Accessible.name: \"Play\""_s, 18);
+    row("other property", u"objectName: 'Play'"_s, 0);
+    row("signs", u"text: '%1 / %2 \\u25b6 %(name)s <b>&amp;</b>'"_s, 0);
+    row("markup", u"text: '<b>Play</b>'"_s, 7);
+    row("fallback", u"text: vidletView.translate('Play', 'UI') || 'Play'"_s, 0);
+    row("fallback of another", u"text: tip.attribute('a') || 'Play'"_s, 29);
+    row("own function",
+        u"function words(t) { return v.translate(t, 'UI') || t }\n"
+        "text: words('Play')"_s,
+        0);
+    row("fallback of own function",
+        u"function words(t) { return v.translate(t, 'UI') }\n"
+        "text: words('Play') || 'Play'"_s,
+        0);
+    row("other branch", u"text: a ? b.translate('P', 'UI') || 'P' : 'Stop'"_s, 43);
+    row("compared", u"text: a === 'Play' ? b : c"_s, 0);
+    row("qsTr", u"text: qsTr('Play')"_s, 12);
+    row("assigned", u"onA: { label.text = 'Play'; }"_s, 21);
+    row("colour named text", u"property color text: 'white'"_s, 0);
+}
+
+void TestAuthorSceneRules::finds_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QStringList>("expected");
+
+    addGuards();
+    addAddresses();
+    addTexts();
+}
+
+void TestAuthorSceneRules::finds()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QStringList, expected);
+
+    QCOMPARE(found(text), expected);
+}
+
+void TestAuthorSceneRules::outline_namesMembers()
+{
+    const AuthorSceneOutline scene(u"import QtQuick 2.15 as Q\nQ.Item {\n id: a; "
+                                   "readonly property list<QtObject> b: []\n"
+                                   " Accessible.name: c(\n d)\n onE: { if (f) { g } else { h } }\n"
+                                   " function i(j) { k: l }\n Text { text: m\n + n }\n}"_s);
+    QStringList names;
+    for (const AuthorSceneOutline::Member& member : scene.members())
+        names.append(member.name);
+
+    const QStringList expected{QString(), u"Q.Item"_s, u"id"_s,   u"b"_s,   u"Accessible.name"_s,
+                               u"onE"_s,  u"i"_s,      u"Text"_s, u"text"_s};
+    QCOMPARE(names, expected);
+}
+
+void TestAuthorSceneRules::comesToEnd_whenBracketsAreMany()
+{
+    constexpr qsizetype kCount = 200'000;
+
+    QVERIFY(found(u"("_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u"{"_s.repeated(kCount) + u"'a' "_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u"property list<"_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u"a."_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u")]}"_s.repeated(kCount)).isEmpty());
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorSceneRules>(argc, argv);
+}
+
+#include "tst_authorscenerules.moc"
