@@ -63,8 +63,8 @@ void TestAuthorPackages::reportShadowed_namesBoth_whenDataPathsDiffer()
 {
     PackageBuilder one;
     PackageBuilder two;
-    one.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
-    two.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"b"_s);
+    one.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+    two.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
 
     const QList<AuthorFinding> findings = checked({one.dataPath(), two.dataPath()});
 
