@@ -9,6 +9,7 @@
 #include "AuthorResources.h"
 #include "AuthorScenes.h"
 #include "AuthorTips.h"
+#include "AuthorTranslations.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -68,6 +69,7 @@ QList<AuthorFinding> AuthorCheck::run()
     AuthorTips tips(m_packages, m_findings);
     AuthorResources resources(m_packages, m_findings);
     AuthorScenes scenes(m_findings);
+    AuthorTranslations translations(m_packages, m_findings);
     m_packages.reportShadowed();
     for (const AuthorPackage& package : m_packages.packages()) {
         m_settings.loadPackage(package.path, m_findings);
@@ -76,9 +78,12 @@ QList<AuthorFinding> AuthorCheck::run()
                 readFile(AuthorControlReader::Kind::ControlFile, path, m_findings);
             resources.addControlFile(package, file);
             tips.addControlFile(package, file);
+            translations.addControlFile(package, file);
         }
         resources.addScenes(package);
         scenes.addPackage(package);
+        if (scenes.isTranslating(package.path))
+            translations.addTranslating(package);
     }
     for (const QString& path : m_packages.keyDataFiles()) {
         const AuthorControlFile file =
@@ -94,6 +99,7 @@ QList<AuthorFinding> AuthorCheck::run()
         clips.check(path, m_settings.clipMemoryLimitBytes(package ? package->path : QString()));
     }
     scenes.check();
+    translations.check(m_locales);
     return settled();
 }
 

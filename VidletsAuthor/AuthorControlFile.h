@@ -47,6 +47,8 @@ struct AuthorControlFile
     XmlPosition rootPosition;
     /// The names of further packages.
     QStringList search;
+    /// Where translations lie, relative to the package, beside the usual directory.
+    QStringList translationDirectories;
     /// Those with a key.
     QList<AuthorTip> tips;
     QList<AuthorSceneName> scenes;

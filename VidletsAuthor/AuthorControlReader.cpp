@@ -367,6 +367,9 @@ void AuthorControlReader::checkAttributes(bool isTip)
     const bool namesScenes = m_kind == Kind::ControlFile && (isTip || m_open.isEmpty());
     if (!namesScenes)
         return;
+    const QString translations = attributes.value(translationsAttribute()).toString();
+    if (!translations.isEmpty() && !m_file.translationDirectories.contains(translations))
+        m_file.translationDirectories.append(translations);
     for (const QString& name : {uiAttribute(), simpleUiAttribute()}) {
         const QStringView scene = attributes.value(name);
         if (!scene.isEmpty())

@@ -89,6 +89,15 @@ bool AuthorSceneOutline::isInCallOf(qsizetype token, const QStringList& names) c
     return false;
 }
 
+bool AuthorSceneOutline::calls(QStringView function) const
+{
+    for (qsizetype token = 0; token < tokens().size(); ++token) {
+        if (at(token) == function && at(token + 1) == "("_L1)
+            return true;
+    }
+    return false;
+}
+
 void AuthorSceneOutline::read(qsizetype token)
 {
     if (isInObject() && beginsMember(token))

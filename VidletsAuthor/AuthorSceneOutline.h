@@ -70,6 +70,8 @@ public:
     {
         return m_partners.value(token, -1);
     }
+    /// Returns whether @p function is called anywhere.
+    bool calls(QStringView function) const;
     /// Returns the innermost call whose arguments @p token is part of.
     std::optional<Call> innermostCall(qsizetype token) const;
     /// Returns whether an argument of a call of one of @p names, at any depth, holds @p token.

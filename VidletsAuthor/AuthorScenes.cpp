@@ -60,6 +60,8 @@ void AuthorScenes::addScene(const AuthorPackage& package, const QString& path)
         return;
     }
     const AuthorSceneOutline scene(QString::fromUtf8(*content));
+    if (scene.calls(u"translate"))
+        m_translating.insert(package.path);
     AuthorSceneRules(path, scene, m_findings).check();
     // As packages lie beside each other, since scenes may refer to those of another one.
     const QString place = QString::number(package.dataPath) + u'/'

@@ -22,6 +22,11 @@ public:
     void addPackage(const AuthorPackage& package);
     /// Has qmllint look at all that was added.
     void check();
+    /// Returns whether a scene of the package at @p path asks for translations.
+    bool isTranslating(const QString& path) const
+    {
+        return m_translating.contains(path);
+    }
 
 private:
     void addScene(const AuthorPackage& package, const QString& path);
@@ -30,6 +35,7 @@ private:
     AuthorQmllint m_qmllint;
     /// The packages with scenes.
     QStringList m_packages;
+    QSet<QString> m_translating;
 };
 
 } // namespace Vidlets

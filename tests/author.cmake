@@ -22,12 +22,16 @@ foreach(
   tst_authorscenetext
   tst_authorschemas
   tst_authorsettings
+  tst_authorstrings
   tst_authortemplate
-  tst_authortips)
+  tst_authortips
+  tst_authortranslations)
   vidlets_add_test(NAME ${name} LIBRARIES VidletsAuthor)
 endforeach()
 
-target_compile_definitions(tst_authorrules PRIVATE RULES="${PROJECT_SOURCE_DIR}/docs/rules")
+add_dependencies(tst_authorrules vidlets)
+target_compile_definitions(tst_authorrules PRIVATE RULES="${PROJECT_SOURCE_DIR}/docs/rules"
+                                                   PROGRAM="$<TARGET_FILE:vidlets>")
 target_compile_definitions(tst_authorscenes PRIVATE TYPES="${vidlets_qmltypes_root}")
 
 vidlets_add_test(NAME tst_authorprogram)

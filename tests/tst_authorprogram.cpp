@@ -56,6 +56,8 @@ private Q_SLOTS:
     void new_makesPackageWithoutFaults();
     void check_endsWithOne_whenThereIsWarning();
     void explain_showsPage();
+    void strings_makeFilesThatCheckIsContentWith();
+    void strings_endsWithOne_whenFileIsKept();
     void clip_makesClip_andTellsWhatItTakes();
     void clip_showsBar_onTerminal();
     void clip_takesProgramWithIt_whenEnded_data();
@@ -67,6 +69,11 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
     QTest::addColumn<QStringList>("arguments");
 
     QTest::newRow("no command") << QStringList();
+    QTest::newRow("strings of nothing") << QStringList{u"strings"_s};
+    QTest::newRow("strings of two") << QStringList{u"strings"_s, u"."_s, u".."_s};
+    QTest::newRow("strings without package") << QStringList{u"strings"_s, u"/dev"_s};
+    QTest::newRow("strings for no locale")
+        << QStringList{u"strings"_s, u"."_s, u"--locale"_s, u"xx"_s};
     QTest::newRow("unknown command") << QStringList{u"verify"_s};
     QTest::newRow("unknown option") << QStringList{u"check"_s, u"--nonsense"_s, u"."_s};
     QTest::newRow("unknown format") << QStringList{u"check"_s, u"--format"_s, u"yaml"_s, u"."_s};
@@ -146,6 +153,40 @@ void TestAuthorProgram::explain_showsPage()
 
     QCOMPARE(outcome.code, 0);
     QVERIFY(outcome.out.startsWith("# key-blank\n"));
+}
+
+void TestAuthorProgram::strings_makeFilesThatCheckIsContentWith()
+{
+    const PackageBuilder files;
+    const QString package = files.path(u"First.vidlets"_s);
+    QCOMPARE(run({u"new"_s, package}).code, 0);
+
+    // The template's own translation is whole.
+    const Outcome updated = run({u"strings"_s, package, u"--release"_s});
+    QCOMPARE(updated.err, QByteArray());
+    QVERIFY2(updated.out.contains("Vidlets_de_DE.ts: 6 texts, 0 new, 0 gone, 0 unfinished"),
+             updated.out.constData());
+    QCOMPARE(run({u"strings"_s, package, u"--pseudo"_s}).code, 0);
+    const Outcome checked = run({u"check"_s, u"--locale"_s, u"vo_001"_s, package});
+    QCOMPARE(checked.out, QByteArray());
+    QCOMPARE(checked.code, 0);
+
+    QCOMPARE(run({u"strings"_s, package, u"--locale"_s, u"fr"_s, u"--release"_s}).code, 0);
+    const Outcome unfinished = run({u"check"_s, package});
+    QVERIFY2(unfinished.out.contains("Vidlets_fr_FR.ts"), unfinished.out.constData());
+    QVERIFY2(unfinished.out.contains("[l10n-unfinished]"), unfinished.out.constData());
+}
+
+void TestAuthorProgram::strings_endsWithOne_whenFileIsKept()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+    files.write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, "words");
+
+    const Outcome outcome = run({u"strings"_s, files.dataPath()});
+
+    QCOMPARE(outcome.code, 1);
+    QVERIFY2(outcome.err.contains("left as it is"), outcome.err.constData());
 }
 
 void TestAuthorProgram::clip_makesClip_andTellsWhatItTakes()

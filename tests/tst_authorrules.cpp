@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -67,6 +68,12 @@ private:
         if (language == "sh"_L1) {
             QProcess shell;
             shell.setWorkingDirectory(m_directory.path());
+            // Readers have the program installed.
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(u"PATH"_s,
+                               QFileInfo(QStringLiteral(PROGRAM)).path() + u':'
+                                   + environment.value(u"PATH"_s));
+            shell.setProcessEnvironment(environment);
             shell.start(u"bash"_s, {u"-ec"_s, content});
             return shell.waitForFinished() && shell.exitCode() == 0;
         }

@@ -155,7 +155,7 @@ void TestAuthorScenes::place_isThatInScene_data()
     QTest::newRow("next line") << QByteArray("import QtQuick // words\nItem { width: nothing }")
                                << u"scene-lint A.qml:2:15"_s;
     QTest::newRow("misspelt") << QByteArray(
-        "import QtQuick\nText { text: vidlet ? vidlet.atribute('a') : '' }")
+        "import QtQuick\nText { text: vidlet ? vidlet.attributeOf('a') : '' }")
                               << u"scene-lint A.qml:2:30"_s;
     QTest::newRow("misspelt in view")
         << QByteArray("import QtQuick\nText { text: vidletView.interpolat('') }")

@@ -55,5 +55,7 @@ Command::ExitCode runGallery(const QStringList& arguments);
 Command::ExitCode runNew(const QStringList& arguments);
 /// "vidlets preview". Wants the application of makePreviewApplication().
 Command::ExitCode runPreview(const QStringList& arguments);
+/// "vidlets strings".
+Command::ExitCode runStrings(const QStringList& arguments);
 
 #endif

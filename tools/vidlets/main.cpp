@@ -85,6 +85,7 @@ constexpr std::array kSubcommands{
     Subcommand{"new"_L1, "makes a package that works at once"_L1, runNew},
     Subcommand{"preview"_L1, "shows tips as users see them, while they are edited"_L1, runPreview,
                makePreviewApplication},
+    Subcommand{"strings"_L1, "collects texts for translators"_L1, runStrings},
 };
 
 const Subcommand* find(const QString& name)

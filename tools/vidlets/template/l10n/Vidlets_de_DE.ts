@@ -3,31 +3,43 @@
 <!-- SPDX-License-Identifier: MIT -->
 <!DOCTYPE TS>
 <TS version="2.1" language="de_DE" sourcelanguage="en_US">
-  <context>
+<context>
     <name>VidletUI</name>
     <message>
-      <source>Pen</source>
-      <translation>Stift</translation>
+        <location filename="../Control/tips.xml" line="7"/>
+        <source>Pen</source>
+        <extracomment>tool.pen, Control/tips.xml</extracomment>
+        <translation>Stift</translation>
     </message>
     <message>
-      <source>Draws freehand, just as you move.</source>
-      <translation>Zeichnet freihändig, so wie Sie sich bewegen.</translation>
+        <location filename="../Control/tips.xml" line="8"/>
+        <source>Draws freehand, just as you move.</source>
+        <extracomment>tool.pen, Control/tips.xml</extracomment>
+        <translation>Zeichnet freihändig, so wie Sie sich bewegen.</translation>
     </message>
     <message>
-      <source>Play</source>
-      <translation>Abspielen</translation>
+        <location filename="../ui/VideoPlayer.qml" line="39"/>
+        <source>Play</source>
+        <extracomment>ui/VideoPlayer.qml</extracomment>
+        <translation>Abspielen</translation>
     </message>
     <message>
-      <source>Pause</source>
-      <translation>Anhalten</translation>
+        <location filename="../ui/VideoPlayer.qml" line="40"/>
+        <source>Pause</source>
+        <extracomment>ui/VideoPlayer.qml</extracomment>
+        <translation>Anhalten</translation>
     </message>
     <message>
-      <source>Paused</source>
-      <translation>Angehalten</translation>
+        <location filename="../ui/VideoPlayer.qml" line="41"/>
+        <source>Paused</source>
+        <extracomment>ui/VideoPlayer.qml</extracomment>
+        <translation>Angehalten</translation>
     </message>
     <message>
-      <source>Position</source>
-      <translation>Stelle</translation>
+        <location filename="../ui/VideoPlayer.qml" line="42"/>
+        <source>Position</source>
+        <extracomment>ui/VideoPlayer.qml</extracomment>
+        <translation>Stelle</translation>
     </message>
-  </context>
+</context>
 </TS>

@@ -1,0 +1,342 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "AuthorStrings.h"
+
+#include "AuthorControlReader.h"
+#include "AuthorFiles.h"
+#include "AuthorSceneOutline.h"
+#include "AuthorScenes.h"
+#include <Vidlets/VLContentNames.h>
+
+#include <QRegularExpression>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace Vidlets {
+
+using namespace ContentNames;
+
+namespace {
+
+using Member = AuthorSceneOutline::Member;
+using State = AuthorTsMessage::State;
+
+constexpr qint64 kMaxSceneBytes = qint64(4) * 1024 * 1024;
+
+QString usualContext()
+{
+    return u"VidletUI"_s;
+}
+
+QString keyOf(const AuthorTsMessage& message)
+{
+    return message.context + QChar(0) + message.source + QChar(0) + message.comment;
+}
+
+/// What a string in a program stands for.
+QString decoded(QStringView literal)
+{
+    static const QRegularExpression escape(
+        u"\\\\(?:u\\{([0-9A-Fa-f]{1,6})\\}|u([0-9A-Fa-f]{4})|x([0-9A-Fa-f]{2})|(\\n|.))"_s);
+    static const QHash<QString, QString> signs{
+        {u"n"_s, u"\n"_s}, {u"t"_s, u"\t"_s}, {u"r"_s, u"\r"_s}, {u"\n"_s, QString()},
+        {u"b"_s, u"\b"_s}, {u"f"_s, u"\f"_s}, {u"v"_s, u"\v"_s}, {u"0"_s, QString(QChar(0))}};
+    const QString text = literal.toString();
+    QString result;
+    qsizetype end = 0;
+    QRegularExpressionMatchIterator it = escape.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        result += QStringView(text).sliced(end, match.capturedStart() - end);
+        end = match.capturedEnd();
+        const QString code = match.captured(1) + match.captured(2) + match.captured(3);
+        const QString sign = match.captured(4);
+        const char32_t character = code.toUInt(nullptr, 16);
+        result += code.isEmpty() ? signs.value(sign, sign) : QString::fromUcs4(&character, 1);
+    }
+    return result + text.mid(end);
+}
+
+/// The string that is a whole argument of a call, if the one behind @p before is one.
+const AuthorToken* literalArgument(const AuthorSceneOutline& scene, qsizetype before)
+{
+    const qsizetype token = before + 1;
+    if (token >= scene.tokens().size())
+        return nullptr;
+    const AuthorToken& found = scene.tokens().at(token);
+    const QStringView next = scene.at(token + 1);
+    const bool isWhole = next == ","_L1 || next == ")"_L1;
+    return found.kind == AuthorToken::Kind::Literal && isWhole ? &found : nullptr;
+}
+
+/// The context of a call of translate() whose bracket is at @p opener; null where it is no string.
+QString contextOfCall(const AuthorSceneOutline& scene, qsizetype opener)
+{
+    const qsizetype end = scene.partner(opener);
+    for (qsizetype token = opener + 1; token < end; ++token) {
+        if (scene.at(token) == "("_L1 || scene.at(token) == "["_L1 || scene.at(token) == "{"_L1) {
+            token = std::max(token, scene.partner(token));
+            continue;
+        }
+        if (scene.at(token) != ","_L1)
+            continue;
+        const AuthorToken* context = literalArgument(scene, token);
+        return context ? decoded(context->text) : QString();
+    }
+    return QString();
+}
+
+bool isCallOf(const AuthorSceneOutline& scene, qsizetype token, QStringView name)
+{
+    return scene.at(token) == name && scene.at(token + 1) == "("_L1
+        && scene.at(token - 1) != "function"_L1;
+}
+
+QString relativeTo(const QString& root, const QString& path)
+{
+    return path.mid(root.size() + 1);
+}
+
+} // namespace
+
+AuthorStrings::AuthorStrings(const AuthorPackage& package)
+    : m_root(package.path)
+{
+    readScenes(package);
+    if (m_contexts.isEmpty())
+        m_contexts.insert(usualContext());
+    for (const QString& path : package.candidates)
+        readControlFile(path);
+}
+
+void AuthorStrings::readScenes(const AuthorPackage& package)
+{
+    const QStringList paths = AuthorScenes::filesOf(package.path);
+    QList<std::pair<QString, QString>> texts;
+    for (const QString& path : paths) {
+        QString reason;
+        const auto content = AuthorFiles::read(path, reason, kMaxSceneBytes);
+        if (content)
+            texts.append({path, QString::fromUtf8(*content)});
+        else
+            m_faults.append(u"%1: %2"_s.arg(path, reason));
+    }
+    for (const auto& [path, text] : std::as_const(texts))
+        readWrappers(AuthorSceneOutline(text));
+    for (const auto& [path, text] : std::as_const(texts))
+        readCalls(path, AuthorSceneOutline(text));
+}
+
+/// Functions that hand on to translate() what they are given.
+void AuthorStrings::readWrappers(const AuthorSceneOutline& scene)
+{
+    for (const Member& member : scene.members()) {
+        for (qsizetype token = member.first; token < member.end; ++token) {
+            if (!isCallOf(scene, token, u"translate") || literalArgument(scene, token + 1))
+                continue;
+            const QString context = contextOfCall(scene, token + 1);
+            if (context.isNull())
+                continue;
+            m_contexts.insert(context);
+            if (member.kind == Member::Kind::Function)
+                m_wrappers.insert(member.name, context);
+        }
+    }
+}
+
+void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& scene)
+{
+    QStringList contexts(m_contexts.cbegin(), m_contexts.cend());
+    contexts.sort();
+    for (qsizetype token = 0; token < scene.tokens().size(); ++token) {
+        const QString name = scene.at(token).toString();
+        const bool isTranslate = name == "translate"_L1;
+        if ((!isTranslate && !m_wrappers.contains(name)) || !isCallOf(scene, token, name))
+            continue;
+        const AuthorToken* literal = literalArgument(scene, token + 1);
+        if (!literal || literal->text.isEmpty())
+            continue;
+        QString context = isTranslate ? contextOfCall(scene, token + 1) : m_wrappers.value(name);
+        // One that is put together cannot be told.
+        if (context.isNull())
+            context = contexts.value(0, usualContext());
+        add(context, decoded(literal->text), path, literal->position.line,
+            relativeTo(m_root, path));
+    }
+}
+
+/// Those for one language are translated as they are.
+void AuthorStrings::readControlFile(const QString& path)
+{
+    QString reason;
+    const auto bytes = AuthorFiles::read(path, reason);
+    if (!bytes) {
+        m_faults.append(u"%1: %2"_s.arg(path, reason));
+        return;
+    }
+    AuthorFindings findings;
+    const AuthorControlFile file =
+        AuthorControlReader(AuthorControlReader::Kind::ControlFile, path, *bytes, findings).read();
+    for (const AuthorFinding& finding : findings.all()) {
+        if (finding.rule.startsWith("xml-"_L1) && finding.rule != "xml-depth"_L1) {
+            m_faults.append(
+                u"%1:%2: %3"_s.arg(path, QString::number(finding.position.line), finding.message));
+            return;
+        }
+    }
+    if (file.isInUse && file.locale.isEmpty())
+        readTips(path, *bytes);
+}
+
+void AuthorStrings::readTips(const QString& path, const QByteArray& bytes)
+{
+    struct Open
+    {
+        QString text;
+        qint64 line = 0;
+    };
+    QXmlStreamReader reader(bytes);
+    QList<Open> open;
+    QString key;
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isCharacters() && !open.isEmpty()) {
+            open.last().text += reader.text();
+        } else if (reader.isStartElement()) {
+            const bool isTip = open.size() == 1 && reader.qualifiedName() == kTipTag;
+            if (isTip)
+                key = reader.attributes().value(keyAttribute()).toString();
+            if (isTip)
+                addTip(path, key, reader.lineNumber(),
+                       reader.attributes().value(titleAttribute()).toString());
+            if (open.size() == 1 && !isTip)
+                reader.skipCurrentElement();
+            else
+                open.append({QString(), reader.lineNumber()});
+        } else if (reader.isEndElement() && !open.isEmpty()) {
+            const Open element = open.takeLast();
+            if (!open.isEmpty())
+                addTip(path, key, element.line, element.text);
+        }
+    }
+}
+
+void AuthorStrings::addTip(const QString& path, const QString& key, qint64 line,
+                           const QString& text)
+{
+    const QString source = text.simplified();
+    if (source.isEmpty())
+        return;
+    QStringList contexts(m_contexts.cbegin(), m_contexts.cend());
+    contexts.sort();
+    for (const QString& context : std::as_const(contexts))
+        add(context, source, path, line, u"%1, %2"_s.arg(key, relativeTo(m_root, path)));
+}
+
+void AuthorStrings::add(const QString& context, const QString& source, const QString& path,
+                        qint64 line, const QString& note)
+{
+    AuthorTsMessage message;
+    message.context = context;
+    message.source = source;
+    const QString key = keyOf(message);
+    if (!m_numbers.contains(key)) {
+        m_numbers.insert(key, m_messages.size());
+        m_messages.append(message);
+    }
+    AuthorTsMessage& known = m_messages[m_numbers.value(key)];
+    known.locations.append({u"../"_s + relativeTo(m_root, path), line});
+    QStringList notes = known.extraComment.split(u'\n', Qt::SkipEmptyParts);
+    if (!notes.contains(note))
+        notes.append(note);
+    known.extraComment = notes.join(u'\n');
+}
+
+AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
+{
+    Change change;
+    QSet<QString> known;
+    for (AuthorTsMessage& message : file.messages) {
+        const auto found = m_numbers.constFind(keyOf(message));
+        known.insert(keyOf(message));
+        message.locations.clear();
+        if (found == m_numbers.cend()) {
+            change.gone += message.isGone() ? 0 : 1;
+            if (!message.isGone())
+                message.state = message.state == State::Finished && message.isTranslated()
+                    ? State::Vanished
+                    : State::Obsolete;
+            continue;
+        }
+        const AuthorTsMessage& present = m_messages.at(*found);
+        message.locations = present.locations;
+        message.extraComment = present.extraComment;
+        if (message.isGone())
+            message.state = message.state == State::Vanished ? State::Finished : State::Unfinished;
+    }
+    for (const AuthorTsMessage& message : m_messages) {
+        if (known.contains(keyOf(message)))
+            continue;
+        file.messages.append(message);
+        ++change.added;
+    }
+    change.unfinished =
+        std::count_if(file.messages.cbegin(), file.messages.cend(),
+                      [](const auto& message) { return message.state == State::Unfinished; });
+    return change;
+}
+
+AuthorTsFile AuthorStrings::pseudo() const
+{
+    AuthorTsFile file;
+    file.language = pseudoLocale();
+    file.messages = m_messages;
+    for (AuthorTsMessage& message : file.messages) {
+        message.state = State::Finished;
+        message.translations = {pseudoText(message.source)};
+    }
+    return file;
+}
+
+// A language that Qt knows, so that it leaves the name as it is, and that no host speaks.
+QString AuthorStrings::pseudoLocale()
+{
+    return u"vo_001"_s;
+}
+
+QString AuthorStrings::pseudoText(const QString& text)
+{
+    static const QRegularExpression kept(
+        u"<[^<>]{0,1000}>|&\\w{1,32};|%\\([^()]{0,200}\\)s|%L?\\d{1,2}|\\$\\{[^{}]{0,1000}\\}"_s);
+    static const QString plain = u"aceginosuyzACEGINOSUYZ"_s;
+    static const QString accented = u"àçéĝîñöşûýžÀÇÉĜÎÑÖŞÛÝŽ"_s;
+    QString result = u"["_s;
+    qsizetype letters = 0;
+    const auto append = [&](QStringView part) {
+        for (const QChar character : part) {
+            const qsizetype at = plain.indexOf(character);
+            result += at < 0 ? character : accented.at(at);
+            letters += character.isLetter() ? 1 : 0;
+        }
+    };
+    qsizetype end = 0;
+    QRegularExpressionMatchIterator it = kept.globalMatch(text);
+    while (it.hasNext()) {
+        const QRegularExpressionMatch match = it.next();
+        append(QStringView(text).sliced(end, match.capturedStart() - end));
+        result += match.captured();
+        end = match.capturedEnd();
+    }
+    append(QStringView(text).sliced(end));
+    // Words of other languages are longer by a third.
+    static const QString filler = u" öñé ţŵö ţĥŕéé"_s;
+    const qsizetype wanted = std::max<qsizetype>(4, letters * 2 / 5);
+    return result + filler.repeated(wanted / filler.size() + 1).left(wanted) + u']';
+}
+
+} // namespace Vidlets

@@ -1,0 +1,363 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+#include <Vidlets/VLTranslationData.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLocale>
+#include <QProcess>
+#include <QTranslator>
+
+#include <algorithm>
+
+#include <VidletsAuthor/AuthorStringsFiles.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+constexpr auto kTips = "<vidlets>\n"
+                       "<vidlet key='pen' title='Pen &amp; ink'>\n"
+                       "<p>Draws  freehand,\n  just as <b>you</b> move.</p>\n"
+                       "<clip source='pen.webm'/>\n"
+                       "</vidlet>\n"
+                       "<other title='No tip'>No text</other>\n"
+                       "</vidlets>";
+
+constexpr auto kScene =
+    "import QtQuick\n"
+    "Item {\n"
+    "function words(text) { return vidletView.translate(text, 'UI') || text; }\n"
+    "property string a: words(\"Play\\u2026\")\n"
+    "property string b: vidletView.translate('Stop', 'Player') || 'Stop'\n"
+    "property string c: 'Not this'\n"
+    "}";
+
+AuthorPackage packageIn(const PackageBuilder& files)
+{
+    AuthorFindings findings;
+    AuthorPackages packages(findings);
+    QString reason;
+    packages.add(files.dataPath(), reason);
+    return packages.packages().value(0);
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The texts as "context: source".
+QStringList textsOf(const QList<AuthorTsMessage>& messages)
+{
+    QStringList result;
+    for (const AuthorTsMessage& message : messages)
+        result.append(u"%1: %2"_s.arg(message.context, message.source));
+    return result;
+}
+
+AuthorTsFile fileFrom(const QByteArray& bytes)
+{
+    AuthorTsFile::Fault fault;
+    return AuthorTsFile::read(bytes, fault).value_or(AuthorTsFile());
+}
+
+const AuthorTsMessage* messageOf(const AuthorTsFile& file, const QString& source)
+{
+    const auto found = std::find_if(
+        file.messages.cbegin(), file.messages.cend(),
+        [&source](const AuthorTsMessage& message) { return message.source == source; });
+    return found == file.messages.cend() ? nullptr : &*found;
+}
+
+/// What the library would get from a compiled file.
+QString lookUp(const QByteArray& compiled, const char* context, const char* source)
+{
+    const QByteArray checked = TranslationData::checked(compiled);
+    QTranslator translator;
+    if (!translator.load(reinterpret_cast<const uchar*>(checked.constData()),
+                         static_cast<int>(checked.size())))
+        return u"not loaded"_s;
+    return translator.translate(context, source, nullptr, -1);
+}
+
+/// Runs a program of Qt's tools for translations; null if it fails.
+QByteArray run(const QString& program, const QStringList& arguments)
+{
+    QProcess process;
+    process.start(u"/usr/lib/qt6/bin/"_s + program, arguments);
+    const bool isDone = process.waitForFinished() && process.exitCode() == 0;
+    return isDone ? process.readAllStandardOutput() : QByteArray();
+}
+
+} // namespace
+
+class TestAuthorStrings : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void messages_areThoseOfTipsAndScenes();
+    void messages_nameKeyAndFile();
+    void messages_leaveOutFilesForOneLocale();
+    void update_keepsTranslationsAndMarksGone();
+    void write_changesNothing_whenNothingIsNew();
+    void write_keepsFile_whenItCannotBeRead();
+    void write_changesNothing_whenControlFileIsBroken();
+    void ts_isWhatToolsOfQtWrite_data();
+    void ts_isWhatToolsOfQtWrite();
+    void ts_isRefused_whenBroken_data();
+    void ts_isRefused_whenBroken();
+    void release_saysWhatLreleaseSays();
+    void pseudo_isLoadedUnderItsLocale();
+    void pseudoText_leavesMarkupAlone();
+
+private:
+    std::unique_ptr<PackageBuilder> m_files;
+};
+
+void TestAuthorStrings::init()
+{
+    m_files = std::make_unique<PackageBuilder>();
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s, kTips);
+    m_files->write(u"A.vidlets/ui/VidletUI.qml"_s, kScene);
+}
+
+void TestAuthorStrings::messages_areThoseOfTipsAndScenes()
+{
+    const AuthorStrings strings(packageIn(*m_files));
+
+    QVERIFY2(strings.faults().isEmpty(), qPrintable(strings.faults().join(u'\n')));
+    const QStringList expected{u"UI: Play\u2026"_s, u"Player: Stop"_s, u"UI: Pen & ink"_s,
+                               u"UI: you"_s, u"UI: Draws freehand, just as move."_s};
+    QCOMPARE(textsOf(strings.messages()), expected);
+}
+
+void TestAuthorStrings::messages_nameKeyAndFile()
+{
+    const AuthorStrings strings(packageIn(*m_files));
+    const AuthorTsMessage title = strings.messages().value(2);
+
+    QCOMPARE(title.extraComment, u"pen, Control/a.xml"_s);
+    QCOMPARE(title.locations.value(0).file, u"../Control/a.xml"_s);
+    QCOMPARE(title.locations.value(0).line, 2);
+    QCOMPARE(strings.messages().value(0).extraComment, u"ui/VidletUI.qml"_s);
+}
+
+void TestAuthorStrings::messages_leaveOutFilesForOneLocale()
+{
+    m_files->writeControlFile(u"A.vidlets"_s, u"de.xml"_s,
+                              "<vidlets locale='de_DE'><vidlet key='b' title='Stift'/></vidlets>");
+
+    const AuthorStrings strings(packageIn(*m_files));
+
+    QVERIFY(!textsOf(strings.messages()).contains(u"UI: Stift"_s));
+}
+
+void TestAuthorStrings::update_keepsTranslationsAndMarksGone()
+{
+    AuthorTsFile file = fileFrom(
+        "<TS version=\"2.1\"><context><name>UI</name>"
+        "<message><source>Pen &amp; ink</source><translatorcomment>Hm</translatorcomment>"
+        "<translation>Stift</translation></message>"
+        "<message><source>Gone</source><translation>Weg</translation></message>"
+        "<message><source>Never done</source><translation type=\"unfinished\"/></message>"
+        "<message><source>you</source><translation type=\"vanished\">du</translation></message>"
+        "</context></TS>");
+    QCOMPARE(file.messages.size(), 4);
+
+    const AuthorStrings::Change change = AuthorStrings(packageIn(*m_files)).update(file);
+
+    using State = AuthorTsMessage::State;
+    QCOMPARE(change.added, 3);
+    QCOMPARE(change.gone, 2);
+    QCOMPARE(change.unfinished, 3);
+    QCOMPARE(messageOf(file, u"Pen & ink"_s)->translations, QStringList{u"Stift"_s});
+    QCOMPARE(messageOf(file, u"Pen & ink"_s)->translatorComment, u"Hm"_s);
+    QVERIFY(messageOf(file, u"Gone"_s)->state == State::Vanished);
+    QVERIFY(messageOf(file, u"Never done"_s)->state == State::Obsolete);
+    QVERIFY(messageOf(file, u"you"_s)->state == State::Finished);
+}
+
+void TestAuthorStrings::write_changesNothing_whenNothingIsNew()
+{
+    const QString path = m_files->path(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s);
+    AuthorStringsFiles first(packageIn(*m_files));
+    first.add(u"de_DE"_s);
+    QVERIFY(first.write());
+    const QByteArray content = contentOf(path);
+    QVERIFY(content.contains("<source>Pen &amp; ink</source>"));
+
+    AuthorStringsFiles second(packageIn(*m_files));
+    second.addExisting();
+    QVERIFY(!second.isEmpty());
+    QVERIFY(second.write());
+
+    QCOMPARE(contentOf(path), content);
+}
+
+void TestAuthorStrings::write_keepsFile_whenItCannotBeRead()
+{
+    const QByteArray broken = "<TS><context><name>UI</name>";
+    const QString path = m_files->write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, broken);
+    AuthorStringsFiles files(packageIn(*m_files));
+    files.addExisting();
+    files.add(u"fr_FR"_s);
+    files.setCompiling(true);
+
+    QVERIFY(!files.write());
+
+    QCOMPARE(contentOf(path), broken);
+    QCOMPARE(files.faults().size(), 1);
+    QVERIFY(files.faults().constFirst().startsWith(path));
+    QVERIFY(QFileInfo::exists(m_files->path(u"A.vidlets/l10n/Vidlets_fr_FR.ts"_s)));
+}
+
+void TestAuthorStrings::write_changesNothing_whenControlFileIsBroken()
+{
+    const QByteArray content =
+        "<TS version=\"2.1\"><context><name>UI</name><message><source>Pen &amp; "
+        "ink</source><translation>Stift</translation></message></context></TS>";
+    const QString path = m_files->write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, content);
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets><vidlet key='pen'>");
+    AuthorStringsFiles files(packageIn(*m_files));
+    files.addExisting();
+
+    QVERIFY(!files.write());
+
+    QCOMPARE(contentOf(path), content);
+    QVERIFY(files.faults().constFirst().contains("a.xml:1"_L1));
+}
+
+void TestAuthorStrings::ts_isWhatToolsOfQtWrite_data()
+{
+    QTest::addColumn<QByteArray>("message");
+
+    QTest::newRow("plain") << QByteArray("<source>a</source><translation>b</translation>");
+    QTest::newRow("signs") << QByteArray("<source>&lt;a&gt; &amp; \"b\" 'c'\n\td</source>"
+                                         "<translation>\xc3\xa4 \xe4\xb8\xad \xf0\x9f\x98\x80"
+                                         "</translation>");
+    QTest::newRow("rare signs") << QByteArray("<source>a<byte value=\"x1b\"/>b&#xa0;c&#x2028;d"
+                                              "</source><translation>e</translation>");
+    QTest::newRow("states") << QByteArray(
+        "<source>a</source><translation type=\"unfinished\"></translation></message>"
+        "<message><source>b</source><translation type=\"vanished\">c</translation></message>"
+        "<message><source>d</source><translation type=\"obsolete\">e</translation>");
+    QTest::newRow("comments") << QByteArray(
+        "<source>a</source><oldsource>o</oldsource><comment>b</comment><oldcomment>p</oldcomment>"
+        "<extracomment>c\nd</extracomment><translatorcomment>e</translatorcomment>"
+        "<translation>f</translation><extra-hint>g</extra-hint>");
+    QTest::newRow("variants") << QByteArray(
+        "<source>a</source><translation variants=\"yes\"><lengthvariant>long</lengthvariant>"
+        "<lengthvariant>l</lengthvariant></translation>");
+    QTest::newRow("numerus") << QByteArray(
+        "<source>a</source><translation>b</translation></message><message numerus=\"yes\">"
+        "<source>%n a</source><translation><numerusform>%n b</numerusform>"
+        "<numerusform>%n c</numerusform></translation>");
+}
+
+void TestAuthorStrings::ts_isWhatToolsOfQtWrite()
+{
+    QFETCH(const QByteArray, message);
+    const AuthorTsFile file = fileFrom(
+        "<!DOCTYPE TS><TS version=\"2.1\" language=\"de_DE\" sourcelanguage=\"en_US\"><context>"
+        "<name>UI</name><message>"
+        + message + "</message></context></TS>");
+    const QByteArray written = file.write();
+    const QString path = m_files->write(u"a.ts"_s, written);
+
+    QCOMPARE(run(u"lconvert"_s, {u"-if"_s, u"ts"_s, u"-of"_s, u"ts"_s, path}), written);
+    QCOMPARE(fileFrom(written).write(), written);
+}
+
+void TestAuthorStrings::ts_isRefused_whenBroken_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("open") << QByteArray("<TS><context>");
+    QTest::newRow("other root") << QByteArray("<vidlets/>");
+    QTest::newRow("behind the root") << QByteArray("<TS/><TS/>");
+    QTest::newRow("entities") << QByteArray(
+        "<!DOCTYPE TS [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b "
+        "'&a;&a;&a;'>]><TS><context><name>&c;</name></context></TS>");
+}
+
+void TestAuthorStrings::ts_isRefused_whenBroken()
+{
+    QFETCH(const QByteArray, bytes);
+    AuthorTsFile::Fault fault;
+
+    QVERIFY(!AuthorTsFile::read(bytes, fault));
+    QVERIFY(!fault.reason.isEmpty());
+}
+
+void TestAuthorStrings::release_saysWhatLreleaseSays()
+{
+    AuthorTsFile file = fileFrom(
+        "<TS version=\"2.1\" language=\"de_DE\"><context><name>UI</name>"
+        "<message><source>Pen</source><translation>Stift</translation></message>"
+        "<message><source>Caf\xc3\xa9</source><translation>Kaffeehaus \xf0\x9f\x98\x80"
+        "</translation></message>"
+        "<message><source>Undone</source><translation type=\"unfinished\">U</translation></message>"
+        "<message><source>Empty</source><translation type=\"unfinished\"/></message>"
+        "<message><source>Gone</source><translation type=\"vanished\">Weg</translation></message>"
+        "</context><context><name>Other</name>"
+        "<message><source>Pen</source><translation>Feder</translation></message></context></TS>");
+    const QByteArray ours = file.compiled();
+    const QString source = m_files->write(u"a.ts"_s, file.write());
+    const QString path = m_files->path(u"theirs.qm"_s);
+    run(u"lrelease"_s, {u"-silent"_s, source, u"-qm"_s, path});
+    const QByteArray theirs = contentOf(path);
+    QVERIFY(!theirs.isEmpty());
+
+    for (const char* text : {"Pen", "Caf\xc3\xa9", "Undone", "Empty", "Gone", "Nothing"}) {
+        for (const char* context : {"UI", "Other", ""})
+            QCOMPARE(lookUp(ours, context, text), lookUp(theirs, context, text));
+    }
+    QCOMPARE(lookUp(ours, "Other", "Pen"), u"Feder"_s);
+    // And back again.
+    const QString compiled = m_files->write(u"ours.qm"_s, ours);
+    const AuthorTsFile back =
+        fileFrom(run(u"lconvert"_s, {u"-if"_s, u"qm"_s, u"-of"_s, u"ts"_s, compiled}));
+    QCOMPARE(back.messages.size(), 4);
+    QCOMPARE(messageOf(back, u"Caf\u00e9"_s)->translations,
+             messageOf(file, u"Caf\u00e9"_s)->translations);
+}
+
+void TestAuthorStrings::pseudo_isLoadedUnderItsLocale()
+{
+    AuthorStringsFiles files(packageIn(*m_files));
+    files.addPseudo();
+    QVERIFY(files.write());
+
+    // The name of the file is what the library makes of the locale.
+    QCOMPARE(QLocale(AuthorStrings::pseudoLocale()).name(), AuthorStrings::pseudoLocale());
+    const QByteArray compiled = contentOf(
+        m_files->path(u"A.vidlets/l10n/Vidlets_%1.qm"_s.arg(AuthorStrings::pseudoLocale())));
+    const QString text = lookUp(compiled, "UI", "Pen & ink");
+    QVERIFY2(text.size() > u"Pen & ink"_s.size() + 2, qPrintable(text));
+    QVERIFY2(text.contains(u"Péñ & îñk"_s), qPrintable(text));
+}
+
+void TestAuthorStrings::pseudoText_leavesMarkupAlone()
+{
+    const QString text = AuthorStrings::pseudoText(u"<b>Use</b> %(name)s &amp; %1 as one"_s);
+
+    QVERIFY2(text.startsWith(u"[<b>Ûşé</b> %(name)s &amp; %1 àş öñé "_s), qPrintable(text));
+    QVERIFY(text.endsWith(u']'));
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorStrings>(argc, argv);
+}
+
+#include "tst_authorstrings.moc"

@@ -1,0 +1,223 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "PackageBuilder.h"
+#include "VidletsTest.h"
+
+#include <QFileInfo>
+
+#include <VidletsAuthor/AuthorCheck.h>
+#include <VidletsAuthor/AuthorTsFile.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+/// The findings about translations as "rule file:line".
+QStringList checked(const PackageBuilder& files, const QStringList& locales = {})
+{
+    AuthorCheck check;
+    QString reason;
+    if (!check.add(files.dataPath(), reason))
+        qWarning().noquote() << reason;
+    check.setLocales(locales);
+    QStringList result;
+    const QList<AuthorFinding> findings = check.run();
+    for (const AuthorFinding& finding : findings) {
+        if (finding.rule.startsWith("l10n-"_L1))
+            result.append(u"%1 %2:%3"_s.arg(finding.rule, QFileInfo(finding.file).fileName(),
+                                            QString::number(finding.position.line)));
+    }
+    return result;
+}
+
+QByteArray source(const QByteArray& messages)
+{
+    return "<TS version=\"2.1\" language=\"de_DE\" sourcelanguage=\"en_GB\">\n<context><name>UI"
+           "</name>\n"
+        + messages + "</context></TS>";
+}
+
+QByteArray message(const QByteArray& text, const QByteArray& translation,
+                   const QByteArray& type = QByteArray())
+{
+    return "<message><source>" + text + "</source><translation type=\"" + type + "\">" + translation
+        + "</translation></message>\n";
+}
+
+QByteArray compiled(const QByteArray& bytes)
+{
+    AuthorTsFile::Fault fault;
+    return AuthorTsFile::read(bytes, fault).value_or(AuthorTsFile()).compiled();
+}
+
+} // namespace
+
+class TestAuthorTranslations : public VidletsTest
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void fresh_hasNoFinding();
+    void stale_goesByContents_data();
+    void stale_goesByContents();
+    void unfinished_isToldWithLine();
+    void broken_isTold_data();
+    void broken_isTold();
+    void missing_isTold_whenNotCompiled();
+    void missing_goesByLocale();
+    void missing_isNotTold_whenSearchedPackageHasFile();
+    void missing_isNotTold_whenNothingIsTranslated();
+    void otherDirectory_isLookedInto();
+    void strangeFiles_bringCheckToEnd();
+
+private:
+    void write(const QString& name, const QByteArray& bytes)
+    {
+        m_files->write(u"A.vidlets/l10n/"_s + name, bytes);
+    }
+
+    std::unique_ptr<PackageBuilder> m_files;
+};
+
+void TestAuthorTranslations::init()
+{
+    m_files = std::make_unique<PackageBuilder>();
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+}
+
+void TestAuthorTranslations::fresh_hasNoFinding()
+{
+    const QByteArray text = source(message("a", "b") + message("c", "d", "vanished"));
+    write(u"Vidlets_de_DE.ts"_s, text);
+    write(u"Vidlets_de_DE.qm"_s, compiled(text));
+
+    QCOMPARE(checked(*m_files), QStringList());
+}
+
+void TestAuthorTranslations::stale_goesByContents_data()
+{
+    QTest::addColumn<QByteArray>("old");
+
+    QTest::newRow("changed") << message("a", "x") + message("c", "d");
+    QTest::newRow("lacking") << message("a", "b");
+    QTest::newRow("too many") << message("a", "b") + message("c", "d") + message("e", "f");
+}
+
+void TestAuthorTranslations::stale_goesByContents()
+{
+    QFETCH(const QByteArray, old);
+    write(u"Vidlets_de_DE.ts"_s, source(message("a", "b") + message("c", "d")));
+    write(u"Vidlets_de_DE.qm"_s, compiled(source(old)));
+
+    QCOMPARE(checked(*m_files), QStringList{u"l10n-stale Vidlets_de_DE.qm:0"_s});
+}
+
+void TestAuthorTranslations::unfinished_isToldWithLine()
+{
+    const QByteArray text =
+        source(message("a", "b") + message("c", "d", "unfinished") + message("e", ""));
+    write(u"Vidlets_de_DE.ts"_s, text);
+    write(u"Vidlets_de_DE.qm"_s, compiled(text));
+
+    const QStringList expected{u"l10n-unfinished Vidlets_de_DE.ts:4"_s,
+                               u"l10n-unfinished Vidlets_de_DE.ts:5"_s};
+    QCOMPARE(checked(*m_files), expected);
+}
+
+void TestAuthorTranslations::broken_isTold_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("line");
+
+    const QByteArray good = source(message("a", "b"));
+    const QByteArray binary = compiled(good);
+    QTest::newRow("no source") << u"Vidlets_de_DE.ts"_s << QByteArray("<TS>\n<context>") << 2;
+    QTest::newRow("other root") << u"Vidlets_de_DE.ts"_s << QByteArray("<a/>") << 1;
+    QTest::newRow("no binary") << u"Vidlets_de_DE.qm"_s << QByteArray("words") << 0;
+    QTest::newRow("cut off") << u"Vidlets_de_DE.qm"_s << binary.chopped(3) << 0;
+    QTest::newRow("asks for others")
+        << u"Vidlets_de_DE.qm"_s << binary + QByteArray("\x96\0\0\0\4\0\0\0a", 9) << 0;
+    QTest::newRow("language alone") << u"Vidlets_de.qm"_s << binary << 0;
+    QTest::newRow("no locale") << u"Vidlets_xx_YY.qm"_s << binary << 0;
+}
+
+void TestAuthorTranslations::broken_isTold()
+{
+    QFETCH(const QString, name);
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const int, line);
+    write(name, bytes);
+
+    QCOMPARE(checked(*m_files), QStringList{u"l10n-broken %1:%2"_s.arg(name).arg(line)});
+}
+
+void TestAuthorTranslations::missing_isTold_whenNotCompiled()
+{
+    write(u"Vidlets_de_DE.ts"_s, source(message("a", "b")));
+
+    QCOMPARE(checked(*m_files), QStringList{u"l10n-missing Vidlets_de_DE.ts:0"_s});
+}
+
+void TestAuthorTranslations::missing_goesByLocale()
+{
+    const QByteArray text = source(message("a", "b"));
+    write(u"Vidlets_de_DE.ts"_s, text);
+    write(u"Vidlets_de_DE.qm"_s, compiled(text));
+
+    // The texts themselves are in en_GB.
+    QCOMPARE(checked(*m_files, {u"de"_s, u"fr_FR"_s, u"en_GB"_s}),
+             QStringList{u"l10n-missing A.vidlets:0"_s});
+}
+
+void TestAuthorTranslations::missing_isNotTold_whenSearchedPackageHasFile()
+{
+    m_files->writeControlFile(u"B.vidlets"_s, u"b.xml"_s,
+                              "<vidlets search=\"A\"><vidlet key=\"b\"/></vidlets>");
+    m_files->write(u"B.vidlets/ui/VidletUI.qml"_s,
+                   "import QtQuick\nText { text: vidletView.translate('a', 'b') || 'a' }");
+    write(u"Vidlets_de_DE.qm"_s, compiled(source(message("a", "b"))));
+
+    QCOMPARE(checked(*m_files, {u"de_DE"_s}), QStringList());
+    const QStringList both{u"l10n-missing A.vidlets:0"_s, u"l10n-missing B.vidlets:0"_s};
+    QCOMPARE(checked(*m_files, {u"fr_FR"_s}), both);
+}
+
+void TestAuthorTranslations::missing_isNotTold_whenNothingIsTranslated()
+{
+    QCOMPARE(checked(*m_files, {u"de_DE"_s}), QStringList());
+}
+
+void TestAuthorTranslations::otherDirectory_isLookedInto()
+{
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets l10n_name=\"words\"/>");
+    m_files->write(u"A.vidlets/words/Vidlets_de_DE.ts"_s, source(message("a", "b")));
+
+    QCOMPARE(checked(*m_files), QStringList{u"l10n-missing Vidlets_de_DE.ts:0"_s});
+}
+
+void TestAuthorTranslations::strangeFiles_bringCheckToEnd()
+{
+    QDir(m_files->dataPath()).mkpath(u"A.vidlets/l10n/Vidlets_fr_FR.qm"_s);
+    write(u"Vidlets_de_DE.ts"_s,
+          QByteArray("<TS><context>").append(QByteArray("<a>").repeated(100'000)));
+    write(u"Other.qm"_s, QByteArray());
+    write(u"words.txt"_s, "a");
+
+    const QStringList expected{
+        u"l10n-broken Other.qm:0"_s,
+        u"l10n-broken Vidlets_de_DE.ts:1"_s,
+    };
+    QCOMPARE(checked(*m_files), expected);
+}
+
+int main(int argc, char** argv)
+{
+    return runVidletsTest<TestAuthorTranslations>(argc, argv);
+}
+
+#include "tst_authortranslations.moc"

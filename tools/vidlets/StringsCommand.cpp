@@ -1,0 +1,105 @@
+// SPDX-FileCopyrightText: 2026 The Vidlets developers
+// SPDX-License-Identifier: MIT
+
+#include "Command.h"
+
+#include <QCommandLineParser>
+#include <QLocale>
+
+#include <cstdio>
+
+#include <VidletsAuthor/AuthorPackages.h>
+#include <VidletsAuthor/AuthorStringsFiles.h>
+
+using namespace Qt::StringLiterals;
+using namespace Vidlets;
+
+namespace {
+
+/// The locales as the library names them in files.
+bool readLocales(const QStringList& wanted, QStringList& locales, QString& reason)
+{
+    for (const QString& locale : wanted) {
+        const QString name = QLocale(locale).name();
+        if (name == "C"_L1) {
+            reason = u"There is no locale \"%1\"."_s.arg(locale);
+            return false;
+        }
+        locales.append(name);
+    }
+    return true;
+}
+
+void take(AuthorStringsFiles& files, const QCommandLineParser& parser, const QStringList& locales)
+{
+    if (locales.isEmpty())
+        files.addExisting();
+    for (const QString& locale : locales)
+        files.add(locale);
+    if (parser.isSet(u"pseudo"_s))
+        files.addPseudo();
+    files.setCompiling(parser.isSet(u"release"_s));
+}
+
+void tell(const AuthorStringsFiles& files)
+{
+    if (!files.report().isEmpty())
+        Command::print(files.report().join(u'\n').toUtf8() + '\n');
+    for (const QString& fault : files.faults())
+        std::fprintf(stderr, "vidlets: %s\n", qUtf8Printable(fault));
+}
+
+Command::ExitCode update(const QCommandLineParser& parser, const AuthorPackages& packages,
+                         const QStringList& locales)
+{
+    bool isDone = true;
+    bool isAnything = false;
+    for (const AuthorPackage& package : packages.packages()) {
+        AuthorStringsFiles files(package);
+        take(files, parser, locales);
+        isAnything = isAnything || !files.isEmpty();
+        isDone = files.write() && isDone;
+        tell(files);
+    }
+    if (!isAnything)
+        return Command::wrongUse(u"There are no translations yet; --locale LOCALE begins one."_s);
+    return isDone ? Command::Fine : Command::Found;
+}
+
+} // namespace
+
+Command::ExitCode runStrings(const QStringList& arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        u"Collects the texts of a package, or of all packages of a data path, into the files of "
+        "translations l10n/Vidlets_LOCALE.ts for Qt Linguist. Translations are kept, and texts "
+        "that are gone are marked."_s);
+    parser.addPositionalArgument(u"PATH"_s, u"A package or a data path."_s, u"PATH"_s);
+    parser.addOptions({
+        {u"locale"_s, u"Writes the file for this locale, instead of those that exist."_s,
+         u"LOCALE"_s},
+        {u"release"_s, u"Writes the compiled files too, which the library loads."_s},
+        {u"pseudo"_s,
+         u"Writes and compiles a file for the locale %1, in which each text is longer and has "
+         "accents: what stays as it is on the screen is not translated."_s.arg(
+             AuthorStrings::pseudoLocale())},
+    });
+    Command::ExitCode code = Command::Fine;
+    if (!Command::parse(parser, u"strings"_s, arguments, code))
+        return code;
+    const QStringList paths = parser.positionalArguments();
+    if (paths.size() != 1)
+        return Command::wrongUse(u"Of which package? vidlets strings PATH"_s);
+    QStringList locales;
+    QString reason;
+    if (!readLocales(parser.values(u"locale"_s), locales, reason))
+        return Command::wrongUse(reason);
+    AuthorFindings findings;
+    AuthorPackages packages(findings);
+    if (!packages.add(paths.constFirst(), reason))
+        return Command::wrongUse(reason);
+    if (packages.packages().isEmpty())
+        return Command::wrongUse(u"There is no package in \"%1\"."_s.arg(paths.constFirst()));
+    return update(parser, packages, locales);
+}
