@@ -7,9 +7,8 @@ import com.larkspan.vidlets.qml 1.0
 Item {
     id: root
 
-    // The names come from outside this file, so qmllint cannot know them.
-    readonly property var tip: vidlet // qmllint disable unqualified
-    readonly property var view: vidletView // qmllint disable unqualified
+    readonly property var tip: vidlet
+    readonly property var view: vidletView
 
     readonly property var clipElement: tip ? tip.childElement("clip") : null
     readonly property int margin: view.getScaledSize(12)
