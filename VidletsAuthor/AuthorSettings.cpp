@@ -7,6 +7,7 @@
 #include "AuthorRules.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #define TOML_EXCEPTIONS 0
 #define TOML_HEADER_ONLY 1
@@ -32,6 +33,18 @@ QString text(std::string_view view)
 XmlPosition placeOf(const toml::source_position& position)
 {
     return {static_cast<qint64>(position.line), static_cast<qint64>(position.column)};
+}
+
+/// The parser takes for granted that a table's name begins with what names begin with, and that
+/// there are no control characters: it would end the process. Gives the line of the first such
+/// place, which TOML does not allow either; 0 where there is none.
+qint64 lineThatEndsParser(const QString& content)
+{
+    static const QRegularExpression wrong(
+        u"^[ \\t]*\\[+[ \\t]*[^\\w\"'\\-\\[\\] \\t]|[\\x{0}-\\x{8}\\x{b}\\x{c}\\x{e}-\\x{1f}\\x{7f}]"_s,
+        QRegularExpression::MultilineOption);
+    const QRegularExpressionMatch match = wrong.match(content);
+    return match.hasMatch() ? content.left(match.capturedStart()).count(u'\n') + 1 : 0;
 }
 
 /// Reads the tables of one file.
@@ -125,6 +138,12 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
     if (wrongByte.line > 0) {
         findings.add(file, wrongByte, u"settings-broken"_s,
                      u"The settings are not followed: a byte is no UTF-8."_s);
+        return;
+    }
+    const qint64 wrongLine = lineThatEndsParser(QString::fromUtf8(*content));
+    if (wrongLine > 0) {
+        findings.add(file, {wrongLine, 1}, u"settings-broken"_s,
+                     u"The settings are not followed: there is a character in a wrong place."_s);
         return;
     }
     const toml::parse_result result = toml::parse(
