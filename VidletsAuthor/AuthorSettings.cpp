@@ -9,6 +9,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 #define TOML_EXCEPTIONS 0
 #define TOML_HEADER_ONLY 1
 #include <string_view>
@@ -35,16 +37,19 @@ XmlPosition placeOf(const toml::source_position& position)
     return {static_cast<qint64>(position.line), static_cast<qint64>(position.column)};
 }
 
-/// The parser takes for granted that a table's name begins with what names begin with, and that
-/// there are no control characters: it would end the process. Gives the line of the first such
-/// place, which TOML does not allow either; 0 where there is none.
+/// The parser takes for granted that names have no other characters than names have, and would end
+/// the process. Gives the line of the first such place; 0 where there is none. Comments may hold
+/// what they like but control characters.
 qint64 lineThatEndsParser(const QString& content)
 {
     static const QRegularExpression wrong(
-        u"^[ \\t]*\\[+[ \\t]*[^\\w\"'\\-\\[\\] \\t]|[\\x{0}-\\x{8}\\x{b}\\x{c}\\x{e}-\\x{1f}\\x{7f}]"_s,
-        QRegularExpression::MultilineOption);
-    const QRegularExpressionMatch match = wrong.match(content);
-    return match.hasMatch() ? content.left(match.capturedStart()).count(u'\n') + 1 : 0;
+        u"[\\x{0}-\\x{8}\\x{b}\\x{c}\\x{e}-\\x{1f}\\x{7f}]|^[^#]*[^\\x{0}-\\x{7f}]|"
+        "^[ \\t]*\\[(?![ \\t]*[\\w\"'-])"_s);
+    const QStringList lines = content.split(u'\n');
+    const auto found = std::find_if(lines.cbegin(), lines.cend(), [](const QString& line) {
+        return wrong.match(line).hasMatch();
+    });
+    return found == lines.cend() ? 0 : found - lines.cbegin() + 1;
 }
 
 /// Reads the tables of one file.

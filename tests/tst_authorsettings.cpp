@@ -88,6 +88,10 @@ void TestAuthorSettings::loadPackage_reportsLine_whenBroken()
         linesOf("[rules]\nno-rule = \"off\"\nxml-broken = \"loud\"\nxml-depth = 3\n").join(u' '),
         u"2 3 4"_s);
     QCOMPARE(linesOf("\n[no-table]\n").join(u' '), u"2"_s);
+    QCOMPARE(linesOf("[rules]\nreso\xef\xbb\xbfurce\n").join(u' '), u"2"_s);
+    QCOMPARE(linesOf("# caf\xc3\xa9\n[rules]\n").size(), 0);
+    QCOMPARE(linesOf("[[rules]]\n").join(u' '), u"1"_s);
+    QCOMPARE(linesOf("\n[\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf("\n[.rules]\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf(QByteArray("[rules]\n\na = 3\0\0{\n", 17)).join(u' '), u"3"_s);
     QCOMPARE(linesOf("rules = 1\n").join(u' '), u"1"_s);
