@@ -7,14 +7,30 @@
 #include "AuthorRules.h"
 
 #include <QFileInfo>
-#include <QRegularExpression>
 
 #include <algorithm>
-
-#define TOML_EXCEPTIONS 0
-#define TOML_HEADER_ONLY 1
 #include <string_view>
 
+namespace {
+
+struct ParserSlip
+{
+};
+
+[[noreturn]] void throwParserSlip()
+{
+    throw ParserSlip();
+}
+
+} // namespace
+
+// The parser asserts what some malformed texts do not fulfil. That must neither end the program nor
+// lead it astray in a build without assertions, so it is tested in each build, and thrown as the
+// parser's own errors are.
+#undef NDEBUG
+#define TOML_ASSERT(condition) ((condition) ? static_cast<void>(0) : throwParserSlip())
+#define TOML_EXCEPTIONS 1
+#define TOML_HEADER_ONLY 1
 #include <toml++/toml.h>
 
 using namespace Qt::StringLiterals;
@@ -37,19 +53,40 @@ XmlPosition placeOf(const toml::source_position& position)
     return {static_cast<qint64>(position.line), static_cast<qint64>(position.column)};
 }
 
-/// The parser takes for granted that names have no other characters than names have, and would end
-/// the process. Gives the line of the first such place; 0 where there is none. Comments may hold
-/// what they like but control characters.
-qint64 lineThatEndsParser(const QString& content)
+struct ParsedText
 {
-    static const QRegularExpression wrong(
-        u"[\\x{0}-\\x{8}\\x{b}\\x{c}\\x{e}-\\x{1f}\\x{7f}]|^[^#]*[^\\x{0}-\\x{7f}]|"
-        "^[ \\t]*\\[(?![ \\t]*[\\w\"'-])"_s);
-    const QStringList lines = content.split(u'\n');
-    const auto found = std::find_if(lines.cbegin(), lines.cend(), [](const QString& line) {
-        return wrong.match(line).hasMatch();
-    });
-    return found == lines.cend() ? 0 : found - lines.cbegin() + 1;
+    toml::table root;
+    /// Empty where the text could be read.
+    QString fault;
+    /// In line 0 where the parser slipped, since it does not say where.
+    XmlPosition place;
+};
+
+ParsedText parsed(std::string_view content)
+{
+    try {
+        return {toml::parse(content), QString(), {}};
+    } catch (const toml::parse_error& error) {
+        return {{}, text(error.description()), placeOf(error.source().begin)};
+    } catch (const ParserSlip&) {
+        return {{}, u"there is a character in a wrong place"_s, {0, 1}};
+    }
+}
+
+/// Returns the line that the parser slips in: without it and the rest it does not.
+qint64 lineOfSlip(const QByteArray& content)
+{
+    QList<qsizetype> lineEnds;
+    for (qsizetype end = content.indexOf('\n'); end >= 0; end = content.indexOf('\n', end + 1))
+        lineEnds.append(end + 1);
+    const auto slipsBefore = [&content](qsizetype end) {
+        const ParsedText result =
+            parsed(std::string_view(content.constData(), static_cast<std::size_t>(end)));
+        return !result.fault.isEmpty() && result.place.line == 0;
+    };
+    const auto found = std::partition_point(lineEnds.cbegin(), lineEnds.cend(),
+                                            [&](qsizetype end) { return !slipsBefore(end); });
+    return found - lineEnds.cbegin() + 1;
 }
 
 /// Reads the tables of one file.
@@ -145,22 +182,17 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
                      u"The settings are not followed: a byte is no UTF-8."_s);
         return;
     }
-    const qint64 wrongLine = lineThatEndsParser(QString::fromUtf8(*content));
-    if (wrongLine > 0) {
-        findings.add(file, {wrongLine, 1}, u"settings-broken"_s,
-                     u"The settings are not followed: there is a character in a wrong place."_s);
-        return;
-    }
-    const toml::parse_result result = toml::parse(
-        std::string_view(content->constData(), static_cast<std::size_t>(content->size())));
-    if (!result) {
-        const toml::parse_error& error = result.error();
-        findings.add(file, placeOf(error.source().begin), u"settings-broken"_s,
-                     u"The settings are not followed: %1."_s.arg(text(error.description())));
+    ParsedText result =
+        parsed(std::string_view(content->constData(), static_cast<std::size_t>(content->size())));
+    if (!result.fault.isEmpty()) {
+        if (result.place.line == 0)
+            result.place.line = lineOfSlip(*content);
+        findings.add(file, result.place, u"settings-broken"_s,
+                     u"The settings are not followed: %1."_s.arg(result.fault));
         return;
     }
     SettingsReader reader(file, findings);
-    reader.read(result.table());
+    reader.read(result.root);
     m_packages.insert(package, reader.rules);
     if (reader.clipMemoryLimitBytes > 0)
         m_clipMemoryLimits.insert(package, reader.clipMemoryLimitBytes);

@@ -96,6 +96,10 @@ void TestAuthorSettings::loadPackage_reportsLine_whenBroken()
     QCOMPARE(linesOf(QByteArray("[rules]\n\na = 3\0\0{\n", 17)).join(u' '), u"3"_s);
     QCOMPARE(linesOf("rules = 1\n").join(u' '), u"1"_s);
     QCOMPARE(linesOf("[rules]\n\nxml-broken = \n").join(u' '), u"3"_s);
+    QCOMPARE(linesOf("[rules]\n\nxml-broken = \"off\" caf\xc3\xa9\n").join(u' '), u"3"_s);
+    QCOMPARE(linesOf("[rules]\nxml-broken = \"caf\xc3\xa9\"\n").join(u' '), u"2"_s);
+    QCOMPARE(linesOf("rules = { xml-broken = \"off\" } # caf\xc3\xa9\n").size(), 0);
+    QCOMPARE(linesOf("[rules]\n\"caf\xc3\xa9\" = \"off\"\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf("[rules]\n\xff\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf("a = " + QByteArray(100'000, '[')).size(), 1);
     QCOMPARE(linesOf(QByteArray()).size(), 0);
