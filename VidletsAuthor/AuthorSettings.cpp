@@ -73,6 +73,17 @@ ParsedText parsed(std::string_view content)
     }
 }
 
+/// The parser's table of blanks beyond ASCII says nothing defined of letters. Settings need none,
+/// and where comments and strings have them, any other character does as well.
+QByteArray plain(const QByteArray& content)
+{
+    QByteArray result;
+    result.reserve(content.size());
+    for (const char32_t character : QString::fromUtf8(content).toUcs4())
+        result.append(character < 0x80 ? static_cast<char>(character) : '?');
+    return result;
+}
+
 /// Returns the line that the parser slips in: without it and the rest it does not.
 qint64 lineOfSlip(const QByteArray& content)
 {
@@ -182,11 +193,12 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
                      u"The settings are not followed: a byte is no UTF-8."_s);
         return;
     }
+    const QByteArray settings = plain(*content);
     ParsedText result =
-        parsed(std::string_view(content->constData(), static_cast<std::size_t>(content->size())));
+        parsed(std::string_view(settings.constData(), static_cast<std::size_t>(settings.size())));
     if (!result.fault.isEmpty()) {
         if (result.place.line == 0)
-            result.place.line = lineOfSlip(*content);
+            result.place.line = lineOfSlip(settings);
         findings.add(file, result.place, u"settings-broken"_s,
                      u"The settings are not followed: %1."_s.arg(result.fault));
         return;

@@ -100,6 +100,8 @@ void TestAuthorSettings::loadPackage_reportsLine_whenBroken()
     QCOMPARE(linesOf("[rules]\nxml-broken = \"caf\xc3\xa9\"\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf("rules = { xml-broken = \"off\" } # caf\xc3\xa9\n").size(), 0);
     QCOMPARE(linesOf("[rules]\n\"caf\xc3\xa9\" = \"off\"\n").join(u' '), u"2"_s);
+    QCOMPARE(linesOf("sour\xd1\xa0\t = [\n").join(u' '), u"1"_s);
+    QCOMPARE(linesOf("\xef\xbb\xbf[rules]\nxml-broken = \"off\"\n").size(), 0);
     QCOMPARE(linesOf("[rules]\n\xff\n").join(u' '), u"2"_s);
     QCOMPARE(linesOf("a = " + QByteArray(100'000, '[')).size(), 1);
     QCOMPARE(linesOf(QByteArray()).size(), 0);
