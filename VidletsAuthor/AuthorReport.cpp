@@ -5,6 +5,7 @@
 
 #include "AuthorRules.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,13 +21,19 @@ namespace Vidlets::AuthorReport {
 
 namespace {
 
+/// What is said of a whole file stands at its start: readers of reports pass over findings that
+/// have no line.
+XmlPosition placeOf(const AuthorFinding& finding)
+{
+    return {qMax<qint64>(finding.position.line, 1), qMax<qint64>(finding.position.column, 1)};
+}
+
 QString lineOf(const AuthorFinding& finding)
 {
-    const QString place = finding.position.line > 0
-        ? u":%1:%2"_s.arg(finding.position.line).arg(finding.position.column)
-        : QString();
-    return u"%1%2: %3: %4 %5 [%6]"_s.arg(finding.file, place, severityName(finding.severity),
-                                         finding.message, finding.help, finding.rule);
+    const XmlPosition place = placeOf(finding);
+    return u"%1:%2:%3: %4: %5 %6 [%7]"_s.arg(
+        finding.file, QString::number(place.line), QString::number(place.column),
+        severityName(finding.severity), finding.message, finding.help, finding.rule);
 }
 
 /// SARIF's word for a severity.
@@ -59,12 +66,11 @@ QJsonObject sarifLocation(const AuthorFinding& finding)
     const bool isAbsolute = QDir::isAbsolutePath(finding.file);
     const QByteArray uri =
         isAbsolute ? QUrl::fromLocalFile(file).toEncoded() : QUrl::toPercentEncoding(file, "/");
-    QJsonObject location{
-        {u"artifactLocation"_s, QJsonObject{{u"uri"_s, QString::fromLatin1(uri)}}}};
-    if (finding.position.line > 0)
-        location.insert(u"region"_s,
-                        QJsonObject{{u"startLine"_s, finding.position.line},
-                                    {u"startColumn"_s, qMax<qint64>(finding.position.column, 1)}});
+    const XmlPosition place = placeOf(finding);
+    const QJsonObject location{
+        {u"artifactLocation"_s, QJsonObject{{u"uri"_s, QString::fromLatin1(uri)}}},
+        {u"region"_s, QJsonObject{{u"startLine"_s, place.line}, {u"startColumn"_s, place.column}}},
+    };
     return {{u"physicalLocation"_s, location}};
 }
 
@@ -98,21 +104,36 @@ bool isFailure(const AuthorFinding& finding)
     return finding.severity >= AuthorSeverity::Warning;
 }
 
+void writeSuiteTag(QXmlStreamWriter& writer, const QList<AuthorFinding>& findings)
+{
+    const auto failures = std::count_if(findings.cbegin(), findings.cend(), isFailure);
+    writer.writeStartElement("testsuite"_L1);
+    writer.writeAttribute("name"_L1, u"vidlets check"_s);
+    writer.writeAttribute("package"_L1, u"vidlets"_s);
+    writer.writeAttribute("id"_L1, u"0"_s);
+    writer.writeAttribute("timestamp"_L1,
+                          QDateTime::currentDateTimeUtc().toString(u"yyyy-MM-ddThh:mm:ss"_s));
+    writer.writeAttribute("hostname"_L1, u"localhost"_s);
+    // A run without findings is one test that has passed: readers take none for a failure.
+    writer.writeAttribute("tests"_L1, QString::number(qMax<qsizetype>(findings.size(), 1)));
+    writer.writeAttribute("failures"_L1, QString::number(failures));
+    writer.writeAttribute("errors"_L1, u"0"_s);
+    writer.writeAttribute("skipped"_L1, u"0"_s);
+    writer.writeAttribute("time"_L1, u"0"_s);
+}
+
 void writeCase(QXmlStreamWriter& writer, const AuthorFinding& finding)
 {
     writer.writeStartElement("testcase"_L1);
     writer.writeAttribute("name"_L1, finding.rule);
     writer.writeAttribute("classname"_L1, forXml(finding.file));
     writer.writeAttribute("time"_L1, u"0"_s);
-    const QString line = forXml(lineOf(finding));
     if (isFailure(finding)) {
         writer.writeStartElement("failure"_L1);
         writer.writeAttribute("message"_L1, forXml(finding.message));
         writer.writeAttribute("type"_L1, severityName(finding.severity));
-        writer.writeCharacters(line);
+        writer.writeCharacters(forXml(lineOf(finding)));
         writer.writeEndElement();
-    } else {
-        writer.writeTextElement("system-out"_L1, line);
     }
     writer.writeEndElement();
 }
@@ -133,8 +154,8 @@ QByteArray json(const QList<AuthorFinding>& findings)
     for (const AuthorFinding& finding : findings) {
         list.append(QJsonObject{
             {u"file"_s, finding.file},
-            {u"line"_s, finding.position.line},
-            {u"column"_s, finding.position.column},
+            {u"line"_s, placeOf(finding).line},
+            {u"column"_s, placeOf(finding).column},
             {u"rule"_s, finding.rule},
             {u"severity"_s, severityName(finding.severity)},
             {u"message"_s, finding.message},
@@ -162,22 +183,16 @@ QByteArray sarif(const QList<AuthorFinding>& findings)
         .toJson();
 }
 
+// There is no one schema of these reports: what is written is what the strictest of them ask for.
 QByteArray junit(const QList<AuthorFinding>& findings)
 {
-    const auto failures = std::count_if(findings.cbegin(), findings.cend(), isFailure);
     QByteArray result;
     QXmlStreamWriter writer(&result);
     writer.setAutoFormatting(true);
     writer.writeStartDocument();
     writer.writeStartElement("testsuites"_L1);
-    writer.writeStartElement("testsuite"_L1);
-    writer.writeAttribute("name"_L1, u"vidlets check"_s);
-    // A run without findings is one test that has passed: readers take none for a failure.
-    writer.writeAttribute("tests"_L1, QString::number(qMax<qsizetype>(findings.size(), 1)));
-    writer.writeAttribute("failures"_L1, QString::number(failures));
-    writer.writeAttribute("errors"_L1, u"0"_s);
-    writer.writeAttribute("skipped"_L1, u"0"_s);
-    writer.writeAttribute("time"_L1, u"0"_s);
+    writeSuiteTag(writer, findings);
+    writer.writeEmptyElement("properties"_L1);
     for (const AuthorFinding& finding : findings)
         writeCase(writer, finding);
     if (findings.isEmpty()) {
@@ -186,6 +201,13 @@ QByteArray junit(const QList<AuthorFinding>& findings)
         writer.writeAttribute("classname"_L1, u"vidlets"_s);
         writer.writeAttribute("time"_L1, u"0"_s);
     }
+    QString notes;
+    for (const AuthorFinding& finding : findings) {
+        if (!isFailure(finding))
+            notes += lineOf(finding) + u'\n';
+    }
+    writer.writeTextElement("system-out"_L1, forXml(notes));
+    writer.writeTextElement("system-err"_L1, QString());
     writer.writeEndDocument();
     return result;
 }

@@ -43,6 +43,8 @@ target_compile_definitions(
   PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template"
           WORKBENCH="${PROJECT_SOURCE_DIR}/examples/workbench/packages/Workbench.vidlets")
 
+target_compile_definitions(tst_authorreport
+                           PRIVATE REPORTS="${CMAKE_CURRENT_SOURCE_DIR}/data/reports")
 target_compile_definitions(
   tst_authorschemas
   PRIVATE EXAMPLES="${PROJECT_SOURCE_DIR}/examples"

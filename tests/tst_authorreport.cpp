@@ -3,9 +3,12 @@
 
 #include "VidletsTest.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QXmlStreamReader>
 
 #include <VidletsAuthor/AuthorReport.h>
@@ -40,6 +43,7 @@ private Q_SLOTS:
     void json_hasAllMembers();
     void sarif_namesRuleAndPlace();
     void junit_isWellFormed();
+    void junit_isValid();
     void isFailed_leavesNotesAlone();
 };
 
@@ -47,7 +51,7 @@ void TestAuthorReport::text_isOneLineForEach()
 {
     QCOMPARE(AuthorReport::text(some()),
              QByteArray("./a b/<x>&\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
-                        "a: note: Nothing. Add. [package-empty]\n"));
+                        "a:1:1: note: Nothing. Add. [package-empty]\n"));
     QVERIFY(AuthorReport::text({}).isEmpty());
 }
 
@@ -87,6 +91,9 @@ void TestAuthorReport::sarif_namesRuleAndPlace()
     QCOMPARE(place.value(u"artifactLocation"_s).toObject().value(u"uri"_s).toString(),
              u"a%20b/%3Cx%3E%26%01.xml"_s);
     QCOMPARE(place.value(u"region"_s).toObject().value(u"startLine"_s).toInt(), 3);
+    // Services that show findings beside the sources refuse one that has no place.
+    QVERIFY(!QJsonDocument(results.at(1).toObject()).toJson().contains("\"startLine\": 0"));
+    QVERIFY(QJsonDocument(results.at(1).toObject()).toJson().contains("\"startLine\": 1"));
     const QJsonArray rules =
         run.value(u"tool"_s).toObject().value(u"driver"_s).toObject().value(u"rules"_s).toArray();
     QCOMPARE(rules.size(), AuthorRules::all().size());
@@ -109,6 +116,24 @@ void TestAuthorReport::junit_isWellFormed()
     QCOMPARE(cases, 2);
     QCOMPARE(failures, 1);
     QVERIFY(AuthorReport::junit({}).contains("tests=\"1\""));
+}
+
+void TestAuthorReport::junit_isValid()
+{
+    QTemporaryDir directory;
+    for (const QList<AuthorFinding>& findings : {some(), QList<AuthorFinding>()}) {
+        QFile report(directory.filePath(u"report.xml"_s));
+        QVERIFY(report.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        report.write(AuthorReport::junit(findings));
+        report.close();
+        QProcess xmllint;
+        xmllint.start(
+            u"xmllint"_s,
+            {u"--noout"_s, u"--schema"_s, QStringLiteral(REPORTS "/junit.xsd"), report.fileName()});
+
+        QVERIFY(xmllint.waitForFinished());
+        QVERIFY2(xmllint.exitCode() == 0, xmllint.readAllStandardError().constData());
+    }
 }
 
 void TestAuthorReport::isFailed_leavesNotesAlone()
