@@ -22,6 +22,7 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include <VidletsHost/VLPreferences.h>
@@ -36,6 +37,7 @@ constexpr double kNsPerMs = 1e6;
 constexpr qint64 kBytesPerPixel = 4;
 constexpr int kProblemLines = 5;
 constexpr int kMarginPx = 24;
+constexpr std::chrono::milliseconds kBreathInterval(500);
 
 QList<QQuickItem*> allBelow(QQuickItem* item)
 {
@@ -84,6 +86,8 @@ AuthorPreviewStage::AuthorPreviewStage(QWidget* parent)
     layout->addLayout(top);
     layout->addWidget(m_problems);
     layout->addWidget(m_area, 1);
+    connect(&m_breath, &QTimer::timeout, this, &AuthorPreviewStage::breathe);
+    m_breath.start(kBreathInterval);
     connect(m_problems, &QListWidget::itemClicked, this, [this](const QListWidgetItem* item) {
         const AuthorPlace place = AuthorEditor::placeIn(item->text());
         if (!place.file.isEmpty())
@@ -159,6 +163,8 @@ void AuthorPreviewStage::renew()
     for (auto variable = m_variables.cbegin(); variable != m_variables.cend(); ++variable)
         host.setGlobalProperty(variable.key(), variable.value());
     m_session->index().setTip(m_root, m_key);
+    m_watchdog.setFile(m_root);
+    m_watchdog.begin();
     dropScenes();
     m_session->index().startLookup();
     m_sinceRequest.start();
@@ -179,6 +185,7 @@ void AuthorPreviewStage::begin()
     m_look.applyToContext(settings);
     m_session = std::make_unique<AuthorTipSession>(m_places, settings, m_control);
     m_sessionLook = m_look;
+    watchEngines();
 }
 
 void AuthorPreviewStage::showFirst()
@@ -196,8 +203,33 @@ void AuthorPreviewStage::showFirst()
     QQmlEngine* engine = m_popup->view()->engine();
     engine->setOutputWarningsToStandardError(false);
     connect(engine, &QQmlEngine::warnings, this, &AuthorPreviewStage::addErrors);
+    watchEngines();
     connect(m_popup->view(), &QQuickWindow::frameSwapped, this, &AuthorPreviewStage::pictureShown,
             Qt::QueuedConnection);
+}
+
+/// The next popup is made ahead of the tip, so that its engine is known before a scene runs in it.
+void AuthorPreviewStage::watchEngines()
+{
+    VLManager* manager = m_session->host().manager();
+    if (!manager->widget())
+        VLHostHooks::warmUp(manager);
+    if (manager->widget())
+        m_watchdog.watch(manager->widget()->view()->engine());
+}
+
+/// A scene whose script was interrupted would go on with the next, so it leaves the stage.
+void AuthorPreviewStage::breathe()
+{
+    const bool wasInterrupted = m_watchdog.end();
+    if (m_session && wasInterrupted) {
+        const QString file = view() ? view()->source().toLocalFile() : m_root;
+        dropScenes();
+        addProblem(u"%1:1:1: A script of the scene does not come to an end."_s.arg(file));
+    }
+    if (m_session)
+        watchEngines();
+    m_watchdog.begin();
 }
 
 /// A room of its own was all that the popup could be shown in; from now on it is as large as the

@@ -7,12 +7,14 @@
 #include "AuthorEditor.h"
 #include "AuthorLook.h"
 #include "AuthorTipHost.h"
+#include "AuthorWatchdog.h"
 
 #include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QPointF>
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -89,6 +91,8 @@ private:
     void dropScenes();
     void dropScene(VLWidget* popup);
     void adoptRoom(QWidget* room);
+    void watchEngines();
+    void breathe();
     void collectProblems();
     void addProblem(const QString& text);
     void addErrors(const QList<QQmlError>& errors);
@@ -106,6 +110,9 @@ private:
     QString m_shortcut;
     QMap<QString, QString> m_variables;
 
+    AuthorWatchdog m_watchdog;
+    /// As long as it fires, no script has been running for long.
+    QTimer m_breath;
     QToolButton* m_control;
     QLabel* m_title;
     QListWidget* m_problems;

@@ -82,7 +82,8 @@ AuthorTipPainter::AuthorTipPainter(const AuthorTipPlaces& places, const AuthorLo
     engine->setOutputWarningsToStandardError(false);
     QObject::connect(engine, &QQmlEngine::warnings, engine,
                      [this](const QList<QQmlError>& errors) { m_errors += errors; });
-    m_watchdog = std::make_unique<AuthorWatchdog>(engine);
+    m_watchdog = std::make_unique<AuthorWatchdog>();
+    m_watchdog->watch(engine);
 }
 
 AuthorTipPainter::~AuthorTipPainter()
@@ -109,6 +110,7 @@ AuthorTipPicture AuthorTipPainter::draw(const QString& root, const QString& key)
     m_idleClips.clear();
 
     AuthorTipPicture picture;
+    m_watchdog->setFile(root);
     m_watchdog->begin();
     const bool isShown = host.showTip(m_control.mapToGlobal(m_control.rect().center()));
     if (!isShown || !view()->content()) {

@@ -3,23 +3,32 @@
 
 #include "AuthorWatchdog.h"
 
+#include <QFile>
 #include <QJSEngine>
 #include <QMutexLocker>
 
+#include <cstdio>
+#include <cstdlib>
 #include <utility>
+
+#include <pthread.h>
 
 namespace Vidlets {
 
 namespace {
 
-/// Nobody waits for a tip that long.
-constexpr int kPatienceMs = 5000;
+/// What was interrupted and still runs after so many times the patience does not hear of it.
+constexpr qint64 kLastFactor = 4;
+constexpr qint64 kMsPerS = 1000;
+constexpr qint64 kNsPerMs = 1'000'000;
 
 } // namespace
 
-AuthorWatchdog::AuthorWatchdog(QJSEngine* engine)
-    : m_engine(engine)
+AuthorWatchdog::AuthorWatchdog(std::chrono::milliseconds patience)
+    : m_patienceMs(patience.count())
+    , m_clock(CLOCK_MONOTONIC)
 {
+    pthread_getcpuclockid(pthread_self(), &m_clock);
     start();
 }
 
@@ -33,32 +42,82 @@ AuthorWatchdog::~AuthorWatchdog()
     wait();
 }
 
+void AuthorWatchdog::watch(QJSEngine* engine)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (m_engines.contains(engine))
+        return;
+    m_engines.append(engine);
+    connect(
+        engine, &QObject::destroyed, this,
+        [this, engine] {
+            const QMutexLocker destroyedLocker(&m_mutex);
+            m_engines.removeOne(engine);
+        },
+        Qt::DirectConnection);
+}
+
 void AuthorWatchdog::begin()
 {
     const QMutexLocker locker(&m_mutex);
-    m_deadline = QDeadlineTimer(kPatienceMs);
+    m_beginMs = spentMs();
+    m_isOnWatch = true;
     m_wakeUp.wakeAll();
 }
 
 bool AuthorWatchdog::end()
 {
     const QMutexLocker locker(&m_mutex);
-    m_deadline = QDeadlineTimer(QDeadlineTimer::Forever);
-    m_engine->setInterrupted(false);
+    m_isOnWatch = false;
+    if (m_wasInterrupted) {
+        for (QJSEngine* engine : std::as_const(m_engines))
+            engine->setInterrupted(false);
+    }
     return std::exchange(m_wasInterrupted, false);
+}
+
+void AuthorWatchdog::setFile(const QString& file)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_file = QFile::encodeName(file);
 }
 
 void AuthorWatchdog::run()
 {
     const QMutexLocker locker(&m_mutex);
     while (!m_shouldQuit) {
-        // Woken for a new deadline, too.
-        if (m_wakeUp.wait(&m_mutex, m_deadline) || m_shouldQuit || !m_deadline.hasExpired())
+        if (!m_isOnWatch) {
+            m_wakeUp.wait(&m_mutex);
             continue;
-        m_wasInterrupted = true;
-        m_engine->setInterrupted(true);
-        m_deadline = QDeadlineTimer(QDeadlineTimer::Forever);
+        }
+        // The thread spends no more than passes. Woken for a new begin, too.
+        const qint64 patienceMs = m_patienceMs * (m_wasInterrupted ? kLastFactor : 1);
+        const qint64 leftMs = patienceMs - (spentMs() - m_beginMs);
+        if (leftMs <= 0)
+            patrol();
+        else
+            m_wakeUp.wait(&m_mutex, static_cast<unsigned long>(leftMs));
     }
+}
+
+void AuthorWatchdog::patrol()
+{
+    if (m_wasInterrupted) {
+        std::fprintf(stderr, "vidlets: \"%s\" keeps the program from doing anything else.\n",
+                     m_file.constData());
+        // Nothing can be tidied up from here: the other thread has all of it.
+        std::_Exit(EXIT_FAILURE);
+    }
+    m_wasInterrupted = true;
+    for (QJSEngine* engine : std::as_const(m_engines))
+        engine->setInterrupted(true);
+}
+
+qint64 AuthorWatchdog::spentMs() const
+{
+    timespec time{};
+    clock_gettime(m_clock, &time);
+    return time.tv_sec * kMsPerS + time.tv_nsec / kNsPerMs;
 }
 
 } // namespace Vidlets

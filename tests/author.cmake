@@ -58,6 +58,7 @@ vidlets_add_test(
 target_compile_definitions(tst_authorpreview PRIVATE LRELEASE="$<TARGET_FILE:Qt6::lrelease>")
 
 vidlets_add_test(NAME tst_authorgallerypage LIBRARIES VidletsAuthorGui)
+vidlets_add_test(NAME tst_authorwatchdog LIBRARIES VidletsAuthorGui)
 vidlets_add_test(NAME tst_authorgallery LIBRARIES VidletsAuthor)
 add_dependencies(tst_authorgallery vidlets)
 target_compile_definitions(

@@ -189,6 +189,7 @@ private Q_SLOTS:
     void keyAndScroll_stay_whenSaved();
     void newFile_bringsItsTips();
     void failingScene_showsPlace_andClickOpensEditor();
+    void endlessScript_isInterrupted_andToldOf();
     void finding_isListedWithItsRule_andClickOpensEditor();
     void brokenFile_isToldOf_andShownOnceMended();
     void stage_isAsLargeAsScene();
@@ -405,6 +406,28 @@ void TestAuthorPreview::failingScene_showsPlace_andClickOpensEditor()
     };
     QTRY_VERIFY_WITH_TIMEOUT(clickFirst() && !preview.editorCall().isEmpty(), kLongMs);
     QCOMPARE(preview.editorCall(), QStringList({path, u"+4"_s}));
+}
+
+void TestAuthorPreview::endlessScript_isInterrupted_andToldOf()
+{
+    Preview preview;
+    QVERIFY(preview.open(u"one"_s));
+    QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kRed, kLongMs);
+
+    const QString path = preview.writeScene(scene(
+        "blue", "    Timer { interval: 1; running: true; onTriggered: { while (true) {} } }\n"));
+
+    const auto tellsOfFile = [&preview, &path] {
+        const QStringList problems = preview.stage()->problems();
+        return std::any_of(problems.cbegin(), problems.cend(), [&path](const QString& problem) {
+            return problem.startsWith(path + u':') && problem.contains("come to an end"_L1);
+        });
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(tellsOfFile(), 4 * kLongMs);
+    preview.writeScene(scene("blue"));
+    QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kBlue, kLongMs);
+    QVERIFY2(preview.stage()->problems().isEmpty(),
+             qPrintable(preview.stage()->problems().join(u'\n')));
 }
 
 void TestAuthorPreview::finding_isListedWithItsRule_andClickOpensEditor()
