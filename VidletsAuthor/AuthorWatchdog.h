@@ -21,7 +21,7 @@ namespace Vidlets {
  * Interrupts a script that does not come to an end, so that it costs one tip and not the program.
  *
  * What counts is the time that the thread of the engines has had a processor for, so that a busy
- * machine interrupts nothing. What cannot be interrupted, such as the search for a pattern, ends
+ * machine interrupts nothing. What cannot be interrupted, such as sorting millions, ends
  * the program after a while, with a message: it would never do anything again.
  *
  * It has a thread of its own, which goes with it; the operations are for the thread of the engines.
