@@ -36,7 +36,6 @@ namespace {
 constexpr double kNsPerMs = 1e6;
 constexpr qint64 kBytesPerPixel = 4;
 constexpr int kProblemLines = 5;
-constexpr int kMarginPx = 24;
 constexpr std::chrono::milliseconds kBreathInterval(500);
 
 QList<QQuickItem*> allBelow(QQuickItem* item)

@@ -4,9 +4,9 @@
 #ifndef SCENECONTEXT_H
 #define SCENECONTEXT_H
 
-#include <QtQml/qqmlregistration.h>
-
 #include <Vidlets/VLView.h>
+
+#include <QtQml/qqmlregistration.h>
 
 /// Has the type of "vidletView", which no scene can name, described for tools. Never compiled.
 struct SceneView
