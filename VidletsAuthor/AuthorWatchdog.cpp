@@ -48,13 +48,13 @@ void AuthorWatchdog::watch(QJSEngine* engine)
     if (m_engines.contains(engine))
         return;
     m_engines.append(engine);
-    connect(
-        engine, &QObject::destroyed, this,
-        [this, engine] {
-            const QMutexLocker destroyedLocker(&m_mutex);
-            m_engines.removeOne(engine);
-        },
-        Qt::DirectConnection);
+    connect(engine, &QObject::destroyed, this, &AuthorWatchdog::forget, Qt::DirectConnection);
+}
+
+void AuthorWatchdog::forget(const QObject* engine)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_engines.removeIf([engine](const QObject* watched) { return watched == engine; });
 }
 
 void AuthorWatchdog::begin()

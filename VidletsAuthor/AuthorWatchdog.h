@@ -52,6 +52,7 @@ protected:
 private:
     Q_DISABLE_COPY_MOVE(AuthorWatchdog)
 
+    void forget(const QObject* engine);
     void patrol();
     qint64 spentMs() const;
 
