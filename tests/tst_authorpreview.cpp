@@ -415,7 +415,7 @@ void TestAuthorPreview::endlessScript_isInterrupted_andToldOf()
     QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kRed, kLongMs);
 
     const QString path = preview.writeScene(scene(
-        "blue", "    Timer { interval: 1; running: true; onTriggered: { while (true) {} } }\n"));
+        "teal", "    Timer { interval: 1; running: true; onTriggered: { while (true) {} } }\n"));
 
     const auto tellsOfFile = [&preview, &path] {
         const QStringList problems = preview.stage()->problems();
