@@ -118,6 +118,9 @@ public:
 
     bool clickRow(const QString& text) const
     {
+        // What check finds moves the rows below it when it comes.
+        if (!QTest::qWaitFor([this] { return row(u"["_s).isValid(); }, kLongMs))
+            return false;
         auto* tree = find<QTreeView>("tree");
         const QModelIndex index = row(text);
         if (!index.isValid())
