@@ -82,6 +82,16 @@ void bindToThis(QProcess& process)
 #endif
 }
 
+/// Whether two names lead to one file, be it through links of either kind.
+bool isSameFile(const QString& first, const QString& second)
+{
+    struct stat one = {};
+    struct stat other = {};
+    return stat(QFile::encodeName(first).constData(), &one) == 0
+        && stat(QFile::encodeName(second).constData(), &other) == 0 && one.st_dev == other.st_dev
+        && one.st_ino == other.st_ino;
+}
+
 /// As a program that creates a file by itself would have left it.
 void giveUsualPermissions(const QString& path)
 {
@@ -176,6 +186,9 @@ bool AuthorClipMaker::checkPlaces()
         refuse(u"There is no directory for \"%1\"."_s.arg(m_out));
     else if (QFileInfo(m_out).isDir())
         refuse(u"\"%1\" is a directory."_s.arg(m_out));
+    else if (isSameFile(m_order.in, m_out))
+        // A clip has less in it than its recording, of which there may be no other.
+        refuse(u"\"%1\" is the recording itself, which the clip would replace."_s.arg(m_out));
     else if (m_order.to >= 0.0 && m_order.to <= qMax(m_order.from, 0.0))
         refuse(u"The clip would end before it begins."_s);
     return m_reason.isEmpty();

@@ -83,11 +83,10 @@ bool AuthorStringsFiles::update(const QString& locale)
     if (!file)
         return false;
     const AuthorStrings::Change change = m_strings.update(*file);
-    m_report.append(u"%1: %2 texts, %3 new, %4 gone, %5 unfinished"_s.arg(path)
-                        .arg(m_strings.messages().size())
-                        .arg(change.added)
-                        .arg(change.gone)
-                        .arg(change.unfinished));
+    // All at once, since a path may have a "%2" in it.
+    m_report.append(u"%1: %2 texts, %3 new, %4 gone, %5 unfinished"_s.arg(
+        path, QString::number(m_strings.messages().size()), QString::number(change.added),
+        QString::number(change.gone), QString::number(change.unfinished)));
     return save(path, file->write()) && (!m_isCompiling || compile(path, *file));
 }
 

@@ -12,6 +12,7 @@
 
 #include <VidletsAuthor/AuthorClipMaker.h>
 #include <VidletsAuthor/AuthorClipReader.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
@@ -102,6 +103,8 @@ private Q_SLOTS:
     void make_setsClipUpright();
     void make_takesNewNameBesideRecording();
     void make_replacesNamedClip();
+    void make_refuses_whenClipWouldReplaceRecording_data();
+    void make_refuses_whenClipWouldReplaceRecording();
     void make_refuses_whenProgramIsMissing();
     void make_refuses_whenThereIsNothingToDo();
     void make_leavesNothingBehind_whenItFails();
@@ -302,12 +305,52 @@ void TestAuthorClipMaker::make_takesNewNameBesideRecording()
 void TestAuthorClipMaker::make_replacesNamedClip()
 {
     const QString in = recording("again.mp4", "libx264", "-bf 3");
-    AuthorClipMaker maker(orderOf(in, in));
+    const QString out = m_clips.path(u"there.mp4"_s);
+    QVERIFY(QFile::copy(in, out));
+    AuthorClipMaker maker(orderOf(in, out));
 
     QCOMPARE(maker.make(goOn), AuthorClipMaker::Outcome::Made);
 
-    QCOMPARE(AuthorClipReader::read(in).lost, qint64(0));
-    QCOMPARE(AuthorClipReader::read(in).pictures, qint64(40));
+    QCOMPARE(AuthorClipReader::read(out).lost, qint64(0));
+    QCOMPARE(AuthorClipReader::read(out).pictures, qint64(40));
+}
+
+void TestAuthorClipMaker::make_refuses_whenClipWouldReplaceRecording_data()
+{
+    QTest::addColumn<QString>("in");
+    QTest::addColumn<QString>("out");
+
+    QTest::newRow("its name") << u"own.mp4"_s << u"own.mp4"_s;
+    QTest::newRow("another way to it") << u"own.mp4"_s << u"folder/../own.mp4"_s;
+    QTest::newRow("link to it") << u"own.mp4"_s << u"link.mp4"_s;
+    QTest::newRow("link as recording") << u"link.mp4"_s << u"own.mp4"_s;
+    QTest::newRow("directory by a link") << u"own.mp4"_s << u"linked/own.mp4"_s;
+    QTest::newRow("another name of it") << u"own.mp4"_s << u"hard.mp4"_s;
+}
+
+void TestAuthorClipMaker::make_refuses_whenClipWouldReplaceRecording()
+{
+    QFETCH(const QString, in);
+    QFETCH(const QString, out);
+    ClipWriter clips;
+    const QString own = clips.testClip(u"own.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
+    QVERIFY(QDir(clips.path(QString())).mkdir(u"folder"_s));
+    QVERIFY(QFile::link(own, clips.path(u"link.mp4"_s)));
+    QVERIFY(QFile::link(clips.path(QString()), clips.path(u"linked"_s)));
+    QCOMPARE(::link(QFile::encodeName(own).constData(),
+                    QFile::encodeName(clips.path(u"hard.mp4"_s)).constData()),
+             0);
+    QFile file(own);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    AuthorClipMaker maker(orderOf(clips.path(in), clips.path(out), 0.0, 1.0));
+
+    QCOMPARE(maker.make(goOn), AuthorClipMaker::Outcome::Refused);
+
+    QVERIFY2(maker.reason().contains("is the recording itself"_L1), qPrintable(maker.reason()));
+    file.close();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll() == before);
 }
 
 void TestAuthorClipMaker::make_refuses_whenProgramIsMissing()

@@ -59,6 +59,8 @@ private Q_SLOTS:
     void strings_makeFilesThatCheckIsContentWith();
     void strings_endsWithOne_whenFileIsKept();
     void clip_makesClip_andTellsWhatItTakes();
+    void clip_keepsRecording_whenItIsNamedAsClip();
+    void names_areToldAsTheyAre();
     void clip_showsBar_onTerminal();
     void clip_takesProgramWithIt_whenEnded_data();
     void clip_takesProgramWithIt_whenEnded();
@@ -204,6 +206,47 @@ void TestAuthorProgram::clip_makesClip_andTellsWhatItTakes()
     QVERIFY(outcome.out.contains("out.webm: 5 pictures of 32 x 24, 10 a second; "));
     QVERIFY(outcome.out.contains(" MB on disk, 0.6 MB in memory"));
     QVERIFY(QFileInfo::exists(out));
+}
+
+void TestAuthorProgram::clip_keepsRecording_whenItIsNamedAsClip()
+{
+    ClipWriter clips;
+    const QString in = clips.testClip(u"in.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
+    QFile file(in);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+
+    const Outcome outcome = run({u"clip"_s, in, u"-o"_s, in, u"--to"_s, u"1"_s});
+
+    QCOMPARE(outcome.code, 2);
+    QVERIFY2(outcome.err.contains("is the recording itself"), outcome.err.constData());
+    // It may be another file by now.
+    file.close();
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll() == before);
+}
+
+/// Also where they look like the places of a sentence that is filled in.
+void TestAuthorProgram::names_areToldAsTheyAre()
+{
+    ClipWriter clips;
+    const QString in = clips.testClip(u"in %2 %5.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
+    const QString out = clips.path(u"%3%1.mp4"_s);
+    const Outcome clip = run({u"clip"_s, in, u"-o"_s, out});
+    QVERIFY2(clip.out.contains("/in %2 %5.mp4: 50 pictures of 64 x 48, 25 a second; "),
+             clip.out.constData());
+    QVERIFY2(clip.out.contains("/%3%1.mp4: 50 pictures of 64 x 48, 25 a second; "),
+             clip.out.constData());
+
+    const PackageBuilder files;
+    const QString package = files.path(u"%2 %4.vidlets"_s);
+    QCOMPARE(run({u"new"_s, package}).code, 0);
+    const Outcome strings = run({u"strings"_s, package});
+    QVERIFY2(strings.out.contains("/%2 %4.vidlets/l10n/Vidlets_de_DE.ts: 6 texts, 0 new, "),
+             strings.out.constData());
+    const Outcome gallery = run({u"gallery"_s, package, u"-o"_s, files.path(u"%2 %3"_s)});
+    QVERIFY2(gallery.out.endsWith("/%2 %3/index.html: 1 tips, 0 failed\n"),
+             gallery.out.constData());
 }
 
 void TestAuthorProgram::clip_showsBar_onTerminal()

@@ -87,13 +87,12 @@ bool readOrder(const QCommandLineParser& parser, AuthorClipOrder& order, QString
 QString tell(const QString& path, const AuthorClipCost& cost)
 {
     constexpr double kMegabyte = 1'000'000.0;
-    return u"%1: %2 pictures of %3 x %4, %5 a second; %6 MB on disk, %7 MB in memory\n"_s.arg(path)
-        .arg(cost.pictures)
-        .arg(cost.size.width())
-        .arg(cost.size.height())
-        .arg(QString::number(cost.rate, 'g', 4),
-             QString::number(double(cost.fileBytes) / kMegabyte, 'f', 2),
-             QString::number(double(cost.memoryBytes) / kMegabyte, 'f', 1));
+    // All at once, since a name may have a "%2" in it.
+    return u"%1: %2 pictures of %3 x %4, %5 a second; %6 MB on disk, %7 MB in memory\n"_s.arg(
+        path, QString::number(cost.pictures), QString::number(cost.size.width()),
+        QString::number(cost.size.height()), QString::number(cost.rate, 'g', 4),
+        QString::number(double(cost.fileBytes) / kMegabyte, 'f', 2),
+        QString::number(double(cost.memoryBytes) / kMegabyte, 'f', 1));
 }
 
 Command::ExitCode report(const AuthorClipMaker& maker, const QString& in)
@@ -150,7 +149,8 @@ Command::ExitCode runClip(const QStringList& arguments)
     parser.addPositionalArgument(u"IN"_s, u"A recording that ffmpeg can read."_s, u"IN"_s);
     parser.addOptions({
         {{u"o"_s, u"output"_s},
-         u"The clip, which ends in .mp4 (H.264) or .webm (VP8); by default a new file beside IN."_s,
+         u"The clip, which ends in .mp4 (H.264) or .webm (VP8); a file of this name is replaced, "
+         "but never IN. By default a new file beside IN."_s,
          u"OUT"_s},
         {u"size"_s, u"Brings it to this size in pixels; odd ones become even."_s, u"WxH"_s},
         {u"fps"_s, u"Gives it N pictures a second, at most 60."_s, u"N"_s},

@@ -49,10 +49,11 @@ Command::ExitCode makeGallery(const AuthorGalleryOptions& options)
     printKeys(u"changed"_s, result.changed);
     printKeys(u"new"_s, result.added);
     printKeys(u"gone"_s, result.gone);
-    Command::print(u"%1/index.html: %2 tips, %3 failed\n"_s.arg(options.directory)
-                       .arg(result.tips)
-                       .arg(result.failed)
-                       .toUtf8());
+    // All at once, since the directory may have a "%2" in it.
+    Command::print(
+        u"%1/index.html: %2 tips, %3 failed\n"_s
+            .arg(options.directory, QString::number(result.tips), QString::number(result.failed))
+            .toUtf8());
     return result.failed > 0 || result.hasFaults ? Command::Found : Command::Fine;
 }
 
