@@ -27,6 +27,8 @@ using Member = AuthorSceneOutline::Member;
 using State = AuthorTsMessage::State;
 
 constexpr qint64 kMaxSceneBytes = qint64(4) * 1024 * 1024;
+/// In all contexts together, since each text of a tip goes into each of them.
+constexpr qsizetype kMaxCharacters = qsizetype(64) * 1024 * 1024;
 
 QString usualContext()
 {
@@ -102,6 +104,35 @@ QString relativeTo(const QString& root, const QString& path)
     return path.mid(root.size() + 1);
 }
 
+/// Whether a line for translators says where a text comes from, now or at an earlier time.
+bool isNote(const QString& line, const QSet<QString>& notes)
+{
+    static const QRegularExpression place(u"^(?:.*, Control/.+\\.xml|\\S+\\.(?:qml|js|mjs))$"_s,
+                                          QRegularExpression::CaseInsensitiveOption
+                                              | QRegularExpression::DotMatchesEverythingOption);
+    return notes.contains(line) || place.match(line).hasMatch();
+}
+
+/// The @p notes between the lines that an author has written above and below earlier ones.
+QString withOwnLines(const QString& before, const QString& notes)
+{
+    if (before == notes || before.isEmpty())
+        return notes;
+    const QStringList present = notes.split(u'\n');
+    const QSet<QString> known(present.cbegin(), present.cend());
+    QStringList above;
+    QStringList below;
+    bool isNoteSeen = false;
+    const QStringList lines = before.split(u'\n');
+    for (const QString& line : lines) {
+        if (isNote(line, known))
+            isNoteSeen = true;
+        else
+            (isNoteSeen ? below : above).append(line);
+    }
+    return (above + present + below).join(u'\n');
+}
+
 } // namespace
 
 AuthorStrings::AuthorStrings(const AuthorPackage& package)
@@ -110,8 +141,19 @@ AuthorStrings::AuthorStrings(const AuthorPackage& package)
     readScenes(package);
     if (m_contexts.isEmpty())
         m_contexts.insert(usualContext());
+    sortContexts();
     for (const QString& path : package.candidates)
         readControlFile(path);
+    if (m_characters > kMaxCharacters)
+        m_faults.append(
+            u"%1: The texts are too many: in %2 contexts they have more than %3 characters"_s.arg(
+                m_root, QString::number(m_sortedContexts.size()), QString::number(kMaxCharacters)));
+}
+
+void AuthorStrings::sortContexts()
+{
+    m_sortedContexts = QStringList(m_contexts.cbegin(), m_contexts.cend());
+    m_sortedContexts.sort();
 }
 
 void AuthorStrings::readScenes(const AuthorPackage& package)
@@ -128,6 +170,7 @@ void AuthorStrings::readScenes(const AuthorPackage& package)
     }
     for (const auto& [path, text] : std::as_const(texts))
         readWrappers(AuthorSceneOutline(text));
+    sortContexts();
     for (const auto& [path, text] : std::as_const(texts))
         readCalls(path, AuthorSceneOutline(text));
 }
@@ -151,8 +194,6 @@ void AuthorStrings::readWrappers(const AuthorSceneOutline& scene)
 
 void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& scene)
 {
-    QStringList contexts(m_contexts.cbegin(), m_contexts.cend());
-    contexts.sort();
     for (qsizetype token = 0; token < scene.tokens().size(); ++token) {
         const QString name = scene.at(token).toString();
         const bool isTranslate = name == "translate"_L1;
@@ -164,7 +205,7 @@ void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& sce
         QString context = isTranslate ? contextOfCall(scene, token + 1) : m_wrappers.value(name);
         // One that is put together cannot be told.
         if (context.isNull())
-            context = contexts.value(0, usualContext());
+            context = m_sortedContexts.value(0, usualContext());
         add(context, decoded(literal->text), path, literal->position.line,
             relativeTo(m_root, path));
     }
@@ -232,29 +273,33 @@ void AuthorStrings::addTip(const QString& path, const QString& key, qint64 line,
     const QString source = text.simplified();
     if (source.isEmpty())
         return;
-    QStringList contexts(m_contexts.cbegin(), m_contexts.cend());
-    contexts.sort();
-    for (const QString& context : std::as_const(contexts))
-        add(context, source, path, line, u"%1, %2"_s.arg(key, relativeTo(m_root, path)));
+    // The note is one line, whatever the key has in it.
+    const QString note = u"%1, %2"_s.arg(key.simplified(), relativeTo(m_root, path));
+    for (const QString& context : std::as_const(m_sortedContexts))
+        add(context, source, path, line, note);
 }
 
 void AuthorStrings::add(const QString& context, const QString& source, const QString& path,
                         qint64 line, const QString& note)
 {
+    m_characters += context.size() + source.size() + note.size();
+    if (m_characters > kMaxCharacters)
+        return;
     AuthorTsMessage message;
     message.context = context;
     message.source = source;
     const QString key = keyOf(message);
-    if (!m_numbers.contains(key)) {
-        m_numbers.insert(key, m_messages.size());
+    const qsizetype number = m_numbers.value(key, m_messages.size());
+    if (number == m_messages.size()) {
+        m_numbers.insert(key, number);
         m_messages.append(message);
     }
-    AuthorTsMessage& known = m_messages[m_numbers.value(key)];
+    AuthorTsMessage& known = m_messages[number];
     known.locations.append({u"../"_s + relativeTo(m_root, path), line});
-    QStringList notes = known.extraComment.split(u'\n', Qt::SkipEmptyParts);
-    if (!notes.contains(note))
-        notes.append(note);
-    known.extraComment = notes.join(u'\n');
+    if (m_notes.contains({number, note}))
+        return;
+    m_notes.insert({number, note});
+    known.extraComment += (known.extraComment.isEmpty() ? QString() : u"\n"_s) + note;
 }
 
 AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
@@ -262,6 +307,8 @@ AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
     Change change;
     QSet<QString> known;
     for (AuthorTsMessage& message : file.messages) {
+        if (message.isContextComment())
+            continue;
         const auto found = m_numbers.constFind(keyOf(message));
         known.insert(keyOf(message));
         message.locations.clear();
@@ -275,7 +322,7 @@ AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
         }
         const AuthorTsMessage& present = m_messages.at(*found);
         message.locations = present.locations;
-        message.extraComment = present.extraComment;
+        message.extraComment = withOwnLines(message.extraComment, present.extraComment);
         if (message.isGone())
             message.state = message.state == State::Vanished ? State::Finished : State::Unfinished;
     }
@@ -286,8 +333,9 @@ AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
         ++change.added;
     }
     change.unfinished =
-        std::count_if(file.messages.cbegin(), file.messages.cend(),
-                      [](const auto& message) { return message.state == State::Unfinished; });
+        std::count_if(file.messages.cbegin(), file.messages.cend(), [](const auto& message) {
+            return message.state == State::Unfinished && !message.isContextComment();
+        });
     return change;
 }
 

@@ -62,14 +62,21 @@ private:
     void addTip(const QString& path, const QString& key, qint64 line, const QString& text);
     void add(const QString& context, const QString& source, const QString& path, qint64 line,
              const QString& note);
+    void sortContexts();
 
     QString m_root;
     QStringList m_faults;
     QList<AuthorTsMessage> m_messages;
     /// By context and source.
     QHash<QString, qsizetype> m_numbers;
+    /// The notes of each message, by its number.
+    QSet<std::pair<qsizetype, QString>> m_notes;
+    /// How many characters were looked at to collect the texts.
+    qsizetype m_characters = 0;
     /// The contexts in which scenes have texts translated that they do not spell.
     QSet<QString> m_contexts;
+    /// The same, in an order that is always the same.
+    QStringList m_sortedContexts;
     /// The functions of scenes that translate what they are given, with the context.
     QHash<QString, QString> m_wrappers;
 };

@@ -203,7 +203,7 @@ void AuthorTranslations::checkSource(const QString& path, bool isCompiled, Packa
 void AuthorTranslations::checkUnfinished(const QString& path, const AuthorTsFile& file)
 {
     for (const AuthorTsMessage& message : file.messages) {
-        if (message.isGone())
+        if (message.isGone() || message.isContextComment())
             continue;
         if (message.state == AuthorTsMessage::State::Unfinished || !message.isTranslated())
             m_findings.add(path, message.position, u"l10n-unfinished"_s,

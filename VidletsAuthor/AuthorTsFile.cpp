@@ -3,6 +3,8 @@
 
 #include "AuthorTsFile.h"
 
+#include "AuthorXmlCopy.h"
+
 #include <QHash>
 #include <QXmlStreamReader>
 #include <QtEndian>
@@ -26,12 +28,14 @@ constexpr std::array kStates{std::pair{"unfinished"_L1, Message::State::Unfinish
                              std::pair{"obsolete"_L1, Message::State::Obsolete}};
 
 /// The text of an element, in which some signs are elements of their own.
-QString readText(QXmlStreamReader& reader)
+QString readText(QXmlStreamReader& reader, QStringList& kept)
 {
     QString text;
     while (!reader.atEnd() && reader.readNext() != QXmlStreamReader::EndElement) {
         if (reader.isCharacters()) {
             text += reader.text();
+        } else if (reader.isComment()) {
+            kept.append(AuthorXmlCopy::take(reader));
         } else if (reader.isStartElement()) {
             const QString value = reader.attributes().value("value"_L1).toString();
             const bool isHex = value.startsWith(u'x');
@@ -44,20 +48,20 @@ QString readText(QXmlStreamReader& reader)
 }
 
 /// The forms or variants of a translation, or its text.
-QStringList readForms(QXmlStreamReader& reader, bool isNumerus, bool hasVariants)
+QStringList readForms(QXmlStreamReader& reader, QStringList& kept, bool isNumerus, bool hasVariants)
 {
     if (!isNumerus && !hasVariants)
-        return {readText(reader)};
+        return {readText(reader, kept)};
     QStringList forms;
-    while (reader.readNextStartElement()) {
+    while (AuthorXmlCopy::nextChild(reader, kept)) {
         const bool isVaried = isNumerus && reader.attributes().value("variants"_L1) == "yes"_L1;
-        forms.append(isVaried ? readForms(reader, false, true).join(kVariantMark)
-                              : readText(reader));
+        forms.append(isVaried ? readForms(reader, kept, false, true).join(kVariantMark)
+                              : readText(reader, kept));
     }
     return isNumerus ? forms : QStringList{forms.join(kVariantMark)};
 }
 
-void readTranslation(QXmlStreamReader& reader, Message& message)
+void readTranslation(QXmlStreamReader& reader, Message& message, QStringList& kept)
 {
     const QXmlStreamAttributes attributes = reader.attributes();
     const QStringView type = attributes.value("type"_L1);
@@ -65,7 +69,7 @@ void readTranslation(QXmlStreamReader& reader, Message& message)
                                     [type](const auto& state) { return state.first == type; });
     message.state = found == kStates.cend() ? Message::State::Finished : found->second;
     message.translations =
-        readForms(reader, message.isNumerus, attributes.value("variants"_L1) == "yes"_L1);
+        readForms(reader, kept, message.isNumerus, attributes.value("variants"_L1) == "yes"_L1);
 }
 
 Message readMessage(QXmlStreamReader& reader, const QString& context)
@@ -82,66 +86,103 @@ Message readMessage(QXmlStreamReader& reader, const QString& context)
                                          {u"extracomment"_s, &message.extraComment},
                                          {u"translatorcomment"_s, &message.translatorComment},
                                          {u"userdata"_s, &message.userData}};
-    while (reader.readNextStartElement()) {
-        const QString name = reader.name().toString();
-        if (QString* text = texts.value(name))
-            *text = readText(reader);
-        else if (name == "translation"_L1)
-            readTranslation(reader, message);
-        else if (name.startsWith("extra-"_L1))
-            message.extras.append({name, readText(reader)});
-        else
+    QStringList kept;
+    const auto keepBefore = [&message, &kept](const QString& name) {
+        for (const QString& part : std::as_const(kept))
+            message.inside.append({name, part});
+        kept.clear();
+    };
+    while (AuthorXmlCopy::nextChild(reader, kept)) {
+        const QString name = reader.qualifiedName().toString();
+        QString* text = texts.value(name);
+        if (name == "location"_L1) {
             reader.skipCurrentElement();
+            continue;
+        }
+        if (text)
+            *text = readText(reader, kept);
+        else if (name == "translation"_L1)
+            readTranslation(reader, message, kept);
+        else if (name.startsWith("extra-"_L1))
+            message.extras.append({name, readText(reader, kept)});
+        else {
+            kept.append(AuthorXmlCopy::take(reader));
+            continue;
+        }
+        keepBefore(name);
     }
+    keepBefore(QString());
     return message;
 }
 
-void readContext(QXmlStreamReader& reader, QList<Message>& messages)
+void readContext(QXmlStreamReader& reader, AuthorTsFile& file, const QStringList& above)
 {
-    QString name;
-    while (reader.readNextStartElement()) {
-        if (reader.name() == "name"_L1)
-            name = readText(reader);
-        else if (reader.name() == "message"_L1)
-            messages.append(readMessage(reader, name));
-        else
-            reader.skipCurrentElement();
+    AuthorTsContext context;
+    context.above = above;
+    QStringList kept;
+    bool isFirst = true;
+    while (AuthorXmlCopy::nextChild(reader, kept)) {
+        if (reader.qualifiedName() == "name"_L1) {
+            context.name = readText(reader, kept);
+        } else if (reader.qualifiedName() == "message"_L1) {
+            Message message = readMessage(reader, context.name);
+            (isFirst ? context.inside : message.above) = kept;
+            kept.clear();
+            isFirst = false;
+            file.messages.append(message);
+        } else {
+            kept.append(AuthorXmlCopy::take(reader));
+        }
     }
+    (isFirst ? context.inside : context.below) = kept;
+    file.contexts.append(context);
 }
 
 /// Moves on to the root.
 void readHead(QXmlStreamReader& reader, QStringList& comments)
 {
     while (!reader.atEnd() && !reader.isStartElement()) {
-        if (reader.isComment())
-            comments.append(u"<!--%1-->"_s.arg(reader.text()));
+        if (reader.isComment() || reader.isProcessingInstruction())
+            comments.append(AuthorXmlCopy::take(reader));
         reader.readNext();
     }
 }
 
-QString escaped(const QString& text)
+/// Signs that no XML file may have become elements.
+QString protectedText(const QString& text)
 {
+    const auto isControl = [](QChar character) {
+        return character.unicode() < 0x20 && character != u'\n' && character != u'\t';
+    };
+    const QString known = AuthorXmlCopy::protectedText(text);
+    if (std::none_of(known.cbegin(), known.cend(), isControl))
+        return known;
     QString result;
-    for (const QChar character : text) {
-        const char16_t code = character.unicode();
-        const bool isPlain = code == u'\n' || code == u'\t';
-        if (code < 0x20 && !isPlain)
-            result += u"<byte value=\"x%1\"/>"_s.arg(code, 0, 16);
-        else if (code > 0x7f && character.isSpace())
-            result += u"&#x%1;"_s.arg(code, 0, 16);
+    for (const QChar character : known) {
+        if (isControl(character))
+            result += u"<byte value=\"x%1\"/>"_s.arg(character.unicode(), 0, 16);
         else
             result += character;
     }
     return result;
 }
 
-/// For text and attributes alike.
-QString protectedText(const QString& text)
+/// What stands between elements, each part on its own line.
+QString partsOf(const QStringList& parts, const QString& indent)
 {
-    QString result = text;
-    result.replace(u'&', "&amp;"_L1).replace(u'<', "&lt;"_L1).replace(u'>', "&gt;"_L1);
-    result.replace(u'"', "&quot;"_L1).replace(u'\'', "&apos;"_L1);
-    return escaped(result);
+    QString result;
+    for (const QString& part : parts)
+        result += indent + part + u'\n';
+    return result;
+}
+
+/// Likewise between contexts, where Qt's own tools indent what they keep for others.
+QString rootPartsOf(const QStringList& parts)
+{
+    QString result;
+    for (const QString& part : parts)
+        result += (part.startsWith("<extra-"_L1) ? u"    "_s : QString()) + part + u'\n';
+    return result;
 }
 
 QString variantsOf(const QString& text, const QString& indent)
@@ -177,32 +218,84 @@ QString translationOf(const Message& message)
     return result + u"\n        </translation>\n"_s;
 }
 
-void appendText(QString& result, const QString& name, const QString& text)
+/// Names and lines of the elements of a message, in their order.
+using Lines = QList<std::pair<QString, QString>>;
+
+void appendText(Lines& lines, const QString& name, const QString& text)
 {
     if (!text.isEmpty())
-        result += u"        <%1>%2</%1>\n"_s.arg(name, protectedText(text));
+        lines.append({name, u"        <%1>%2</%1>\n"_s.arg(name, protectedText(text))});
+}
+
+/// With what stands in front of each line; of lines that are gone, at the end.
+QString joined(const Lines& lines, QList<std::pair<QString, QString>> inside)
+{
+    QString result;
+    for (const auto& [name, line] : lines) {
+        const auto isInFront = [&name = name](const auto& part) { return part.first == name; };
+        for (const auto& part : std::as_const(inside))
+            result += isInFront(part) ? partsOf({part.second}, u"        "_s) : QString();
+        inside.removeIf(isInFront);
+        result += line;
+    }
+    for (const auto& part : std::as_const(inside))
+        result += partsOf({part.second}, u"        "_s);
+    return result;
 }
 
 QString messageOf(const Message& message)
 {
-    QString result = u"    <message"_s;
+    QString result = partsOf(message.above, u"    "_s) + u"    <message"_s;
     if (!message.id.isEmpty())
         result += u" id=\"%1\""_s.arg(protectedText(message.id));
     result += message.isNumerus ? u" numerus=\"yes\">\n"_s : u">\n"_s;
     for (const AuthorTsLocation& location : message.locations)
         result += u"        <location filename=\"%1\" line=\"%2\"/>\n"_s.arg(
             protectedText(location.file), QString::number(location.line));
-    result += u"        <source>%1</source>\n"_s.arg(protectedText(message.source));
-    appendText(result, u"oldsource"_s, message.oldSource);
-    appendText(result, u"comment"_s, message.comment);
-    appendText(result, u"oldcomment"_s, message.oldComment);
-    appendText(result, u"extracomment"_s, message.extraComment);
-    appendText(result, u"translatorcomment"_s, message.translatorComment);
-    result += translationOf(message);
-    appendText(result, u"userdata"_s, message.userData);
+    const QString source = u"        <source>%1</source>\n"_s.arg(protectedText(message.source));
+    Lines lines{{u"source"_s, source}};
+    appendText(lines, u"oldsource"_s, message.oldSource);
+    appendText(lines, u"comment"_s, message.comment);
+    appendText(lines, u"oldcomment"_s, message.oldComment);
+    appendText(lines, u"extracomment"_s, message.extraComment);
+    appendText(lines, u"translatorcomment"_s, message.translatorComment);
+    lines.append({u"translation"_s, translationOf(message)});
+    appendText(lines, u"userdata"_s, message.userData);
     for (const auto& [name, value] : message.extras)
-        appendText(result, name, value);
-    return result + u"    </message>\n"_s;
+        appendText(lines, name, value);
+    return result + joined(lines, message.inside) + u"    </message>\n"_s;
+}
+
+QString contextsOf(const AuthorTsFile& file)
+{
+    QString result;
+    QStringList names;
+    QHash<QString, AuthorTsContext> known;
+    for (const AuthorTsContext& context : file.contexts) {
+        if (!known.contains(context.name))
+            names.append(context.name);
+        // One may stand in a file several times.
+        AuthorTsContext& all = known[context.name];
+        all.above += context.above;
+        all.inside += context.inside;
+        all.below += context.below;
+    }
+    QHash<QString, QString> texts;
+    for (const Message& message : file.messages) {
+        if (!known.contains(message.context) && !texts.contains(message.context))
+            names.append(message.context);
+        texts[message.context] += messageOf(message);
+    }
+    for (const QString& name : std::as_const(names)) {
+        const AuthorTsContext context = known.value(name);
+        const QString content = partsOf(context.inside, u"    "_s) + texts.value(name)
+            + partsOf(context.below, u"    "_s);
+        result += rootPartsOf(context.above);
+        if (!content.isEmpty())
+            result += u"<context>\n    <name>%1</name>\n%2</context>\n"_s.arg(protectedText(name),
+                                                                              content);
+    }
+    return result;
 }
 
 // The hash by which QTranslator finds a text.
@@ -274,25 +367,20 @@ bool AuthorTsMessage::isTranslated() const
 std::optional<AuthorTsFile> AuthorTsFile::read(const QByteArray& bytes, Fault& fault)
 {
     QXmlStreamReader reader(bytes);
+    // So that what is kept keeps its prefixes.
+    reader.setNamespaceProcessing(false);
     AuthorTsFile file;
     readHead(reader, file.comments);
-    if (!reader.hasError() && reader.name() != "TS"_L1) {
+    if (!reader.hasError() && reader.qualifiedName() != "TS"_L1) {
         fault = {{reader.lineNumber(), 1}, u"its root is not <TS>"_s};
         return std::nullopt;
     }
-    file.language = reader.attributes().value("language"_L1).toString();
-    file.sourceLanguage = reader.attributes().value("sourcelanguage"_L1).toString();
-    while (reader.readNextStartElement()) {
-        if (reader.name() == "context"_L1)
-            readContext(reader, file.messages);
-        else if (reader.name() == "message"_L1)
-            file.messages.append(readMessage(reader, QString()));
-        else
-            reader.skipCurrentElement();
-    }
-    // What stands behind the root.
-    while (!reader.atEnd())
+    file.readRoot(reader);
+    while (!reader.atEnd()) {
         reader.readNext();
+        if (reader.isComment() || reader.isProcessingInstruction())
+            file.behind.append(AuthorXmlCopy::take(reader));
+    }
     if (!reader.hasError())
         return file;
     fault = {{reader.lineNumber(), std::max<qint64>(reader.columnNumber(), 1)},
@@ -300,28 +388,43 @@ std::optional<AuthorTsFile> AuthorTsFile::read(const QByteArray& bytes, Fault& f
     return std::nullopt;
 }
 
+void AuthorTsFile::readRoot(QXmlStreamReader& reader)
+{
+    const QXmlStreamAttributes present = reader.attributes();
+    for (const QXmlStreamAttribute& attribute : present) {
+        const QString name = attribute.qualifiedName().toString();
+        if (name == "language"_L1)
+            language = attribute.value().toString();
+        else if (name == "sourcelanguage"_L1)
+            sourceLanguage = attribute.value().toString();
+        else if (name != "version"_L1)
+            attributes.append({name, attribute.value().toString()});
+    }
+    while (AuthorXmlCopy::nextChild(reader, below)) {
+        if (reader.qualifiedName() == "context"_L1) {
+            readContext(reader, *this, std::exchange(below, {}));
+        } else if (reader.qualifiedName() == "message"_L1) {
+            messages.append(readMessage(reader, QString()));
+            messages.last().above = std::exchange(below, {});
+        } else {
+            below.append(AuthorXmlCopy::take(reader));
+        }
+    }
+}
+
 QByteArray AuthorTsFile::write() const
 {
-    QString result = u"<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"_s;
-    for (const QString& comment : comments)
-        result += comment + u'\n';
-    result += u"<!DOCTYPE TS>\n<TS version=\"2.1\""_s;
+    QString result = u"<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"_s + partsOf(comments, {})
+        + u"<!DOCTYPE TS>\n<TS version=\"2.1\""_s;
     if (!language.isEmpty())
         result += u" language=\"%1\""_s.arg(protectedText(language));
     if (!sourceLanguage.isEmpty())
         result += u" sourcelanguage=\"%1\""_s.arg(protectedText(sourceLanguage));
+    for (const auto& [name, value] : attributes)
+        result += u" %1=\"%2\""_s.arg(name, protectedText(value));
     result += u">\n"_s;
-    QStringList contexts;
-    QHash<QString, QString> texts;
-    for (const Message& message : messages) {
-        if (!texts.contains(message.context))
-            contexts.append(message.context);
-        texts[message.context] += messageOf(message);
-    }
-    for (const QString& context : std::as_const(contexts))
-        result += u"<context>\n    <name>%1</name>\n%2</context>\n"_s.arg(protectedText(context),
-                                                                          texts.value(context));
-    return (result + u"</TS>\n"_s).toUtf8();
+    result += contextsOf(*this);
+    return (result + rootPartsOf(below) + u"</TS>\n"_s + partsOf(behind, {})).toUtf8();
 }
 
 QByteArray AuthorTsFile::compiled() const

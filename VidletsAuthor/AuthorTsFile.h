@@ -14,6 +14,8 @@
 #include <optional>
 #include <utility>
 
+class QXmlStreamReader;
+
 namespace Vidlets {
 
 /// Where a text comes from.
@@ -41,6 +43,11 @@ struct AuthorTsMessage
         return state == State::Vanished || state == State::Obsolete;
     }
     bool isTranslated() const;
+    /// Returns whether it is no text at all, but the way in which a context has a comment().
+    bool isContextComment() const
+    {
+        return source.isEmpty() && id.isEmpty();
+    }
 
     QString context;
     QString source;
@@ -58,13 +65,32 @@ struct AuthorTsMessage
     /// Names and values of what other tools have added.
     QList<std::pair<QString, QString>> extras;
     QList<AuthorTsLocation> locations;
+    /// What else an author has written in front of it, such as a comment, as it stands there.
+    QStringList above;
+    /// Likewise inside of it, each with the name of the element in front of which it stands.
+    QList<std::pair<QString, QString>> inside;
     State state = State::Unfinished;
     bool isNumerus = false;
     /// In the file that was read.
     XmlPosition position;
 };
 
-/// A file of translations as Qt Linguist writes it, "*.ts".
+/// What stands around the texts of a context, each part as it is.
+struct AuthorTsContext
+{
+    QString name;
+    QStringList above;
+    /// Behind the name.
+    QStringList inside;
+    /// Behind the last text.
+    QStringList below;
+};
+
+/**
+ * A file of translations as Qt Linguist writes it, "*.ts".
+ *
+ * What it does not know it keeps as it is: comments, elements and attributes of the root.
+ */
 class AuthorTsFile
 {
 public:
@@ -87,7 +113,18 @@ public:
     QString sourceLanguage;
     /// Comments in front of the root, each with its marks.
     QStringList comments;
+    /// What the root has besides the languages.
+    QList<std::pair<QString, QString>> attributes;
+    /// Those about which there is something to keep, at least; those of messages alone come last.
+    QList<AuthorTsContext> contexts;
     QList<AuthorTsMessage> messages;
+    /// Behind the last context.
+    QStringList below;
+    /// Behind the root.
+    QStringList behind;
+
+private:
+    void readRoot(QXmlStreamReader& reader);
 };
 
 } // namespace Vidlets

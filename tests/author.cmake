@@ -51,6 +51,9 @@ target_compile_definitions(
           SCHEMAS="${PROJECT_SOURCE_DIR}/tools/vidlets/schema"
           TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
 
+target_compile_definitions(tst_authorstrings
+                           PRIVATE TEMPLATE="${PROJECT_SOURCE_DIR}/tools/vidlets/template")
+
 vidlets_add_test(
   NAME tst_authorpreview
   DISPLAY

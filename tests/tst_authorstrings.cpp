@@ -14,6 +14,7 @@
 #include <algorithm>
 
 #include <VidletsAuthor/AuthorStringsFiles.h>
+#include <VidletsAuthor/AuthorTemplate.h>
 
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
@@ -108,7 +109,14 @@ private Q_SLOTS:
     void messages_nameKeyAndFile();
     void messages_leaveOutFilesForOneLocale();
     void update_keepsTranslationsAndMarksGone();
+    void update_keepsOwnLinesForTranslators_data();
+    void update_keepsOwnLinesForTranslators();
+    void update_leavesCommentOfContextAlone();
+    void collect_isGivenUp_whenThereAreTooManyTexts();
     void write_changesNothing_whenNothingIsNew();
+    void write_keepsWhatAuthorWrote_data();
+    void write_keepsWhatAuthorWrote();
+    void write_leavesTemplateAsItIs();
     void write_keepsFile_whenItCannotBeRead();
     void write_changesNothing_whenControlFileIsBroken();
     void ts_isWhatToolsOfQtWrite_data();
@@ -186,6 +194,77 @@ void TestAuthorStrings::update_keepsTranslationsAndMarksGone()
     QVERIFY(messageOf(file, u"you"_s)->state == State::Finished);
 }
 
+void TestAuthorStrings::update_keepsOwnLinesForTranslators_data()
+{
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    const QString note = u"pen, Control/a.xml"_s;
+
+    QTest::newRow("none") << QString() << note;
+    QTest::newRow("that alone") << note << note;
+    QTest::newRow("own alone") << u"A tool"_s << u"A tool\n"_s + note;
+    QTest::newRow("own above") << u"A tool\n"_s + note << u"A tool\n"_s + note;
+    QTest::newRow("own below") << note + u"\nA tool,\n  not a pen for cows"_s
+                               << note + u"\nA tool,\n  not a pen for cows"_s;
+    QTest::newRow("other key before") << u"above\npencil, two, Control/old one.xml\nbelow"_s
+                                      << u"above\n"_s + note + u"\nbelow"_s;
+    QTest::newRow("other scene before")
+        << u"ui/Old.qml\nsee ui/VidletUI.qml"_s << note + u"\nsee ui/VidletUI.qml"_s;
+}
+
+void TestAuthorStrings::update_keepsOwnLinesForTranslators()
+{
+    QFETCH(const QString, before);
+    QFETCH(const QString, after);
+    AuthorTsFile file;
+    AuthorTsMessage message;
+    message.context = u"UI"_s;
+    message.source = u"Pen & ink"_s;
+    message.extraComment = before;
+    file.messages.append(message);
+    const AuthorStrings strings(packageIn(*m_files));
+
+    strings.update(file);
+    QCOMPARE(file.messages.constFirst().extraComment, after);
+    strings.update(file);
+    QCOMPARE(file.messages.constFirst().extraComment, after);
+}
+
+/// Which Qt's tools write as a message without a text.
+void TestAuthorStrings::update_leavesCommentOfContextAlone()
+{
+    AuthorTsFile file =
+        fileFrom("<TS><context><name>UI</name><message><source></source><comment>Short!</comment>"
+                 "<translation type=\"unfinished\"/></message></context></TS>");
+    const AuthorStrings strings(packageIn(*m_files));
+
+    const AuthorStrings::Change change = strings.update(file);
+
+    QCOMPARE(change.gone, 0);
+    QCOMPARE(change.unfinished, strings.messages().size());
+    QCOMPARE(file.messages.constFirst().comment, u"Short!"_s);
+    QVERIFY(file.messages.constFirst().state == AuthorTsMessage::State::Unfinished);
+}
+
+void TestAuthorStrings::collect_isGivenUp_whenThereAreTooManyTexts()
+{
+    constexpr int kContexts = 2000;
+    QByteArray scene = "import QtQuick\nItem {\n";
+    for (int i = 0; i < kContexts; ++i)
+        scene += "function f" + QByteArray::number(i) + "(t) { return vidletView.translate(t, 'C"
+            + QByteArray::number(i) + "'); }\n";
+    m_files->write(u"A.vidlets/ui/Many.qml"_s, scene + "}\n");
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets><vidlet key='a'><p>" + QByteArray(100'000, 'a')
+                                  + "</p></vidlet></vidlets>");
+
+    const AuthorStrings strings(packageIn(*m_files));
+
+    QCOMPARE(strings.faults().size(), 1);
+    QVERIFY2(strings.faults().constFirst().contains("too many: in 2001 contexts"_L1),
+             qPrintable(strings.faults().constFirst()));
+}
+
 void TestAuthorStrings::write_changesNothing_whenNothingIsNew()
 {
     const QString path = m_files->path(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s);
@@ -201,6 +280,100 @@ void TestAuthorStrings::write_changesNothing_whenNothingIsNew()
     QVERIFY(second.write());
 
     QCOMPARE(contentOf(path), content);
+}
+
+void TestAuthorStrings::write_keepsWhatAuthorWrote_data()
+{
+    QTest::addColumn<QByteArray>("root");
+    QTest::addColumn<QByteArray>("context");
+    QTest::addColumn<QByteArray>("message");
+    QTest::addColumn<QByteArray>("behind");
+
+    const QByteArray none;
+    QTest::newRow("attribute of the root alone") << none << none << none << none;
+    QTest::newRow("dependencies") << QByteArray(
+        "<dependencies>\n<dependency catalog=\"a&amp;b\"/>\n"
+        "</dependencies>\n") << none
+                                  << none << none;
+    QTest::newRow("extra at the root")
+        << QByteArray("    <extra-po-headers>X: &quot;y&quot;\n  z</extra-po-headers>\n") << none
+        << none << none;
+    QTest::newRow("comment at the root")
+        << QByteArray("<!-- mine: <b> & 'c' -->\n") << none << none << none;
+    QTest::newRow("instruction at the root")
+        << QByteArray("<?tool words?>\n") << none << none << none;
+    QTest::newRow("comment of a context")
+        << none << QByteArray("    <comment>Words of &lt;buttons&gt;</comment>\n") << none << none;
+    QTest::newRow("comment in a context")
+        << none << QByteArray("    <!-- mine\n of two lines -->\n") << none << none;
+    QTest::newRow("comment in a message")
+        << none << none << QByteArray("        <!-- mine -->\n") << none;
+    QTest::newRow("element in a message")
+        << none << none << QByteArray("        <seen by=\"&lt;me&#xa;\"><on/>x</seen>\n") << none;
+    QTest::newRow("element of others")
+        << QByteArray("<o:a xmlns:o=\"urn:o\" o:b=\"c\"><o:d/></o:a>\n") << none << none << none;
+    QTest::newRow("behind the root") << none << none << none << QByteArray("<!-- mine -->\n");
+}
+
+void TestAuthorStrings::write_keepsWhatAuthorWrote()
+{
+    QFETCH(const QByteArray, root);
+    QFETCH(const QByteArray, context);
+    QFETCH(const QByteArray, message);
+    QFETCH(const QByteArray, behind);
+    const QByteArray content = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<!DOCTYPE TS>\n"
+                               "<TS version=\"2.1\" language=\"de_DE\" xmlns:p=\"urn:p\">\n"
+        + root + "<context>\n    <name>UI</name>\n" + context
+        + "    <message>\n        <source>Old</source>\n" + message
+        + "        <translation type=\"vanished\">Alt</translation>\n    </message>\n" + context
+        + "    <message>\n        <source>Older</source>\n"
+          "        <translation type=\"vanished\">Aelter</translation>\n"
+        + message + "    </message>\n" + context + "</context>\n" + root
+        + "<context>\n    <name>Alone</name>\n    <message>\n        <source>Oldest</source>\n"
+          "        <translation type=\"obsolete\"></translation>\n    </message>\n</context>\n"
+        + root + "</TS>\n" + behind;
+    const QString path = m_files->write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, content);
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+    m_files->write(u"A.vidlets/ui/VidletUI.qml"_s, "Item {}\n");
+    AuthorStringsFiles files(packageIn(*m_files));
+    files.addExisting();
+
+    QVERIFY2(files.write(), qPrintable(files.faults().join(u'\n')));
+    QCOMPARE(contentOf(path), content);
+    QCOMPARE(fileFrom(content).write(), content);
+
+    // And with a text that is new.
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets><vidlet key='a' title='T'/></vidlets>");
+    AuthorStringsFiles again(packageIn(*m_files));
+    again.addExisting();
+    QVERIFY(again.write());
+    const QByteArray longer = contentOf(path);
+    QVERIFY(longer.contains("<source>T</source>"));
+    for (const QByteArray& part : {root, context, message, behind})
+        QCOMPARE(part.isEmpty() ? 0 : longer.count(part), part.isEmpty() ? 0 : content.count(part));
+}
+
+/// Its lines would be stale, else, and change with the first text that an author adds.
+void TestAuthorStrings::write_leavesTemplateAsItIs()
+{
+    const QString package = m_files->path(u"New.vidlets"_s);
+    QString reason;
+    QVERIFY2(AuthorTemplate::create(QStringLiteral(TEMPLATE), package, reason), qPrintable(reason));
+    const QString source = package + u"/l10n/Vidlets_de_DE.ts"_s;
+    const QString compiled = package + u"/l10n/Vidlets_de_DE.qm"_s;
+    const QByteArray before = contentOf(source);
+    QVERIFY(!before.isEmpty());
+    AuthorFindings findings;
+    AuthorPackages packages(findings);
+    QVERIFY(packages.add(package, reason));
+    AuthorStringsFiles files(packages.packages().value(0));
+    files.addExisting();
+    files.setCompiling(true);
+    QVERIFY(files.write());
+
+    QCOMPARE(contentOf(source), before);
+    QCOMPARE(contentOf(compiled), contentOf(QStringLiteral(TEMPLATE "/l10n/Vidlets_de_DE.qm")));
 }
 
 void TestAuthorStrings::write_keepsFile_whenItCannotBeRead()

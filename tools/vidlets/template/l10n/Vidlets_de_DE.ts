@@ -18,25 +18,25 @@
         <translation>Zeichnet freihändig, so wie Sie sich bewegen.</translation>
     </message>
     <message>
-        <location filename="../ui/VideoPlayer.qml" line="39"/>
+        <location filename="../ui/VideoPlayer.qml" line="41"/>
         <source>Play</source>
         <extracomment>ui/VideoPlayer.qml</extracomment>
         <translation>Abspielen</translation>
     </message>
     <message>
-        <location filename="../ui/VideoPlayer.qml" line="40"/>
+        <location filename="../ui/VideoPlayer.qml" line="42"/>
         <source>Pause</source>
         <extracomment>ui/VideoPlayer.qml</extracomment>
         <translation>Anhalten</translation>
     </message>
     <message>
-        <location filename="../ui/VideoPlayer.qml" line="41"/>
+        <location filename="../ui/VideoPlayer.qml" line="43"/>
         <source>Paused</source>
         <extracomment>ui/VideoPlayer.qml</extracomment>
         <translation>Angehalten</translation>
     </message>
     <message>
-        <location filename="../ui/VideoPlayer.qml" line="42"/>
+        <location filename="../ui/VideoPlayer.qml" line="44"/>
         <source>Position</source>
         <extracomment>ui/VideoPlayer.qml</extracomment>
         <translation>Stelle</translation>
