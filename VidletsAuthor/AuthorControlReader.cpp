@@ -251,9 +251,7 @@ void AuthorControlReader::checkRoot()
     const bool isPrefixed = !isRight && m_reader.name() == m_rootTag;
     m_isRootForeign = !isRight && !(isPrefixed && m_kind == Kind::ControlFile);
     if (m_isRootForeign) {
-        add(placeOfTag(), u"root-foreign",
-            u"The root is <%1>, not <%2>, so that nothing in the file is found."_s.arg(m_rootName,
-                                                                                       m_rootTag));
+        reportForeignRoot();
         return;
     }
     if (!isPrefixed && !m_reader.namespaceUri().isEmpty())
@@ -291,6 +289,17 @@ QString AuthorControlReader::unrecognised() const
     buffer.setData(m_bytes);
     buffer.open(QIODevice::ReadOnly);
     return u"another tag stands before the root, in line %1"_s.arg(FirstTag::placeIn(buffer).line);
+}
+
+void AuthorControlReader::reportForeignRoot()
+{
+    if (m_kind == Kind::KeyData && m_rootName == kControlFileTag)
+        add(placeOfTag(), u"root-foreign", u"This is a control file, and no key data."_s,
+            u"Check the package that it belongs to."_s);
+    else
+        add(placeOfTag(), u"root-foreign",
+            u"The root is <%1>, not <%2>, so that nothing in the file is found."_s.arg(m_rootName,
+                                                                                       m_rootTag));
 }
 
 void AuthorControlReader::checkLocale()

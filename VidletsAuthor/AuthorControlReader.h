@@ -50,6 +50,7 @@ private:
     void comment();
     void readRoot();
     void checkRoot();
+    void reportForeignRoot();
     void readTip();
     void readKey(QLatin1StringView attribute);
     void checkLocale();

@@ -44,6 +44,30 @@ Entry entryOf(const std::filesystem::directory_entry& entry)
 
 } // namespace
 
+QString join(const QString& directory, const QString& name)
+{
+    if (directory == u'.')
+        return name;
+    return directory.endsWith(u'/') ? directory + name : directory + u'/' + name;
+}
+
+bool isBelow(const QString& directory, const QString& path)
+{
+    if (path == directory)
+        return true;
+    const QString root = join(directory, QString());
+    if (!path.startsWith(root) || path.startsWith(u'/') != directory.startsWith(u'/'))
+        return false;
+    // A clean path has its ".." at the beginning only.
+    const QStringView rest = QStringView(path).sliced(root.size());
+    return rest != u".." && !rest.startsWith(u"../");
+}
+
+QString below(const QString& directory, const QString& path)
+{
+    return path.mid(join(directory, QString()).size());
+}
+
 // QDir passes over names that are not UTF-8, of which authors have to be told.
 std::optional<QList<Entry>> list(const QString& path)
 {
@@ -71,7 +95,7 @@ QStringList foldersBelow(const QString& root)
         const auto entries = list(folders.at(i));
         for (const Entry& entry : entries.value_or(QList<Entry>())) {
             if (entry.kind == Kind::Directory && entry.isNamed)
-                folders.append(folders.at(i) + u'/' + entry.name);
+                folders.append(join(folders.at(i), entry.name));
         }
     }
     return folders;

@@ -36,6 +36,16 @@ struct Entry
 /// Above that a file is not read as text.
 inline constexpr qint64 kMaxTextBytes = qint64(64) * 1024 * 1024;
 
+/// Returns the path of @p name in @p directory. What lies in the current directory, ".", has no
+/// "./" before it, so that one file has one path, however it was come to.
+QString join(const QString& directory, const QString& name);
+
+/// Returns whether the clean @p path is @p directory or lies below it; ".", too, is a directory.
+bool isBelow(const QString& directory, const QString& path);
+
+/// Returns what leads from @p directory to the clean @p path below it.
+QString below(const QString& directory, const QString& path);
+
 /// Returns what the directory @p path holds, by name; nothing where it cannot be read.
 std::optional<QList<Entry>> list(const QString& path);
 

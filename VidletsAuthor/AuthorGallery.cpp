@@ -210,8 +210,7 @@ void AuthorGallery::addFindings()
         qsizetype number = 0;
         for (qsizetype i = 0; i < m_list.packages.size(); ++i) {
             const AuthorListedPackage& package = m_list.packages.at(i);
-            const bool isOfPackage =
-                finding.file == package.path || finding.file.startsWith(package.path + u'/');
+            const bool isOfPackage = AuthorFiles::isBelow(package.path, finding.file);
             if (!place && (isOfPackage || i + 1 == m_list.packages.size()))
                 place = &m_data.packages[i].findings;
             for (const AuthorListedTip& tip : package.tips) {

@@ -28,11 +28,6 @@ QString controlDirectory()
     return u"Control"_s;
 }
 
-QString join(const QString& directory, const QString& name)
-{
-    return directory.endsWith(u'/') ? directory + name : directory + u'/' + name;
-}
-
 QString nameOf(const QString& packagePath)
 {
     return QFileInfo(packagePath).completeBaseName();
@@ -79,7 +74,7 @@ void AuthorPackages::addDataPath(const QString& path)
     }
     for (const AuthorFiles::Entry& entry : *entries) {
         const bool isNamedPackage = entry.name.endsWith(packageSuffix());
-        const QString place = join(path, entry.name);
+        const QString place = AuthorFiles::join(path, entry.name);
         if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed && isNamedPackage)
             addPackage(place, path);
         else if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed)
@@ -96,14 +91,14 @@ void AuthorPackages::addDataPath(const QString& path)
 /// Reports a directory that holds a package and is not named like one.
 void AuthorPackages::checkEntry(const QString& dataPath, const QString& name)
 {
-    const QString path = join(dataPath, name);
+    const QString path = AuthorFiles::join(dataPath, name);
     // Kept: the library searches such a directory for tips, and then knows no package by its name.
     if (name.endsWith(packageSuffix(), Qt::CaseInsensitive))
         m_findings.add(
             path, {}, u"package-name"_s,
             u"Its scenes and resources are not found: the name does not end in \"%1\", in "
             "small letters."_s.arg(packageSuffix()));
-    else if (QFileInfo(join(path, controlDirectory())).isDir())
+    else if (QFileInfo(AuthorFiles::join(path, controlDirectory())).isDir())
         m_findings.add(path, {}, u"package-name"_s,
                        u"The directory is passed over: its name does not end in \"%1\"."_s.arg(
                            packageSuffix()));
@@ -140,11 +135,11 @@ void AuthorPackages::addPackage(const QString& path, const QString& dataPath)
 void AuthorPackages::listControlDirectory(AuthorPackage& package)
 {
     using AuthorFiles::Kind;
-    const QString directory = join(package.path, controlDirectory());
+    const QString directory = AuthorFiles::join(package.path, controlDirectory());
     const auto entries = AuthorFiles::list(directory);
     // A package without any control file is told of where the files have been looked at.
     for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
-        const QString path = join(directory, entry.name);
+        const QString path = AuthorFiles::join(directory, entry.name);
         const QFileInfo info(path);
         if (!entry.isNamed)
             ignored(path, u"its name is not UTF-8"_s);
@@ -188,7 +183,7 @@ const AuthorPackage* AuthorPackages::packageOf(const QString& path) const
 {
     const auto found =
         std::find_if(m_packages.cbegin(), m_packages.cend(), [&path](const AuthorPackage& package) {
-            return path == package.path || path.startsWith(package.path + u'/');
+            return AuthorFiles::isBelow(package.path, path);
         });
     return found == m_packages.cend() ? nullptr : &*found;
 }
@@ -207,11 +202,20 @@ QList<const AuthorPackage*> AuthorPackages::named(const QString& name) const
     return result;
 }
 
-bool AuthorPackages::isNeighbour(const QString& name) const
+QStringList AuthorPackages::pathsOf(const QString& name) const
 {
-    return std::any_of(m_dataPaths.cbegin(), m_dataPaths.cend(), [&name](const QString& dataPath) {
-        return QFileInfo(join(dataPath, name + packageSuffix())).isDir();
-    });
+    QStringList paths;
+    const QList<const AuthorPackage*> added = named(name);
+    for (const AuthorPackage* package : added)
+        paths.append(package->path);
+    if (!paths.isEmpty())
+        return paths;
+    for (const QString& dataPath : m_dataPaths) {
+        const QString path = AuthorFiles::join(dataPath, name + packageSuffix());
+        if (QFileInfo(path).isDir())
+            paths.append(path);
+    }
+    return paths;
 }
 
 } // namespace Vidlets

@@ -50,8 +50,9 @@ public:
     const AuthorPackage* packageOf(const QString& path) const;
     /// Returns the packages named @p name, in the order in which scenes and resources are searched.
     QList<const AuthorPackage*> named(const QString& name) const;
-    /// Returns whether a package of that name lies beside those that were added.
-    bool isNeighbour(const QString& name) const;
+    /// Returns the directories of the packages named @p name: those that were added, or those that
+    /// lie beside them; none where there is no such package.
+    QStringList pathsOf(const QString& name) const;
 
 private:
     void addDataPath(const QString& path);

@@ -3,6 +3,8 @@
 
 #include "AuthorPreviewTree.h"
 
+#include "AuthorFiles.h"
+
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QScopedValueRollback>
@@ -115,8 +117,7 @@ QStandardItem* AuthorPreviewTree::packageItem(const AuthorListedPackage& package
     item->setFont(font);
     QList<const AuthorFinding*> findings;
     for (const AuthorFinding& finding : m_findings) {
-        const bool isOfPackage =
-            finding.file == package.path || finding.file.startsWith(package.path + u'/');
+        const bool isOfPackage = AuthorFiles::isBelow(package.path, finding.file);
         const bool isOfNone = m_list.packages.size() == 1;
         if (isOfPackage || isOfNone)
             findings.append(&finding);

@@ -51,11 +51,6 @@ bool hasWhiteSpace(const QString& name)
                        [](QChar character) { return character.isSpace(); });
 }
 
-bool isBelow(const QString& directory, const QString& path)
-{
-    return path == directory || path.startsWith(directory + u'/');
-}
-
 } // namespace
 
 AuthorResources::AuthorResources(const AuthorPackages& packages, AuthorFindings& findings)
@@ -72,7 +67,7 @@ void AuthorResources::addControlFile(const AuthorPackage& package, const AuthorC
     for (const AuthorReference& reference : file.references) {
         if (!reference.directory.isEmpty())
             facts.directories.insert(reference.directory);
-        m_uses.append({file.path, reference, &package, false});
+        m_uses.append({file.path, reference, &package, false, file.search});
         m_named.insert(lastPart(reference.name));
     }
 }
@@ -144,7 +139,7 @@ void AuthorResources::checkUse(const Use& use)
         return;
     }
     // A sentence may end in the name of a file.
-    if (hasWhiteSpace(use.reference.name) || maySearchElsewhere(use))
+    if (hasWhiteSpace(use.reference.name))
         return;
     m_findings.add(use.file, use.reference.position, u"resource-missing"_s,
                    u"There is no \"%1\" in the resources."_s.arg(use.reference.name));
@@ -152,35 +147,42 @@ void AuthorResources::checkUse(const Use& use)
 
 QStringList AuthorResources::candidates(const Use& use) const
 {
+    QSet<QString> directories{use.reference.directory};
+    if (use.reference.directory.isEmpty())
+        directories = {usualDirectory()};
     QStringList paths;
     const QSet<QString> names = packageNamesFor(use);
-    for (const AuthorPackage& package : m_packages.packages()) {
-        if (use.package && !names.contains(package.name))
-            continue;
-        QSet<QString> directories{use.reference.directory};
-        if (use.reference.directory.isEmpty())
-            directories = {usualDirectory()};
+    for (const QString& name : names) {
+        QSet<QString> all = directories;
         if (use.isInScene)
-            directories += m_facts.value(package.name).directories;
-        for (const QString& directory : std::as_const(directories))
-            paths.append(
-                QDir::cleanPath(package.path + u'/' + directory + u'/' + use.reference.name));
+            all += m_facts.value(name).directories;
+        const QStringList packages = packagePaths(name);
+        for (const QString& package : packages) {
+            for (const QString& directory : std::as_const(all))
+                paths.append(QDir::cleanPath(
+                    AuthorFiles::join(package, directory + u'/' + use.reference.name)));
+        }
     }
     if (use.isInScene)
         paths.append(QDir::cleanPath(QFileInfo(use.file).path() + u'/' + use.reference.name));
     return paths;
 }
 
-/// A scene serves the tips of its own package and of those that name it in "search".
+/// A scene serves the tips of its own package and of those that name it in "search", and key data
+/// may be of a tip of any package.
 QSet<QString> AuthorResources::packageNamesFor(const Use& use) const
 {
-    if (!use.package)
-        return {};
+    QSet<QString> names(use.search.cbegin(), use.search.cend());
+    if (!use.package) {
+        for (const AuthorPackage& package : m_packages.packages())
+            names.insert(package.name);
+        return names;
+    }
     const QString own = use.package->name;
-    QSet<QString> names = m_facts.value(own).search;
     names.insert(own);
     if (!use.isInScene)
         return names;
+    names += m_facts.value(own).search;
     for (auto it = m_facts.cbegin(); it != m_facts.cend(); ++it) {
         if (it->search.contains(own))
             names.insert(it.key());
@@ -188,12 +190,12 @@ QSet<QString> AuthorResources::packageNamesFor(const Use& use) const
     return names;
 }
 
-/// Whether a package is searched that is not among those that are checked.
-bool AuthorResources::maySearchElsewhere(const Use& use) const
+QStringList AuthorResources::packagePaths(const QString& name) const
 {
-    const QSet<QString> names = packageNamesFor(use);
-    return std::any_of(names.cbegin(), names.cend(),
-                       [this](const QString& name) { return m_packages.named(name).isEmpty(); });
+    auto known = m_paths.constFind(name);
+    if (known == m_paths.cend())
+        known = m_paths.insert(name, m_packages.pathsOf(name));
+    return *known;
 }
 
 /// The path as it is on disk, where it differs from @p path in case; else null.
@@ -203,7 +205,7 @@ QString AuthorResources::otherCase(const QString& path) const
     if (!package)
         return QString();
     QString found = package->path;
-    const QStringList parts = path.mid(found.size()).split(u'/', Qt::SkipEmptyParts);
+    const QStringList parts = AuthorFiles::below(found, path).split(u'/', Qt::SkipEmptyParts);
     for (const QString& part : parts) {
         const QStringList names = namesIn(found);
         const auto like = std::find_if(names.cbegin(), names.cend(), [&part](const QString& name) {
@@ -211,7 +213,7 @@ QString AuthorResources::otherCase(const QString& path) const
         });
         if (like == names.cend())
             return QString();
-        found += u'/' + (names.contains(part) ? part : *like);
+        found = AuthorFiles::join(found, names.contains(part) ? part : *like);
     }
     return found != path && QFileInfo(found).isFile() ? found : QString();
 }
@@ -231,17 +233,17 @@ QStringList AuthorResources::namesIn(const QString& directory) const
 
 void AuthorResources::checkFiles(const AuthorPackage& package, const QString& directory)
 {
-    const QString root = QDir::cleanPath(package.path + u'/' + directory);
+    const QString root = QDir::cleanPath(AuthorFiles::join(package.path, directory));
     // What lies outside of the package is not the package's, whatever its control files say.
     const QString canonical = QFileInfo(root).canonicalFilePath();
-    if (canonical.isEmpty() || !isBelow(package.canonicalPath, canonical))
+    if (canonical.isEmpty() || !AuthorFiles::isBelow(package.canonicalPath, canonical))
         return;
     const QStringList folders = AuthorFiles::foldersBelow(root);
     for (const QString& folder : folders) {
         const auto entries = AuthorFiles::list(folder);
         for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
             if (entry.kind == AuthorFiles::Kind::File && entry.isNamed)
-                checkFile(folder + u'/' + entry.name);
+                checkFile(AuthorFiles::join(folder, entry.name));
         }
     }
 }

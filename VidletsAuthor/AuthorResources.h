@@ -46,6 +46,8 @@ private:
         const AuthorPackage* package = nullptr;
         /// Whether the name may be relative to the file itself.
         bool isInScene = false;
+        /// The other packages that the control file names; a scene has none of its own.
+        QStringList search = {};
     };
 
     /// What is known of the packages of one name.
@@ -59,7 +61,7 @@ private:
     void checkUse(const Use& use);
     QStringList candidates(const Use& use) const;
     QSet<QString> packageNamesFor(const Use& use) const;
-    bool maySearchElsewhere(const Use& use) const;
+    QStringList packagePaths(const QString& name) const;
     QString otherCase(const QString& path) const;
     QStringList namesIn(const QString& directory) const;
     void checkFiles(const AuthorPackage& package, const QString& directory);
@@ -73,6 +75,8 @@ private:
     QStringList m_clips;
     /// The names of files that something names, without directories and in small letters.
     QSet<QString> m_named;
+    /// The directories of the packages of a name.
+    mutable QHash<QString, QStringList> m_paths;
     mutable QHash<QString, bool> m_exists;
     mutable QHash<QString, QStringList> m_listed;
 };

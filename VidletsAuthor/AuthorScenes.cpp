@@ -35,7 +35,7 @@ QStringList AuthorScenes::filesOf(const QString& path)
             const bool isScene = entry.name.endsWith(".qml"_L1) || entry.name.endsWith(".js"_L1)
                 || entry.name.endsWith(".mjs"_L1);
             if (entry.kind == AuthorFiles::Kind::File && entry.isNamed && isScene)
-                files.append(folder + u'/' + entry.name);
+                files.append(AuthorFiles::join(folder, entry.name));
         }
     }
     return files;
@@ -65,7 +65,8 @@ void AuthorScenes::addScene(const AuthorPackage& package, const QString& path)
     AuthorSceneRules(path, scene, m_findings).check();
     // As packages lie beside each other, since scenes may refer to those of another one.
     const QString place = QString::number(package.dataPath) + u'/'
-        + QFileInfo(package.canonicalPath).fileName() + path.mid(package.path.size());
+        + QFileInfo(package.canonicalPath).fileName() + u'/'
+        + AuthorFiles::below(package.path, path);
     m_qmllint.add(path, place, scene);
 }
 

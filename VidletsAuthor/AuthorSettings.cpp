@@ -175,7 +175,7 @@ QString AuthorSettings::fileName()
 
 void AuthorSettings::loadPackage(const QString& package, AuthorFindings& findings)
 {
-    const QString file = package + u'/' + fileName();
+    const QString file = AuthorFiles::join(package, fileName());
     const QFileInfo info(file);
     if (!info.exists() && !info.isSymLink())
         return;

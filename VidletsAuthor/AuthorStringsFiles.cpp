@@ -24,7 +24,7 @@ QString stem()
 } // namespace
 
 AuthorStringsFiles::AuthorStringsFiles(const AuthorPackage& package)
-    : m_directory(package.path + u'/' + Settings::translationDirectoryDefault())
+    : m_directory(AuthorFiles::join(package.path, Settings::translationDirectoryDefault()))
     , m_strings(package)
 {
 }

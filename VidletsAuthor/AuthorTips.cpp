@@ -3,9 +3,9 @@
 
 #include "AuthorTips.h"
 
+#include "AuthorFiles.h"
 #include <Vidlets/VLSettings.h>
 
-#include <QDir>
 #include <QFileInfo>
 #include <QSet>
 
@@ -79,7 +79,7 @@ void AuthorTips::checkSearch()
 {
     for (const AuthorControlFile& file : std::as_const(m_files)) {
         for (const QString& name : file.search) {
-            if (m_packages.named(name).isEmpty() && !m_packages.isNeighbour(name))
+            if (m_packages.pathsOf(name).isEmpty())
                 m_findings.add(file.path, file.rootPosition, u"search-unknown"_s,
                                u"There is no package \"%1\"."_s.arg(name));
         }
@@ -109,19 +109,17 @@ void AuthorTips::checkScenes()
     }
 }
 
-/// True also where it may lie in a package that is not checked.
 bool AuthorTips::isScene(const AuthorPackage& package, const QStringList& search,
                          const QString& name) const
 {
     const QStringList names = QStringList{package.name} + search;
     for (const QString& packageName : names) {
-        const QList<const AuthorPackage*> places = m_packages.named(packageName);
-        if (places.isEmpty())
+        const QStringList places = m_packages.pathsOf(packageName);
+        const auto holdsScene = [&name](const QString& place) {
+            return QFileInfo(AuthorFiles::join(place, name)).isFile();
+        };
+        if (std::any_of(places.cbegin(), places.cend(), holdsScene))
             return true;
-        for (const AuthorPackage* place : places) {
-            if (QFileInfo(QDir(place->path).filePath(name)).isFile())
-                return true;
-        }
     }
     return false;
 }
@@ -173,7 +171,10 @@ void AuthorTips::checkGaps(const QStringList& locales)
         QList<int>& list = ofPackage[source.package->name];
         if (list.isEmpty())
             list = wanted;
-        if (source.locale >= 0 && !list.contains(source.locale))
+        // No locale is told of already where it stands.
+        const bool isLocale =
+            source.locale >= 0 && m_locales.at(source.locale).language() != QLocale::C;
+        if (isLocale && !list.contains(source.locale))
             list.append(source.locale);
     }
     for (auto it = m_places.cbegin(); it != m_places.cend(); ++it) {
@@ -212,7 +213,7 @@ void AuthorTips::checkKeyData()
         return;
     for (const AuthorControlFile& file : std::as_const(m_keyData)) {
         for (const AuthorTip& record : file.tips) {
-            if (!m_places.contains(record.key))
+            if (!record.key.isEmpty() && !m_places.contains(record.key))
                 m_findings.add(file.path, record.position, u"keydata-unknown-key"_s,
                                u"No tip has the key \"%1\"."_s.arg(record.key));
         }

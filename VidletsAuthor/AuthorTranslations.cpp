@@ -107,7 +107,7 @@ void AuthorTranslations::check(const QStringList& locales)
 
 void AuthorTranslations::checkDirectory(const AuthorPackage& package, const QString& directory)
 {
-    const QString path = QDir::cleanPath(package.path + u'/' + directory);
+    const QString path = QDir::cleanPath(AuthorFiles::join(package.path, directory));
     // What lies outside of the package is not the package's, whatever its control files say.
     const QString canonical = QFileInfo(path).canonicalFilePath();
     if (!canonical.startsWith(package.canonicalPath + u'/'))
@@ -120,7 +120,7 @@ void AuthorTranslations::checkDirectory(const AuthorPackage& package, const QStr
             names.insert(entry.name);
     }
     for (const AuthorFiles::Entry& entry : entries) {
-        const QString file = path + u'/' + entry.name;
+        const QString file = AuthorFiles::join(path, entry.name);
         const QString other = QFileInfo(entry.name).completeBaseName();
         if (!names.contains(entry.name))
             continue;
@@ -248,7 +248,10 @@ void AuthorTranslations::checkLocale(const AuthorPackage& package, const QString
     const QString name = QLocale(locale).name();
     const bool isElsewhere =
         std::any_of(facts.search.cbegin(), facts.search.cend(), [&](const QString& other) {
-            return m_packages.named(other).isEmpty() || m_facts.value(other).locales.contains(name);
+            // One that lies beside those that are checked is not looked into.
+            const bool isBeside =
+                m_packages.named(other).isEmpty() && !m_packages.pathsOf(other).isEmpty();
+            return isBeside || m_facts.value(other).locales.contains(name);
         });
     if (facts.isTranslating && !facts.locales.contains(name) && !isElsewhere)
         m_findings.add(package.path, {}, u"l10n-missing"_s,

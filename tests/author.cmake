@@ -29,6 +29,10 @@ foreach(
   vidlets_add_test(NAME ${name} LIBRARIES VidletsAuthor)
 endforeach()
 
+foreach(name tst_authorcheck tst_authorpackages tst_authorresources tst_authorscenes tst_authortips)
+  target_sources(${name} PRIVATE shared/CheckedPackages.cpp)
+endforeach()
+
 add_dependencies(tst_authorrules vidlets)
 target_compile_definitions(tst_authorrules PRIVATE RULES="${PROJECT_SOURCE_DIR}/docs/rules"
                                                    PROGRAM="$<TARGET_FILE:vidlets>")

@@ -1,11 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
+#include "ClipWriter.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 
 #include <VidletsAuthor/AuthorCheck.h>
 #include <fcntl.h>
@@ -15,33 +19,6 @@
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
 
-namespace {
-
-QList<AuthorFinding> checked(const QStringList& paths)
-{
-    AuthorCheck check;
-    QString reason;
-    for (const QString& path : paths) {
-        if (!check.add(path, reason))
-            qWarning().noquote() << reason;
-    }
-    return check.run();
-}
-
-/// The findings of one rule as "file:line".
-QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
-{
-    QStringList result;
-    for (const AuthorFinding& finding : findings) {
-        if (finding.rule == rule)
-            result.append(
-                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
-    }
-    return result;
-}
-
-} // namespace
-
 class TestAuthorCheck : public VidletsTest
 {
     Q_OBJECT
@@ -50,6 +27,8 @@ private Q_SLOTS:
     void add_isFalse_whenThereIsNothing();
     void run_isInOrderOfPathAndLine();
     void set_goesBeforeSettingsOfPackage();
+    void run_findsTheSame_howeverPathIsSpelled_data();
+    void run_findsTheSame_howeverPathIsSpelled();
     void run_comesToEnd_whenFilesAreNasty();
     void run_comesToEnd_whenKeyDataIsFifo();
     void locales_areWantedOfPackage();
@@ -95,6 +74,59 @@ void TestAuthorCheck::set_goesBeforeSettingsOfPackage()
     QCOMPARE(places(findings, u"key-missing"_s).size(), 2);
     for (const AuthorFinding& finding : findings)
         QVERIFY(finding.rule != "key-missing"_L1 || finding.severity == AuthorSeverity::Note);
+}
+
+void TestAuthorCheck::run_findsTheSame_howeverPathIsSpelled_data()
+{
+    QTest::addColumn<QString>("directory");
+    QTest::addColumn<QString>("path");
+
+    QTest::newRow("data path") << u"/"_s << u"%1"_s;
+    QTest::newRow("package") << u"/"_s << u"%1/A.vidlets"_s;
+    QTest::newRow("current directory") << u"%1"_s << u"."_s;
+    QTest::newRow("below the current directory") << u"%1"_s << u"./A.vidlets"_s;
+    QTest::newRow("with a slash") << u"%1"_s << u"A.vidlets/"_s;
+    QTest::newRow("within the package") << u"%1/A.vidlets"_s << u"."_s;
+    QTest::newRow("above the current directory") << u"%1/A.vidlets/Resources"_s << u".."_s;
+    QTest::newRow("around the current directory") << u"%1/A.vidlets"_s << u".."_s;
+}
+
+/// What the package sets holds for its resources and clips, too.
+void TestAuthorCheck::run_findsTheSame_howeverPathIsSpelled()
+{
+    QFETCH(const QString, directory);
+    QFETCH(const QString, path);
+    PackageBuilder files;
+    ClipWriter clips;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets><vidlet key=\"a\"><p s=\"Pen.svg\" c=\"c.mp4\"/>"
+                           "<p s=\"gone.png\"/></vidlet></vidlets>");
+    files.write(u"A.vidlets/Resources/pen.svg"_s, "");
+    files.write(u"A.vidlets/Resources/unused.svg"_s, "");
+    files.write(u"A.vidlets/.vidletscheck.toml"_s,
+                "[rules]\nresource-unused = \"off\"\n[clip-memory]\nlimit = 1000\n");
+    files.write(u"A.vidlets/VidletUI.qml"_s, "import QtQuick\nText { text: \"Pen\" }\n");
+    QVERIFY(
+        QFile::copy(clips.testClip(u"c.mp4"_s, u"libx264"_s, {160, 90}, 25, 10, {u"-bf"_s, u"0"_s}),
+                    files.path(u"A.vidlets/Resources/c.mp4"_s)));
+    const QString before = QDir::currentPath();
+    const auto back = qScopeGuard([&before] { QDir::setCurrent(before); });
+    QVERIFY(
+        QDir::setCurrent(directory.contains(u'%') ? directory.arg(files.dataPath()) : directory));
+
+    const QList<AuthorFinding> findings =
+        checked({path.contains(u'%') ? path.arg(files.dataPath()) : path});
+
+    QStringList found;
+    for (const AuthorFinding& finding : findings) {
+        QVERIFY2(QDir::cleanPath(finding.file) == finding.file, qPrintable(finding.file));
+        found.append(u"%1 %2"_s.arg(QFileInfo(finding.file).fileName(), finding.rule));
+    }
+    found.sort();
+    QCOMPARE(found,
+             (QStringList{u"VidletUI.qml string-untranslated"_s, u"a.xml resource-case"_s,
+                          u"a.xml resource-missing"_s, u"a.xml scene-missing"_s,
+                          u"a.xml scene-missing"_s, u"c.mp4 clip-memory"_s}));
 }
 
 void TestAuthorCheck::run_comesToEnd_whenFilesAreNasty()

@@ -18,6 +18,8 @@ class TestAuthorFiles : public VidletsTest
 private Q_SLOTS:
     void list_tellsKinds();
     void read_isNothing_whenNoRegularFile();
+    void join_leavesCurrentDirectoryOut();
+    void isBelow_takesWholeNames();
 };
 
 void TestAuthorFiles::list_tellsKinds()
@@ -49,6 +51,30 @@ void TestAuthorFiles::read_isNothing_whenNoRegularFile()
     QVERIFY(!AuthorFiles::read(u"/dev/zero"_s, reason).has_value());
     QVERIFY(!AuthorFiles::read(files.path(u"none"_s), reason).has_value());
     QVERIFY(!AuthorFiles::read(files.path(u"d/b"_s), reason, 3).has_value());
+}
+
+void TestAuthorFiles::join_leavesCurrentDirectoryOut()
+{
+    QCOMPARE(AuthorFiles::join(u"a"_s, u"b"_s), u"a/b"_s);
+    QCOMPARE(AuthorFiles::join(u"/"_s, u"b"_s), u"/b"_s);
+    QCOMPARE(AuthorFiles::join(u"."_s, u"b"_s), u"b"_s);
+    QCOMPARE(AuthorFiles::join(u".."_s, u"b"_s), u"../b"_s);
+}
+
+void TestAuthorFiles::isBelow_takesWholeNames()
+{
+    QVERIFY(AuthorFiles::isBelow(u"a"_s, u"a"_s));
+    QVERIFY(AuthorFiles::isBelow(u"a"_s, u"a/b"_s));
+    QVERIFY(!AuthorFiles::isBelow(u"a"_s, u"ab"_s));
+    QVERIFY(AuthorFiles::isBelow(u"."_s, u"a/b"_s));
+    QVERIFY(!AuthorFiles::isBelow(u"."_s, u"../b"_s));
+    QVERIFY(!AuthorFiles::isBelow(u"."_s, u".."_s));
+    QVERIFY(!AuthorFiles::isBelow(u"."_s, u"/b"_s));
+    QVERIFY(AuthorFiles::isBelow(u".."_s, u"../b"_s));
+    QVERIFY(!AuthorFiles::isBelow(u".."_s, u"../../b"_s));
+    QCOMPARE(AuthorFiles::below(u"."_s, u"a/b"_s), u"a/b"_s);
+    QCOMPARE(AuthorFiles::below(u".."_s, u"../a/b"_s), u"a/b"_s);
+    QVERIFY(AuthorFiles::isBelow(u"/"_s, u"/b"_s));
 }
 
 int main(int argc, char** argv)

@@ -1,42 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
 #include <QFileInfo>
 
-#include <VidletsAuthor/AuthorCheck.h>
-
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
-
-namespace {
-
-QList<AuthorFinding> checked(const QStringList& paths)
-{
-    AuthorCheck check;
-    QString reason;
-    for (const QString& path : paths) {
-        if (!check.add(path, reason))
-            qWarning().noquote() << reason;
-    }
-    return check.run();
-}
-
-/// The findings of one rule as "file:line".
-QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
-{
-    QStringList result;
-    for (const AuthorFinding& finding : findings) {
-        if (finding.rule == rule)
-            result.append(
-                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
-    }
-    return result;
-}
-
-} // namespace
 
 class TestAuthorPackages : public VidletsTest
 {
@@ -45,8 +17,9 @@ class TestAuthorPackages : public VidletsTest
 private Q_SLOTS:
     void add_takesOnePlaceOnce();
     void reportShadowed_namesBoth_whenDataPathsDiffer();
-    void isNeighbour_knowsPackagesBesideOnes();
+    void pathsOf_knowsPackagesBesideOnes();
     void link_isIgnored_whenPackage();
+    void file_isToldToBeControlFile_whenNoKeyData();
 };
 
 void TestAuthorPackages::add_takesOnePlaceOnce()
@@ -73,7 +46,7 @@ void TestAuthorPackages::reportShadowed_namesBoth_whenDataPathsDiffer()
     QVERIFY(findings.constFirst().message.contains(one.dataPath()));
 }
 
-void TestAuthorPackages::isNeighbour_knowsPackagesBesideOnes()
+void TestAuthorPackages::pathsOf_knowsPackagesBesideOnes()
 {
     PackageBuilder files;
     files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets search=\"B C\"/>");
@@ -92,6 +65,19 @@ void TestAuthorPackages::link_isIgnored_whenPackage()
     QVERIFY(QFile::link(files.path(u"A.vidlets"_s), files.path(u"B.vidlets"_s)));
 
     QCOMPARE(places(checked({files.dataPath()}), u"file-ignored"_s), QStringList{u"B.vidlets:0"_s});
+}
+
+void TestAuthorPackages::file_isToldToBeControlFile_whenNoKeyData()
+{
+    PackageBuilder files;
+    const QString path = files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+
+    const QList<AuthorFinding> findings = checked({path});
+
+    QCOMPARE(findings.size(), 1);
+    QCOMPARE(findings.constFirst().rule, u"root-foreign"_s);
+    QVERIFY(findings.constFirst().message.contains("control file"_L1));
+    QVERIFY(findings.constFirst().help.contains("package"_L1));
 }
 
 int main(int argc, char** argv)

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
@@ -9,37 +10,8 @@
 
 #include <algorithm>
 
-#include <VidletsAuthor/AuthorCheck.h>
-
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
-
-namespace {
-
-QList<AuthorFinding> checked(const QStringList& paths)
-{
-    AuthorCheck check;
-    QString reason;
-    for (const QString& path : paths) {
-        if (!check.add(path, reason))
-            qWarning().noquote() << reason;
-    }
-    return check.run();
-}
-
-/// The findings of one rule as "file:line".
-QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
-{
-    QStringList result;
-    for (const AuthorFinding& finding : findings) {
-        if (finding.rule == rule)
-            result.append(
-                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
-    }
-    return result;
-}
-
-} // namespace
 
 class TestAuthorResources : public VidletsTest
 {
@@ -48,6 +20,8 @@ class TestAuthorResources : public VidletsTest
 private Q_SLOTS:
     void names_areFoundInScenes();
     void names_areFoundInSearchedPackages();
+    void names_areFoundInPackagesBeside();
+    void missing_isTold_whenAnotherFileNamesUnknownPackage();
     void case_isTold_whenFolderDiffers();
     void huge_goesByPixels();
     void directory_isLeftAlone_whenOutsideOfPackage();
@@ -82,6 +56,34 @@ void TestAuthorResources::names_areFoundInSearchedPackages()
     files.write(u"B.vidlets/Resources/b.png"_s, "");
 
     QCOMPARE(places(checked({files.dataPath()}), u"resource-missing"_s), QStringList{u"a.xml:1"_s});
+}
+
+void TestAuthorResources::names_areFoundInPackagesBeside()
+{
+    PackageBuilder files;
+    files.writeControlFile(
+        u"A.vidlets"_s, u"a.xml"_s,
+        "<vidlets search=\"B\"><vidlet key=\"a\" p=\"b.png\" q=\"c.png\"/></vidlets>");
+    files.write(u"B.vidlets/Resources/b.png"_s, "");
+
+    const QList<AuthorFinding> findings = checked({files.path(u"A.vidlets"_s)});
+
+    QCOMPARE(places(findings, u"resource-missing"_s), QStringList{u"a.xml:1"_s});
+    QVERIFY(places(findings, u"search-unknown"_s).isEmpty());
+}
+
+void TestAuthorResources::missing_isTold_whenAnotherFileNamesUnknownPackage()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets search=\"No\"><vidlet key=\"a\" p=\"a.png\"/></vidlets>");
+    files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s,
+                           "<vidlets><vidlet key=\"b\" p=\"b.png\"/></vidlets>");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"resource-missing"_s), (QStringList{u"a.xml:1"_s, u"b.xml:1"_s}));
+    QCOMPARE(places(findings, u"search-unknown"_s), QStringList{u"a.xml:1"_s});
 }
 
 void TestAuthorResources::case_isTold_whenFolderDiffers()

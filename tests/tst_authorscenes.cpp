@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
@@ -19,17 +20,8 @@ namespace {
 
 constexpr auto kProgram = "VIDLETS_QMLLINT";
 
-QList<AuthorFinding> checked(const QString& path)
-{
-    AuthorCheck check;
-    QString reason;
-    if (!check.add(path, reason))
-        qWarning().noquote() << reason;
-    return check.run();
-}
-
 /// The findings about scenes as "rule file:line:column".
-QStringList places(const QList<AuthorFinding>& findings)
+QStringList scenePlaces(const QList<AuthorFinding>& findings)
 {
     QStringList result;
     for (const AuthorFinding& finding : findings) {
@@ -138,7 +130,7 @@ void TestAuthorScenes::goodScene_hasNoFinding()
     files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
     files.write(u"A.vidlets/ui/VidletUI.qml"_s, text);
 
-    const QList<AuthorFinding> findings = checked(files.dataPath());
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
 
     QVERIFY2(findings.isEmpty(), AuthorReport::text(findings).constData());
 }
@@ -173,7 +165,7 @@ void TestAuthorScenes::place_isThatInScene()
     files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
     files.write(u"A.vidlets/ui/A.qml"_s, text);
 
-    QCOMPARE(places(checked(files.dataPath())), QStringList{expected});
+    QCOMPARE(scenePlaces(checked({files.dataPath()})), QStringList{expected});
 }
 
 void TestAuthorScenes::settingsOfPackage_haveNoEffect()
@@ -183,7 +175,7 @@ void TestAuthorScenes::settingsOfPackage_haveNoEffect()
     files.write(u"A.vidlets/ui/A.qml"_s, "import QtQuick\nItem { width: nothing; B {} }");
     files.write(u"A.vidlets/ui/B.qml"_s, "import QtQuick\nItem {}");
     const QStringList expected{u"scene-lint A.qml:2:15"_s};
-    QCOMPARE(places(checked(files.dataPath())), expected);
+    QCOMPARE(scenePlaces(checked({files.dataPath()})), expected);
 
     // Each of them would have an effect on qmllint in this place.
     const QByteArray settings = "[General]\nDisableDefaultImports=true\n[Warnings]\n"
@@ -192,7 +184,7 @@ void TestAuthorScenes::settingsOfPackage_haveNoEffect()
     files.write(u"A.vidlets/ui/.qmllint.ini"_s, settings);
     files.write(u"A.vidlets/ui/qmldir"_s, "module ui\nplugin evil\nB 1.0 A.qml\n");
 
-    QCOMPARE(places(checked(files.dataPath())), expected);
+    QCOMPARE(scenePlaces(checked({files.dataPath()})), expected);
 }
 
 void TestAuthorScenes::suppression_switchesOff()
@@ -203,7 +195,7 @@ void TestAuthorScenes::suppression_switchesOff()
                 "import QtQuick\nItem {\n// vidlets-check: off scene-lint\nwidth: nothing\n"
                 "height: nothing\n// qmllint disable unqualified\nx: nothing\n}");
 
-    QCOMPARE(places(checked(files.dataPath())), QStringList{u"scene-lint A.qml:5:9"_s});
+    QCOMPARE(scenePlaces(checked({files.dataPath()})), QStringList{u"scene-lint A.qml:5:9"_s});
 }
 
 void TestAuthorScenes::sceneOfOtherPackage_isKnown()
@@ -217,7 +209,7 @@ void TestAuthorScenes::sceneOfOtherPackage_isKnown()
     files.write(u"A.vidlets/ui/words.js"_s, "function c() { return ''; }");
     files.write(u"B.vidlets/ui/B.qml"_s, "import QtQuick\nItem { property string b }");
 
-    QCOMPARE(places(checked(files.dataPath())), QStringList{u"scene-lint A.qml:4:19"_s});
+    QCOMPARE(scenePlaces(checked({files.dataPath()})), QStringList{u"scene-lint A.qml:4:19"_s});
 }
 
 void TestAuthorScenes::absence_isSaidOfPackage()
@@ -227,9 +219,9 @@ void TestAuthorScenes::absence_isSaidOfPackage()
     files.write(u"A.vidlets/ui/A.qml"_s, "import QtQuick\nItem { width: nothing }");
     qputenv(kProgram, "/nowhere/qmllint");
 
-    const QList<AuthorFinding> findings = checked(files.dataPath());
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
 
-    QCOMPARE(places(findings), QStringList{u"scene-unchecked A.vidlets:0:0"_s});
+    QCOMPARE(scenePlaces(findings), QStringList{u"scene-unchecked A.vidlets:0:0"_s});
     QVERIFY(findings.constFirst().message.contains("there is no such program"_L1));
 }
 
@@ -244,7 +236,7 @@ void TestAuthorScenes::hang_isSaidOfScene()
 
     qmllint.check(standIn(files, "exec sleep 1000"));
 
-    QCOMPARE(places(findings.all()), QStringList{u"scene-unchecked A.qml:0:0"_s});
+    QCOMPARE(scenePlaces(findings.all()), QStringList{u"scene-unchecked A.qml:0:0"_s});
 }
 
 void TestAuthorScenes::crash_isSaidOfSceneAlone()
@@ -262,7 +254,7 @@ void TestAuthorScenes::crash_isSaidOfSceneAlone()
                           "case \"$*\" in *Evil.qml*) kill -SEGV $$ ;; esac\nexec " + real.toUtf8()
                               + " \"$@\""));
 
-    QStringList found = places(findings.all());
+    QStringList found = scenePlaces(findings.all());
     found.sort();
     const QStringList expected{u"scene-lint A.qml:2:15"_s, u"scene-lint B.qml:2:15"_s,
                                u"scene-lint C.qml:2:15"_s, u"scene-lint D.qml:2:15"_s,

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
@@ -8,35 +9,10 @@
 
 #include <algorithm>
 
-#include <VidletsAuthor/AuthorCheck.h>
-
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
 
 namespace {
-
-QList<AuthorFinding> checked(const QStringList& paths)
-{
-    AuthorCheck check;
-    QString reason;
-    for (const QString& path : paths) {
-        if (!check.add(path, reason))
-            qWarning().noquote() << reason;
-    }
-    return check.run();
-}
-
-/// The findings of one rule as "file:line".
-QStringList places(const QList<AuthorFinding>& findings, const QString& rule)
-{
-    QStringList result;
-    for (const AuthorFinding& finding : findings) {
-        if (finding.rule == rule)
-            result.append(
-                u"%1:%2"_s.arg(QFileInfo(finding.file).fileName()).arg(finding.position.line));
-    }
-    return result;
-}
 
 QByteArray tips(const QByteArray& locale, const QByteArray& keys)
 {
@@ -57,7 +33,11 @@ private Q_SLOTS:
     void twiceAcross_isFound_whenOneServesAll();
     void twiceAcross_isNotFound_whenFileIsNotInUse();
     void gap_isFilledByFileForAll();
+    void gap_isNotOfUnknownLocale();
     void ui_isFoundInSearchedPackage();
+    void ui_isFoundInPackageBeside();
+    void ui_isMissed_whenSearchNamesUnknownPackage();
+    void keyData_isToldOnce_whenKeyIsEmpty();
     void keyData_isNotCompared_whenThereIsNoPackage();
 };
 
@@ -106,6 +86,54 @@ void TestAuthorTips::gap_isFilledByFileForAll()
     files.writeControlFile(u"B.vidlets"_s, u"d.xml"_s, tips("fr", "q"));
 
     QCOMPARE(places(checked({files.dataPath()}), u"locale-gap"_s), QStringList{u"a.xml:4"_s});
+}
+
+void TestAuthorTips::gap_isNotOfUnknownLocale()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("de", "xy"));
+    files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s, tips("qq", "x"));
+    files.writeControlFile(u"A.vidlets"_s, u"c.xml"_s, tips("fr", "x"));
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"locale-unknown"_s), QStringList{u"b.xml:1"_s});
+    QCOMPARE(places(findings, u"locale-gap"_s), QStringList{u"a.xml:3"_s});
+    for (const AuthorFinding& finding : findings)
+        QVERIFY2(finding.rule != "locale-gap"_L1 || finding.message.endsWith(" for fr_FR."_L1),
+                 qPrintable(finding.message));
+}
+
+void TestAuthorTips::ui_isFoundInPackageBeside()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets search=\"B\" ui=\"ui/VidletUI.qml\" simple=\"ui/None.qml\"/>");
+    files.writeScene(u"B.vidlets"_s);
+
+    QCOMPARE(places(checked({files.path(u"A.vidlets"_s)}), u"ui-missing"_s),
+             QStringList{u"a.xml:1"_s});
+}
+
+void TestAuthorTips::ui_isMissed_whenSearchNamesUnknownPackage()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets search=\"No\" ui=\"ui/None.qml\"/>");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"ui-missing"_s), QStringList{u"a.xml:1"_s});
+}
+
+void TestAuthorTips::keyData_isToldOnce_whenKeyIsEmpty()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    const QString keys = files.write(u"keys.xml"_s, "<vidletkeys><key name=\"\"/></vidletkeys>");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath(), keys});
+
+    QCOMPARE(places(findings, u"key-blank"_s), QStringList{u"keys.xml:1"_s});
+    QVERIFY(places(findings, u"keydata-unknown-key"_s).isEmpty());
 }
 
 void TestAuthorTips::ui_isFoundInSearchedPackage()
