@@ -35,8 +35,6 @@ constexpr qint64 kSettledAfterNs = 3'000 * kNsPerMs;
 constexpr int kMaxWarningsPerState = 100;
 // Holds the first tag of nearly all control files, and takes one step to read.
 constexpr qint64 kHeadBytes = qint64(16) * 1024;
-// Far above what any content needs, and below what a host can spare for a moment.
-constexpr qint64 kMaxDocumentBytes = qint64(256) * 1024 * 1024;
 // Far above what any translation needs, and far below what a host can spare.
 constexpr qint64 kMaxTranslationBytes = qint64(64) * 1024 * 1024;
 

@@ -52,6 +52,10 @@ public:
         }
     };
 
+    /// As much as is read of a document: far above what any content needs, and below what a host
+    /// can spare for a moment.
+    static constexpr qint64 kMaxDocumentBytes = qint64(256) * 1024 * 1024;
+
     VLContentGuard() = default;
 
     /// Has warnings handed to @p listener from now on. Without one they are dropped.

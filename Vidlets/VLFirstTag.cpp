@@ -24,10 +24,12 @@ const QRegularExpression& tagPattern()
 
 } // namespace
 
-QString in(QIODevice& device)
+QString in(QIODevice& device, qint64 limit)
 {
-    for (QByteArray line = device.readLine(kMaxLineBytes); !line.isEmpty();
-         line = device.readLine(kMaxLineBytes)) {
+    while (device.pos() < limit) {
+        const QByteArray line = device.readLine(kMaxLineBytes);
+        if (line.isEmpty())
+            break;
         const QRegularExpressionMatch match = tagPattern().match(QString::fromUtf8(line));
         if (match.hasMatch())
             return match.captured(1);

@@ -8,6 +8,8 @@
 
 #include <QString>
 
+#include <limits>
+
 class QIODevice;
 
 /**
@@ -18,8 +20,9 @@ class QIODevice;
 namespace Vidlets::FirstTag {
 
 /// Returns the first tag found on a line of @p device by a pattern, be it in a comment; null where
-/// there is none. A tag counts only if an attribute or its bracket follows on the same line.
-QString in(QIODevice& device);
+/// there is none. A tag counts only if an attribute or its bracket follows on the same line. No
+/// line is looked at that begins behind the first @p limit bytes.
+QString in(QIODevice& device, qint64 limit = std::numeric_limits<qint64>::max());
 
 /// Returns where that tag stands; the start of @p device where there is none.
 XmlPosition placeIn(QIODevice& device);

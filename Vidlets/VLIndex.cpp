@@ -56,7 +56,10 @@ std::optional<QString> guardedFirstTag(const QString& filePath, bool isListed)
     if (!tag.isNull() && (isWhole || !buffer.atEnd()))
         return tag;
     QFile file(filePath);
-    return VLContentGuard::open(file) ? std::optional(FirstTag::in(file)) : std::nullopt;
+    if (!VLContentGuard::open(file))
+        return std::nullopt;
+    // No more than that would be read of it, and a file may be as large as the disk.
+    return FirstTag::in(file, VLContentGuard::kMaxDocumentBytes);
 }
 
 /// Why a file whose first tag is @p tag, null for none, is passed over.

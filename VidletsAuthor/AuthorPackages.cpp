@@ -18,11 +18,6 @@ namespace Vidlets {
 
 namespace {
 
-QString packageSuffix()
-{
-    return u".vidlets"_s;
-}
-
 QString controlDirectory()
 {
     return u"Control"_s;
@@ -34,6 +29,11 @@ QString nameOf(const QString& packagePath)
 }
 
 } // namespace
+
+QString packageSuffix()
+{
+    return u".vidlets"_s;
+}
 
 AuthorPackages::AuthorPackages(AuthorFindings& findings)
     : m_findings(findings)

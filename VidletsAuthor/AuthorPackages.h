@@ -8,6 +8,9 @@
 
 namespace Vidlets {
 
+/// Returns what the name of a package's directory ends in.
+QString packageSuffix();
+
 /// A package on disk.
 struct AuthorPackage
 {

@@ -180,7 +180,7 @@ bool AuthorPreviewWindow::choose(const QString& key)
 /// All packages beside those that are shown, too: "search" may lead there.
 void AuthorPreviewWindow::watchFiles()
 {
-    m_watcher.watch(m_list.places.dataPaths);
+    m_watcher.watch(m_list.places.roots, m_list.places.dataPaths);
 }
 
 void AuthorPreviewWindow::filesChanged(const QStringList& paths)

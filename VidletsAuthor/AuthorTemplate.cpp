@@ -3,6 +3,8 @@
 
 #include "AuthorTemplate.h"
 
+#include "AuthorPackages.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
@@ -19,7 +21,7 @@ bool isUsable(const QString& directory, QString& reason)
 {
     const QString absolute = QDir::cleanPath(QFileInfo(directory).absoluteFilePath());
     const QString name = QFileInfo(absolute).fileName();
-    if (!name.endsWith(".vidlets"_L1) || name == ".vidlets"_L1) {
+    if (!name.endsWith(packageSuffix()) || name == packageSuffix()) {
         reason = u"The name of a package ends in \".vidlets\", as in \"First.vidlets\"."_s;
         return false;
     }

@@ -4,6 +4,7 @@
 #include "AuthorWatcher.h"
 
 #include "AuthorFiles.h"
+#include "AuthorPackages.h"
 
 #include <QFile>
 #include <QSet>
@@ -43,9 +44,10 @@ AuthorWatcher::AuthorWatcher(QObject* parent)
 
 AuthorWatcher::~AuthorWatcher() = default;
 
-void AuthorWatcher::watch(const QStringList& directories)
+void AuthorWatcher::watch(const QStringList& packages, const QStringList& dataPaths)
 {
-    m_directories = directories;
+    m_packages = packages;
+    m_dataPaths = dataPaths;
     m_stamps = look();
 }
 
@@ -71,44 +73,64 @@ void AuthorWatcher::compare()
 
 QHash<QString, AuthorWatcher::Stamp> AuthorWatcher::look()
 {
-    QHash<QString, Stamp> stamps;
-    QStringList paths;
-    for (const QString& directory : std::as_const(m_directories))
-        lookInto(directory, 0, stamps, paths);
+    m_seen.clear();
+    m_seenPaths.clear();
+    for (const QString& package : std::as_const(m_packages))
+        lookInto(package, 0);
+    for (const QString& dataPath : std::as_const(m_dataPaths))
+        lookIntoDataPath(dataPath);
+    watchSeen();
+    return std::exchange(m_seen, {});
+}
+
+void AuthorWatcher::watchSeen()
+{
     const QStringList watchedPaths = m_watcher.files() + m_watcher.directories();
     const QSet<QString> watched(watchedPaths.cbegin(), watchedPaths.cend());
-    const QSet<QString> wanted(paths.cbegin(), paths.cend());
-    const QSet<QString> gone = watched - wanted;
-    const QSet<QString> fresh = wanted - watched;
+    const QSet<QString> gone = watched - m_seenPaths;
+    const QSet<QString> fresh = m_seenPaths - watched;
     if (!gone.isEmpty())
         m_watcher.removePaths(gone.values());
     if (!fresh.isEmpty())
         m_watcher.addPaths(fresh.values());
-    return stamps;
 }
 
-void AuthorWatcher::lookInto(const QString& directory, int depth, QHash<QString, Stamp>& stamps,
-                             QStringList& paths) const
+void AuthorWatcher::lookIntoDataPath(const QString& dataPath)
+{
+    const auto entries = AuthorFiles::list(dataPath);
+    if (!entries)
+        return;
+    m_seenPaths.insert(dataPath);
+    for (const AuthorFiles::Entry& entry : *entries) {
+        const bool isPackage = entry.kind == AuthorFiles::Kind::Directory && entry.isNamed
+            && entry.name.endsWith(packageSuffix());
+        const QString path = AuthorFiles::join(dataPath, entry.name);
+        if (isPackage && !m_seenPaths.contains(path))
+            lookInto(path, 0);
+    }
+}
+
+void AuthorWatcher::lookInto(const QString& directory, int depth)
 {
     const auto entries = AuthorFiles::list(directory);
     if (!entries || depth > kMaxDepth)
         return;
-    paths.append(directory);
+    m_seenPaths.insert(directory);
     for (const AuthorFiles::Entry& entry : *entries) {
-        const QString path = directory + u'/' + entry.name;
-        if (!entry.isNamed || paths.size() > kMaxPaths)
+        const QString path = AuthorFiles::join(directory, entry.name);
+        if (!entry.isNamed || m_seenPaths.size() > kMaxPaths)
             continue;
-        if (entry.kind == AuthorFiles::Kind::Directory)
-            lookInto(path, depth + 1, stamps, paths);
+        if (entry.kind == AuthorFiles::Kind::Directory && !entry.name.startsWith(u'.'))
+            lookInto(path, depth + 1);
         struct stat status = {};
         const bool isFile = entry.kind == AuthorFiles::Kind::File
             && ::lstat(QFile::encodeName(path).constData(), &status) == 0;
         if (!isFile)
             continue;
-        paths.append(path);
+        m_seenPaths.insert(path);
         const qint64 modifiedMs = static_cast<qint64>(status.st_mtim.tv_sec) * kMsPerSecond
             + static_cast<qint64>(status.st_mtim.tv_nsec) / kNsPerMs;
-        stamps.insert(
+        m_seen.insert(
             path,
             {static_cast<qint64>(status.st_size), modifiedMs, static_cast<quint64>(status.st_ino)});
     }

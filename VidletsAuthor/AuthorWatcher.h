@@ -7,6 +7,7 @@
 #include <QFileSystemWatcher>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
@@ -14,10 +15,10 @@
 namespace Vidlets {
 
 /**
- * Tells of each file that changes, comes or goes below some directories, however an editor saves
- * it.
+ * Tells of each file that changes, comes or goes in packages, however an editor saves it.
  *
- * On the user-interface thread. Links are not followed.
+ * On the user-interface thread. Links are not followed, and directories that are hidden are left
+ * alone, as what version control keeps there is no content.
  */
 class AuthorWatcher : public QObject
 {
@@ -27,8 +28,11 @@ public:
     explicit AuthorWatcher(QObject* parent = nullptr);
     ~AuthorWatcher() override;
 
-    /// Watches all below @p directories from now on, and nothing else.
-    void watch(const QStringList& directories);
+    /**
+     * Watches @p packages from now on, then the packages that lie in @p dataPaths or come there,
+     * and nothing else: a data path may be the home of its author.
+     */
+    void watch(const QStringList& packages, const QStringList& dataPaths);
 
 Q_SIGNALS:
     /// The files @p paths are not what they were.
@@ -53,14 +57,19 @@ private:
 
     void compare();
     QHash<QString, Stamp> look();
-    void lookInto(const QString& directory, int depth, QHash<QString, Stamp>& stamps,
-                  QStringList& paths) const;
+    void watchSeen();
+    void lookIntoDataPath(const QString& dataPath);
+    void lookInto(const QString& directory, int depth);
 
-    QStringList m_directories;
+    QStringList m_packages;
+    QStringList m_dataPaths;
     QFileSystemWatcher m_watcher;
     /// Several events come of one save.
     QTimer m_pause;
     QHash<QString, Stamp> m_stamps;
+    /// What the look that is being taken has come across.
+    QHash<QString, Stamp> m_seen;
+    QSet<QString> m_seenPaths;
 };
 
 } // namespace Vidlets

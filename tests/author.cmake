@@ -66,6 +66,7 @@ target_compile_definitions(tst_authorpreview PRIVATE LRELEASE="$<TARGET_FILE:Qt6
 
 vidlets_add_test(NAME tst_authorgallerypage LIBRARIES VidletsAuthorGui)
 vidlets_add_test(NAME tst_authorwatchdog LIBRARIES VidletsAuthorGui)
+vidlets_add_test(NAME tst_authorwatcher LIBRARIES VidletsAuthorGui)
 vidlets_add_test(NAME tst_authorgallery LIBRARIES VidletsAuthor)
 add_dependencies(tst_authorgallery vidlets)
 target_compile_definitions(

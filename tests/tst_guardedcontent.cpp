@@ -114,6 +114,7 @@ private Q_SLOTS:
     void keyData_isPassedOver_whenBroken();
     void siblingWithLikeName_isRefused();
     void linkedControlFile_keepsItsDepth();
+    void hugeFile_isNotSearched_behindWhatIsRead();
     void fifo_isNotOpened_atScanAndLookup();
     void device_isNotOpened_whenRecorded();
     void unknownPackage_isWarnedOf_whenSearchNamesIt();
@@ -295,6 +296,21 @@ void TestGuardedContent::linkedControlFile_keepsItsDepth()
     QVERIFY(host.index.retrieve(u"new"_s, QLocale(u"en_US"_s), path, depth, tree));
     delete tree;
     QCOMPARE(depth, 2);
+}
+
+void TestGuardedContent::hugeFile_isNotSearched_behindWhatIsRead()
+{
+    constexpr qint64 kFarBehind = qint64(257) * 1024 * 1024;
+    PackageBuilder packages;
+    const QString path = packages.writeControlFile(u"tips.vidlets"_s, u"huge.xml"_s, {});
+    QFile huge(path);
+    QVERIFY(huge.open(QIODevice::WriteOnly) && huge.seek(kFarBehind));
+    QVERIFY(huge.write("\n<vidlets><vidlet key=\"far\"/></vidlets>") > 0 && huge.flush());
+    VLContext context;
+    RecordingInterface interface(guarded(context), {packages.dataPath()});
+
+    QTRY_COMPARE(interface.messages(VLMessageWarning),
+                 QStringList{path + u":1:1: no control file: it holds no tag"_s});
 }
 
 void TestGuardedContent::fifo_isNotOpened_atScanAndLookup()
