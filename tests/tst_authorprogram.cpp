@@ -24,12 +24,16 @@ struct Outcome
     QByteArray err;
 };
 
-Outcome run(const QStringList& arguments)
+using Variables = QMap<QString, QString>;
+
+Outcome run(const QStringList& arguments, const Variables& variables = {})
 {
     QProcess process;
     // What is loaded before a test for its own sake is none of the program's business.
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.remove(u"LD_PRELOAD"_s);
+    for (auto it = variables.cbegin(); it != variables.cend(); ++it)
+        environment.insert(it.key(), it.value());
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral(PROGRAM), arguments);
     if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
@@ -53,6 +57,7 @@ private Q_SLOTS:
     void wrongUse_endsWithTwo_data();
     void wrongUse_endsWithTwo();
     void help_isThereForEachCommand();
+    void preview_endsWithTwo_whenDisplayDoesNotAnswer();
     void new_makesPackageWithoutFaults();
     void check_endsWithOne_whenThereIsWarning();
     void explain_showsPage();
@@ -120,6 +125,24 @@ void TestAuthorProgram::help_isThereForEachCommand()
         QVERIFY(outcome.out.startsWith("Usage: vidlets "));
         QVERIFY(outcome.err.isEmpty());
     }
+}
+
+void TestAuthorProgram::preview_endsWithTwo_whenDisplayDoesNotAnswer()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    // No server may listen at a socket of a port above 65535.
+    const Variables stale{{u"DISPLAY"_s, u":59999"_s},
+                          {u"WAYLAND_DISPLAY"_s, u""_s},
+                          {u"QT_QPA_PLATFORM"_s, u"xcb"_s}};
+
+    const Outcome shown = run({u"preview"_s, files.path(u"A.vidlets"_s)}, stale);
+    QCOMPARE(shown.code, 2);
+    QCOMPARE(shown.err, QByteArray("vidlets: There is no display to show tips on.\n"));
+
+    const Outcome help = run({u"preview"_s, u"--help"_s}, stale);
+    QCOMPARE(help.code, 0);
+    QVERIFY(help.out.startsWith("Usage: vidlets preview"));
 }
 
 void TestAuthorProgram::new_makesPackageWithoutFaults()

@@ -7,24 +7,47 @@
 #include <QCommandLineParser>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include <VidletsAuthor/AuthorPreviewWindow.h>
 
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
 
+namespace {
+
+QString noDisplay()
+{
+    return u"There is no display to show tips on."_s;
+}
+
+/// Qt aborts where it finds no display, which is neither a fault of the program nor a core's worth.
+void handleStartMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtFatalMsg)
+        std::_Exit(Command::wrongUse(noDisplay()));
+    Command::writeGraveMessage(type, context, message);
+}
+
+bool isHelp(const char* argument)
+{
+    return qstrcmp(argument, "--help") == 0 || qstrcmp(argument, "-h") == 0;
+}
+
+} // namespace
+
 std::unique_ptr<QCoreApplication> makePreviewApplication(int& argc, char** argv)
 {
-    // Without a display Qt would end the program, also where only its help is wanted.
+    // A display that is named may not answer, and the help needs none.
     const bool hasDisplay = !qEnvironmentVariableIsEmpty("DISPLAY")
         || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")
         || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
-    if (!hasDisplay)
+    if (!hasDisplay || std::any_of(argv, argv + argc, isHelp))
         return std::make_unique<QCoreApplication>(argc, argv);
     // What was compiled before is known by a time in seconds, and an author saves twice in one.
     qputenv("QML_DISABLE_DISK_CACHE", "1");
     // What Qt has to say of the environment is of no interest to authors.
-    const QtMessageHandler before = qInstallMessageHandler(Command::writeGraveMessage);
+    const QtMessageHandler before = qInstallMessageHandler(handleStartMessage);
     auto application = std::make_unique<QApplication>(argc, argv);
     qInstallMessageHandler(before);
     return application;
@@ -64,7 +87,7 @@ Command::ExitCode runPreview(const QStringList& arguments)
     if (!isKnown)
         return Command::wrongUse(u"There is no tip \"%1\"."_s.arg(key));
     if (!qobject_cast<QApplication*>(QCoreApplication::instance()))
-        return Command::wrongUse(u"There is no display to show tips on."_s);
+        return Command::wrongUse(noDisplay());
     const QString editor = parser.isSet(u"editor"_s) ? parser.value(u"editor"_s)
                                                      : qEnvironmentVariable("VIDLETS_EDITOR");
     AuthorPreviewWindow window(paths.constFirst(), *list, editor);
