@@ -39,6 +39,8 @@ namespace {
 constexpr int kLimitMs = 30'000;
 // For each scene beside the first that are looked at together.
 constexpr int kFurtherMs = 1'000;
+// For what did not answer in the first place, and may well not answer again.
+constexpr int kLessPatience = 3;
 // For all scenes, whatever they are.
 constexpr int kOverallMs = 300'000;
 // A command line has only so much room.
@@ -172,7 +174,7 @@ void AuthorQmllint::check(const QString& program)
     }
     m_end.setRemainingTime(kOverallMs);
     for (qsizetype i = 0; i < m_files.size(); i += kMostAtOnce)
-        lint(m_files.mid(i, kMostAtOnce));
+        lint(m_files.mid(i, kMostAtOnce), m_limitMs);
 }
 
 bool AuthorQmllint::writeTypes()
@@ -192,23 +194,23 @@ bool AuthorQmllint::writeTypes()
 }
 
 /// One scene may keep qmllint from answering, and is looked for by halves.
-void AuthorQmllint::lint(const QStringList& files)
+void AuthorQmllint::lint(const QStringList& files, int limitMs)
 {
-    const qint64 limitMs =
-        std::min<qint64>(m_limitMs + kFurtherMs * (files.size() - 1), m_end.remainingTime());
-    if (limitMs <= 0) {
+    const qint64 wholeLimitMs =
+        std::min<qint64>(limitMs + kFurtherMs * (files.size() - 1), m_end.remainingTime());
+    if (wholeLimitMs <= 0) {
         unanswered(files, u"the scenes before it have taken too long"_s);
         return;
     }
     QByteArray report;
-    if (run(files, limitMs, report) && take(report, files))
+    if (run(files, wholeLimitMs, report) && take(report, files))
         return;
     if (files.size() == 1) {
         unanswered(files, u"the program failed or took too long"_s);
         return;
     }
-    lint(files.mid(0, files.size() / 2));
-    lint(files.mid(files.size() / 2));
+    lint(files.mid(0, files.size() / 2), m_limitMs / kLessPatience);
+    lint(files.mid(files.size() / 2), m_limitMs / kLessPatience);
 }
 
 bool AuthorQmllint::run(const QStringList& files, qint64 limitMs, QByteArray& report) const

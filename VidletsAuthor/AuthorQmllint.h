@@ -64,7 +64,7 @@ private:
 
     static Insertion insertionFor(const AuthorSceneOutline& scene);
     bool writeTypes();
-    void lint(const QStringList& files);
+    void lint(const QStringList& files, int limitMs);
     bool run(const QStringList& files, qint64 limitMs, QByteArray& report) const;
     bool take(const QByteArray& report, const QStringList& files);
     void take(const Copy& copy, const QJsonObject& warning, const QStringList& lines);

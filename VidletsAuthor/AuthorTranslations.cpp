@@ -195,9 +195,23 @@ void AuthorTranslations::checkSource(const QString& path, bool isCompiled, Packa
     if (isCompiled)
         checkStale(path, *file, compiled);
     else
-        m_findings.add(path, {}, u"l10n-missing"_s,
-                       u"There is no \"%1\" beside it, which is what the library loads."_s.arg(
-                           QFileInfo(compiled).fileName()));
+        reportUncompiled(path, *file, compiled);
+}
+
+void AuthorTranslations::reportUncompiled(const QString& path, const AuthorTsFile& file,
+                                          const QString& compiledPath)
+{
+    const bool hasTranslation =
+        std::any_of(file.messages.cbegin(), file.messages.cend(), [](const auto& message) {
+            return !message.isGone() && message.isTranslated();
+        });
+    m_findings.add(path, {}, u"l10n-missing"_s,
+                   u"There is no \"%1\" beside it, which is what the library loads."_s.arg(
+                       QFileInfo(compiledPath).fileName()),
+                   // Of nothing, nothing is compiled.
+                   hasTranslation ? QString()
+                                  : u"Translate a text in it, then compile it with "
+                                    "\"vidlets strings --release\"."_s);
 }
 
 void AuthorTranslations::checkUnfinished(const QString& path, const AuthorTsFile& file)
@@ -205,9 +219,13 @@ void AuthorTranslations::checkUnfinished(const QString& path, const AuthorTsFile
     for (const AuthorTsMessage& message : file.messages) {
         if (message.isGone() || message.isContextComment())
             continue;
-        if (message.state == AuthorTsMessage::State::Unfinished || !message.isTranslated())
+        const QString text = shortened(message.source);
+        if (!message.isTranslated())
             m_findings.add(path, message.position, u"l10n-unfinished"_s,
-                           u"\"%1\" is not translated."_s.arg(shortened(message.source)));
+                           u"\"%1\" is not translated."_s.arg(text));
+        else if (message.state == AuthorTsMessage::State::Unfinished)
+            m_findings.add(path, message.position, u"l10n-unfinished"_s,
+                           u"The translation of \"%1\" is not marked as finished."_s.arg(text));
     }
 }
 

@@ -46,6 +46,8 @@ private:
     void checkSource(const QString& path, bool isCompiled, PackageFacts& facts);
     void checkCompiled(const QString& path);
     void checkUnfinished(const QString& path, const AuthorTsFile& file);
+    void reportUncompiled(const QString& path, const AuthorTsFile& file,
+                          const QString& compiledPath);
     void checkStale(const QString& path, const AuthorTsFile& file, const QString& compiledPath);
     void checkLocale(const AuthorPackage& package, const QString& locale);
     void broken(const QString& path, XmlPosition position, const QString& message,

@@ -29,7 +29,8 @@ foreach(
   vidlets_add_test(NAME ${name} LIBRARIES VidletsAuthor)
 endforeach()
 
-foreach(name tst_authorcheck tst_authorpackages tst_authorresources tst_authorscenes tst_authortips)
+foreach(name tst_authorcheck tst_authorpackages tst_authorresources tst_authorscenes tst_authortips
+             tst_authortranslations)
   target_sources(${name} PRIVATE shared/CheckedPackages.cpp)
 endforeach()
 

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The Vidlets developers
 // SPDX-License-Identifier: MIT
 
+#include "CheckedPackages.h"
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
@@ -65,9 +66,11 @@ private Q_SLOTS:
     void stale_goesByContents_data();
     void stale_goesByContents();
     void unfinished_isToldWithLine();
+    void unfinished_isToldApart_fromUntranslated();
     void broken_isTold_data();
     void broken_isTold();
     void missing_isTold_whenNotCompiled();
+    void missing_advisesToTranslate_whenNothingIs();
     void missing_goesByLocale();
     void missing_isNotTold_whenSearchedPackageHasFile();
     void missing_isNotTold_whenNothingIsTranslated();
@@ -128,6 +131,20 @@ void TestAuthorTranslations::unfinished_isToldWithLine()
     QCOMPARE(checked(*m_files), expected);
 }
 
+void TestAuthorTranslations::unfinished_isToldApart_fromUntranslated()
+{
+    const QByteArray text =
+        source(message("c", "d", "unfinished") + message("e", "", "unfinished"));
+    write(u"Vidlets_de_DE.ts"_s, text);
+    write(u"Vidlets_de_DE.qm"_s, compiled(text));
+
+    const QList<AuthorFinding> findings = checked({m_files->dataPath()});
+
+    QCOMPARE(places(findings, u"l10n-unfinished"_s).size(), 2);
+    QCOMPARE(findings.at(0).message, u"The translation of \"c\" is not marked as finished."_s);
+    QCOMPARE(findings.at(1).message, u"\"e\" is not translated."_s);
+}
+
 void TestAuthorTranslations::broken_isTold_data()
 {
     QTest::addColumn<QString>("name");
@@ -161,6 +178,17 @@ void TestAuthorTranslations::missing_isTold_whenNotCompiled()
     write(u"Vidlets_de_DE.ts"_s, source(message("a", "b")));
 
     QCOMPARE(checked(*m_files), QStringList{u"l10n-missing Vidlets_de_DE.ts:0"_s});
+}
+
+void TestAuthorTranslations::missing_advisesToTranslate_whenNothingIs()
+{
+    const auto adviceFor = [this](const QByteArray& text) {
+        write(u"Vidlets_de_DE.ts"_s, source(text));
+        return checked({m_files->dataPath()}).constFirst().help;
+    };
+
+    QVERIFY(adviceFor(message("a", "")).startsWith("Translate"_L1));
+    QVERIFY(adviceFor(message("a", "b", "unfinished")).startsWith("Compile"_L1));
 }
 
 void TestAuthorTranslations::missing_goesByLocale()
