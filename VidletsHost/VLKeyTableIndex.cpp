@@ -148,7 +148,7 @@ QList<QString> VLKeyTableIndex::keys()
 QList<VLSearchHit> VLKeyTableIndex::search(const QString& words, const QLocale& locale, int limit)
 {
     d->live().settle();
-    QList<VLSearchHit> hits = d->search(words, locale, limit);
+    QList<VLSearchHit> hits = d->words().search(words, locale, limit);
     d->tell();
     return hits;
 }
@@ -160,7 +160,7 @@ bool VLKeyTableIndex::isSearchBuilt() const
 
 bool VLKeyTableIndex::waitUntilSearchBuilt(int ms)
 {
-    return d->waitUntilSearchBuilt(deadlineIn(ms));
+    return d->words().waitUntilBuilt(deadlineIn(ms));
 }
 
 void VLKeyTableIndex::indexControlFile(const QString& file, const QString& root)

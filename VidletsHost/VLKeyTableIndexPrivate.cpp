@@ -39,28 +39,11 @@ bool isSameTip(const VLKeyTableRow& left, const VLKeyTableRow& right)
         && left.checksum == right.checksum;
 }
 
-// As much as a search reads by itself before its answer is late.
-constexpr qint64 kMaxReadInSearch = qint64(512) * 1024;
-
-/// The file for the words beside that for the keys: what damages one leaves the other alone.
-QString searchFileFor(const QString& cacheFile)
-{
-    return cacheFile.isEmpty() ? QString() : cacheFile + u"-search"_s;
-}
-
 } // namespace
 
 VLKeyTableIndexPrivate::VLKeyTableIndexPrivate(VLKeyTableIndex* owner)
     : m_owner(owner)
-    , m_search([owner] {
-        QMetaObject::invokeMethod(
-            owner,
-            [owner] {
-                owner->d->takeSearchResults();
-                owner->d->tell();
-            },
-            Qt::QueuedConnection);
-    })
+    , m_search(owner, *this)
     , m_live(owner, *this)
     , m_builder([owner] {
         QMetaObject::invokeMethod(
@@ -163,8 +146,7 @@ void VLKeyTableIndexPrivate::setCacheFile(const QString& path)
     m_builder.setCacheFile(path);
     m_isCacheAnnounced = true;
     m_isCacheProblemNoted = false;
-    m_isSearchProblemNoted = false;
-    m_search.setFile(searchFileFor(path));
+    m_search.setCacheFile(path);
     // What the builder had, or had in mind to put where it does no more.
     for (size_t i = 0; i < m_files.size(); ++i)
         await(int(i));
@@ -251,7 +233,7 @@ void VLKeyTableIndexPrivate::announceCache()
     if (std::exchange(m_isCacheAnnounced, true))
         return;
     m_builder.setCacheFile(m_cache.path());
-    m_search.setFile(searchFileFor(m_cache.path()));
+    m_search.setCacheFile(m_cache.path());
 }
 
 bool VLKeyTableIndexPrivate::takeResults()
@@ -354,16 +336,6 @@ void VLKeyTableIndexPrivate::noteCacheProblem(const QString& reason)
 {
     if (!std::exchange(m_isCacheProblemNoted, true))
         noteProblem(m_cache.path(), {{}, reason}, true);
-}
-
-/// As noteCacheProblem(), of the file for the words. What is wrong with both is told of once.
-void VLKeyTableIndexPrivate::noteSearchProblem()
-{
-    const QString reason = m_search.takeProblem();
-    if (reason.isEmpty() || m_isCacheProblemNoted || m_cache.path().isEmpty())
-        return;
-    if (!std::exchange(m_isSearchProblemNoted, true))
-        noteProblem(searchFileFor(m_cache.path()), {{}, reason}, true);
 }
 
 /// Does without what is in the table on disk: what is there counts for nothing any more.
@@ -696,10 +668,8 @@ void VLKeyTableIndexPrivate::takeOver(int file, const VLKeyTableFile& content, b
     record.mustRead = false;
     record.isDoubted = false;
     ++record.generation;
-    if (!areWordsSame) {
-        m_search.await(file);
-        buildSearch();
-    }
+    if (!areWordsSame)
+        m_search.noteRead(file);
     if (std::exchange(record.isWaiting, false)) {
         m_waiting.remove(record.order);
         m_mustTellProgress = true;
@@ -820,162 +790,6 @@ void VLKeyTableIndexPrivate::emitChanges()
     Q_EMIT m_owner->changed(keys);
 }
 
-/// Has the words read of what is new, when the table is built: lookups come first.
-void VLKeyTableIndexPrivate::buildSearch()
-{
-    if (std::exchange(m_isSearchScheduled, true))
-        return;
-    QMetaObject::invokeMethod(
-        m_owner,
-        [this] {
-            m_isSearchScheduled = false;
-            if (isBuilt())
-                m_search.build([this](int file) { return m_files[file].location.location; });
-        },
-        Qt::QueuedConnection);
-}
-
-void VLKeyTableIndexPrivate::takeSearchResults()
-{
-    const bool wasBuilt = isSearchBuilt();
-    const QList<int> changed =
-        m_search.takeResults([this](int file) { return m_files[file].stamp; });
-    for (const int file : changed) {
-        m_search.await(file);
-        if (!m_files[file].isWaiting)
-            await(file);
-    }
-    noteSearchProblem();
-    if (m_search.isBuilt())
-        m_mustTellSearchBuilt = m_mustTellSearchBuilt || !wasBuilt;
-    else
-        buildSearch();
-}
-
-bool VLKeyTableIndexPrivate::waitUntilSearchBuilt(const QDeadlineTimer& deadline)
-{
-    const QPointer<VLKeyTableIndex> owner(m_owner);
-    for (;;) {
-        // A file that was found to have changed is read anew.
-        if (!waitUntilBuilt(deadline) || !owner)
-            return false;
-        if (isSearchBuilt())
-            return true;
-        m_search.build([this](int file) { return m_files[file].location.location; });
-        if (m_search.isWithoutStore() || !m_search.waitForResults(deadline))
-            break;
-        takeSearchResults();
-        tell();
-        if (!owner)
-            return false;
-    }
-    return false;
-}
-
-QList<VLSearchHit> VLKeyTableIndexPrivate::search(const QString& words, const QLocale& locale,
-                                                  int limit)
-{
-    bringInWaiting();
-    takeSearchResults();
-    VLTipSearch::Request request;
-    request.words = words;
-    request.limit = limit;
-    request.unread = filesOutsideSearch();
-    // A tip of which it is not certain that it is found first would have all files read before.
-    request.isStoreUsed = isBuilt();
-    request.turnOf = [this, &locale](const QString& name) { return passOf(name, locale); };
-    request.mayServe = [this, &locale](const QString& key, const QString& path) {
-        return mayServe(key, locale, path);
-    };
-    request.lookUp = [this, &locale](const QString& key, QString& path) {
-        int file = 0;
-        std::unique_ptr<VLXmlElement> root = lookUp(key, locale, file);
-        if (root)
-            path = m_files[file].location.location;
-        return root;
-    };
-    request.packageOf = [this](const QString& path) {
-        return m_owner->packageNameForLocation(path);
-    };
-    request.complete = [this](const QString& key, VLXmlElement* tip) { addKeyData(key, tip); };
-    QList<VLSearchHit> hits = m_search.search(request);
-    noteSearchProblem();
-    if (!m_search.isBuilt())
-        buildSearch();
-    return hits;
-}
-
-/// Reads what waits, as lookups do, as long as that is little.
-void VLKeyTableIndexPrivate::bringInWaiting()
-{
-    m_readInLookup.clear();
-    qint64 bytes = 0;
-    while (!m_waiting.isEmpty() && bytes < kMaxReadInSearch) {
-        const int file = m_waiting.first();
-        if (!takeResults())
-            readNow(file);
-        bytes += m_files[file].stamp.size;
-    }
-}
-
-/// The files that the search is to read by itself, in search order.
-QStringList VLKeyTableIndexPrivate::filesOutsideSearch() const
-{
-    QList<int> files(m_search.pending().cbegin(), m_search.pending().cend());
-    const auto isSearchedBefore = [this](int left, int right) {
-        return m_files[left].order < m_files[right].order;
-    };
-    std::sort(files.begin(), files.end(), isSearchedBefore);
-    QStringList paths;
-    qint64 bytes = 0;
-    for (const int file : std::as_const(files)) {
-        const File& record = m_files[file];
-        if (record.isFree)
-            continue;
-        if (!m_waiting.isEmpty() && m_waiting.firstKey() < record.order)
-            break;
-        bytes += record.stamp.size;
-        // Without a store, late is better than never.
-        if (bytes > kMaxReadInSearch && !paths.isEmpty() && !m_search.isWithoutStore())
-            break;
-        paths.append(record.location.location);
-    }
-    return paths;
-}
-
-/// The pass of a lookup that comes upon files that name that locale; -1 for none.
-int VLKeyTableIndexPrivate::passOf(const QString& name, const QLocale& locale) const
-{
-    const QLocale own(name);
-    if (name.isEmpty() || own == locale)
-        return int(Pass::Exact);
-    if (!hasLocaleChain || locale.language() == QLocale::C || own.language() != locale.language()
-        || own.script() != locale.script())
-        return -1;
-    return int(own == QLocale(locale.language(), locale.script(), QLocale::AnyTerritory)
-                   ? Pass::Language
-                   : Pass::Territory);
-}
-
-/// Whether a lookup may come upon the tip in the file @p path first, as far as the table says.
-bool VLKeyTableIndexPrivate::mayServe(const QString& key, const QLocale& locale,
-                                      const QString& path)
-{
-    if (!m_waiting.isEmpty())
-        return true;
-    const QList<VLKeyTable::Hit> hits = candidates(key);
-    for (const Pass pass : {Pass::Exact, Pass::Language, Pass::Territory}) {
-        if (pass != Pass::Exact && (!hasLocaleChain || locale.language() == QLocale::C))
-            break;
-        for (const VLKeyTable::Hit& hit : hits) {
-            const File& record = m_files[hit.file];
-            if (hit.row.kind != VLKeyTableRowKind::Hidden && serves(record, locale, pass))
-                return record.location.location == path;
-        }
-    }
-    return false;
-}
-
 void VLKeyTableIndexPrivate::tell()
 {
     // Who is told may look something up, and then the rest is told here.
@@ -1014,7 +828,7 @@ bool VLKeyTableIndexPrivate::tellOne()
         Q_EMIT m_owner->built();
         return true;
     }
-    if (std::exchange(m_mustTellSearchBuilt, false)) {
+    if (m_search.takeNews()) {
         Q_EMIT m_owner->searchBuilt();
         return true;
     }

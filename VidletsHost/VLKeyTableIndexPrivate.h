@@ -11,7 +11,7 @@
 #include "VLKeyTableKeyData.h"
 #include "VLKeyTableLive.h"
 #include "VLKeyTableRange.h"
-#include "VLTipSearch.h"
+#include "VLKeyTableSearch.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -89,12 +89,15 @@ public:
     void addKeyData(const QString& key, VLXmlElement* element);
     QStringList keys();
 
-    QList<VLSearchHit> search(const QString& words, const QLocale& locale, int limit);
+    /// Finds tips by their words.
+    VLKeyTableSearch& words()
+    {
+        return m_search;
+    }
     bool isSearchBuilt() const
     {
         return isBuilt() && m_search.isBuilt();
     }
-    bool waitUntilSearchBuilt(const QDeadlineTimer& deadline);
 
     /// The tip of @p key in @p file goes to somebody, who may want to know when it changes.
     void noteGiven(int file, const QString& key)
@@ -121,6 +124,7 @@ private:
     Q_DISABLE_COPY_MOVE(VLKeyTableIndexPrivate)
 
     friend class VLKeyTableLive;
+    friend class VLKeyTableSearch;
 
     // More tips than are up or pinned at a time.
     static constexpr int kMaxGiven = 100;
@@ -196,7 +200,6 @@ private:
     void takeIncident(const VLKeyTableWriter::Incident& incident);
     bool isCacheOf(const QByteArray& token);
     void noteCacheProblem(const QString& reason);
-    void noteSearchProblem();
     void dropStored();
     void abandonCache();
     void addStored(const QString& key, QList<VLKeyTable::Hit>& hits);
@@ -218,12 +221,6 @@ private:
     void letBaseWarn(int file, const QString& key, QChar reason);
     void scheduleBuilding();
     void tellOfChanges();
-    void buildSearch();
-    void takeSearchResults();
-    void bringInWaiting();
-    QStringList filesOutsideSearch() const;
-    int passOf(const QString& name, const QLocale& locale) const;
-    bool mayServe(const QString& key, const QLocale& locale, const QString& path);
     void announceCache();
 
     VLKeyTableIndex* const m_owner;
@@ -236,7 +233,6 @@ private:
     /// Whether m_builder was told of the path of m_cache.
     bool m_isCacheAnnounced = false;
     bool m_isCacheProblemNoted = false;
-    bool m_isSearchProblemNoted = false;
     /// The files by the number of their path; made anew where files have come.
     QList<QPair<quint64, int>> m_filesByNumber;
     /// The files that wait, by their order.
@@ -266,11 +262,8 @@ private:
     bool m_mustTellProgress = false;
     bool m_mustTellBuilt = false;
     bool m_isTelling = false;
-    bool m_isSearchScheduled = false;
-    bool m_mustTellSearchBuilt = false;
 
-    VLTipSearch m_search;
-
+    VLKeyTableSearch m_search;
     VLKeyTableLive m_live;
     /// Last, so that its thread ends first.
     VLKeyTableBuilder m_builder;
