@@ -241,12 +241,22 @@ bool AuthorClipMaker::takeOver(const QByteArray& description)
     qint64 denominator = 0;
     if (readFraction(stream.value("avg_frame_rate"_L1).toString(), numerator, denominator))
         m_meanRate = double(numerator) / double(denominator);
-    // Not every container tells of a mean that is worth anything.
     constexpr double kSlack = 1.5;
     constexpr double kTolerance = 0.01;
     const auto pictures = double(m_before.pictures);
-    if (m_duration > 0.0
-        && std::abs(m_duration * m_before.rate - pictures) > qMax(kSlack, kTolerance * pictures))
+    const auto isBelied = [&](double rate) {
+        return m_duration > 0.0
+            && std::abs(m_duration * rate - pictures) > qMax(kSlack, kTolerance * pictures);
+    };
+    // Where pictures are few or slow, FFmpeg 7 counts the two fields of each.
+    if (numerator > 0 && m_rateNumerator * denominator == 2 * numerator * m_rateDenominator
+        && !isBelied(m_meanRate)) {
+        m_rateNumerator = numerator;
+        m_rateDenominator = denominator;
+        m_before.rate = m_meanRate;
+    }
+    // Not every container tells of a mean that is worth anything.
+    if (isBelied(m_before.rate))
         m_meanRate = pictures / m_duration;
     m_isSteady = std::abs(m_meanRate / m_before.rate - 1.0) < kTolerance;
     return true;
@@ -274,9 +284,10 @@ QString AuthorClipMaker::filters() const
         cut += u',';
     }
     const QString pace = u"fps="_s + rate();
-    // Where pictures stand for different times, the first one of the clip may begin before it.
-    QString chain = m_isSteady ? cut + u"setpts=PTS-STARTPTS,"_s + pace
-                               : pace + u',' + cut + u"setpts=PTS-STARTPTS"_s;
+    // Where pictures stand for different times, the first one of the clip may begin before it. The
+    // pace comes last as well: it says how long each picture lasts, which setpts takes away from
+    // FFmpeg 7 on. An MP4 file ends before a last picture that lasts no time.
+    QString chain = (m_isSteady ? QString() : pace + u',') + cut + u"setpts=PTS-STARTPTS,"_s + pace;
     if (!m_order.size.isEmpty())
         chain += u",scale=%1:%2"_s.arg(m_order.size.width()).arg(m_order.size.height());
     else

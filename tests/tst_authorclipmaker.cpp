@@ -171,6 +171,7 @@ void TestAuthorClipMaker::make_givesClipThatPlaysToItsEnd_data()
     row("no square pixels", recording("wide.mp4", "libx264", "-vf setsar=2"), "out.mp4", 40, 25,
         {128, 48});
     row("colours of a screen", recording("rgb.mkv", "libx264rgb"), "out.mp4", 40, 25);
+    row("few pictures", recording("few.mkv", "libx264", "", {64, 48}, 5, 3), "out.mp4", 3, 5);
     row("one picture", recording("one.mp4", "libx264", "", {64, 48}, 25, 1), "out.mp4", 1, 25);
     row("a name like an address", recording("http:a%d.mp4", "libx264"), "out.mp4", 40, 25);
     row("sound",
@@ -263,12 +264,16 @@ void TestAuthorClipMaker::make_showsWhatWasOnShow_whenRateChanges()
     const QString in = m_clips.imageClip(
         u"changing.mkv"_s, u"libx264"_s, stairs(20), 10,
         words("-vf select=not(between(n\\,4\\,12)) -fps_mode vfr -qp 1 -pix_fmt yuv420p"));
-    const AuthorClipOrder order{in, m_clips.path(u"changed.mp4"_s), {}, 0.0, 1.0, 1.5};
-    AuthorClipMaker maker(order);
-
-    QCOMPARE(maker.make(goOn), AuthorClipMaker::Outcome::Made);
-
-    QCOMPARE(stepsOf(picturesOf(order.out)), u"3 3 3 13 14"_s);
+    const QList<std::pair<AuthorClipOrder, QString>> rows{
+        {orderOf(in, m_clips.path(u"changed.mp4"_s), 1.0, 1.5), u"3 3 3 13 14"_s},
+        {orderOf(in, m_clips.path(u"end.mp4"_s), 1.0), u"3 3 3 13 14 15 16 17 18 19"_s},
+        {orderOf(in, m_clips.path(u"whole.webm"_s)),
+         u"0 1 2 3 3 3 3 3 3 3 3 3 3 13 14 15 16 17 18 19"_s}};
+    for (const auto& [order, steps] : rows) {
+        AuthorClipMaker maker(order);
+        QCOMPARE(maker.make(goOn), AuthorClipMaker::Outcome::Made);
+        QCOMPARE(stepsOf(picturesOf(order.out)), steps);
+    }
 }
 
 void TestAuthorClipMaker::make_setsClipUpright()
