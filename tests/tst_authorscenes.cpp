@@ -205,7 +205,7 @@ void TestAuthorScenes::sceneOfOtherPackage_isKnown()
     files.writeControlFile(u"B.vidlets"_s, u"b.xml"_s, "<vidlets/>");
     files.write(u"A.vidlets/ui/A.qml"_s,
                 "import QtQuick\nimport \"../../B.vidlets/ui\"\nimport \"words.js\" as Words\n"
-                "B { b: Words.c(); d: 3 }");
+                "B { b: Words.c(); d: 3; Item {} }");
     files.write(u"A.vidlets/ui/words.js"_s, "function c() { return ''; }");
     files.write(u"B.vidlets/ui/B.qml"_s, "import QtQuick\nItem { property string b }");
 
