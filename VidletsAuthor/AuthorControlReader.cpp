@@ -85,6 +85,14 @@ bool isOf(const QString& fault, const char* readersWords)
     return fault == QCoreApplication::translate("QXmlStream", readersWords);
 }
 
+/// What a reader says of a fault, for people: readers do not always end it, and quote the file as
+/// it is.
+QString sentence(const QString& fault)
+{
+    const QString text = printable(fault);
+    return text.endsWith(u'.') ? text : text + u'.';
+}
+
 bool isEncodingFault(const QString& fault)
 {
     return isOf(fault, "Encountered incorrectly encoded content.")
@@ -463,13 +471,13 @@ void AuthorControlReader::addFault(const AuthorXmlFault& fault)
     m_faultyLines.insert(fault.position.line);
     switch (fault.kind) {
     case AuthorXmlFault::Kind::Encoding:
-        add(fault.position, u"xml-encoding", fault.message);
+        add(fault.position, u"xml-encoding", sentence(fault.message));
         break;
     case AuthorXmlFault::Kind::AfterRoot:
-        add(fault.position, u"xml-after-root", fault.message);
+        add(fault.position, u"xml-after-root", sentence(fault.message));
         break;
     case AuthorXmlFault::Kind::Broken:
-        add(fault.position, u"xml-broken", fault.message);
+        add(fault.position, u"xml-broken", sentence(fault.message));
         break;
     }
 }
@@ -481,7 +489,7 @@ void AuthorControlReader::checkOwnFault()
     position.column = qMax<qint64>(position.column, 1);
     m_faultyLines.insert(position.line);
     if (isEncodingFault(fault)) {
-        add(position, u"xml-encoding", fault);
+        add(position, u"xml-encoding", sentence(fault));
         return;
     }
     if (m_isRootSeen && m_open.isEmpty()) {
@@ -492,7 +500,8 @@ void AuthorControlReader::checkOwnFault()
     }
     const QString text = QString::fromUtf8(line(position.line));
     const bool isAmpersand = text.mid(position.column - 2, 1) == "&"_L1;
-    add(position, u"xml-broken", fault, isAmpersand ? u"\"&\" is written \"&amp;\"."_s : QString());
+    add(position, u"xml-broken", sentence(fault),
+        isAmpersand ? u"\"&\" is written \"&amp;\"."_s : QString());
 }
 
 /// The reader tells the end of what it has met there, and the token before ends with the root.

@@ -84,6 +84,29 @@ std::optional<AuthorSeverity> severityNamed(QStringView name)
     return static_cast<AuthorSeverity>(found - kSeverityNames.cbegin());
 }
 
+QString printable(const QString& text)
+{
+    // Also the signs by which a part of a line is shown in another place.
+    static const QRegularExpression steering(
+        u"[\\p{Cc}\\x{2028}\\x{2029}\\x{202a}-\\x{202e}\\x{2066}-\\x{2069}]"_s);
+    QString result;
+    qsizetype end = 0;
+    QRegularExpressionMatchIterator it = steering.globalMatch(text);
+    while (it.hasNext()) {
+        const qsizetype at = it.next().capturedStart();
+        const char16_t code = text.at(at).unicode();
+        result += QStringView(text).sliced(end, at - end);
+        if (code == u'\n')
+            result += "\\n"_L1;
+        else if (code < 0x100)
+            result += u"\\x%1"_s.arg(code, 2, 16, QLatin1Char('0'));
+        else
+            result += u"\\u%1"_s.arg(code, 4, 16, QLatin1Char('0'));
+        end = at + 1;
+    }
+    return end == 0 ? text : result + text.mid(end);
+}
+
 QStringList suppressedRules(const QString& comment)
 {
     static const QRegularExpression pattern(

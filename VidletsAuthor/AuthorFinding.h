@@ -27,6 +27,9 @@ QString severityName(AuthorSeverity severity);
 /// Returns the severity that @p name stands for; nothing for any other word.
 std::optional<AuthorSeverity> severityNamed(QStringView name);
 
+/// Returns @p text as it may be shown on one line of a terminal: what would steer it is spelt out.
+QString printable(const QString& text);
+
 /// One thing that is wrong at one place.
 struct AuthorFinding
 {

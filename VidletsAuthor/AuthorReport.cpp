@@ -31,9 +31,9 @@ XmlPosition placeOf(const AuthorFinding& finding)
 QString lineOf(const AuthorFinding& finding)
 {
     const XmlPosition place = placeOf(finding);
-    return u"%1:%2:%3: %4: %5 %6 [%7]"_s.arg(
+    return printable(u"%1:%2:%3: %4: %5 %6 [%7]"_s.arg(
         finding.file, QString::number(place.line), QString::number(place.column),
-        severityName(finding.severity), finding.message, finding.help, finding.rule);
+        severityName(finding.severity), finding.message, finding.help, finding.rule));
 }
 
 /// SARIF's word for a severity.
@@ -179,8 +179,13 @@ QByteArray sarif(const QList<AuthorFinding>& findings)
         {u"columnKind"_s, u"utf16CodeUnits"_s},
         {u"results"_s, results},
     };
-    return QJsonDocument(QJsonObject{{u"version"_s, u"2.1.0"_s}, {u"runs"_s, QJsonArray{run}}})
-        .toJson();
+    const QJsonObject log{
+        // Services that take reports up ask for it.
+        {u"$schema"_s, u"https://json.schemastore.org/sarif-2.1.0.json"_s},
+        {u"version"_s, u"2.1.0"_s},
+        {u"runs"_s, QJsonArray{run}},
+    };
+    return QJsonDocument(log).toJson();
 }
 
 // There is no one schema of these reports: what is written is what the strictest of them ask for.

@@ -88,7 +88,7 @@ void takeError(void* context, XmlError* error)
     const int column = isReading ? faults->context->inputTab[0]->col : error->int2;
     list.append({{qMax(line, 1), qMax(column, 1)},
                  kindOf(error->code),
-                 QString::fromUtf8(error->message).section(u'\n', 0, 0).trimmed() + u'.'});
+                 QString::fromUtf8(error->message).section(u'\n', 0, 0).trimmed()});
 }
 
 /// A context that keeps nothing of what it reads but the entities, which it needs for reading on.

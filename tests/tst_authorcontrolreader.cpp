@@ -4,6 +4,8 @@
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
+#include <algorithm>
+
 #include <VidletsAuthor/AuthorControlReader.h>
 
 using namespace Qt::StringLiterals;
@@ -35,6 +37,8 @@ class TestAuthorControlReader : public VidletsTest
 private Q_SLOTS:
     void read_findsFaultsOfFile_data();
     void read_findsFaultsOfFile();
+    void read_tellsFaultsInPlainSentences_data();
+    void read_tellsFaultsInPlainSentences();
     void read_findsFaultsOfTips_data();
     void read_findsFaultsOfTips();
     void read_findsFaultsOfKeyData();
@@ -89,6 +93,35 @@ void TestAuthorControlReader::read_findsFaultsOfFile()
     QFETCH(const QString, expected);
 
     QCOMPARE(found(bytes).join(u"; "_s), expected);
+}
+
+void TestAuthorControlReader::read_tellsFaultsInPlainSentences_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+
+    QTest::newRow("prefix") << QByteArray("<vidlets><a:b/></vidlets>");
+    QTest::newRow("control character") << QByteArray("<vidlets><a>\x01</a></vidlets>");
+    QTest::newRow("control character in a tag") << QByteArray("<vidlets><a \x02/></vidlets>");
+    QTest::newRow("encoding") << QByteArray("<?xml version=\"1.0\" encoding=\"x\x7f\"?><vidlets/>");
+    QTest::newRow("open") << QByteArray("<vidlets><a>");
+    QTest::newRow("other end") << QByteArray("<vidlets><a></b></vidlets>");
+}
+
+void TestAuthorControlReader::read_tellsFaultsInPlainSentences()
+{
+    QFETCH(const QByteArray, bytes);
+    AuthorFindings findings;
+
+    AuthorControlReader(AuthorControlReader::Kind::ControlFile, u"a.xml"_s, bytes, findings).read();
+
+    QVERIFY(!findings.all().isEmpty());
+    for (const AuthorFinding& finding : findings.all()) {
+        const QString message = finding.message;
+        QVERIFY2(message.endsWith(u'.') && !message.endsWith(".."_L1), qPrintable(message));
+        QVERIFY2(std::all_of(message.cbegin(), message.cend(),
+                             [](QChar character) { return character.isPrint(); }),
+                 qPrintable(message));
+    }
 }
 
 void TestAuthorControlReader::read_findsFaultsOfTips_data()

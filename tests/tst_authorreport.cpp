@@ -40,6 +40,7 @@ class TestAuthorReport : public VidletsTest
 
 private Q_SLOTS:
     void text_isOneLineForEach();
+    void text_givesTerminalNothingToObey();
     void json_hasAllMembers();
     void sarif_namesRuleAndPlace();
     void junit_isWellFormed();
@@ -50,9 +51,25 @@ private Q_SLOTS:
 void TestAuthorReport::text_isOneLineForEach()
 {
     QCOMPARE(AuthorReport::text(some()),
-             QByteArray("./a b/<x>&\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
+             QByteArray("./a b/<x>&\\x01.xml:3:7: error: It is \"wrong\". Mend it. [key-blank]\n"
                         "a:1:1: note: Nothing. Add. [package-empty]\n"));
     QVERIFY(AuthorReport::text({}).isEmpty());
+}
+
+/// Names of files may have any character, and would forge findings, colours and directions.
+void TestAuthorReport::text_givesTerminalNothingToObey()
+{
+    QList<AuthorFinding> findings = some();
+    findings[0].file = u"a\nb:1:1: error: Forged. [key-twice]\x1b[31m\u202e\u009b\u2028.xml"_s;
+    findings[0].message = u"\"caf\u00e9 \u4e2d\"\x07 it is."_s;
+
+    const QByteArray text = AuthorReport::text(findings);
+
+    QCOMPARE(text.count('\n'), 2);
+    QVERIFY2(
+        text.startsWith("a\\nb:1:1: error: Forged. [key-twice]\\x1b[31m\\u202e\\x9b\\u2028.xml:"
+                        "3:7: error: \"caf\xc3\xa9 \xe4\xb8\xad\"\\x07 it is. Mend"),
+        text.constData());
 }
 
 void TestAuthorReport::json_hasAllMembers()
@@ -87,6 +104,7 @@ void TestAuthorReport::sarif_namesRuleAndPlace()
                                   .toObject();
 
     QCOMPARE(log.value(u"version"_s).toString(), u"2.1.0"_s);
+    QVERIFY(log.value(u"$schema"_s).toString().contains(u"sarif-2.1.0.json"_s));
     QCOMPARE(result.value(u"level"_s).toString(), u"error"_s);
     QCOMPARE(place.value(u"artifactLocation"_s).toObject().value(u"uri"_s).toString(),
              u"a%20b/%3Cx%3E%26%01.xml"_s);
