@@ -51,7 +51,22 @@ AuthorCheck::AuthorCheck()
 
 bool AuthorCheck::add(const QString& path, QString& reason)
 {
-    return m_packages.add(path, reason);
+    const qsizetype before = m_findings.all().size();
+    if (!m_packages.add(path, reason))
+        return false;
+    if (!QFileInfo(path).isDir() || m_findings.all().size() > before)
+        return true;
+    const QString place = QFileInfo(path).canonicalFilePath();
+    const QList<AuthorPackage>& packages = m_packages.packages();
+    const bool isAny =
+        std::any_of(packages.cbegin(), packages.cend(), [&place](const AuthorPackage& package) {
+            return package.canonicalPath == place
+                || QFileInfo(package.canonicalPath).path() == place;
+        });
+    // A slip in a path would leave all well for ever.
+    if (!isAny)
+        reason = AuthorPackages::noneIn(path);
+    return isAny;
 }
 
 bool AuthorCheck::set(const QString& assignment, QString& reason)

@@ -19,7 +19,8 @@ class AuthorCheck
 public:
     AuthorCheck();
 
-    /// Adds what is to be checked. False, with the @p reason as a sentence, where there is nothing.
+    /// Adds what is to be checked. False, with the @p reason as a sentence, where there is nothing,
+    /// nor anything to say of why not.
     bool add(const QString& path, QString& reason);
     /// Takes over "RULE=SEVERITY" for all packages; false, with a @p reason, for anything else.
     bool set(const QString& assignment, QString& reason);

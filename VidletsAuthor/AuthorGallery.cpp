@@ -6,6 +6,7 @@
 #include "AuthorCheck.h"
 #include "AuthorClipStrip.h"
 #include "AuthorFiles.h"
+#include "AuthorPackages.h"
 #include "AuthorReport.h"
 #include "AuthorTipPainter.h"
 
@@ -63,6 +64,24 @@ std::optional<AuthorGalleryData> readList(const QString& directory)
     return bytes ? AuthorGalleryPage::readList(*bytes) : std::nullopt;
 }
 
+constexpr QByteArrayView kNotesHead = "vidlets gallery, not finished";
+
+/// The file that stands beside the pictures until all are drawn.
+QString notesName()
+{
+    return u"gallery.unfinished"_s;
+}
+
+/// The pictures that a gallery had written when it was ended.
+std::optional<QStringList> readNotes(const QString& directory)
+{
+    QString unused;
+    const auto bytes = AuthorFiles::read(QDir(directory).filePath(notesName()), unused);
+    if (!bytes || !bytes->startsWith(kNotesHead))
+        return std::nullopt;
+    return QString::fromUtf8(*bytes).split(u'\n', Qt::SkipEmptyParts).mid(1);
+}
+
 bool write(const QString& path, const QByteArray& bytes)
 {
     QDir().mkpath(QFileInfo(path).path());
@@ -113,17 +132,22 @@ bool AuthorGallery::prepare(QString& reason)
     if (!list)
         return false;
     m_list = *list;
+    if (m_list.packages.isEmpty()) {
+        reason = AuthorPackages::noneIn(m_options.path);
+        return false;
+    }
     const QFileInfo directory(m_options.directory);
     if (directory.exists() && !directory.isDir()) {
         reason = u"\"%1\" is no directory."_s.arg(m_options.directory);
         return false;
     }
     const auto before = readList(m_options.directory);
-    if (!before && directory.isDir() && !QDir(m_options.directory).isEmpty()) {
+    const auto notes = readNotes(m_options.directory);
+    if (!before && !notes && directory.isDir() && !QDir(m_options.directory).isEmpty()) {
         reason = u"\"%1\" is not empty, and no gallery."_s.arg(m_options.directory);
         return false;
     }
-    m_before = before.value_or(AuthorGalleryData());
+    m_before = filesOf(before.value_or(AuthorGalleryData())) + notes.value_or(QStringList());
     if (m_options.oldDirectory.isEmpty())
         return true;
     const auto old = readList(m_options.oldDirectory);
@@ -138,10 +162,14 @@ bool AuthorGallery::run(AuthorGalleryResult& result, QString& reason)
     collectPrefixes();
     makeTips();
     addFindings();
-    bool isWritten = true;
+    bool isWritten = beginNotes();
     const QList<AuthorLook> all = looks();
-    for (const AuthorLook& look : all)
+    m_data.locales = m_options.locales;
+    for (const AuthorLook& look : all) {
+        if (!m_data.looks.contains(lookName(look)))
+            m_data.looks.append(lookName(look));
         isWritten = isWritten && drawAll(look);
+    }
     compare(result);
     const QDir directory(m_options.directory);
     isWritten = isWritten
@@ -153,6 +181,7 @@ bool AuthorGallery::run(AuthorGalleryResult& result, QString& reason)
         return false;
     }
     removeOld();
+    m_notes.remove();
     result.tips = static_cast<int>(m_data.tips.size());
     result.failed =
         static_cast<int>(std::count_if(m_data.tips.cbegin(), m_data.tips.cend(),
@@ -295,8 +324,7 @@ bool AuthorGallery::drawTip(AuthorTipPainter& painter, const AuthorLook& look, q
         picture.file = fileName(listed.name, entry.key, look);
         picture.size = drawn.image.size();
         picture.digest = digestOf(bytes);
-        isWritten = write(QDir(m_options.directory).filePath(picture.file), bytes);
-        m_written.insert(picture.file);
+        isWritten = save(picture.file, bytes);
     } else if (picture.failure.isEmpty()) {
         picture.failure = u"The scene cannot be drawn."_s;
     }
@@ -331,32 +359,63 @@ bool AuthorGallery::addClip(const QString& path, AuthorGalleryTip& entry)
         clip.file = u"pictures/clips/%1.png"_s.arg(AuthorGalleryPage::safeName(name));
         clip.size = strip.image.size();
         clip.digest = digestOf(bytes);
-        isWritten = write(QDir(m_options.directory).filePath(clip.file), bytes);
-        m_written.insert(clip.file);
+        isWritten = save(clip.file, bytes);
     }
     m_clips.insert(path, clip);
     entry.clips.append(clip);
     return isWritten;
 }
 
+bool AuthorGallery::save(const QString& name, const QByteArray& bytes)
+{
+    m_written.insert(name);
+    m_notes.write(name.toUtf8() + '\n');
+    return m_notes.flush() && write(QDir(m_options.directory).filePath(name), bytes);
+}
+
+/// Without them nobody could tell the pictures of a gallery that was ended from those of a user.
+bool AuthorGallery::beginNotes()
+{
+    QDir().mkpath(m_options.directory);
+    m_notes.setFileName(QDir(m_options.directory).filePath(notesName()));
+    // Whatever it is: what a link leads to stays as it is.
+    m_notes.remove();
+    QByteArray text = kNotesHead.toByteArray() + '\n';
+    for (const QString& file : std::as_const(m_before))
+        text += file.toUtf8() + '\n';
+    return m_notes.open(QIODevice::WriteOnly) && m_notes.write(text) == text.size()
+        && m_notes.flush();
+}
+
+/// Whether tips need the names of their packages in either gallery.
+bool AuthorGallery::areSeveral() const
+{
+    QSet<QString> names;
+    for (const AuthorGalleryPackage& package : m_data.packages)
+        names.insert(package.name);
+    for (const AuthorGalleryTip& tip : m_old.tips)
+        names.insert(tip.package);
+    return names.size() > 1;
+}
+
 void AuthorGallery::compare(AuthorGalleryResult& result)
 {
     if (m_options.oldDirectory.isEmpty())
         return;
-    const bool areSeveral = m_data.packages.size() > 1;
+    const bool isNamed = areSeveral();
     for (AuthorGalleryTip& tip : m_data.tips) {
         const AuthorGalleryTip* old = find(m_old, tip);
         if (!old) {
             tip.change = AuthorGalleryChange::Added;
-            result.added.append(AuthorGalleryPage::nameOf(tip, areSeveral));
-        } else if (AuthorGalleryPage::isDifferent(*old, tip)) {
+            result.added.append(AuthorGalleryPage::nameOf(tip, isNamed));
+        } else if (AuthorGalleryPage::isDifferent(m_old, *old, m_data, tip)) {
             tip.change = AuthorGalleryChange::Changed;
-            result.changed.append(AuthorGalleryPage::nameOf(tip, areSeveral));
+            result.changed.append(AuthorGalleryPage::nameOf(tip, isNamed));
         }
     }
     for (const AuthorGalleryTip& tip : std::as_const(m_old.tips)) {
         if (!find(m_data, tip))
-            m_data.gone.append(AuthorGalleryPage::nameOf(tip, areSeveral));
+            m_data.gone.append(AuthorGalleryPage::nameOf(tip, isNamed));
     }
     result.gone = m_data.gone;
 }
@@ -364,8 +423,7 @@ void AuthorGallery::compare(AuthorGalleryResult& result)
 void AuthorGallery::removeOld() const
 {
     const QDir directory(m_options.directory);
-    const QStringList files = filesOf(m_before);
-    for (const QString& file : files) {
+    for (const QString& file : m_before) {
         if (!isPicture(file) || m_written.contains(file))
             continue;
         QFile::remove(directory.filePath(file));

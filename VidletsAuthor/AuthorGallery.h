@@ -9,6 +9,7 @@
 #include "AuthorLook.h"
 #include "AuthorTipList.h"
 
+#include <QFile>
 #include <QHash>
 #include <QList>
 #include <QSet>
@@ -56,7 +57,8 @@ struct AuthorGalleryResult
  * Draws all tips of packages into pictures and a page that shows them.
  *
  * Runs once, on the user-interface thread of an application as AuthorTipPainter wants it. What a
- * gallery was before in the directory is replaced; nothing else there is touched.
+ * gallery was before in the directory is replaced, also one that was not finished; nothing else
+ * there is touched.
  */
 class AuthorGallery
 {
@@ -78,7 +80,9 @@ private:
     bool drawTip(AuthorTipPainter& painter, const AuthorLook& look, qsizetype package,
                  qsizetype tip, AuthorGalleryTip& entry);
     bool addClip(const QString& path, AuthorGalleryTip& entry);
-    bool save(const QString& name, const QImage& image);
+    bool beginNotes();
+    bool save(const QString& name, const QByteArray& bytes);
+    bool areSeveral() const;
     void compare(AuthorGalleryResult& result);
     void removeOld() const;
     QString relative(const QString& text) const;
@@ -86,12 +90,14 @@ private:
     AuthorGalleryOptions m_options;
     AuthorTipList m_list;
     AuthorGalleryData m_data;
-    /// What the directory held before.
-    AuthorGalleryData m_before;
+    /// The pictures that the directory held before, also of a gallery that was not finished.
+    QStringList m_before;
     AuthorGalleryData m_old;
     /// By their paths.
     QHash<QString, AuthorGalleryClip> m_clips;
     QSet<QString> m_written;
+    /// Names each picture before it is written, as long as the gallery is not finished.
+    QFile m_notes;
     /// The beginnings of paths that are left out of texts.
     QStringList m_prefixes;
     bool m_hasFaults = false;

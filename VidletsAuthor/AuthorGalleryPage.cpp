@@ -247,6 +247,30 @@ AuthorGalleryTip tipOf(const QJsonObject& object)
     return tip;
 }
 
+QStringList stringsOf(const QJsonValue& list)
+{
+    QStringList result;
+    const QJsonArray values = list.toArray();
+    for (const QJsonValue& value : values)
+        result.append(value.toString());
+    return result;
+}
+
+/// Whether @p picture is not as in @p tip, which is one of @p gallery.
+bool isOther(const AuthorGalleryPicture& picture, const AuthorGalleryTip& tip,
+             const AuthorGalleryData& gallery)
+{
+    const auto same = std::find_if(
+        tip.pictures.cbegin(), tip.pictures.cend(), [&picture](const AuthorGalleryPicture& other) {
+            return other.locale == picture.locale && other.look == picture.look;
+        });
+    if (same != tip.pictures.cend())
+        return same->digest != picture.digest;
+    // What was not asked for is not gone, and where there is no picture nothing is.
+    return !picture.digest.isEmpty() && gallery.looks.contains(picture.look)
+        && (gallery.locales.isEmpty() || gallery.locales.contains(picture.locale));
+}
+
 } // namespace
 
 bool AuthorGalleryTip::isFailed() const
@@ -289,7 +313,11 @@ QByteArray AuthorGalleryPage::list(const AuthorGalleryData& data)
     QJsonArray tips;
     for (const AuthorGalleryTip& tip : data.tips)
         tips.append(objectOf(tip));
-    return QJsonDocument(QJsonObject{{u"vidletsGallery"_s, 1}, {u"tips"_s, tips}}).toJson();
+    const QJsonObject gallery{{u"vidletsGallery"_s, 1},
+                              {u"locales"_s, QJsonArray::fromStringList(data.locales)},
+                              {u"looks"_s, QJsonArray::fromStringList(data.looks)},
+                              {u"tips"_s, tips}};
+    return QJsonDocument(gallery).toJson();
 }
 
 std::optional<AuthorGalleryData> AuthorGalleryPage::readList(const QByteArray& bytes)
@@ -301,6 +329,8 @@ std::optional<AuthorGalleryData> AuthorGalleryPage::readList(const QByteArray& b
     const QJsonArray tips = object.value("tips"_L1).toArray();
     for (const QJsonValue& value : tips)
         data.tips.append(tipOf(value.toObject()));
+    data.locales = stringsOf(object.value("locales"_L1));
+    data.looks = stringsOf(object.value("looks"_L1));
     return data;
 }
 
@@ -309,7 +339,10 @@ QString AuthorGalleryPage::nameOf(const AuthorGalleryTip& tip, bool areSeveral)
     return areSeveral ? tip.package + u'/' + tip.key : tip.key;
 }
 
-bool AuthorGalleryPage::isDifferent(const AuthorGalleryTip& left, const AuthorGalleryTip& right)
+bool AuthorGalleryPage::isDifferent(const AuthorGalleryData& leftGallery,
+                                    const AuthorGalleryTip& left,
+                                    const AuthorGalleryData& rightGallery,
+                                    const AuthorGalleryTip& right)
 {
     if (left.title != right.title || left.clips.size() != right.clips.size())
         return true;
@@ -318,14 +351,15 @@ bool AuthorGalleryPage::isDifferent(const AuthorGalleryTip& left, const AuthorGa
             || left.clips.at(i).digest != right.clips.at(i).digest)
             return true;
     }
-    return std::any_of(
-        left.pictures.cbegin(), left.pictures.cend(), [&right](const AuthorGalleryPicture& one) {
-            return std::any_of(right.pictures.cbegin(), right.pictures.cend(),
-                               [&one](const AuthorGalleryPicture& other) {
-                                   return one.locale == other.locale && one.look == other.look
-                                       && one.digest != other.digest;
-                               });
-        });
+    const auto isOtherThan = [](const AuthorGalleryTip& tip, const AuthorGalleryData& gallery) {
+        return [&tip, &gallery](const AuthorGalleryPicture& picture) {
+            return isOther(picture, tip, gallery);
+        };
+    };
+    return std::any_of(left.pictures.cbegin(), left.pictures.cend(),
+                       isOtherThan(right, rightGallery))
+        || std::any_of(right.pictures.cbegin(), right.pictures.cend(),
+                       isOtherThan(left, leftGallery));
 }
 
 QString AuthorGalleryPage::safeName(const QString& name)

@@ -82,6 +82,10 @@ struct AuthorGalleryData
     QList<AuthorGalleryPackage> packages;
     /// By package, then by key.
     QList<AuthorGalleryTip> tips;
+    /// The languages that were asked for; empty for all that the packages have.
+    QStringList locales;
+    /// The looks in which tips are drawn.
+    QStringList looks;
     /// The names of tips that an older gallery had.
     QStringList gone;
 };
@@ -104,8 +108,10 @@ std::optional<AuthorGalleryData> readList(const QByteArray& bytes);
 
 /// Returns what a tip is called where there are tips of several packages.
 QString nameOf(const AuthorGalleryTip& tip, bool areSeveral);
-/// Returns whether a title, a clip or a picture differs that both have.
-bool isDifferent(const AuthorGalleryTip& left, const AuthorGalleryTip& right);
+/// Returns whether a title, a clip or a picture differs, or is in one gallery alone although the
+/// other one would show it too.
+bool isDifferent(const AuthorGalleryData& leftGallery, const AuthorGalleryTip& left,
+                 const AuthorGalleryData& rightGallery, const AuthorGalleryTip& right);
 /// Returns @p name with letters, digits, "." and "-" alone, different for different names.
 QString safeName(const QString& name);
 /// Returns the file of an image, always the same for the same image.

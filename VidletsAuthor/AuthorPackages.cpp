@@ -65,6 +65,11 @@ bool AuthorPackages::add(const QString& path, QString& reason)
     return true;
 }
 
+QString AuthorPackages::noneIn(const QString& path)
+{
+    return u"There is no package in \"%1\"."_s.arg(path);
+}
+
 void AuthorPackages::addDataPath(const QString& path)
 {
     const auto entries = AuthorFiles::list(path);

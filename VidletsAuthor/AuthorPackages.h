@@ -38,6 +38,9 @@ public:
     /// Adds what @p path leads to. False, with the @p reason as a sentence, where there is nothing.
     bool add(const QString& path, QString& reason);
 
+    /// Returns the sentence for a directory @p path that leads to no package.
+    static QString noneIn(const QString& path);
+
     /// Reports the names that stand in several data paths; to be called when all is added.
     void reportShadowed();
 

@@ -38,7 +38,8 @@ private Q_SLOTS:
     void safeName_isPlain_andDifferentForDifferentNames();
     void readList_givesWhatWasWritten();
     void readList_givesNothing_whenItIsNoList();
-    void isDifferent_looksAtPicturesOfTheSameLook();
+    void isDifferent_looksAtPicturesThatBothCouldHave();
+    void isDifferent_looksAtLanguages();
     void tipList_knowsLocales();
     void commandLine_fillsInPlace();
     void placeIn_readsPlace();
@@ -62,6 +63,8 @@ void TestAuthorGalleryPage::readList_givesWhatWasWritten()
 {
     AuthorGalleryData data;
     data.tips.append(tip(u"1"_s));
+    data.looks = QStringList{u"light"_s, u"dark, × 2"_s};
+    data.locales = QStringList{u"en_US"_s};
 
     const auto read = AuthorGalleryPage::readList(AuthorGalleryPage::list(data));
 
@@ -69,7 +72,10 @@ void TestAuthorGalleryPage::readList_givesWhatWasWritten()
     QCOMPARE(read->tips.size(), 1);
     QCOMPARE(read->tips.constFirst().key, u"pen \"1\""_s);
     QCOMPARE(read->tips.constFirst().pictures.constFirst().file, u"pictures/a.png"_s);
-    QVERIFY(!AuthorGalleryPage::isDifferent(read->tips.constFirst(), data.tips.constFirst()));
+    QCOMPARE(read->looks, data.looks);
+    QCOMPARE(read->locales, data.locales);
+    QVERIFY(!AuthorGalleryPage::isDifferent(*read, read->tips.constFirst(), data,
+                                            data.tips.constFirst()));
 }
 
 void TestAuthorGalleryPage::readList_givesNothing_whenItIsNoList()
@@ -78,17 +84,43 @@ void TestAuthorGalleryPage::readList_givesNothing_whenItIsNoList()
     QVERIFY(!AuthorGalleryPage::readList("nonsense"));
 }
 
-void TestAuthorGalleryPage::isDifferent_looksAtPicturesOfTheSameLook()
+void TestAuthorGalleryPage::isDifferent_looksAtPicturesThatBothCouldHave()
 {
     const AuthorGalleryTip one = tip(u"1"_s);
     AuthorGalleryTip other = tip(u"2"_s);
-    QVERIFY(AuthorGalleryPage::isDifferent(one, other));
+    AuthorGalleryData light;
+    light.looks = QStringList{u"light"_s};
+    AuthorGalleryData dark;
+    dark.looks = QStringList{u"dark"_s};
+    QVERIFY(AuthorGalleryPage::isDifferent(light, one, light, other));
 
     other.pictures[0].look = u"dark"_s;
-    QVERIFY(!AuthorGalleryPage::isDifferent(one, other));
+    QVERIFY(!AuthorGalleryPage::isDifferent(light, one, dark, other));
 
     other.title = u"Quill"_s;
-    QVERIFY(AuthorGalleryPage::isDifferent(one, other));
+    QVERIFY(AuthorGalleryPage::isDifferent(light, one, dark, other));
+}
+
+/// One that is gone, or new, as a whole.
+void TestAuthorGalleryPage::isDifferent_looksAtLanguages()
+{
+    AuthorGalleryData all;
+    all.looks = QStringList{u"light"_s};
+    AuthorGalleryData some = all;
+    some.locales = QStringList{u"en_US"_s};
+    const AuthorGalleryTip one = tip(u"1"_s);
+    AuthorGalleryTip more = one;
+    more.pictures.append(one.pictures);
+    more.pictures[1].locale = u"de_DE"_s;
+    QVERIFY(AuthorGalleryPage::isDifferent(all, more, all, one));
+    QVERIFY(AuthorGalleryPage::isDifferent(all, one, all, more));
+    // The other one was not asked for it.
+    QVERIFY(!AuthorGalleryPage::isDifferent(all, more, some, one));
+    QVERIFY(!AuthorGalleryPage::isDifferent(some, one, all, more));
+
+    // There is no tip in this language, which is no news.
+    more.pictures[1].digest.clear();
+    QVERIFY(!AuthorGalleryPage::isDifferent(all, one, all, more));
 }
 
 void TestAuthorGalleryPage::tipList_knowsLocales()
