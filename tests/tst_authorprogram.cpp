@@ -73,45 +73,94 @@ private Q_SLOTS:
 
 void TestAuthorProgram::wrongUse_endsWithTwo_data()
 {
-    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("arguments");
+    QTest::addColumn<QString>("sentence");
 
-    QTest::newRow("no command") << QStringList();
-    QTest::newRow("strings of nothing") << QStringList{u"strings"_s};
-    QTest::newRow("strings of two") << QStringList{u"strings"_s, u"."_s, u".."_s};
-    QTest::newRow("strings without package") << QStringList{u"strings"_s, u"/dev"_s};
-    QTest::newRow("strings for no locale")
-        << QStringList{u"strings"_s, u"."_s, u"--locale"_s, u"xx"_s};
-    QTest::newRow("unknown command") << QStringList{u"verify"_s};
-    QTest::newRow("unknown option") << QStringList{u"check"_s, u"--nonsense"_s, u"."_s};
-    QTest::newRow("unknown format") << QStringList{u"check"_s, u"--format"_s, u"yaml"_s, u"."_s};
-    QTest::newRow("unknown rule") << QStringList{u"check"_s, u"--set"_s, u"no-rule=off"_s, u"."_s};
-    QTest::newRow("unknown severity")
-        << QStringList{u"check"_s, u"--set"_s, u"key-blank=x"_s, u"."_s};
-    QTest::newRow("unknown rule to explain")
-        << QStringList{u"check"_s, u"--explain"_s, u"no-rule"_s};
-    QTest::newRow("no path") << QStringList{u"check"_s};
-    QTest::newRow("missing path") << QStringList{u"check"_s, u"/nowhere"_s};
-    QTest::newRow("clip without recording") << QStringList{u"clip"_s};
-    QTest::newRow("clip of nothing") << QStringList{u"clip"_s, u"/nowhere.mp4"_s};
-    QTest::newRow("clip of no size") << QStringList{u"clip"_s, u"a.mp4"_s, u"--size"_s, u"big"_s};
-    QTest::newRow("clip of no rate") << QStringList{u"clip"_s, u"a.mp4"_s, u"--fps"_s, u"61"_s};
-    QTest::newRow("clip of no time") << QStringList{u"clip"_s, u"a.mp4"_s, u"--from"_s, u"1,5"_s};
-    QTest::newRow("preview of nothing") << QStringList{u"preview"_s};
-    QTest::newRow("preview of missing path") << QStringList{u"preview"_s, u"/nowhere"_s};
-    QTest::newRow("new without directory") << QStringList{u"new"_s};
-    QTest::newRow("new with two") << QStringList{u"new"_s, u"/nowhere/A.vidlets"_s,
-                                                 u"/nowhere/B.vidlets"_s};
+    const auto row = [](const char* name, const QString& arguments, const QString& sentence) {
+        QTest::newRow(name) << arguments << sentence;
+    };
+    row("no command", QString(), u"Which command? \"vidlets --help\" lists them."_s);
+    row("unknown command", u"verify"_s,
+        u"There is no command \"verify\". \"vidlets --help\" lists them."_s);
+    row("strings of nothing", u"strings"_s, u"Of which package? vidlets strings PATH"_s);
+    row("strings of two", u"strings {PACKAGE} {PACKAGE}"_s,
+        u"Of which package? vidlets strings PATH"_s);
+    row("strings without package", u"strings {EMPTY}"_s, u"There is no package in \"{EMPTY}\"."_s);
+    row("strings for no locale", u"strings {PACKAGE} --locale xx"_s,
+        u"There is no locale \"xx\"."_s);
+    row("strings without translations", u"strings {BARE}"_s,
+        u"There are no translations yet; --locale LOCALE begins one."_s);
+    row("unknown option", u"check --nonsense {PACKAGE}"_s, u"Unknown option 'nonsense'."_s);
+    row("unknown format", u"check --format yaml {PACKAGE}"_s,
+        u"\"yaml\" is not text, json, sarif or junit."_s);
+    row("unknown rule", u"check --set no-rule=off {PACKAGE}"_s, u"There is no rule \"no-rule\"."_s);
+    row("unknown severity", u"check --set key-blank=x {PACKAGE}"_s,
+        u"\"key-blank=x\" does not say RULE=error, warning, note or off."_s);
+    row("unknown rule to explain", u"check --explain no-rule"_s,
+        u"There is no rule \"no-rule\"."_s);
+    row("check for no locale", u"check {PACKAGE} --locale xx_bad"_s,
+        u"There is no locale \"xx_bad\"."_s);
+    row("check for a locale without name", u"check {PACKAGE} --locale="_s,
+        u"There is no locale \"\"."_s);
+    row("no path", u"check"_s, u"What is to be checked? vidlets check PATH..."_s);
+    row("missing path", u"check {PACKAGE} /nowhere"_s, u"There is no \"/nowhere\"."_s);
+    row("check without package", u"check {EMPTY}"_s, u"There is no package in \"{EMPTY}\"."_s);
+    row("check without package beside one", u"check {PACKAGE} {EMPTY}"_s,
+        u"There is no package in \"{EMPTY}\"."_s);
+    row("gallery without package", u"gallery {EMPTY} -o {OUT}"_s,
+        u"There is no package in \"{EMPTY}\"."_s);
+    row("gallery for no locale", u"gallery {PACKAGE} -o {OUT} --locale zzz"_s,
+        u"There is no locale \"zzz\"."_s);
+    row("gallery of nothing", u"gallery -o {OUT}"_s,
+        u"What is to be drawn? vidlets gallery PATH -o DIR"_s);
+    row("gallery without directory", u"gallery {PACKAGE}"_s,
+        u"Where to? vidlets gallery PATH -o DIR"_s);
+    row("clip without recording", u"clip"_s,
+        u"\"vidlets clip\" makes one clip: vidlets clip IN."_s);
+    row("clip of nothing", u"clip /nowhere.mp4"_s, u"There is no \"/nowhere.mp4\"."_s);
+    row("clip of no size", u"clip {CLIP} --size big"_s, u"\"big\" is no size such as 320x180."_s);
+    row("clip of no rate", u"clip {CLIP} --fps 61"_s, u"\"61\" is no rate from 1 to 60."_s);
+    row("clip of no time", u"clip {CLIP} --from 1,5"_s,
+        u"\"1,5\" is no time such as 1.5 or 2:03.25."_s);
+    row("clip without name", u"clip {CLIP} -o "_s, u"The clip has no name."_s);
+    row("preview of nothing", u"preview"_s, u"What is to be shown? vidlets preview PATH"_s);
+    row("preview of missing path", u"preview /nowhere"_s, u"There is no \"/nowhere\"."_s);
+    row("new without directory", u"new"_s,
+        u"\"vidlets new\" makes one package: vidlets new DIR."_s);
+    row("new with two", u"new {OUT}/A.vidlets {OUT}/B.vidlets"_s,
+        u"\"vidlets new\" makes one package: vidlets new DIR."_s);
 }
 
+/// But for what is wrong in them, the commands could be carried out.
 void TestAuthorProgram::wrongUse_endsWithTwo()
 {
-    QFETCH(const QStringList, arguments);
+    QFETCH(const QString, arguments);
+    QFETCH(const QString, sentence);
+    PackageBuilder files;
+    ClipWriter clips;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"pen"_s);
+    files.writeScene(u"A.vidlets"_s);
+    files.write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, "<TS version=\"2.1\"/>");
+    files.writeTip(u"bare/B.vidlets"_s, u"a.xml"_s, u"pen"_s);
+    QVERIFY(QDir(files.dataPath()).mkdir(u"empty"_s));
+    const auto filledIn = [&](QString text) {
+        return text.replace(u"{PACKAGE}"_s, files.path(u"A.vidlets"_s))
+            .replace(u"{BARE}"_s, files.path(u"bare"_s))
+            .replace(u"{EMPTY}"_s, files.path(u"empty"_s))
+            .replace(u"{CLIP}"_s, clips.path(u"in.mp4"_s))
+            .replace(u"{OUT}"_s, files.path(u"out"_s));
+    };
+    if (arguments.contains("{CLIP}"_L1))
+        clips.testClip(u"in.mp4"_s, u"libx264"_s, {64, 48}, 25, 5);
 
-    const Outcome outcome = run(arguments);
+    const Outcome outcome =
+        run(arguments.isEmpty() ? QStringList() : filledIn(arguments).split(u' '));
 
+    QCOMPARE(QString::fromUtf8(outcome.err), u"vidlets: %1\n"_s.arg(filledIn(sentence)));
     QCOMPARE(outcome.code, 2);
-    QVERIFY(outcome.out.isEmpty());
-    QCOMPARE(outcome.err.count('\n'), 1);
+    QCOMPARE(outcome.out, QByteArray());
+    QVERIFY(!QFileInfo::exists(files.path(u"out"_s)));
+    QVERIFY(!QFileInfo::exists(clips.path(u"in-2.mp4"_s)));
 }
 
 void TestAuthorProgram::help_isThereForEachCommand()
@@ -119,7 +168,8 @@ void TestAuthorProgram::help_isThereForEachCommand()
     for (const QStringList& arguments :
          {QStringList{u"--help"_s}, QStringList{u"check"_s, u"--help"_s},
           QStringList{u"clip"_s, u"--help"_s}, QStringList{u"gallery"_s, u"--help"_s},
-          QStringList{u"new"_s, u"-h"_s}, QStringList{u"preview"_s, u"--help"_s}}) {
+          QStringList{u"new"_s, u"-h"_s}, QStringList{u"preview"_s, u"--help"_s},
+          QStringList{u"strings"_s, u"--help"_s}}) {
         const Outcome outcome = run(arguments);
         QCOMPARE(outcome.code, 0);
         QVERIFY(outcome.out.startsWith("Usage: vidlets "));

@@ -53,7 +53,10 @@ Command::ExitCode check(const QCommandLineParser& parser, Format report)
         if (!check.add(path, reason))
             return Command::wrongUse(reason);
     }
-    check.setLocales(parser.values(u"locale"_s));
+    QStringList locales;
+    if (!Command::readLocales(parser.values(u"locale"_s), locales, reason))
+        return Command::wrongUse(reason);
+    check.setLocales(locales);
     const QList<AuthorFinding> findings = check.run();
     Command::print(report(findings));
     return AuthorReport::isFailed(findings) ? Command::Found : Command::Fine;

@@ -35,6 +35,10 @@ ExitCode wrongUse(const QString& reason);
 bool parse(QCommandLineParser& parser, const QString& name, const QStringList& arguments,
            ExitCode& code);
 
+/// Reads the values of "--locale", each of which becomes a name as the library has it in files.
+/// False, with the @p reason, where one is no locale.
+bool readLocales(const QStringList& values, QStringList& locales, QString& reason);
+
 /// A handler of Qt's messages that lets only those through that end the program or break it.
 void writeGraveMessage(QtMsgType type, const QMessageLogContext& context, const QString& message);
 

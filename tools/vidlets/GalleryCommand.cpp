@@ -34,7 +34,7 @@ bool readScales(const QStringList& values, QList<double>& scales)
 void printKeys(const QString& word, const QStringList& keys)
 {
     for (const QString& key : keys)
-        Command::print(u"%1: %2\n"_s.arg(word, key).toUtf8());
+        Command::print(u"%1: %2\n"_s.arg(word, printable(key)).toUtf8());
 }
 
 Command::ExitCode makeGallery(const AuthorGalleryOptions& options)
@@ -50,10 +50,10 @@ Command::ExitCode makeGallery(const AuthorGalleryOptions& options)
     printKeys(u"new"_s, result.added);
     printKeys(u"gone"_s, result.gone);
     // All at once, since the directory may have a "%2" in it.
-    Command::print(
-        u"%1/index.html: %2 tips, %3 failed\n"_s
-            .arg(options.directory, QString::number(result.tips), QString::number(result.failed))
-            .toUtf8());
+    Command::print(u"%1/index.html: %2 tips, %3 failed\n"_s
+                       .arg(printable(options.directory), QString::number(result.tips),
+                            QString::number(result.failed))
+                       .toUtf8());
     return result.failed > 0 || result.hasFaults ? Command::Found : Command::Fine;
 }
 
@@ -116,8 +116,9 @@ Command::ExitCode runGallery(const QStringList& arguments)
         return Command::wrongUse(u"Where to? vidlets gallery PATH -o DIR"_s);
     if (!readScales(parser.values(u"scale"_s), options.scales))
         return Command::wrongUse(u"A scale is a number from 0.25 to 8."_s);
-    options.locales = parser.values(u"locale"_s);
-    options.locales.removeDuplicates();
+    QString reason;
+    if (!Command::readLocales(parser.values(u"locale"_s), options.locales, reason))
+        return Command::wrongUse(reason);
     options.isDark = parser.isSet(u"dark"_s);
     options.isRightToLeft = parser.isSet(u"rtl"_s);
     options.oldDirectory = parser.value(u"compare"_s);

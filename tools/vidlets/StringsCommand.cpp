@@ -4,7 +4,6 @@
 #include "Command.h"
 
 #include <QCommandLineParser>
-#include <QLocale>
 
 #include <cstdio>
 
@@ -15,20 +14,6 @@ using namespace Qt::StringLiterals;
 using namespace Vidlets;
 
 namespace {
-
-/// The locales as the library names them in files.
-bool readLocales(const QStringList& wanted, QStringList& locales, QString& reason)
-{
-    for (const QString& locale : wanted) {
-        const QString name = QLocale(locale).name();
-        if (name == "C"_L1) {
-            reason = u"There is no locale \"%1\"."_s.arg(locale);
-            return false;
-        }
-        locales.append(name);
-    }
-    return true;
-}
 
 void take(AuthorStringsFiles& files, const QCommandLineParser& parser, const QStringList& locales)
 {
@@ -43,10 +28,10 @@ void take(AuthorStringsFiles& files, const QCommandLineParser& parser, const QSt
 
 void tell(const AuthorStringsFiles& files)
 {
-    if (!files.report().isEmpty())
-        Command::print(files.report().join(u'\n').toUtf8() + '\n');
+    for (const QString& line : files.report())
+        Command::print(printable(line).toUtf8() + '\n');
     for (const QString& fault : files.faults())
-        std::fprintf(stderr, "vidlets: %s\n", qUtf8Printable(fault));
+        std::fprintf(stderr, "vidlets: %s\n", qUtf8Printable(printable(fault)));
 }
 
 Command::ExitCode update(const QCommandLineParser& parser, const AuthorPackages& packages,
@@ -93,13 +78,13 @@ Command::ExitCode runStrings(const QStringList& arguments)
         return Command::wrongUse(u"Of which package? vidlets strings PATH"_s);
     QStringList locales;
     QString reason;
-    if (!readLocales(parser.values(u"locale"_s), locales, reason))
+    if (!Command::readLocales(parser.values(u"locale"_s), locales, reason))
         return Command::wrongUse(reason);
     AuthorFindings findings;
     AuthorPackages packages(findings);
     if (!packages.add(paths.constFirst(), reason))
         return Command::wrongUse(reason);
     if (packages.packages().isEmpty())
-        return Command::wrongUse(u"There is no package in \"%1\"."_s.arg(paths.constFirst()));
+        return Command::wrongUse(AuthorPackages::noneIn(paths.constFirst()));
     return update(parser, packages, locales);
 }

@@ -5,12 +5,15 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
+
+#include <VidletsAuthor/AuthorFinding.h>
 
 using namespace Qt::StringLiterals;
 
@@ -24,7 +27,7 @@ void print(const QByteArray& text)
 
 ExitCode wrongUse(const QString& reason)
 {
-    const QByteArray line = "vidlets: " + reason.toUtf8() + '\n';
+    const QByteArray line = "vidlets: " + Vidlets::printable(reason).toUtf8() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
     return WrongUse;
 }
@@ -50,6 +53,21 @@ bool parse(QCommandLineParser& parser, const QString& name, const QStringList& a
     print(text.toUtf8());
     code = Fine;
     return false;
+}
+
+bool readLocales(const QStringList& values, QStringList& locales, QString& reason)
+{
+    for (const QString& value : values) {
+        // What it does not know Qt takes for "C", which nobody speaks.
+        const QString name = QLocale(value).name();
+        if (name == "C"_L1) {
+            reason = u"There is no locale \"%1\"."_s.arg(value);
+            return false;
+        }
+        if (!locales.contains(name))
+            locales.append(name);
+    }
+    return true;
 }
 
 void writeGraveMessage(QtMsgType type, const QMessageLogContext& /*context*/,
