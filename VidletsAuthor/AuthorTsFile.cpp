@@ -40,7 +40,8 @@ QString readText(QXmlStreamReader& reader, QStringList& kept)
             const QString value = reader.attributes().value("value"_L1).toString();
             const bool isHex = value.startsWith(u'x');
             if (reader.name() == "byte"_L1)
-                text += QChar(isHex ? value.mid(1).toUShort(nullptr, 16) : value.toUShort());
+                text += QChar(
+                    QStringView(value).sliced(isHex ? 1 : 0).toUShort(nullptr, isHex ? 16 : 10));
             reader.skipCurrentElement();
         }
     }
@@ -154,11 +155,11 @@ QString protectedText(const QString& text)
     const auto isControl = [](QChar character) {
         return character.unicode() < 0x20 && character != u'\n' && character != u'\t';
     };
-    const QString known = AuthorXmlCopy::protectedText(text);
+    QString known = AuthorXmlCopy::protectedText(text);
     if (std::none_of(known.cbegin(), known.cend(), isControl))
         return known;
     QString result;
-    for (const QChar character : known) {
+    for (const QChar character : std::as_const(known)) {
         if (isControl(character))
             result += u"<byte value=\"x%1\"/>"_s.arg(character.unicode(), 0, 16);
         else
