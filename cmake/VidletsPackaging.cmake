@@ -50,7 +50,9 @@ set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vidlets-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-# Programs that it starts, each for one command alone.
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "ffmpeg, qt6-declarative-dev-tools, qt6-l10n-tools")
+# Without qmllint no check of a scene is a whole one, and each says so with a warning.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS qt6-declarative-dev-tools)
+# For one command alone, and to go on with what another one writes.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "ffmpeg, qt6-l10n-tools")
 
 include(CPack)
