@@ -243,7 +243,7 @@ void AuthorControlReader::readRoot()
     for (qint64 number = end.line; number > 0; --number) {
         const QString text = QString::fromUtf8(line(number));
         const qsizetype from = number == end.line ? qMin(end.column, text.size()) : text.size();
-        const qsizetype at = text.left(from).lastIndexOf(u'<' + m_rootName);
+        const qsizetype at = QStringView(text).left(from).lastIndexOf(u'<' + m_rootName);
         if (at >= 0) {
             m_start = {number, at + 1};
             break;

@@ -97,7 +97,7 @@ QString printable(const QString& text)
         const char16_t code = text.at(at).unicode();
         result += QStringView(text).sliced(end, at - end);
         if (code == u'\n')
-            result += "\\n"_L1;
+            result += R"(\n)"_L1;
         else if (code < 0x100)
             result += u"\\x%1"_s.arg(code, 2, 16, QLatin1Char('0'));
         else

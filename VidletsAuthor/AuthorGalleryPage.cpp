@@ -228,7 +228,7 @@ AuthorGalleryTip tipOf(const QJsonObject& object)
     tip.key = object.value("key"_L1).toString();
     tip.title = object.value("title"_L1).toString();
     const QJsonArray pictures = object.value("pictures"_L1).toArray();
-    for (const QJsonValue& value : pictures) {
+    for (const auto& value : pictures) {
         AuthorGalleryPicture picture;
         picture.locale = value["locale"_L1].toString();
         picture.look = value["look"_L1].toString();
@@ -237,7 +237,7 @@ AuthorGalleryTip tipOf(const QJsonObject& object)
         tip.pictures.append(picture);
     }
     const QJsonArray clips = object.value("clips"_L1).toArray();
-    for (const QJsonValue& value : clips) {
+    for (const auto& value : clips) {
         AuthorGalleryClip clip;
         clip.name = value["name"_L1].toString();
         clip.file = value["file"_L1].toString();
@@ -251,7 +251,7 @@ QStringList stringsOf(const QJsonValue& list)
 {
     QStringList result;
     const QJsonArray values = list.toArray();
-    for (const QJsonValue& value : values)
+    for (const auto& value : values)
         result.append(value.toString());
     return result;
 }
@@ -327,7 +327,7 @@ std::optional<AuthorGalleryData> AuthorGalleryPage::readList(const QByteArray& b
         return std::nullopt;
     AuthorGalleryData data;
     const QJsonArray tips = object.value("tips"_L1).toArray();
-    for (const QJsonValue& value : tips)
+    for (const auto& value : tips)
         data.tips.append(tipOf(value.toObject()));
     data.locales = stringsOf(object.value("locales"_L1));
     data.looks = stringsOf(object.value("looks"_L1));
