@@ -50,8 +50,9 @@ set(CPACK_DEBIAN_HOST_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vidlets-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
-# Without qmllint no check of a scene is a whole one, and each says so with a warning.
-set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS qt6-declarative-dev-tools)
+# Without qmllint no check of a scene is a whole one, and each says so with a warning. It reads what
+# timers and sizes are from the module QtQml.
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "qt6-declarative-dev-tools, qml6-module-qtqml")
 # For one command alone, and to go on with what another one writes.
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "ffmpeg, qt6-l10n-tools")
 

@@ -58,6 +58,7 @@ private Q_SLOTS:
     void suppression_switchesOff();
     void sceneOfOtherPackage_isKnown();
     void absence_isSaidOfPackage();
+    void builtinsOfQtItself_areNoFinding();
     void hang_isSaidOfScene();
     void crash_isSaidOfSceneAlone();
     void installedTypes_needNothingElse();
@@ -223,6 +224,27 @@ void TestAuthorScenes::absence_isSaidOfPackage()
 
     QCOMPARE(scenePlaces(findings), QStringList{u"scene-unchecked A.vidlets:0:0"_s});
     QVERIFY(findings.constFirst().message.contains("there is no such program"_L1));
+}
+
+void TestAuthorScenes::builtinsOfQtItself_areNoFinding()
+{
+    PackageBuilder files;
+    const AuthorSceneOutline scene(u"import QtQuick\nItem {}"_s);
+    AuthorFindings findings;
+    AuthorQmllint qmllint(findings);
+    qmllint.add(u"/a/A.qml"_s, u"A.qml"_s, scene);
+
+    qmllint.check(standIn(
+        files,
+        "cat >\"$2\" <<END\n"
+        "{\"files\":[{\"filename\":\"$5\",\"success\":false,\"warnings\":["
+        "{\"line\":1,\"column\":1,\"type\":\"warning\",\"message\":\"Failed to find the "
+        "following builtins: jsroot.qmltypes (so will use qrc). Import paths used:\"},"
+        "{\"line\":1,\"column\":1,\"type\":\"warning\",\"message\":\"Warnings occurred while "
+        "importing base modules:\"},"
+        "{\"line\":2,\"column\":1,\"type\":\"warning\",\"message\":\"Other\"}]}]}\nEND\n"));
+
+    QCOMPARE(scenePlaces(findings.all()), QStringList{u"scene-lint A.qml:2:1"_s});
 }
 
 void TestAuthorScenes::hang_isSaidOfScene()
