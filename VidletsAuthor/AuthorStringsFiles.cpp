@@ -101,7 +101,7 @@ std::optional<AuthorTsFile> AuthorStringsFiles::read(const QString& path, const 
     }
     AuthorTsFile::Fault fault;
     const auto bytes = AuthorFiles::read(path, fault.reason);
-    const auto file = bytes ? AuthorTsFile::read(*bytes, fault) : std::nullopt;
+    auto file = bytes ? AuthorTsFile::read(*bytes, fault) : std::nullopt;
     if (!file)
         m_faults.append(u"%1:%2: The file is left as it is, since it cannot be read: %3"_s.arg(
             path, QString::number(fault.position.line), fault.reason));
