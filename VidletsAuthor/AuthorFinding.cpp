@@ -107,6 +107,11 @@ QString printable(const QString& text)
     return end == 0 ? text : result + text.mid(end);
 }
 
+QString counted(qsizetype count, const QString& noun)
+{
+    return QString::number(count) + u' ' + noun + (count == 1 ? QString() : u"s"_s);
+}
+
 QStringList suppressedRules(const QString& comment)
 {
     static const QRegularExpression pattern(

@@ -30,6 +30,9 @@ std::optional<AuthorSeverity> severityNamed(QStringView name);
 /// Returns @p text as it may be shown on one line of a terminal: what would steer it is spelt out.
 QString printable(const QString& text);
 
+/// Returns @p count and @p noun, which is in the plural for any number but one.
+QString counted(qsizetype count, const QString& noun);
+
 /// One thing that is wrong at one place.
 struct AuthorFinding
 {

@@ -130,9 +130,10 @@ QString clipOf(const AuthorGalleryClip& clip)
 {
     if (clip.file.isNull())
         return u"<figure><pre>%1 cannot be opened.</pre></figure>\n"_s.arg(escaped(clip.name));
-    const QString caption = u"%1: %2 pictures, %3 a second, %4 × %5"_s.arg(
-        escaped(clip.name), QString::number(clip.frames), QString::number(clip.frameRate, 'g', 4),
-        QString::number(clip.frameSize.width()), QString::number(clip.frameSize.height()));
+    const QString caption = u"%1: %2, %3 a second, %4 × %5"_s.arg(
+        escaped(clip.name), counted(clip.frames, u"picture"_s),
+        QString::number(clip.frameRate, 'g', 4), QString::number(clip.frameSize.width()),
+        QString::number(clip.frameSize.height()));
     return u"<figure class=\"strip\">%1<figcaption>%2</figcaption></figure>\n"_s.arg(
         imageOf(clip.file, clip.size, clip.name), caption);
 }
@@ -195,8 +196,8 @@ QString summaryOf(const AuthorGalleryData& data)
         [](const AuthorGalleryTip& tip) { return tip.change == AuthorGalleryChange::Changed; });
     const QString added =
         count([](const AuthorGalleryTip& tip) { return tip.change == AuthorGalleryChange::Added; });
-    return u"<p>%1 tips, %2 failed, %3 changed, %4 new, %5 gone</p>\n"_s.arg(
-        QString::number(data.tips.size()), failed, changed, added,
+    return u"<p>%1, %2 failed, %3 changed, %4 new, %5 gone</p>\n"_s.arg(
+        counted(data.tips.size(), u"tip"_s), failed, changed, added,
         QString::number(data.gone.size()));
 }
 

@@ -76,7 +76,7 @@ bool AuthorStringsFiles::update(const QString& locale)
     if (locale == AuthorStrings::pseudoLocale()) {
         const AuthorTsFile file = m_strings.pseudo();
         m_report.append(
-            u"%1: %2 texts in other words"_s.arg(path, QString::number(file.messages.size())));
+            u"%1: %2 in other words"_s.arg(path, counted(file.messages.size(), u"text"_s)));
         return save(path, file.write()) && compile(path, file);
     }
     auto file = read(path, locale);
@@ -84,8 +84,8 @@ bool AuthorStringsFiles::update(const QString& locale)
         return false;
     const AuthorStrings::Change change = m_strings.update(*file);
     // All at once, since a path may have a "%2" in it.
-    m_report.append(u"%1: %2 texts, %3 new, %4 gone, %5 unfinished"_s.arg(
-        path, QString::number(m_strings.messages().size()), QString::number(change.added),
+    m_report.append(u"%1: %2, %3 new, %4 gone, %5 unfinished"_s.arg(
+        path, counted(m_strings.messages().size(), u"text"_s), QString::number(change.added),
         QString::number(change.gone), QString::number(change.unfinished)));
     return save(path, file->write()) && (!m_isCompiling || compile(path, *file));
 }
@@ -118,7 +118,7 @@ bool AuthorStringsFiles::compile(const QString& path, const AuthorTsFile& file)
         m_report.append(u"%1: not written, since nothing is translated"_s.arg(compiled));
         return true;
     }
-    m_report.append(u"%1: %2 translations"_s.arg(compiled, QString::number(count)));
+    m_report.append(u"%1: %2"_s.arg(compiled, counted(count, u"translation"_s)));
     return save(compiled, file.compiled());
 }
 

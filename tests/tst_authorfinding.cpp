@@ -16,6 +16,7 @@ private Q_SLOTS:
     void severity_goesByItsName();
     void suppressedRules_areListed();
     void unsuppressed_leavesOutRanges();
+    void counted_isInThePlural_butForOne();
 };
 
 void TestAuthorFinding::severity_goesByItsName()
@@ -55,6 +56,13 @@ void TestAuthorFinding::unsuppressed_leavesOutRanges()
     const QStringList expected{u"a1blank"_s, u"a4blank"_s, u"a5blank"_s, u"b3blank"_s,
                                u"a3twice"_s};
     QCOMPARE(left, expected);
+}
+
+void TestAuthorFinding::counted_isInThePlural_butForOne()
+{
+    QCOMPARE(counted(0, u"tip"_s), u"0 tips"_s);
+    QCOMPARE(counted(1, u"tip"_s), u"1 tip"_s);
+    QCOMPARE(counted(2, u"tip"_s), u"2 tips"_s);
 }
 
 int main(int argc, char** argv)

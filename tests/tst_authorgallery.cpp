@@ -171,7 +171,7 @@ void TestAuthorGallery::gallery_showsTemplate()
 
     QCOMPARE(outcome.err, QByteArray());
     QCOMPARE(outcome.code, 0);
-    QVERIFY(outcome.out.contains("1 tips, 0 failed"));
+    QVERIFY(outcome.out.contains("1 tip, 0 failed"));
     const QByteArray page = pageOf(files.path(u"out"_s));
     QVERIFY(page.contains("<h3>Pen<code>tool.pen</code>"));
     QVERIFY(page.contains("<th>de_DE</th><th>en_US</th>"));

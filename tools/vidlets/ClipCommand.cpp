@@ -89,8 +89,8 @@ QString tell(const QString& path, const AuthorClipCost& cost)
 {
     constexpr double kMegabyte = 1'000'000.0;
     // All at once, since a name may have a "%2" in it.
-    return u"%1: %2 pictures of %3 x %4, %5 a second; %6 MB on disk, %7 MB in memory\n"_s.arg(
-        printable(path), QString::number(cost.pictures), QString::number(cost.size.width()),
+    return u"%1: %2 of %3 x %4, %5 a second; %6 MB on disk, %7 MB in memory\n"_s.arg(
+        printable(path), counted(cost.pictures, u"picture"_s), QString::number(cost.size.width()),
         QString::number(cost.size.height()), QString::number(cost.rate, 'g', 4),
         QString::number(double(cost.fileBytes) / kMegabyte, 'f', 2),
         QString::number(double(cost.memoryBytes) / kMegabyte, 'f', 1));

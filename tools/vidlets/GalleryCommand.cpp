@@ -50,8 +50,8 @@ Command::ExitCode makeGallery(const AuthorGalleryOptions& options)
     printKeys(u"new"_s, result.added);
     printKeys(u"gone"_s, result.gone);
     // All at once, since the directory may have a "%2" in it.
-    Command::print(u"%1/index.html: %2 tips, %3 failed\n"_s
-                       .arg(printable(options.directory), QString::number(result.tips),
+    Command::print(u"%1/index.html: %2, %3 failed\n"_s
+                       .arg(printable(options.directory), counted(result.tips, u"tip"_s),
                             QString::number(result.failed))
                        .toUtf8());
     return result.failed > 0 || result.hasFaults ? Command::Found : Command::Fine;
