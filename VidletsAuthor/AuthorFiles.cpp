@@ -111,7 +111,7 @@ std::optional<QByteArray> read(const QString& path, QString& reason, qint64 limi
         return std::nullopt;
     }
     if (file.size() > limit) {
-        reason = u"it is larger than %1 MiB"_s.arg(limit / (1024 * 1024));
+        reason = u"it is larger than %1 MiB"_s.arg(limit / (qint64(1024) * 1024));
         return std::nullopt;
     }
     // Not the whole of it: a file may grow while it is being read.

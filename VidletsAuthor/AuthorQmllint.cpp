@@ -79,8 +79,8 @@ bool write(const QString& path, const QByteArray& content)
 QString suggestionIn(const QJsonObject& warning)
 {
     const QJsonArray suggestions = warning.value("suggestions"_L1).toArray();
-    for (const QJsonValue& suggestion : suggestions) {
-        const QString message = suggestion.toObject().value("message"_L1).toString();
+    for (const auto& suggestion : suggestions) {
+        QString message = suggestion.toObject().value("message"_L1).toString();
         if (message.startsWith("Did you mean"_L1))
             return message;
     }
@@ -109,7 +109,7 @@ QString AuthorQmllint::find()
                       QLibraryInfo::path(QLibraryInfo::LibraryExecutablesPath) + u"/qmllint"_s,
                       u"/usr/lib/qt6/bin/qmllint"_s, u"qmllint6"_s, u"qmllint"_s};
     for (const QString& candidate : candidates) {
-        const QString program = QStandardPaths::findExecutable(candidate);
+        QString program = QStandardPaths::findExecutable(candidate);
         if (!program.isEmpty())
             return program;
     }
@@ -247,13 +247,13 @@ bool AuthorQmllint::take(const QByteArray& report, const QStringList& files)
     });
     if (!isKnown)
         return false;
-    for (const QJsonValue& value : entries) {
+    for (const auto& value : entries) {
         const QJsonObject entry = value.toObject();
         const Copy& copy = *m_copies.constFind(entry.value("filename"_L1).toString());
         const QStringList lines = copy.text.split(u'\n');
         const QJsonArray warnings = entry.value("warnings"_L1).toArray();
         QSet<QByteArray> known;
-        for (const QJsonValue& warning : warnings) {
+        for (const auto& warning : warnings) {
             // Some are told several times over.
             const QByteArray text = QJsonDocument(warning.toObject()).toJson();
             if (!known.contains(text))

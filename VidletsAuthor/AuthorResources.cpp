@@ -124,10 +124,8 @@ void AuthorResources::checkUse(const Use& use)
 {
     const QStringList paths = candidates(use);
     for (const QString& path : paths) {
-        auto known = m_exists.constFind(path);
-        if (known == m_exists.cend())
-            known = m_exists.insert(path, QFileInfo(path).isFile());
-        if (*known)
+        const auto known = m_exists.constFind(path);
+        if (known != m_exists.cend() ? *known : *m_exists.insert(path, QFileInfo(path).isFile()))
             return;
     }
     for (const QString& path : paths) {
@@ -192,10 +190,8 @@ QSet<QString> AuthorResources::packageNamesFor(const Use& use) const
 
 QStringList AuthorResources::packagePaths(const QString& name) const
 {
-    auto known = m_paths.constFind(name);
-    if (known == m_paths.cend())
-        known = m_paths.insert(name, m_packages.pathsOf(name));
-    return *known;
+    const auto known = m_paths.constFind(name);
+    return known != m_paths.cend() ? *known : *m_paths.insert(name, m_packages.pathsOf(name));
 }
 
 /// The path as it is on disk, where it differs from @p path in case; else null.

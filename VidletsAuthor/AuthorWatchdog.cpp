@@ -26,7 +26,6 @@ constexpr qint64 kNsPerMs = 1'000'000;
 
 AuthorWatchdog::AuthorWatchdog(std::chrono::milliseconds patience)
     : m_patienceMs(patience.count())
-    , m_clock(CLOCK_MONOTONIC)
 {
     pthread_getcpuclockid(pthread_self(), &m_clock);
     start();

@@ -63,7 +63,7 @@ private:
     QList<QJSEngine*> m_engines;
     QByteArray m_file;
     /// Counts the time of the thread of the engines.
-    clockid_t m_clock;
+    clockid_t m_clock = CLOCK_MONOTONIC;
     qint64 m_beginMs = 0;
     bool m_isOnWatch = false;
     bool m_wasInterrupted = false;

@@ -9,10 +9,8 @@
 
 class QXmlStreamReader;
 
-namespace Vidlets {
-
 /// Takes parts of an XML file over as they are, for programs that write it anew.
-namespace AuthorXmlCopy {
+namespace Vidlets::AuthorXmlCopy {
 
 /// Returns @p text with its signs as they have to stand in a file. Line ends and other control
 /// characters stay.
@@ -30,8 +28,6 @@ QString take(QXmlStreamReader& reader);
 /// of it over to @p kept. False at the end of the element, and of what can be read.
 bool nextChild(QXmlStreamReader& reader, QStringList& kept);
 
-} // namespace AuthorXmlCopy
-
-} // namespace Vidlets
+} // namespace Vidlets::AuthorXmlCopy
 
 #endif

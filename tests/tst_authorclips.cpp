@@ -122,7 +122,7 @@ void TestAuthorClips::check_findsMemory_aboveLimitAlone()
 {
     const QString path = m_clips.testClip(u"memory.mp4"_s, u"libx264"_s, {64, 48}, 25, 20,
                                           words("-bf 0 -pix_fmt yuv420p"));
-    constexpr qint64 kBytes = 20 * 64 * 48 * 4;
+    constexpr qint64 kBytes = qint64(20) * 64 * 48 * 4;
 
     QCOMPARE(AuthorClipReader::read(path).memoryBytes(), kBytes);
     QCOMPARE(rulesOf(path, kBytes), QStringList());
