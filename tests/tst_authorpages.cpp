@@ -267,7 +267,8 @@ void TestAuthorPages::snippets_areTipsThatWork()
             continue;
         QStringList lines;
         const QJsonValue body = snippet.value("body"_L1);
-        for (const QJsonValue& line : body.isArray() ? body.toArray() : QJsonArray{body})
+        const QJsonArray parts = body.isArray() ? body.toArray() : QJsonArray{body};
+        for (const QJsonValue& line : parts)
             lines.append(line.toString());
         QString text = lines.join(u'\n').replace(gap, u"\\1"_s);
         if (!text.startsWith("<vidlets"_L1))

@@ -318,8 +318,7 @@ void TestAuthorProgram::names_areToldAsTheyAre()
     QVERIFY2(strings.out.contains("/%2 %4.vidlets/l10n/Vidlets_de_DE.ts: 6 texts, 0 new, "),
              strings.out.constData());
     const Outcome gallery = run({u"gallery"_s, package, u"-o"_s, files.path(u"%2 %3"_s)});
-    QVERIFY2(gallery.out.endsWith("/%2 %3/index.html: 1 tip, 0 failed\n"),
-             gallery.out.constData());
+    QVERIFY2(gallery.out.endsWith("/%2 %3/index.html: 1 tip, 0 failed\n"), gallery.out.constData());
 }
 
 void TestAuthorProgram::clip_showsBar_onTerminal()
