@@ -173,7 +173,11 @@ QByteArray sarif(const QList<AuthorFinding>& findings)
     QJsonArray results;
     for (const AuthorFinding& finding : findings)
         results.append(sarifResult(finding));
-    const QJsonObject driver{{u"name"_s, u"vidlets"_s}, {u"rules"_s, rules}};
+    const QJsonObject driver{
+        {u"name"_s, u"vidlets"_s},
+        {u"version"_s, QLatin1StringView(VIDLETS_VERSION)},
+        {u"rules"_s, rules},
+    };
     const QJsonObject run{
         {u"tool"_s, QJsonObject{{u"driver"_s, driver}}},
         {u"columnKind"_s, u"utf16CodeUnits"_s},

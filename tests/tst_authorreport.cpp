@@ -103,7 +103,10 @@ void TestAuthorReport::sarif_namesRuleAndPlace()
                                   .value(u"physicalLocation"_s)
                                   .toObject();
 
+    const QJsonObject driver = run.value(u"tool"_s).toObject().value(u"driver"_s).toObject();
     QCOMPARE(log.value(u"version"_s).toString(), u"2.1.0"_s);
+    QCOMPARE(driver.value(u"name"_s).toString(), u"vidlets"_s);
+    QVERIFY(!driver.value(u"version"_s).toString().isEmpty());
     QVERIFY(log.value(u"$schema"_s).toString().contains(u"sarif-2.1.0.json"_s));
     QCOMPARE(result.value(u"level"_s).toString(), u"error"_s);
     QCOMPARE(place.value(u"artifactLocation"_s).toObject().value(u"uri"_s).toString(),
