@@ -300,7 +300,15 @@ void Host::restOn(const QWidget& control)
     constexpr int kTries = 5;
     bool isThere = false;
     for (int i = 0; i < kTries && !isThere; ++i) {
-        QVERIFY(CompositorScreen::movePointerTo(shownIn->centerOf(control)));
+        // A step aside and back may come as one move, which is none: the compositor takes together
+        // what it has not passed on yet.
+        const QPoint before = QCursor::pos();
+        const QPoint center = shownIn->centerOf(control);
+        if (i > 0) {
+            QVERIFY(CompositorScreen::movePointerTo(center + QPoint(10, 0)));
+            QTRY_VERIFY_WITH_TIMEOUT(QCursor::pos() != before, kPatienceMs);
+        }
+        QVERIFY(CompositorScreen::movePointerTo(center));
         isThere = QTest::qWaitFor(isUp, kPatienceMs / kTries);
     }
     QVERIFY(isThere);
