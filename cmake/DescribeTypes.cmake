@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 
 # cmake -DTYPES=FILE -DOUTPUT=FILE [-DCONTEXT=ON] -P DescribeTypes.cmake: mends the description of the
-# types of a module, and with CONTEXT completes it by what the library gives to each scene through the context, of which tools cannot be told in
-# any other way: each name is described as a singleton of the module.
+# types of a module, and with CONTEXT completes it by what the library gives to each scene through the
+# context, of which tools cannot be told in any other way: each name is described as a singleton of the
+# module.
 #
 # Elements travel as plain objects through lists and properties of type QtObject. Tools would find
 # none of an element's members in them, so the module describes QtObject anew, with those members.

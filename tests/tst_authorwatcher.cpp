@@ -15,17 +15,39 @@ using namespace Vidlets;
 
 namespace {
 
-/// All that the watcher has told of, without the path of @p files.
-QStringList told(const QSignalSpy& spy, const PackageBuilder& files)
+/// A watch of one package, and of those beside it.
+class Watch
 {
-    QStringList paths;
-    for (const QList<QVariant>& arguments : spy)
-        paths += arguments.constFirst().toStringList();
-    paths.replaceInStrings(files.dataPath() + u'/', QString());
-    paths.sort();
-    paths.removeDuplicates();
-    return paths;
-}
+public:
+    Watch(const PackageBuilder& files, const QString& package)
+        : m_root(files.dataPath() + u'/')
+        , m_spy(&m_watcher, &AuthorWatcher::changed)
+    {
+        m_watcher.watch({m_root + package}, {files.dataPath()});
+    }
+
+    /// All that was told of since the last call of forget(), below the data path.
+    QStringList told() const
+    {
+        QStringList paths;
+        for (const QList<QVariant>& arguments : m_spy)
+            paths += arguments.constFirst().toStringList();
+        paths.replaceInStrings(m_root, QString());
+        paths.sort();
+        paths.removeDuplicates();
+        return paths;
+    }
+
+    void forget()
+    {
+        m_spy.clear();
+    }
+
+private:
+    QString m_root;
+    AuthorWatcher m_watcher;
+    QSignalSpy m_spy;
+};
 
 QString saved(PackageBuilder& files, const QString& path)
 {
@@ -52,38 +74,34 @@ void TestAuthorWatcher::changed_isTold_howeverFileIsSaved()
 {
     PackageBuilder files;
     saved(files, u"A.vidlets/a"_s);
-    AuthorWatcher watcher;
-    QSignalSpy spy(&watcher, &AuthorWatcher::changed);
-    watcher.watch({files.path(u"A.vidlets"_s)}, {files.dataPath()});
+    Watch watch(files, u"A.vidlets"_s);
 
     saved(files, u"A.vidlets/a"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/a"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/a"_s});
 
-    spy.clear();
+    watch.forget();
     saved(files, u"A.vidlets/new"_s);
     QVERIFY(QFile::remove(files.path(u"A.vidlets/a"_s)));
     QVERIFY(QFile::rename(files.path(u"A.vidlets/new"_s), files.path(u"A.vidlets/a"_s)));
-    QTRY_VERIFY(told(spy, files).contains(u"A.vidlets/a"_s));
+    QTRY_VERIFY(watch.told().contains(u"A.vidlets/a"_s));
 
-    spy.clear();
+    watch.forget();
     QVERIFY(QFile::remove(files.path(u"A.vidlets/a"_s)));
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/a"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/a"_s});
 }
 
 void TestAuthorWatcher::changed_isTold_ofFolderThatComes()
 {
     PackageBuilder files;
     saved(files, u"A.vidlets/a"_s);
-    AuthorWatcher watcher;
-    QSignalSpy spy(&watcher, &AuthorWatcher::changed);
-    watcher.watch({files.path(u"A.vidlets"_s)}, {files.dataPath()});
+    Watch watch(files, u"A.vidlets"_s);
 
     saved(files, u"A.vidlets/l10n/b"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/l10n/b"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/l10n/b"_s});
 
-    spy.clear();
+    watch.forget();
     saved(files, u"A.vidlets/l10n/b"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/l10n/b"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/l10n/b"_s});
 }
 
 void TestAuthorWatcher::changed_isTold_ofPackagesBeside()
@@ -91,16 +109,14 @@ void TestAuthorWatcher::changed_isTold_ofPackagesBeside()
     PackageBuilder files;
     saved(files, u"A.vidlets/a"_s);
     saved(files, u"B.vidlets/b"_s);
-    AuthorWatcher watcher;
-    QSignalSpy spy(&watcher, &AuthorWatcher::changed);
-    watcher.watch({files.path(u"A.vidlets"_s)}, {files.dataPath()});
+    Watch watch(files, u"A.vidlets"_s);
 
     saved(files, u"B.vidlets/b"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"B.vidlets/b"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"B.vidlets/b"_s});
 
-    spy.clear();
+    watch.forget();
     saved(files, u"C.vidlets/c"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"C.vidlets/c"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"C.vidlets/c"_s});
 }
 
 void TestAuthorWatcher::changed_isNotTold_ofWhatIsNoPackage()
@@ -109,20 +125,18 @@ void TestAuthorWatcher::changed_isNotTold_ofWhatIsNoPackage()
     saved(files, u"A.vidlets/a"_s);
     saved(files, u"A.vidlets/.git/index"_s);
     saved(files, u"cache/c"_s);
-    AuthorWatcher watcher;
-    QSignalSpy spy(&watcher, &AuthorWatcher::changed);
-    watcher.watch({files.path(u"A.vidlets"_s)}, {files.dataPath()});
+    Watch watch(files, u"A.vidlets"_s);
 
     saved(files, u"cache/c"_s);
     saved(files, u"cache/d"_s);
     saved(files, u"e"_s);
     saved(files, u"A.vidlets/.git/index"_s);
     saved(files, u"A.vidlets/a"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/a"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/a"_s});
 
-    spy.clear();
+    watch.forget();
     saved(files, u"A.vidlets/a"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"A.vidlets/a"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"A.vidlets/a"_s});
 }
 
 /// There is an end to what is watched, which what comes before in the alphabet must not use up.
@@ -135,12 +149,10 @@ void TestAuthorWatcher::changed_isTold_howeverCrowdedDataPathIs()
         QFile file(files.path(u"A.vidlets/%1"_s.arg(i)));
         QVERIFY(file.open(QIODevice::WriteOnly));
     }
-    AuthorWatcher watcher;
-    QSignalSpy spy(&watcher, &AuthorWatcher::changed);
-    watcher.watch({files.path(u"B.vidlets"_s)}, {files.dataPath()});
+    Watch watch(files, u"B.vidlets"_s);
 
     saved(files, u"B.vidlets/b"_s);
-    QTRY_COMPARE(told(spy, files), QStringList{u"B.vidlets/b"_s});
+    QTRY_COMPARE(watch.told(), QStringList{u"B.vidlets/b"_s});
 }
 
 int main(int argc, char** argv)
