@@ -1222,7 +1222,7 @@ void TestReserve::deadEntries_areRemoved()
 {
     QFETCH(QList<int>, closed);
     PopupStage stage(lasting());
-    QList<VLWidget*> living = detachFreely(stage, 4);
+    QList<VLWidget*> living = detachSeveral(stage, 4, &stage.control);
     QList<QPointer<VLWidget>> dead;
     for (auto it = closed.crbegin(); it != closed.crend(); ++it) {
         dead += living.takeAt(*it);
