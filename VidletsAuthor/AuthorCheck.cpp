@@ -113,6 +113,7 @@ QList<AuthorFinding> AuthorCheck::run()
         const AuthorPackage* package = m_packages.packageOf(path);
         clips.check(path, m_settings.clipMemoryLimitBytes(package ? package->path : QString()));
     }
+    scenes.setOnWait(m_onWait);
     scenes.check();
     translations.check(m_locales);
     return settled();

@@ -5,7 +5,10 @@
 #define AUTHORCHECK_H
 
 #include "AuthorPackages.h"
+#include "AuthorQmllint.h"
 #include "AuthorSettings.h"
+
+#include <utility>
 
 namespace Vidlets {
 
@@ -26,6 +29,11 @@ public:
     bool set(const QString& assignment, QString& reason);
     /// Has tips looked for in these locales, beside those that a package has files for.
     void setLocales(const QStringList& locales);
+    /// Has @p onWait called, once, where qmllint takes its time with scenes.
+    void setOnWait(AuthorQmllint::OnWait onWait)
+    {
+        m_onWait = std::move(onWait);
+    }
 
     /// Returns what is wrong, by path and place. To be called once.
     QList<AuthorFinding> run();
@@ -37,6 +45,7 @@ private:
     AuthorPackages m_packages;
     AuthorSettings m_settings;
     QStringList m_locales;
+    AuthorQmllint::OnWait m_onWait;
 };
 
 } // namespace Vidlets

@@ -19,6 +19,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <utility>
 
 #ifdef Q_OS_UNIX
 #include <sys/resource.h>
@@ -43,6 +44,8 @@ constexpr int kFurtherMs = 1'000;
 constexpr int kLessPatience = 3;
 // For all scenes, whatever they are.
 constexpr int kOverallMs = 300'000;
+// Nobody asks what takes less.
+constexpr qint64 kSilentMs = 2'000;
 // A command line has only so much room.
 constexpr qsizetype kMostAtOnce = 200;
 
@@ -213,7 +216,7 @@ void AuthorQmllint::lint(const QStringList& files, int limitMs)
     lint(files.mid(files.size() / 2), m_limitMs / kLessPatience);
 }
 
-bool AuthorQmllint::run(const QStringList& files, qint64 limitMs, QByteArray& report) const
+bool AuthorQmllint::run(const QStringList& files, qint64 limitMs, QByteArray& report)
 {
     const QString path = m_root + u"/report.json"_s;
     QFile::remove(path);
@@ -225,7 +228,7 @@ bool AuthorQmllint::run(const QStringList& files, qint64 limitMs, QByteArray& re
     process.setStandardErrorFile(QProcess::nullDevice());
     limitResources(process);
     process.start(m_program, QStringList{u"--json"_s, path, u"-I"_s, m_root + u"/types"_s} + files);
-    if (!process.waitForFinished(static_cast<int>(limitMs))) {
+    if (!waitFor(process, limitMs, files.size())) {
         process.kill();
         process.waitForFinished();
         return false;
@@ -234,6 +237,19 @@ bool AuthorQmllint::run(const QStringList& files, qint64 limitMs, QByteArray& re
     const auto content = AuthorFiles::read(path, reason);
     report = content.value_or(QByteArray());
     return process.exitStatus() == QProcess::NormalExit && content.has_value();
+}
+
+bool AuthorQmllint::waitFor(QProcess& process, qint64 limitMs, qsizetype scenes)
+{
+    const qint64 silentMs = std::min(limitMs, kSilentMs);
+    if (process.waitForFinished(static_cast<int>(silentMs)))
+        return true;
+    // Also where the program could not be started.
+    if (process.state() == QProcess::NotRunning)
+        return false;
+    if (const OnWait onWait = std::exchange(m_onWait, nullptr))
+        onWait(scenes);
+    return process.waitForFinished(static_cast<int>(limitMs - silentMs));
 }
 
 /// Takes over what a report says, where it is one of all @p files.

@@ -10,9 +10,11 @@
 #include <QHash>
 #include <QSet>
 
+#include <functional>
 #include <memory>
 
 class QJsonObject;
+class QProcess;
 class QTemporaryDir;
 
 namespace Vidlets {
@@ -27,6 +29,9 @@ namespace Vidlets {
 class AuthorQmllint
 {
 public:
+    /// What is called with the number of scenes that qmllint has not answered about for a while.
+    using OnWait = std::function<void(qsizetype scenes)>;
+
     explicit AuthorQmllint(AuthorFindings& findings);
     ~AuthorQmllint();
 
@@ -38,6 +43,11 @@ public:
     void setTimeLimit(int milliseconds)
     {
         m_limitMs = milliseconds;
+    }
+    /// Has @p onWait called, once, as soon as there is something to wait for.
+    void setOnWait(OnWait onWait)
+    {
+        m_onWait = std::move(onWait);
     }
     /// Adds the scene @p path. It lies at @p place among the others, relative.
     void add(const QString& path, const QString& place, const AuthorSceneOutline& scene);
@@ -65,7 +75,8 @@ private:
     static Insertion insertionFor(const AuthorSceneOutline& scene);
     bool writeTypes();
     void lint(const QStringList& files, int limitMs);
-    bool run(const QStringList& files, qint64 limitMs, QByteArray& report) const;
+    bool run(const QStringList& files, qint64 limitMs, QByteArray& report);
+    bool waitFor(QProcess& process, qint64 limitMs, qsizetype scenes);
     bool take(const QByteArray& report, const QStringList& files);
     void take(const Copy& copy, const QJsonObject& warning, const QStringList& lines);
     static bool isInserted(const Copy& copy, XmlPosition& position);
@@ -81,6 +92,7 @@ private:
     /// By the path of the copy.
     QHash<QString, Copy> m_copies;
     QStringList m_files;
+    OnWait m_onWait;
     int m_limitMs;
     QDeadlineTimer m_end;
 };

@@ -7,6 +7,8 @@
 #include "AuthorPackages.h"
 #include "AuthorQmllint.h"
 
+#include <utility>
+
 namespace Vidlets {
 
 /// The rules for scenes and scripts: those of its own, and all that qmllint finds.
@@ -20,6 +22,11 @@ public:
 
     /// Looks at the scenes of @p package but for what qmllint finds.
     void addPackage(const AuthorPackage& package);
+    /// Has @p onWait called, once, where qmllint takes its time.
+    void setOnWait(AuthorQmllint::OnWait onWait)
+    {
+        m_qmllint.setOnWait(std::move(onWait));
+    }
     /// Has qmllint look at all that was added.
     void check();
     /// Returns whether a scene of the package at @p path asks for translations.

@@ -26,7 +26,7 @@ struct Outcome
 
 using Variables = QMap<QString, QString>;
 
-Outcome run(const QStringList& arguments, const Variables& variables = {})
+Outcome runAny(const QString& program, const QStringList& arguments, const Variables& variables)
 {
     QProcess process;
     // What is loaded before a test for its own sake is none of the program's business.
@@ -35,10 +35,23 @@ Outcome run(const QStringList& arguments, const Variables& variables = {})
     for (auto it = variables.cbegin(); it != variables.cend(); ++it)
         environment.insert(it.key(), it.value());
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(PROGRAM), arguments);
+    process.start(program, arguments);
     if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
         return {};
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+Outcome run(const QStringList& arguments, const Variables& variables = {})
+{
+    return runAny(QStringLiteral(PROGRAM), arguments, variables);
+}
+
+/// Runs the program with @p arguments as a shell reads them; all that it says comes out as one.
+Outcome runOnTerminal(const QString& arguments, const Variables& variables = {})
+{
+    return runAny(u"script"_s,
+                  {u"-qec"_s, u"'%1' "_s.arg(QStringLiteral(PROGRAM)) + arguments, u"/dev/null"_s},
+                  variables);
 }
 
 bool isZombie(pid_t process)
@@ -60,6 +73,7 @@ private Q_SLOTS:
     void preview_endsWithTwo_whenDisplayDoesNotAnswer();
     void new_makesPackageWithoutFaults();
     void check_endsWithOne_whenThereIsWarning();
+    void check_saysWhatItWaitsFor_onTerminal();
     void explain_showsPage();
     void strings_makeFilesThatCheckIsContentWith();
     void strings_endsWithOne_whenFileIsKept();
@@ -222,6 +236,29 @@ void TestAuthorProgram::check_endsWithOne_whenThereIsWarning()
     QVERIFY(outcome.out.contains("[package-empty]"));
 }
 
+void TestAuthorProgram::check_saysWhatItWaitsFor_onTerminal()
+{
+    PackageBuilder files;
+    const QString package = files.path(u"A.vidlets"_s);
+    QCOMPARE(run({u"new"_s, package}).code, 0);
+    // Takes its time at first.
+    const QString qmllint = files.write(u"qmllint"_s,
+                                        "#!/bin/sh\n"
+                                        "[ -e \"$0.waited\" ] && exit 1\n"
+                                        ": >\"$0.waited\"\nsleep 3\nexit 1\n");
+    QFile::setPermissions(qmllint, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const Variables variables{{u"VIDLETS_QMLLINT"_s, qmllint}};
+
+    const Outcome watched = runOnTerminal(u"check '%1'"_s.arg(package), variables);
+    QVERIFY(QFile::remove(qmllint + u".waited"_s));
+    const Outcome unwatched = run({u"check"_s, package}, variables);
+
+    QVERIFY2(watched.out.startsWith("Waiting for qmllint, which looks at 3 scenes...\r\n"),
+             watched.out.constData());
+    QCOMPARE(unwatched.err, QByteArray());
+    QVERIFY(watched.out.endsWith(QByteArray(unwatched.out).replace("\n", "\r\n")));
+}
+
 void TestAuthorProgram::explain_showsPage()
 {
     const Outcome outcome = run({u"check"_s, u"--explain"_s, u"key-blank"_s});
@@ -325,21 +362,14 @@ void TestAuthorProgram::clip_showsBar_onTerminal()
 {
     ClipWriter clips;
     const QString in = clips.testClip(u"in.mp4"_s, u"libx264"_s, {64, 48}, 25, 50);
-    QProcess script;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.remove(u"LD_PRELOAD"_s);
-    script.setProcessEnvironment(environment);
-    script.start(u"script"_s,
-                 {u"-qec"_s, u"'%1' clip '%2'"_s.arg(QStringLiteral(PROGRAM), in), u"/dev/null"_s});
 
-    QVERIFY(script.waitForFinished());
+    const Outcome clip = runOnTerminal(u"clip '%1'"_s.arg(in));
 
-    const QByteArray shown = script.readAllStandardOutput();
-    QCOMPARE(script.exitCode(), 0);
-    QVERIFY2(shown.contains("\r[") && shown.contains(" %"), shown.constData());
+    QCOMPARE(clip.code, 0);
+    QVERIFY2(clip.out.contains("\r[") && clip.out.contains(" %"), clip.out.constData());
     // It makes room for what there is to tell at the end.
-    QVERIFY(shown.contains("\r\033[K"));
-    QVERIFY(shown.contains(" MB in memory"));
+    QVERIFY(clip.out.contains("\r\033[K"));
+    QVERIFY(clip.out.contains(" MB in memory"));
 }
 
 void TestAuthorProgram::clip_takesProgramWithIt_whenEnded_data()

@@ -60,6 +60,7 @@ private Q_SLOTS:
     void absence_isSaidOfPackage();
     void builtinsOfQtItself_areNoFinding();
     void hang_isSaidOfScene();
+    void wait_isToldOnce();
     void crash_isSaidOfSceneAlone();
     void installedTypes_needNothingElse();
 };
@@ -255,10 +256,31 @@ void TestAuthorScenes::hang_isSaidOfScene()
     AuthorQmllint qmllint(findings);
     qmllint.add(u"/a/A.qml"_s, u"A.qml"_s, scene);
     qmllint.setTimeLimit(50);
+    QList<qsizetype> waits;
+    qmllint.setOnWait([&waits](qsizetype scenes) { waits.append(scenes); });
 
     qmllint.check(standIn(files, "exec sleep 1000"));
 
     QCOMPARE(scenePlaces(findings.all()), QStringList{u"scene-unchecked A.qml:0:0"_s});
+    QCOMPARE(waits, QList<qsizetype>{1});
+}
+
+void TestAuthorScenes::wait_isToldOnce()
+{
+    PackageBuilder files;
+    const AuthorSceneOutline scene(u"import QtQuick\nItem {}"_s);
+    AuthorFindings findings;
+    AuthorQmllint qmllint(findings);
+    qmllint.add(u"/a/A.qml"_s, u"A.qml"_s, scene);
+    qmllint.add(u"/a/B.qml"_s, u"B.qml"_s, scene);
+    qmllint.setTimeLimit(50);
+    QList<qsizetype> waits;
+    qmllint.setOnWait([&waits](qsizetype scenes) { waits.append(scenes); });
+
+    // Looks at both together first, then at each alone.
+    qmllint.check(standIn(files, "exec sleep 1000"));
+
+    QCOMPARE(waits, QList<qsizetype>{2});
 }
 
 void TestAuthorScenes::crash_isSaidOfSceneAlone()

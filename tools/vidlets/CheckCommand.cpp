@@ -37,6 +37,13 @@ Command::ExitCode explain(const QString& rule)
     return Command::Fine;
 }
 
+void tellOfWait(qsizetype scenes)
+{
+    if (Command::isWatched())
+        Command::printError("Waiting for qmllint, which looks at "
+                            + counted(scenes, u"scene"_s).toUtf8() + "...\n");
+}
+
 Command::ExitCode check(const QCommandLineParser& parser, Format report)
 {
     AuthorCheck check;
@@ -57,6 +64,7 @@ Command::ExitCode check(const QCommandLineParser& parser, Format report)
     if (!Command::readLocales(parser.values(u"locale"_s), locales, reason))
         return Command::wrongUse(reason);
     check.setLocales(locales);
+    check.setOnWait(tellOfWait);
     const QList<AuthorFinding> findings = check.run();
     Command::print(report(findings));
     return AuthorReport::isFailed(findings) ? Command::Found : Command::Fine;

@@ -11,7 +11,6 @@
 
 #include <VidletsAuthor/AuthorClipMaker.h>
 #include <VidletsAuthor/AuthorFinding.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace Vidlets;
@@ -110,7 +109,7 @@ Command::ExitCode report(const AuthorClipMaker& maker, const QString& in)
 Command::ExitCode make(const AuthorClipOrder& order)
 {
     watchSignals();
-    const bool hasTerminal = isatty(STDERR_FILENO) == 1;
+    const bool hasTerminal = Command::isWatched();
     AuthorClipMaker maker(order);
     const AuthorClipMaker::Outcome outcome = maker.make([hasTerminal](double share) {
         if (hasTerminal)

@@ -24,6 +24,10 @@ enum ExitCode {
 };
 
 void print(const QByteArray& text);
+/// Writes @p text on standard error, as it is.
+void printError(const QByteArray& text);
+/// Returns whether somebody looks on as standard error is written.
+bool isWatched();
 /// Says on standard error why the command is not carried out.
 ExitCode wrongUse(const QString& reason);
 

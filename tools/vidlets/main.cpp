@@ -14,6 +14,7 @@
 #include <memory>
 
 #include <VidletsAuthor/AuthorFinding.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -25,10 +26,19 @@ void print(const QByteArray& text)
     std::fflush(stdout);
 }
 
+void printError(const QByteArray& text)
+{
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
+}
+
+bool isWatched()
+{
+    return isatty(STDERR_FILENO) == 1;
+}
+
 ExitCode wrongUse(const QString& reason)
 {
-    const QByteArray line = "vidlets: " + Vidlets::printable(reason).toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    printError("vidlets: " + Vidlets::printable(reason).toUtf8() + '\n');
     return WrongUse;
 }
 
