@@ -127,11 +127,6 @@ private:
     QProcess m_process;
 };
 
-bool type(const QString& words)
-{
-    return QProcess::execute(u"xdotool"_s, {u"type"_s, u"--delay"_s, u"40"_s, words}) == 0;
-}
-
 /// Shows the tip that is listed first. What has been typed may be looked up only when the words of
 /// all tips are known, so the key may come too early.
 bool enter(const Program& program)
@@ -162,7 +157,7 @@ void TestWorkbenchSearch::enter_showsTip_atItsControl()
 {
     const Program program({});
     QTRY_VERIFY_WITH_TIMEOUT(program.hasKeyboard(), kPatienceMs);
-    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && type(u"erase"_s));
+    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && PointerDriver::type(u"erase"_s));
     QVERIFY(enter(program));
     QTRY_COMPARE_WITH_TIMEOUT(program.tip(), u"tool.eraser"_s, kPatienceMs);
     const QRect beside = program.control(u"tool.eraser"_s).adjusted(-40, -40, 40, 40);
@@ -173,7 +168,7 @@ void TestWorkbenchSearch::enter_showsTip_inTheMiddle_withoutControl()
 {
     const Program program({});
     QTRY_VERIFY_WITH_TIMEOUT(program.hasKeyboard(), kPatienceMs);
-    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && type(u"nothing written"_s));
+    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && PointerDriver::type(u"nothing written"_s));
     QVERIFY(enter(program));
     QTRY_COMPARE_WITH_TIMEOUT(program.tip(), u"workbench.fallback"_s, kPatienceMs);
     QTRY_COMPARE_WITH_TIMEOUT(program.tipRect().center(), program.windowRect().center(),
@@ -184,7 +179,7 @@ void TestWorkbenchSearch::down_goesOnToTheNext()
 {
     const Program program({});
     QTRY_VERIFY_WITH_TIMEOUT(program.hasKeyboard(), kPatienceMs);
-    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && type(u"undo"_s));
+    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && PointerDriver::type(u"undo"_s));
     QVERIFY(PointerDriver::pressKey(u"Down"_s) && enter(program));
     QVERIFY(program.tip() != u"edit.undo"_s);
 }
@@ -193,10 +188,10 @@ void TestWorkbenchSearch::escape_endsSearch()
 {
     const Program program({});
     QTRY_VERIFY_WITH_TIMEOUT(program.hasKeyboard(), kPatienceMs);
-    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && type(u"erase"_s));
+    QVERIFY(PointerDriver::pressKey(u"ctrl+k"_s) && PointerDriver::type(u"erase"_s));
     QVERIFY(PointerDriver::pressKey(u"Escape"_s) && PointerDriver::pressKey(u"Return"_s));
     // What is typed next is a search of its own.
-    QVERIFY(type(u"undo"_s) && enter(program));
+    QVERIFY(PointerDriver::type(u"undo"_s) && enter(program));
     QTRY_COMPARE_WITH_TIMEOUT(program.tip(), u"edit.undo"_s, kPatienceMs);
     QVERIFY(PointerDriver::pressKey(u"Escape"_s));
     QTRY_VERIFY_WITH_TIMEOUT(program.tip().isEmpty(), kPatienceMs);

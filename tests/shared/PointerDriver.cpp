@@ -15,9 +15,16 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int kPatienceMs = 30000;
+
 bool run(const QStringList& arguments)
 {
-    return QProcess::execute(u"xdotool"_s, arguments) == 0;
+    QProcess process;
+    process.setProcessChannelMode(QProcess::ForwardedChannels);
+    process.start(u"xdotool"_s, arguments);
+    // A display that has stopped to answer would hold up the test for ever.
+    return process.waitForFinished(kPatienceMs) && process.exitStatus() == QProcess::NormalExit
+        && process.exitCode() == 0;
 }
 
 QStringList moveArguments(const QPoint& position)
@@ -56,6 +63,11 @@ bool PointerDriver::click()
 bool PointerDriver::turnWheel()
 {
     return run({u"click"_s, u"4"_s});
+}
+
+bool PointerDriver::type(const QString& words)
+{
+    return run({u"type"_s, u"--delay"_s, u"40"_s, words});
 }
 
 bool PointerDriver::pressKey(const QString& name)

@@ -24,6 +24,9 @@ bool click();
 /// Turns the wheel by one notch where the pointer is.
 bool turnWheel();
 
+/// Types @p words, with the time between keys that a quick typist takes.
+bool type(const QString& words);
+
 /// Presses and releases the key @p name, as X calls it.
 bool pressKey(const QString& name);
 
