@@ -6,10 +6,15 @@
 
 #include "AuthorFinding.h"
 
+#include <QSet>
+
 namespace Vidlets {
 
 /// Returns whether @p value ends like the name of a picture or clip.
 bool looksLikeResource(QStringView value);
+
+/// Returns whether QLocale takes the name @p locale for one of another territory.
+bool isOfOtherTerritory(const QString& locale);
 
 /// The name of a picture or clip in a text, and where it stands.
 struct AuthorReference
@@ -25,6 +30,8 @@ struct AuthorTip
 {
     QString key;
     XmlPosition position;
+    /// Whether the library takes it: the file has the key once.
+    bool isFound = true;
 };
 
 /// A scene that the tips of a control file have.
@@ -43,10 +50,15 @@ struct AuthorControlFile
     /// Whether the library takes its tips or records: the file is recognised, its root is the right
     /// one, and it is well-formed.
     bool isInUse = false;
+    /// Whether it makes its package known, be it in use or not.
+    bool isRecognised = false;
     QString locale;
     XmlPosition rootPosition;
+    XmlPosition searchPosition;
     /// The names of further packages.
     QStringList search;
+    /// The directories of resources beside the usual one, relative to the package.
+    QSet<QString> resourceDirectories;
     /// Where translations lie, relative to the package, beside the usual directory.
     QStringList translationDirectories;
     /// Those with a key.

@@ -3,7 +3,7 @@
 
 #include "AuthorControlReader.h"
 
-#include "AuthorFiles.h"
+#include "AuthorEncoding.h"
 #include "AuthorRules.h"
 #include "AuthorXmlFault.h"
 #include <Vidlets/VLContentNames.h>
@@ -46,6 +46,16 @@ XmlPosition startOfNext(const QXmlStreamReader& reader)
     return position;
 }
 
+/// How many characters people count in a text; any number up to @p limit where it is no more.
+qsizetype lengthOf(QStringView text, qsizetype limit)
+{
+    if (text.size() <= limit)
+        return text.size();
+    const QString simple = text.toString().simplified();
+    return std::count_if(simple.cbegin(), simple.cend(),
+                         [](QChar part) { return !part.isLowSurrogate(); });
+}
+
 bool isNameCharacter(QChar character)
 {
     const char16_t code = character.unicode();
@@ -53,10 +63,10 @@ bool isNameCharacter(QChar character)
         || (code >= u'0' && code <= u'9') || code == u'-' || code == u'_';
 }
 
-/// Where a reference begins that is no variable; -1 where all are.
-qsizetype wrongVariable(QStringView text)
+/// Where a reference from @p from on begins that is no variable; -1 where all are.
+qsizetype wrongVariable(QStringView text, qsizetype from)
 {
-    for (qsizetype at = text.indexOf("%("_L1); at >= 0; at = text.indexOf("%("_L1, at + 2)) {
+    for (qsizetype at = text.indexOf("%("_L1, from); at >= 0; at = text.indexOf("%("_L1, at + 2)) {
         const QStringView rest = text.sliced(at + 2);
         const auto end = std::find_if_not(rest.cbegin(), rest.cend(), isNameCharacter);
         const qsizetype length = end - rest.cbegin();
@@ -66,18 +76,16 @@ qsizetype wrongVariable(QStringView text)
     return -1;
 }
 
-/// Whether a file says that it is UTF-8, or nothing of its encoding.
-bool claimsUtf8(const QByteArray& bytes)
+/// The territory in the name of a locale; empty where it names none.
+QString territoryIn(const QString& locale)
 {
-    static const QRegularExpression declared(
-        u"^\\x{FEFF}?<\\?xml[^>]*\\bencoding\\s*=\\s*[\"']([^\"']*)[\"']"_s);
-    constexpr qsizetype kDeclarationLength = 256;
-    const bool isWide = bytes.startsWith("\xff\xfe") || bytes.startsWith("\xfe\xff")
-        || bytes.left(4).contains('\0');
-    const QString head = QString::fromUtf8(bytes.left(kDeclarationLength));
-    const QRegularExpressionMatch match = declared.match(head);
-    return !isWide
-        && (!match.hasMatch() || match.captured(1).compare("utf-8"_L1, Qt::CaseInsensitive) == 0);
+    static const QRegularExpression separators(u"[-_]"_s);
+    static const QRegularExpression suffixes(u"[.@]"_s);
+    constexpr qsizetype kScriptLength = 4;
+    const QStringList parts = locale.section(suffixes, 0, 0).split(separators);
+    const auto isTerritory = [](const QString& part) { return part.size() != kScriptLength; };
+    const auto found = std::find_if(parts.cbegin() + 1, parts.cend(), isTerritory);
+    return found == parts.cend() ? QString() : *found;
 }
 
 bool isOf(const QString& fault, const char* readersWords)
@@ -117,6 +125,13 @@ bool looksLikeResource(QStringView value)
     });
 }
 
+bool isOfOtherTerritory(const QString& locale)
+{
+    const QString territory = territoryIn(locale);
+    const QString meant = QLocale(locale).name().section(u'_', -1);
+    return !territory.isEmpty() && meant.compare(territory, Qt::CaseInsensitive) != 0;
+}
+
 AuthorControlReader::AuthorControlReader(Kind kind, const QString& path, const QByteArray& bytes,
                                          AuthorFindings& findings)
     : m_kind(kind)
@@ -146,6 +161,9 @@ AuthorControlFile AuthorControlReader::read()
         m_findings.suppress(m_file.path, suppression);
     for (const AuthorSuppression& suppression : std::as_const(m_pending))
         m_findings.suppress(m_file.path, suppression);
+    for (AuthorTip& tip : m_file.tips)
+        tip.isFound = m_kind == Kind::KeyData || !m_keysTwice.contains(tip.key);
+    m_file.isRecognised = m_isRecognised;
     m_file.isInUse = m_isRecognised && m_isRootSeen && !m_isRootForeign && !m_reader.hasError();
     return std::move(m_file);
 }
@@ -160,6 +178,8 @@ void AuthorControlReader::readToken()
         endElement();
         break;
     case QXmlStreamReader::Characters:
+        if (!m_open.isEmpty())
+            m_open.last().pieces.append({m_open.last().text.size(), m_start});
         if (!m_open.isEmpty())
             m_open.last().text += m_reader.text();
         break;
@@ -190,7 +210,9 @@ void AuthorControlReader::startElement()
     const bool isTip = isTipTag && m_open.size() == 1;
     if (m_open.size() == 1)
         m_isInTip = isTip;
-    m_directory = m_rootDirectory;
+    // What stands in a tip is searched for where the tip says.
+    if (m_open.size() <= 1)
+        m_directory = m_rootDirectory;
     if (isTip)
         readTip();
     else if (isTipTag && !isRoot && !m_isRootForeign && !(m_kind == Kind::KeyData && m_isInTip))
@@ -280,7 +302,9 @@ void AuthorControlReader::checkRoot()
     m_file.locale = attributes.value(localeAttribute()).toString();
     m_file.search =
         attributes.value(searchAttribute()).toString().split(separators, Qt::SkipEmptyParts);
-    m_rootDirectory = attributes.value(resourcesAttribute()).toString();
+    m_file.searchPosition = placeOf(searchAttribute());
+    readDirectory();
+    m_rootDirectory = m_directory;
     checkLocale();
 }
 
@@ -289,14 +313,22 @@ QString AuthorControlReader::unrecognised() const
 {
     if (m_rootName.contains(u':'))
         return u"its root has a prefix"_s;
-    const QByteArray first = line(m_start.line);
-    const QString behind = QString::fromUtf8(first).mid(m_start.column + m_rootName.size());
-    if (behind.trimmed().isEmpty())
-        return u"the root's tag is broken over lines directly behind its name"_s;
     QBuffer buffer;
     buffer.setData(m_bytes);
     buffer.open(QIODevice::ReadOnly);
-    return u"another tag stands before the root, in line %1"_s.arg(FirstTag::placeIn(buffer).line);
+    if (AuthorEncoding::isWide(m_bytes))
+        return u"it is not looked for in UTF-16 or UTF-32"_s;
+    const QByteArray ownLine = line(m_start.line);
+    const QString behind = QString::fromUtf8(ownLine).mid(m_start.column + m_rootName.size());
+    if (behind.trimmed().isEmpty())
+        return u"the root's tag is broken over lines directly behind its name"_s;
+    const bool isAnywhere = !FirstTag::in(buffer).isNull();
+    buffer.seek(0);
+    const XmlPosition first = FirstTag::placeIn(buffer);
+    // Lines are read in pieces, and a tag is looked for in each.
+    if (!isAnywhere || (first.line == m_start.line && first.column == m_start.column))
+        return u"the root stands too far behind in its line"_s;
+    return u"another tag stands before the root, in line %1"_s.arg(first.line);
 }
 
 void AuthorControlReader::reportForeignRoot()
@@ -321,14 +353,7 @@ void AuthorControlReader::checkLocale()
         add(position, u"locale-unknown", u"There is no locale \"%1\"."_s.arg(name));
         return;
     }
-    static const QRegularExpression separators(u"[-_.@]"_s);
-    const QStringList parts = name.split(separators);
-    const QString territory = parts.size() > 1 ? parts.constLast() : QString();
-    constexpr qsizetype kScriptLength = 4;
-    if (territory.size() == kScriptLength || territory.isEmpty())
-        return;
-    const QString meant = locale.name().section(u'_', -1);
-    if (meant.compare(territory, Qt::CaseInsensitive) != 0)
+    if (isOfOtherTerritory(name))
         add(position, u"locale-unknown",
             u"\"%1\" is taken for \"%2\": there is no such territory for the language."_s.arg(
                 name, locale.name()));
@@ -345,11 +370,19 @@ void AuthorControlReader::readTip()
     readKey("key"_L1);
     const QXmlStreamAttributes attributes = m_reader.attributes();
     if (attributes.hasAttribute(resourcesAttribute()))
-        m_directory = attributes.value(resourcesAttribute()).toString();
+        readDirectory();
     const QStringView title = attributes.value(titleAttribute());
-    if (title.size() > kMaxTitleLength)
+    const qsizetype length = lengthOf(title, kMaxTitleLength);
+    if (length > kMaxTitleLength)
         add(placeOf(titleAttribute()), u"text-overlong",
-            u"The title has %1 characters, more than %2."_s.arg(title.size()).arg(kMaxTitleLength));
+            u"The title has %1 characters, more than %2."_s.arg(length).arg(kMaxTitleLength));
+}
+
+void AuthorControlReader::readDirectory()
+{
+    m_directory = m_reader.attributes().value(resourcesAttribute()).toString();
+    if (!m_directory.isEmpty())
+        m_file.resourceDirectories.insert(m_directory);
 }
 
 void AuthorControlReader::readKey(QLatin1StringView attribute)
@@ -367,13 +400,25 @@ void AuthorControlReader::readKey(QLatin1StringView attribute)
                                     : u"The key \"%1\" has white space around it."_s.arg(key));
     qint64& line = m_lineOfKey[key];
     if (line > 0) {
-        add(placeOfTag(), u"key-twice",
-            u"The key \"%1\" stands in line %2 too, so that neither is found."_s.arg(
-                key, QString::number(line)));
+        reportTwice(key, line);
         return;
     }
     line = m_start.line;
     m_file.tips.append({key, m_start});
+}
+
+void AuthorControlReader::reportTwice(const QString& key, qint64 line)
+{
+    m_keysTwice.insert(key);
+    const QString number = QString::number(line);
+    if (m_kind == Kind::KeyData)
+        add(placeOfTag(), u"key-twice",
+            u"The key \"%1\" stands in line %2 too, and only that record counts."_s.arg(key,
+                                                                                        number),
+            u"Keep one."_s);
+    else
+        add(placeOfTag(), u"key-twice",
+            u"The key \"%1\" stands in line %2 too, so that neither is found."_s.arg(key, number));
 }
 
 void AuthorControlReader::checkAttributes(bool isTip)
@@ -390,7 +435,7 @@ void AuthorControlReader::checkAttributes(bool isTip)
     for (const QString& name : {uiAttribute(), simpleUiAttribute()}) {
         const QStringView scene = attributes.value(name);
         if (!scene.isEmpty())
-            m_file.scenes.append({scene.toString(), m_start});
+            m_file.scenes.append({scene.toString(), placeOf(name)});
         if (!scene.isEmpty() && !isTip)
             m_rootScenes.append(name);
         const bool isUsual = isTip && scene.isEmpty()
@@ -412,7 +457,7 @@ void AuthorControlReader::checkAttribute(const QXmlStreamAttribute& attribute, b
         add(placeOf(name.toString()), u"attribute-reserved",
             u"The library writes \"%1\" itself, over what stands here."_s.arg(name));
     const bool isKey = isTip && (name == keyAttribute() || name == nameAttribute());
-    if (!isKey && wrongVariable(value) >= 0)
+    if (!isKey && wrongVariable(value, 0) >= 0)
         add(placeOf(name.toString()), u"variable-syntax",
             u"In \"%1\" a \"%(\" begins no variable."_s.arg(name));
     if (!isKey && looksLikeResource(value))
@@ -422,21 +467,40 @@ void AuthorControlReader::checkAttribute(const QXmlStreamAttribute& attribute, b
 void AuthorControlReader::checkText(const OpenElement& element)
 {
     const QString& text = element.text;
-    if (text.size() > kMaxTextLength) {
-        const qsizetype length = text.simplified().size();
-        if (length > kMaxTextLength)
-            add(element.position, u"text-overlong",
-                u"The text has %1 characters, more than %2."_s.arg(length).arg(kMaxTextLength));
+    const qsizetype length = lengthOf(text, kMaxTextLength);
+    if (length > kMaxTextLength)
+        add(element.position, u"text-overlong",
+            u"The text has %1 characters, more than %2."_s.arg(length).arg(kMaxTextLength));
+    // More of them in one text are no slips.
+    constexpr int kMostWrong = 20;
+    qsizetype at = wrongVariable(text, 0);
+    for (int i = 0; i < kMostWrong && at >= 0; ++i) {
+        add(placeIn(element, at), u"variable-syntax", u"A \"%(\" begins no variable."_s);
+        at = wrongVariable(text, at + 2);
     }
-    const qsizetype at = wrongVariable(text);
-    if (at < 0)
-        return;
-    // Good to the line where the element's text is all before its first child.
-    XmlPosition position = element.position;
-    const qsizetype breaks = QStringView(text).left(at).count(u'\n');
-    if (breaks > 0)
-        position = {position.line + breaks, at - text.lastIndexOf(u'\n', at - 1)};
-    add(position, u"variable-syntax", u"A \"%(\" begins no variable."_s);
+}
+
+/// Where the "%(" at @p at of an element's text stands. It is the same one of those in its piece of
+/// text, since hardly anybody writes one by an entity.
+XmlPosition AuthorControlReader::placeIn(const OpenElement& element, qsizetype at) const
+{
+    const auto behind =
+        std::upper_bound(element.pieces.cbegin(), element.pieces.cend(), at,
+                         [](qsizetype wanted, const Piece& piece) { return wanted < piece.at; });
+    if (behind == element.pieces.cbegin())
+        return element.position;
+    const Piece& piece = *(behind - 1);
+    qsizetype before = QStringView(element.text).sliced(piece.at, at - piece.at).count(u"%(");
+    for (qint64 number = piece.position.line; number <= m_reader.lineNumber(); ++number) {
+        const QString text = QString::fromUtf8(line(number));
+        const qsizetype from = number == piece.position.line ? piece.position.column - 1 : 0;
+        for (qsizetype found = text.indexOf("%("_L1, from); found >= 0;
+             found = text.indexOf("%("_L1, found + 2)) {
+            if (before-- == 0)
+                return {number, found + 1};
+        }
+    }
+    return piece.position;
 }
 
 /// By two readers: what the library's own one takes, and what xmllint and editors do.
@@ -446,8 +510,11 @@ void AuthorControlReader::checkFault()
     const QList<AuthorXmlFault> faults = AuthorXmlFaults::in(m_bytes);
     const qint64 ownLine = m_reader.hasError() ? m_reader.lineNumber() : 0;
     // Where both have met the same one, its place is mostly told better by one that is earlier.
-    const bool isOwnFirst = faults.isEmpty() || ownLine <= faults.constLast().position.line;
-    if (ownLine > 0 && isOwnFirst && m_faultyLines.isEmpty())
+    const bool isOwnEarlier = faults.isEmpty() || ownLine <= faults.constLast().position.line;
+    // It takes what does not fit the encoding for a character.
+    const bool isOwnRight = isEncodingFault(m_reader.errorString()) || faults.isEmpty()
+        || faults.constLast().kind != AuthorXmlFault::Kind::Encoding;
+    if (ownLine > 0 && isOwnEarlier && isOwnRight && m_faultyLines.isEmpty())
         checkOwnFault();
     for (const AuthorXmlFault& fault : faults) {
         if (!m_faultyLines.contains(fault.position.line))
@@ -457,13 +524,13 @@ void AuthorControlReader::checkFault()
 
 void AuthorControlReader::checkWrongByte()
 {
-    if (m_bytes.isValidUtf8() || !claimsUtf8(m_bytes))
-        return;
-    const XmlPosition wrongByte = AuthorFiles::firstInvalidByte(m_bytes);
+    QString encoding;
+    const XmlPosition wrongByte = AuthorEncoding::firstWrongByte(m_bytes, encoding);
     if (wrongByte.line == 0)
         return;
     m_faultyLines.insert(wrongByte.line);
-    add(wrongByte, u"xml-encoding", u"A byte does not fit the encoding UTF-8."_s);
+    add(wrongByte, u"xml-encoding",
+        u"A byte does not fit the encoding %1."_s.arg(printable(encoding)));
 }
 
 void AuthorControlReader::addFault(const AuthorXmlFault& fault)

@@ -35,10 +35,18 @@ public:
     AuthorControlFile read();
 
 private:
+    /// What the file has in one of an element's text.
+    struct Piece
+    {
+        qsizetype at = 0;
+        XmlPosition position;
+    };
     struct OpenElement
     {
         /// Its own text.
         QString text;
+        /// Of the text, in order.
+        QList<Piece> pieces;
         XmlPosition position;
         /// How many suppressions are open for it.
         int suppressions = 0;
@@ -52,7 +60,9 @@ private:
     void checkRoot();
     void reportForeignRoot();
     void readTip();
+    void readDirectory();
     void readKey(QLatin1StringView attribute);
+    void reportTwice(const QString& key, qint64 line);
     void checkLocale();
     void checkAttributes(bool isTip);
     void checkAttribute(const QXmlStreamAttribute& attribute, bool isTip);
@@ -66,6 +76,7 @@ private:
     XmlPosition firstContentBehindRoot() const;
     XmlPosition placeOfTag() const;
     XmlPosition placeOf(const QString& attribute) const;
+    XmlPosition placeIn(const OpenElement& element, qsizetype at) const;
     QByteArray line(qint64 number) const;
     void add(XmlPosition position, const char16_t* rule, const QString& message,
              const QString& help = QString());
@@ -83,6 +94,7 @@ private:
     /// The numbers of those whose element is open, the innermost last.
     QList<qsizetype> m_openSuppressions;
     QHash<QString, qint64> m_lineOfKey;
+    QSet<QString> m_keysTwice;
     /// Those that have a fault of the file itself.
     QSet<qint64> m_faultyLines;
     /// Where the present token begins.

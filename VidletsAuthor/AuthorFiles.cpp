@@ -7,7 +7,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <filesystem>
@@ -116,24 +115,6 @@ std::optional<QByteArray> read(const QString& path, QString& reason, qint64 limi
     }
     // Not the whole of it: a file may grow while it is being read.
     return file.read(limit);
-}
-
-XmlPosition firstInvalidByte(const QByteArray& bytes)
-{
-    qint64 number = 0;
-    for (qsizetype begin = 0; begin < bytes.size();) {
-        qsizetype end = bytes.indexOf('\n', begin);
-        end = end < 0 ? bytes.size() : end;
-        const QByteArrayView line = QByteArrayView(bytes).sliced(begin, end - begin);
-        ++number;
-        if (!line.isValidUtf8()) {
-            QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-            const QString text = decoder(line);
-            return {number, text.indexOf(QChar::ReplacementCharacter) + 1};
-        }
-        begin = end + 1;
-    }
-    return {};
 }
 
 } // namespace Vidlets::AuthorFiles

@@ -4,8 +4,6 @@
 #ifndef AUTHORFILES_H
 #define AUTHORFILES_H
 
-#include <Vidlets/VLXmlReport.h>
-
 #include <QByteArray>
 #include <QList>
 #include <QString>
@@ -55,9 +53,6 @@ QStringList foldersBelow(const QString& root);
 /// Returns the content of the regular file @p path; nothing where it is none, cannot be read or is
 /// larger than @p limit bytes, with the @p reason as the end of a sentence.
 std::optional<QByteArray> read(const QString& path, QString& reason, qint64 limit = kMaxTextBytes);
-
-/// Returns the place of the first byte that is no UTF-8; a line of 0 where there is none.
-XmlPosition firstInvalidByte(const QByteArray& bytes);
 
 } // namespace Vidlets::AuthorFiles
 

@@ -23,6 +23,12 @@ QString controlDirectory()
     return u"Control"_s;
 }
 
+/// Whether a directory of this name would be a package, but for the dot that hides it.
+bool isHiddenPackage(const QString& name)
+{
+    return name.startsWith(u'.') && name.endsWith(packageSuffix()) && name != packageSuffix();
+}
+
 QString nameOf(const QString& packagePath)
 {
     return QFileInfo(packagePath).completeBaseName();
@@ -50,7 +56,9 @@ bool AuthorPackages::add(const QString& path, QString& reason)
         return false;
     }
     if (info.isDir()) {
-        if (absolute.endsWith(packageSuffix()))
+        if (isHiddenPackage(QFileInfo(absolute).fileName()))
+            ignored(clean, u"its name begins with a dot"_s);
+        else if (absolute.endsWith(packageSuffix()))
             addPackage(clean, QFileInfo(absolute).path());
         else
             addDataPath(clean);
@@ -60,7 +68,11 @@ bool AuthorPackages::add(const QString& path, QString& reason)
         reason = u"\"%1\" is neither a directory nor a regular file."_s.arg(path);
         return false;
     }
-    if (!m_keyDataFiles.contains(clean))
+    const bool isKnown =
+        std::any_of(m_keyDataFiles.cbegin(), m_keyDataFiles.cend(), [&info](const QString& other) {
+            return QFileInfo(other).canonicalFilePath() == info.canonicalFilePath();
+        });
+    if (!isKnown)
         m_keyDataFiles.append(clean);
     return true;
 }
@@ -80,7 +92,9 @@ void AuthorPackages::addDataPath(const QString& path)
     for (const AuthorFiles::Entry& entry : *entries) {
         const bool isNamedPackage = entry.name.endsWith(packageSuffix());
         const QString place = AuthorFiles::join(path, entry.name);
-        if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed && isNamedPackage)
+        if (entry.isNamed && isHiddenPackage(entry.name))
+            ignored(place, u"its name begins with a dot"_s);
+        else if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed && isNamedPackage)
             addPackage(place, path);
         else if (entry.kind == AuthorFiles::Kind::Directory && entry.isNamed)
             checkEntry(path, entry.name);
@@ -142,12 +156,22 @@ void AuthorPackages::listControlDirectory(AuthorPackage& package)
     using AuthorFiles::Kind;
     const QString directory = AuthorFiles::join(package.path, controlDirectory());
     const auto entries = AuthorFiles::list(directory);
+    const QFileInfo control(directory);
+    if (control.isDir()
+        && !AuthorFiles::isBelow(package.canonicalPath, control.canonicalFilePath())) {
+        ignored(directory, u"it is a link that leads out of the package"_s);
+        return;
+    }
+    if (control.isDir() && !entries)
+        ignored(directory, u"it cannot be read"_s);
     // A package without any control file is told of where the files have been looked at.
     for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
         const QString path = AuthorFiles::join(directory, entry.name);
         const QFileInfo info(path);
         if (!entry.isNamed)
             ignored(path, u"its name is not UTF-8"_s);
+        else if (entry.name.startsWith(u'.'))
+            ignored(path, u"its name begins with a dot"_s);
         else if (entry.kind == Kind::Directory)
             ignored(path, u"control files in a subfolder are not found"_s);
         else if (entry.kind == Kind::Link)

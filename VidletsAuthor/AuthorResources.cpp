@@ -41,8 +41,8 @@ QString lastPart(const QString& name)
 bool isFileName(const QString& name)
 {
     static const QRegularExpression scheme(u"^[A-Za-z][-+.A-Za-z0-9]*:"_s);
-    return !name.startsWith(u'/') && !name.contains("%("_L1) && !name.contains("${"_L1)
-        && !scheme.match(name).hasMatch();
+    return !name.startsWith(u'/') && !name.contains(u'*') && !name.contains("%("_L1)
+        && !name.contains("${"_L1) && !scheme.match(name).hasMatch();
 }
 
 bool hasWhiteSpace(const QString& name)
@@ -64,9 +64,8 @@ void AuthorResources::addControlFile(const AuthorPackage& package, const AuthorC
     PackageFacts& facts = m_facts[package.name];
     for (const QString& name : file.search)
         facts.search.insert(name);
+    facts.directories += file.resourceDirectories;
     for (const AuthorReference& reference : file.references) {
-        if (!reference.directory.isEmpty())
-            facts.directories.insert(reference.directory);
         m_uses.append({file.path, reference, &package, false, file.search});
         m_named.insert(lastPart(reference.name));
     }
@@ -74,6 +73,9 @@ void AuthorResources::addControlFile(const AuthorPackage& package, const AuthorC
 
 void AuthorResources::addKeyData(const AuthorControlFile& file)
 {
+    // Key data alone says nothing of the packages that it is for.
+    if (m_packages.packages().isEmpty())
+        return;
     for (const AuthorReference& reference : file.references) {
         m_uses.append({file.path, reference, nullptr, false});
         m_named.insert(lastPart(reference.name));
@@ -255,8 +257,7 @@ void AuthorResources::checkFile(const QString& path)
     const qint64 bytes = QFileInfo(path).size();
     if (bytes > kMaxFileBytes)
         m_findings.add(path, {}, u"resource-huge"_s,
-                       u"The file has %1 MB, more than %2."_s.arg(bytes / 1'000'000)
-                           .arg(kMaxFileBytes / 1'000'000));
+                       u"The file has %L1 bytes, more than %L2."_s.arg(bytes).arg(kMaxFileBytes));
     else
         checkPixels(path);
 }

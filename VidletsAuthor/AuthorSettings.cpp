@@ -3,6 +3,7 @@
 
 #include "AuthorSettings.h"
 
+#include "AuthorEncoding.h"
 #include "AuthorFiles.h"
 #include "AuthorRules.h"
 
@@ -187,7 +188,7 @@ void AuthorSettings::loadPackage(const QString& package, AuthorFindings& finding
         return;
     }
     // The parser decodes ahead of what it reads.
-    const XmlPosition wrongByte = AuthorFiles::firstInvalidByte(*content);
+    const XmlPosition wrongByte = AuthorEncoding::firstInvalidByte(*content);
     if (wrongByte.line > 0) {
         findings.add(file, wrongByte, u"settings-broken"_s,
                      u"The settings are not followed: a byte is no UTF-8."_s);

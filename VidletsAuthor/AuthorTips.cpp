@@ -7,9 +7,9 @@
 #include <Vidlets/VLSettings.h>
 
 #include <QFileInfo>
-#include <QSet>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -24,12 +24,17 @@ AuthorTips::AuthorTips(const AuthorPackages& packages, AuthorFindings& findings)
 
 void AuthorTips::addControlFile(const AuthorPackage& package, const AuthorControlFile& file)
 {
-    if (!file.isInUse)
+    if (file.isRecognised)
+        m_known.insert(&package);
+    if (!file.isInUse) {
+        for (const AuthorTip& tip : file.tips)
+            m_brokenKeys.insert(tip.key);
         return;
+    }
     const int number = static_cast<int>(m_sources.size());
     m_sources.append({file.path, &package, file.locale.isEmpty() ? -1 : numberOf(file.locale)});
     for (const AuthorTip& tip : file.tips)
-        m_places[tip.key].append({number, tip.position});
+        m_places[tip.key].append({number, tip.position, tip.isFound});
     AuthorControlFile rest = file;
     rest.tips.clear();
     rest.references.clear();
@@ -65,11 +70,8 @@ void AuthorTips::check(const QStringList& locales)
 
 void AuthorTips::checkEmptyPackages()
 {
-    QSet<const AuthorPackage*> inUse;
-    for (const Source& source : std::as_const(m_sources))
-        inUse.insert(source.package);
     for (const AuthorPackage& package : m_packages.packages()) {
-        if (!inUse.contains(&package))
+        if (!m_known.contains(&package))
             m_findings.add(package.path, {}, u"package-empty"_s,
                            u"The package has no control file in \"Control\" that can be used."_s);
     }
@@ -80,7 +82,7 @@ void AuthorTips::checkSearch()
     for (const AuthorControlFile& file : std::as_const(m_files)) {
         for (const QString& name : file.search) {
             if (m_packages.pathsOf(name).isEmpty())
-                m_findings.add(file.path, file.rootPosition, u"search-unknown"_s,
+                m_findings.add(file.path, file.searchPosition, u"search-unknown"_s,
                                u"There is no package \"%1\"."_s.arg(name));
         }
     }
@@ -127,9 +129,11 @@ bool AuthorTips::isScene(const AuthorPackage& package, const QStringList& search
 void AuthorTips::checkTwice()
 {
     for (auto it = m_places.cbegin(); it != m_places.cend(); ++it) {
-        QList<Place> places = *it;
-        if (places.size() < 2)
+        if (it->size() < 2)
             continue;
+        QList<Place> places;
+        std::copy_if(it->cbegin(), it->cend(), std::back_inserter(places),
+                     [](const Place& place) { return place.isFound; });
         // The one that is found first.
         std::stable_sort(places.begin(), places.end(),
                          [this](const Place& left, const Place& right) {
@@ -213,7 +217,8 @@ void AuthorTips::checkKeyData()
         return;
     for (const AuthorControlFile& file : std::as_const(m_keyData)) {
         for (const AuthorTip& record : file.tips) {
-            if (!record.key.isEmpty() && !m_places.contains(record.key))
+            const bool isKnown = m_places.contains(record.key) || m_brokenKeys.contains(record.key);
+            if (!record.key.isEmpty() && !isKnown)
                 m_findings.add(file.path, record.position, u"keydata-unknown-key"_s,
                                u"No tip has the key \"%1\"."_s.arg(record.key));
         }

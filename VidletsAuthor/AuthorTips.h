@@ -9,6 +9,7 @@
 
 #include <QHash>
 #include <QLocale>
+#include <QSet>
 
 namespace Vidlets {
 
@@ -41,6 +42,7 @@ private:
     {
         int source = 0;
         XmlPosition position;
+        bool isFound = true;
     };
 
     int numberOf(const QString& locale);
@@ -59,6 +61,9 @@ private:
     AuthorFindings& m_findings;
     QList<Source> m_sources;
     QHash<QString, QList<Place>> m_places;
+    /// Those of files that the library meets a fault in.
+    QSet<QString> m_brokenKeys;
+    QSet<const AuthorPackage*> m_known;
     QList<QLocale> m_locales;
     /// Without their tips, which are in m_places.
     QList<AuthorControlFile> m_files;

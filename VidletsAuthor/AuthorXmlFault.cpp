@@ -44,6 +44,7 @@ struct Faults
     /// One that does not end the reading by itself, as long as there is no other.
     QList<AuthorXmlFault> passed;
     QList<AuthorXmlFault> fatal;
+    bool isConversionFailed = false;
     const xmlParserCtxt* context = nullptr;
 };
 
@@ -54,6 +55,13 @@ int readBytes(void* opaque, char* buffer, int size)
     std::memcpy(buffer, source->bytes.constData() + source->at, static_cast<std::size_t>(count));
     source->at += count;
     return static_cast<int>(count);
+}
+
+/// The one thing that the reader says beside its errors is that bytes do not fit the encoding.
+// NOLINTNEXTLINE(cert-dcl50-cpp): the reader wants one with any number of arguments.
+void noteConversion(void* context, const char* /*message*/, ...)
+{
+    static_cast<Faults*>(context)->isConversionFailed = true;
 }
 
 int closeNothing(void* /*source*/)
@@ -69,6 +77,7 @@ AuthorXmlFault::Kind kindOf(int code)
     case XML_ERR_UNKNOWN_ENCODING:
     case XML_ERR_UNSUPPORTED_ENCODING:
     case XML_ERR_INVALID_ENCODING:
+    case XML_I18N_CONV_FAILED:
         return AuthorXmlFault::Kind::Encoding;
     default:
         return AuthorXmlFault::Kind::Broken;
@@ -131,9 +140,17 @@ QList<AuthorXmlFault> AuthorXmlFaults::in(const QByteArray& bytes)
     if (!context)
         return {};
     Source source{bytes};
+    // For this thread alone.
+    xmlSetGenericErrorFunc(&faults, noteConversion);
     // Neither the network nor a file named in the document is gone to: nothing asks for either.
     context->myDoc = xmlCtxtReadIO(context.get(), readBytes, closeNothing, &source, nullptr,
                                    nullptr, XML_PARSE_NONET | XML_PARSE_BIG_LINES);
+    xmlSetGenericErrorFunc(nullptr, nullptr);
+    // It reads no further than to there, and then tells of what it misses.
+    if (faults.isConversionFailed && !faults.fatal.isEmpty()) {
+        faults.fatal.first().kind = AuthorXmlFault::Kind::Encoding;
+        faults.fatal.first().message = u"A byte does not fit the declared encoding"_s;
+    }
     return faults.fatal.isEmpty() ? QList<AuthorXmlFault>() : faults.passed + faults.fatal;
 }
 

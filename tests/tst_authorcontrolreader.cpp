@@ -28,6 +28,15 @@ QStringList found(const QByteArray& bytes,
     return result;
 }
 
+/// So many wrong references, one behind the other.
+QStringList variables(int count)
+{
+    QStringList result;
+    for (int i = 0; i < count; ++i)
+        result.append(u"1:%1 variable-syntax"_s.arg(26 + 2 * i));
+    return result;
+}
+
 } // namespace
 
 class TestAuthorControlReader : public VidletsTest
@@ -42,6 +51,8 @@ private Q_SLOTS:
     void read_findsFaultsOfTips_data();
     void read_findsFaultsOfTips();
     void read_findsFaultsOfKeyData();
+    void read_tellsWhyFileIsIgnored_data();
+    void read_tellsWhyFileIsIgnored();
     void read_tellsDepth();
     void read_comesToEnd_whenFileIsNasty();
     void looksLikeResource_goesBySuffix();
@@ -65,6 +76,12 @@ void TestAuthorControlReader::read_findsFaultsOfFile_data()
     QTest::newRow("wrong byte far behind")
         << QByteArray("<vidlets>" + QByteArray(100000, '\n') + "\xff</vidlets>")
         << u"100001:1 xml-encoding"_s;
+    QTest::newRow("byte above ASCII")
+        << QByteArray("<?xml version=\"1.0\" encoding=\"ascii\"?>\n<vidlets>\n \xe9</vidlets>")
+        << u"3:2 xml-encoding"_s;
+    QTest::newRow("wrong byte of a declared encoding") << QByteArray(
+        "<?xml version=\"1.0\" encoding=\"windows-1252\"?>\n<vidlets>\n\x81</vidlets>")
+                                                       << u"3:1 xml-encoding"_s;
     QTest::newRow("unknown encoding")
         << QByteArray("<?xml version=\"1.0\" encoding=\"nonsense\"?><vidlets/>")
         << u"1:41 xml-encoding"_s;
@@ -134,6 +151,9 @@ void TestAuthorControlReader::read_findsFaultsOfTips_data()
     QTest::newRow("language alone") << QByteArray("<vidlets locale=\"de\"/>") << u""_s;
     QTest::newRow("territory") << QByteArray("<vidlets locale=\"de_AT\"/>") << u""_s;
     QTest::newRow("dash") << QByteArray("<vidlets locale=\"pt-BR\"/>") << u""_s;
+    QTest::newRow("codeset") << QByteArray("<vidlets locale=\"de_DE.UTF-8\"/>") << u""_s;
+    QTest::newRow("modifier") << QByteArray("<vidlets locale=\"de_DE@euro\"/>") << u""_s;
+    QTest::newRow("variant") << QByteArray("<vidlets locale=\"en_US_POSIX\"/>") << u""_s;
     QTest::newRow("script") << QByteArray("<vidlets locale=\"zh_Hant_TW\"/>") << u""_s;
     QTest::newRow("reserved") << QByteArray(
         "<vidlets>\n<vidlet key=\"a\"\n  VLLocation=\"x\"/></vidlets>")
@@ -141,6 +161,23 @@ void TestAuthorControlReader::read_findsFaultsOfTips_data()
     QTest::newRow("variable") << QByteArray(
         "<vidlets><vidlet key=\"a\">\n%(a)s\n%(b)</vidlet></vidlets>")
                               << u"3:1 variable-syntax"_s;
+    QTest::newRow("variable behind a child")
+        << QByteArray("<vidlets><vidlet key=\"a\">\n%(a)s <b\n c=\"\">\n</b> <!--\n %( -->\n "
+                      "%(b</vidlet></vidlets>")
+        << u"6:2 variable-syntax"_s;
+    QTest::newRow("variable behind an entity")
+        << QByteArray("<vidlets><vidlet key=\"a\">&#10;&#10;&lt;\n %(b</vidlet></vidlets>")
+        << u"2:2 variable-syntax"_s;
+    QTest::newRow("variable behind a long tag")
+        << QByteArray("<vidlets><vidlet\nkey=\"a\"\n>%(b</vidlet></vidlets>")
+        << u"3:2 variable-syntax"_s;
+    QTest::newRow("several variables") << QByteArray(
+        "<vidlets><vidlet key=\"a\">%(a <![CDATA[\n%(b\n]]>%(c\n%(d)s</vidlet></vidlets>")
+                                       << u"1:26 variable-syntax; 2:1 variable-syntax; "
+                                          "3:4 variable-syntax"_s;
+    QTest::newRow("no end of variables") << QByteArray(
+        "<vidlets><vidlet key=\"a\">" + QByteArray("%(").repeated(700) + "</vidlet></vidlets>")
+                                         << QStringList(variables(20)).join(u"; "_s);
     QTest::newRow("variable in attribute")
         << QByteArray("<vidlets><vidlet key=\"a\" t=\"%(b\"/></vidlets>")
         << u"1:26 variable-syntax"_s;
@@ -152,6 +189,16 @@ void TestAuthorControlReader::read_findsFaultsOfTips_data()
         << QByteArray("<vidlets><vidlet key=\"a\"><p>" + QByteArray("a  \n").repeated(750)
                       + "</p></vidlet></vidlets>")
         << u""_s;
+    QTest::newRow("title of many units")
+        << QByteArray("<vidlets><vidlet key=\"a\" title=\""
+                      + QByteArray("\xf0\x9f\x98\x80").repeated(120) + "\"/></vidlets>")
+        << u""_s;
+    QTest::newRow("title with much white space") << QByteArray(
+        "<vidlets><vidlet key=\"a\" title=\"" + QByteArray("a  ").repeated(60) + "\"/></vidlets>")
+                                                 << u""_s;
+    QTest::newRow("long title") << QByteArray("<vidlets><vidlet key=\"a\" title=\""
+                                              + QByteArray("a").repeated(121) + "\"/></vidlets>")
+                                << u"1:26 text-overlong"_s;
     QTest::newRow("suppressed element") << QByteArray(
         "<vidlets>\n<!-- vidlets-check: off key-missing -->\n\n<vidlet/>\n<vidlet/></vidlets>")
                                         << u"5:1 key-missing"_s;
@@ -184,8 +231,42 @@ void TestAuthorControlReader::read_findsFaultsOfKeyData()
 
     const QStringList expected{u"2:1 key-missing"_s, u"3:16 key-twice"_s};
     QCOMPARE(found(bytes, AuthorControlReader::Kind::KeyData), expected);
+    AuthorFindings findings;
+    AuthorControlReader(AuthorControlReader::Kind::KeyData, u"a.xml"_s, bytes, findings).read();
+    QVERIFY(findings.all().constLast().message.contains("only that record counts"_L1));
     QCOMPARE(found("<vidlets/>", AuthorControlReader::Kind::KeyData),
              QStringList{u"1:1 root-foreign"_s});
+}
+
+void TestAuthorControlReader::read_tellsWhyFileIsIgnored_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<QString>("reason");
+
+    const QString text = u"<vidlets locale=\"C\"/>"_s;
+    const QByteArray wide(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
+    QTest::newRow("prefix") << QByteArray("<v:vidlets xmlns:v=\"u\"/>") << u"prefix"_s;
+    QTest::newRow("broken tag") << QByteArray("<vidlets\n locale=\"C\"/>")
+                                << u"broken over lines"_s;
+    QTest::newRow("comment with a tag")
+        << QByteArray("<!--\n<a > -->\n<vidlets/>") << u"in line 2"_s;
+    QTest::newRow("UTF-16") << "\xff\xfe" + wide << u"UTF-16"_s;
+    QTest::newRow("far behind") << "<!--" + QByteArray(1010, ' ') + "--><vidlets locale=\"C\"/>"
+                                << u"too far behind in its line"_s;
+}
+
+void TestAuthorControlReader::read_tellsWhyFileIsIgnored()
+{
+    QFETCH(const QByteArray, bytes);
+    QFETCH(const QString, reason);
+    AuthorFindings findings;
+
+    AuthorControlReader(AuthorControlReader::Kind::ControlFile, u"a.xml"_s, bytes, findings).read();
+
+    QCOMPARE(findings.all().size(), 1);
+    QCOMPARE(findings.all().constFirst().rule, u"file-ignored"_s);
+    QVERIFY2(findings.all().constFirst().message.contains(reason),
+             qPrintable(findings.all().constFirst().message));
 }
 
 void TestAuthorControlReader::read_tellsDepth()

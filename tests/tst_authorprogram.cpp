@@ -114,6 +114,8 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
         u"There is no rule \"no-rule\"."_s);
     row("check for no locale", u"check {PACKAGE} --locale xx_bad"_s,
         u"There is no locale \"xx_bad\"."_s);
+    row("check for a locale of another territory", u"check {PACKAGE} --locale de_US"_s,
+        u"There is no locale \"de_US\"; \"de_DE\" would be taken for it."_s);
     row("check for a locale without name", u"check {PACKAGE} --locale="_s,
         u"There is no locale \"\"."_s);
     row("no path", u"check"_s, u"What is to be checked? vidlets check PATH..."_s);

@@ -25,6 +25,9 @@ private Q_SLOTS:
     void case_isTold_whenFolderDiffers();
     void huge_goesByPixels();
     void directory_isLeftAlone_whenOutsideOfPackage();
+    void directory_isThatOfTip_forAllThatIsInIt();
+    void filter_isNoName();
+    void keyData_isLeftAlone_withoutPackage();
 };
 
 void TestAuthorResources::names_areFoundInScenes()
@@ -131,6 +134,52 @@ void TestAuthorResources::directory_isLeftAlone_whenOutsideOfPackage()
     files.write(u"b.png"_s, "");
 
     QCOMPARE(places(checked({files.dataPath()}), u"resource-unused"_s), QStringList());
+}
+
+void TestAuthorResources::directory_isThatOfTip_forAllThatIsInIt()
+{
+    PackageBuilder files;
+    files.write(u"A.vidlets/Resources/usual.png"_s, "");
+    files.write(u"A.vidlets/img/own.png"_s, "");
+    files.write(u"A.vidlets/root/root.png"_s, "");
+    files.write(u"A.vidlets/scene/unused.png"_s, "");
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets resources=\"root\">\n"
+                           "<vidlet key=\"a\"><i s=\"root.png\"/></vidlet>\n"
+                           "<vidlet key=\"b\" resources=\"img\"><p><i s=\"own.png\"/></p>\n"
+                           "<i s=\"usual.png\"/></vidlet>\n"
+                           "<vidlet key=\"c\" resources=\"\"><i s=\"usual.png\"/>\n"
+                           "<i s=\"root.png\"/></vidlet>\n"
+                           "<vidlet key=\"d\"><i resources=\"img\" s=\"own.png\"/></vidlet>\n"
+                           "<vidlet key=\"e\" resources=\"scene\"/></vidlets>");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    const QStringList expected{u"a.xml:4"_s, u"a.xml:6"_s, u"a.xml:7"_s};
+    QCOMPARE(places(findings, u"resource-missing"_s), expected);
+    QCOMPARE(places(findings, u"resource-unused"_s), QStringList{u"unused.png:0"_s});
+}
+
+void TestAuthorResources::filter_isNoName()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    files.write(u"A.vidlets/ui/VidletUI.qml"_s, "Item { nameFilters: [\"*.png\"]\ns: \"a.png\" }");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"resource-missing"_s),
+             QStringList{u"VidletUI.qml:2"_s});
+}
+
+void TestAuthorResources::keyData_isLeftAlone_withoutPackage()
+{
+    PackageBuilder files;
+    files.writeTip(u"A.vidlets"_s, u"a.xml"_s, u"a"_s);
+    const QString keys =
+        files.write(u"keys.xml"_s, "<vidletkeys><key name=\"a\" p=\"no.png\"/></vidletkeys>");
+
+    QCOMPARE(checked({keys}).size(), 0);
+    QCOMPARE(places(checked({keys, files.dataPath()}), u"resource-missing"_s),
+             QStringList{u"keys.xml:1"_s});
 }
 
 int main(int argc, char** argv)

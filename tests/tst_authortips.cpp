@@ -32,12 +32,16 @@ private Q_SLOTS:
     void twiceAcross_namesWinner_whenDataPathsDiffer();
     void twiceAcross_isFound_whenOneServesAll();
     void twiceAcross_isNotFound_whenFileIsNotInUse();
+    void twiceAcross_passesOverFile_whenKeyIsTwiceInIt();
+    void empty_isNoPackage_whenFileIsBroken();
     void gap_isFilledByFileForAll();
     void gap_isNotOfUnknownLocale();
     void ui_isFoundInSearchedPackage();
     void ui_isFoundInPackageBeside();
     void ui_isMissed_whenSearchNamesUnknownPackage();
+    void places_areThoseOfAttributes();
     void keyData_isToldOnce_whenKeyIsEmpty();
+    void keyData_isNotTold_whenTipIsInBrokenFile();
     void keyData_isNotCompared_whenThereIsNoPackage();
 };
 
@@ -75,6 +79,29 @@ void TestAuthorTips::twiceAcross_isNotFound_whenFileIsNotInUse()
     files.writeControlFile(u"A.vidlets"_s, u"b.xml"_s, tips("", "x") + "<");
 
     QCOMPARE(places(checked({files.dataPath()}), u"key-twice-across"_s), QStringList());
+}
+
+void TestAuthorTips::twiceAcross_passesOverFile_whenKeyIsTwiceInIt()
+{
+    PackageBuilder one;
+    PackageBuilder two;
+    one.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips("de", "x"));
+    two.writeControlFile(u"B.vidlets"_s, u"b.xml"_s, tips("de", "xx"));
+
+    const QList<AuthorFinding> findings = checked({one.dataPath(), two.dataPath()});
+
+    QCOMPARE(places(findings, u"key-twice"_s), QStringList{u"b.xml:3"_s});
+    QCOMPARE(places(findings, u"key-twice-across"_s), QStringList());
+}
+
+void TestAuthorTips::empty_isNoPackage_whenFileIsBroken()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets>\n<vidlet key=\"a\"></vidlets>");
+    files.writeControlFile(u"B.vidlets"_s, u"b.xml"_s, "<tips a=\"\"/>");
+
+    QCOMPARE(places(checked({files.dataPath()}), u"package-empty"_s),
+             QStringList{u"B.vidlets:0"_s});
 }
 
 void TestAuthorTips::gap_isFilledByFileForAll()
@@ -122,6 +149,31 @@ void TestAuthorTips::ui_isMissed_whenSearchNamesUnknownPackage()
                            "<vidlets search=\"No\" ui=\"ui/None.qml\"/>");
 
     QCOMPARE(places(checked({files.dataPath()}), u"ui-missing"_s), QStringList{u"a.xml:1"_s});
+}
+
+void TestAuthorTips::places_areThoseOfAttributes()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets locale=\"de\"\n search=\"No\"\n ui=\"No.qml\">\n"
+                           "<vidlet key=\"a\"\n simple=\"Not.qml\"/></vidlets>");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"search-unknown"_s), QStringList{u"a.xml:2"_s});
+    const QStringList expected{u"a.xml:3"_s, u"a.xml:5"_s};
+    QCOMPARE(places(findings, u"ui-missing"_s), expected);
+}
+
+void TestAuthorTips::keyData_isNotTold_whenTipIsInBrokenFile()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets><vidlet key=\"a\"/>&</vidlets>");
+    const QString keys =
+        files.write(u"keys.xml"_s, "<vidletkeys><key name=\"a\"/>\n<key name=\"b\"/></vidletkeys>");
+
+    QCOMPARE(places(checked({files.dataPath(), keys}), u"keydata-unknown-key"_s),
+             QStringList{u"keys.xml:2"_s});
 }
 
 void TestAuthorTips::keyData_isToldOnce_whenKeyIsEmpty()

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <memory>
 
+#include <VidletsAuthor/AuthorControlFile.h>
 #include <VidletsAuthor/AuthorFinding.h>
 #include <unistd.h>
 
@@ -72,6 +73,10 @@ bool readLocales(const QStringList& values, QStringList& locales, QString& reaso
         const QString name = QLocale(value).name();
         if (name == "C"_L1) {
             reason = u"There is no locale \"%1\"."_s.arg(value);
+            return false;
+        }
+        if (Vidlets::isOfOtherTerritory(value)) {
+            reason = u"There is no locale \"%1\"; \"%2\" would be taken for it."_s.arg(value, name);
             return false;
         }
         if (!locales.contains(name))
