@@ -43,6 +43,8 @@ const QSize kLargeSize(400, 300);
 const QPoint kOffset(35, 30);
 const QPoint kDesktop(1270, 10);
 constexpr int kPatienceMs = 15000;
+// In which the compositor passes on what it has.
+constexpr int kCompositorMs = 1000;
 constexpr int kEndlessMs = 600000;
 constexpr int kShortMs = 50;
 constexpr int kFlickSpeed = 5000;
@@ -300,13 +302,16 @@ void Host::restOn(const QWidget& control)
     constexpr int kTries = 5;
     bool isThere = false;
     for (int i = 0; i < kTries && !isThere; ++i) {
-        // A step aside and back may come as one move, which is none: the compositor takes together
-        // what it has not passed on yet.
         const QPoint before = QCursor::pos();
         const QPoint center = shownIn->centerOf(control);
         if (i > 0) {
+            // Now and then a window that has just come up is not told that the pointer is in it,
+            // and then of no move either until the pointer comes anew. Nothing tells of the pointer
+            // outside, and what the compositor has not passed on yet it takes together.
+            QVERIFY(CompositorScreen::movePointerTo(kDesktop));
+            QTest::qWait(kCompositorMs);
             QVERIFY(CompositorScreen::movePointerTo(center + QPoint(10, 0)));
-            QTRY_VERIFY_WITH_TIMEOUT(QCursor::pos() != before, kPatienceMs);
+            (void)QTest::qWaitFor([&before] { return QCursor::pos() != before; }, kCompositorMs);
         }
         QVERIFY(CompositorScreen::movePointerTo(center));
         isThere = QTest::qWaitFor(isUp, kPatienceMs / kTries);
