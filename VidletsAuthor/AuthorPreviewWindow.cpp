@@ -46,7 +46,7 @@ template <typename Scales> QComboBox* makeScales(const Scales& scales, QWidget* 
 {
     auto* box = new QComboBox(parent);
     for (const double scale : scales)
-        box->addItem(u"%1 %"_s.arg(scale * 100), scale);
+        box->addItem(u"%1%"_s.arg(scale * 100), scale);
     box->setCurrentIndex(box->findData(1.0));
     return box;
 }

@@ -272,7 +272,8 @@ void AuthorResources::checkPixels(const QString& path)
         return;
     QImageReader reader(&file, format);
     reader.setAutoDetectImageFormat(false);
-    const QSize size = reader.size();
+    // Some readers complain on standard error of what is no picture of their kind.
+    const QSize size = reader.canRead() ? reader.size() : QSize();
     if (size.width() > kMaxSidePx || size.height() > kMaxSidePx)
         m_findings.add(path, {}, u"resource-huge"_s,
                        u"The picture has %1 x %2 pixels, more than %3 a side."_s.arg(size.width())

@@ -26,6 +26,7 @@ private Q_SLOTS:
     void huge_goesByPixels();
     void directory_isLeftAlone_whenOutsideOfPackage();
     void directory_isThatOfTip_forAllThatIsInIt();
+    void picture_isLeftAlone_whenItIsOfAnotherKind();
     void filter_isNoName();
     void keyData_isLeftAlone_withoutPackage();
 };
@@ -158,6 +159,24 @@ void TestAuthorResources::directory_isThatOfTip_forAllThatIsInIt()
     const QStringList expected{u"a.xml:4"_s, u"a.xml:6"_s, u"a.xml:7"_s};
     QCOMPARE(places(findings, u"resource-missing"_s), expected);
     QCOMPARE(places(findings, u"resource-unused"_s), QStringList{u"unused.png:0"_s});
+}
+
+void TestAuthorResources::picture_isLeftAlone_whenItIsOfAnotherKind()
+{
+    PackageBuilder files;
+    const QImage image(8, 5000, QImage::Format_RGB32);
+    files.write(u"A.vidlets/Resources/a.png"_s, "");
+    QVERIFY(image.save(files.path(u"A.vidlets/Resources/a.png"_s), "JPG"));
+    files.write(u"A.vidlets/Resources/b.jpg"_s, "");
+    QVERIFY(image.save(files.path(u"A.vidlets/Resources/b.jpg"_s), "PNG"));
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets><vidlet key=\"a\" p=\"a.png\" q=\"b.jpg\"/></vidlets>");
+
+    // A word of a reader on the way would make the test fail.
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"resource-huge"_s), QStringList());
+    QCOMPARE(places(findings, u"resource-missing"_s), QStringList());
 }
 
 void TestAuthorResources::filter_isNoName()
