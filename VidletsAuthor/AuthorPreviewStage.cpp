@@ -183,6 +183,7 @@ void AuthorPreviewStage::begin()
     VLContext settings;
     m_look.applyToContext(settings);
     m_session = std::make_unique<AuthorTipSession>(m_places, settings, m_control);
+    m_session->host().setDrafting(true);
     m_sessionLook = m_look;
     watchEngines();
 }

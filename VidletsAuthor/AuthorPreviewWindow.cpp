@@ -191,10 +191,12 @@ void AuthorPreviewWindow::filesChanged(const QStringList& paths)
     const bool isKept = std::any_of(paths.cbegin(), paths.cend(), [](const QString& path) {
         return path.endsWith(".qm"_L1) || QFileInfo(path).dir().exists(u"qmldir"_s);
     });
+    const bool isDraft = std::any_of(paths.cbegin(), paths.cend(),
+                                     [](const QString& path) { return path.endsWith(".ts"_L1); });
     if (isKept || isControl)
         m_stage->forget();
     renew();
-    if (isControl || isKept)
+    if (isControl || isKept || isDraft)
         QTimer::singleShot(0, this, &AuthorPreviewWindow::readList);
     checkSoon();
 }
@@ -219,7 +221,7 @@ void AuthorPreviewWindow::fillLocales()
 {
     const QSignalBlocker blocker(m_locale);
     const QString before = m_locale->currentText();
-    QStringList locales = m_list.locales();
+    QStringList locales = m_list.localesWithDrafts();
     if (locales.isEmpty())
         locales.append(u"en_US"_s);
     m_locale->clear();

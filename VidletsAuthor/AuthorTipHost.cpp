@@ -3,12 +3,15 @@
 
 #include "AuthorTipHost.h"
 
+#include <Vidlets/VLContentNames.h>
 #include <Vidlets/VLHostHooks.h>
 #include <Vidlets/VLManager.h>
 #include <Vidlets/VLSafeguards.h>
+#include <Vidlets/VLSettings.h>
 #include <Vidlets/VLView.h>
 #include <Vidlets/VLWidget.h>
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQmlError>
 #include <QQuickItem>
@@ -64,12 +67,18 @@ void AuthorTipHost::setShortcut(const QString& shortcut)
     m_shortcut = shortcut;
 }
 
+void AuthorTipHost::setDrafting(bool on)
+{
+    m_isDrafting = on;
+}
+
 VLWidget* AuthorTipHost::showTipIn(QWidget* room)
 {
     // A popup is made with the first request, and by a step of this.
     if (!manager()->widget())
         VLHostHooks::warmUp(manager());
     const QPointer<VLWidget> popup = manager()->widget();
+    m_popup = popup;
     popup->setAttribute(Qt::WA_DontShowOnScreen);
     const bool isShown = showTip(QPoint()) && popup && popup->view()->content();
     if (isShown) {
@@ -115,7 +124,30 @@ QString AuthorTipHost::translateString(const QString& text, const QString& conte
     // want to see the other one.
     if (text == "QT_LAYOUT_DIRECTION"_L1)
         return QGuiApplication::layoutDirection() == Qt::RightToLeft ? u"RTL"_s : u"LTR"_s;
-    return VLHostInterface::translateString(text, context);
+    const QString draft = draftFor(text, context);
+    return draft.isNull() ? VLHostInterface::translateString(text, context) : draft;
+}
+
+/// Null where there is no draft in the place from which the library would translate.
+QString AuthorTipHost::draftFor(const QString& text, const QString& context)
+{
+    VLWidget* popup = m_popup ? m_popup.data() : manager()->widget();
+    const VLView* view = popup ? popup->view() : nullptr;
+    if (!m_isDrafting || !view)
+        return QString();
+    const QString name = u"%1_%2"_s.arg(Settings::translationStem(manager()->context()),
+                                        manager()->currentLocale().name());
+    const auto find = [view](const QString& file) {
+        const QString path =
+            view->findComponent(ContentNames::translationsAttribute(), ckTranslationDirectory,
+                                Settings::translationDirectoryDefault(), file);
+        return QFileInfo(path).isFile() ? path : QString();
+    };
+    const QString draft = find(name + u".ts"_s);
+    const QString released = find(name + u".qm"_s);
+    if (!released.isNull() && QFileInfo(released).path() != QFileInfo(draft).path())
+        return QString();
+    return m_drafts.translation(draft, text, context);
 }
 
 AuthorTipSession::AuthorTipSession(const AuthorTipPlaces& places, const VLContext& settings,

@@ -4,6 +4,7 @@
 #ifndef AUTHORTIPHOST_H
 #define AUTHORTIPHOST_H
 
+#include "AuthorDrafts.h"
 #include "AuthorTipIndex.h"
 #include <Vidlets/VLContext.h>
 
@@ -53,6 +54,8 @@ public:
 
     /// Stands for the shortcut of the tip; an empty one leaves what the content says.
     void setShortcut(const QString& shortcut);
+    /// Has texts translated by files that are not released yet, where they are newer.
+    void setDrafting(bool on);
     /// Brings the tip up within @p room, a window that nobody sees yet and that the caller puts
     /// where it belongs. The scene does not learn of it. Returns the popup, which goes with the
     /// room; null where there is no tip.
@@ -68,8 +71,14 @@ public:
 private:
     Q_DISABLE_COPY_MOVE(AuthorTipHost)
 
+    QString draftFor(const QString& text, const QString& context);
+
     QPointer<QWidget> m_control;
     QPointer<QWidget> m_room;
+    /// The one in the room.
+    QPointer<VLWidget> m_popup;
+    AuthorDrafts m_drafts;
+    bool m_isDrafting = false;
     QString m_shortcut;
     QStringList m_warnings;
 };

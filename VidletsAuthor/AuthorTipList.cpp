@@ -41,15 +41,18 @@ AuthorControlFile readFile(const QString& path)
     return AuthorControlReader(AuthorControlReader::Kind::ControlFile, path, *bytes, unused).read();
 }
 
-void addTranslations(const QString& package, QStringList& locales)
+void addTranslations(AuthorListedPackage& package)
 {
-    static const QRegularExpression pattern(u"^Vidlets_(.+)\\.qm$"_s);
-    const auto entries = AuthorFiles::list(package + "/l10n"_L1);
+    static const QRegularExpression pattern(u"^Vidlets_(.+)\\.(qm|ts)$"_s);
+    const auto entries = AuthorFiles::list(package.canonicalPath + "/l10n"_L1);
     for (const AuthorFiles::Entry& entry : entries.value_or(QList<AuthorFiles::Entry>())) {
         const QRegularExpressionMatch match = pattern.match(entry.name);
         // A locale by another name is not found, and so is none.
-        if (match.hasMatch() && QLocale(match.captured(1)).name() == match.captured(1))
-            locales.append(match.captured(1));
+        if (!match.hasMatch() || QLocale(match.captured(1)).name() != match.captured(1))
+            continue;
+        QStringList& locales =
+            match.captured(2) == "qm"_L1 ? package.locales : package.draftLocales;
+        locales.append(match.captured(1));
     }
 }
 
@@ -80,7 +83,7 @@ AuthorListedPackage listed(const AuthorPackage& package)
                                                         : QLocale(file.locale).name());
     }
     result.tips = tips.values();
-    addTranslations(package.canonicalPath, result.locales);
+    addTranslations(result);
     result.locales.sort();
     result.locales.removeDuplicates();
     return result;
@@ -114,6 +117,16 @@ QStringList AuthorTipList::locales() const
     QStringList result;
     for (const AuthorListedPackage& package : packages)
         result += package.locales;
+    result.sort();
+    result.removeDuplicates();
+    return result;
+}
+
+QStringList AuthorTipList::localesWithDrafts() const
+{
+    QStringList result = locales();
+    for (const AuthorListedPackage& package : packages)
+        result += package.draftLocales;
     result.sort();
     result.removeDuplicates();
     return result;

@@ -42,6 +42,8 @@ struct AuthorListedPackage
     QString canonicalPath;
     /// The locales of its control files and translations, sorted; "en_US" for files that serve all.
     QStringList locales;
+    /// Those of its files for translators, released or not.
+    QStringList draftLocales;
     /// By key.
     QList<AuthorListedTip> tips;
 };
@@ -58,6 +60,8 @@ struct AuthorTipList
 
     /// Returns the locales of all packages, sorted.
     QStringList locales() const;
+    /// Returns them together with those of files for translators.
+    QStringList localesWithDrafts() const;
 };
 
 /// Returns whether a control file has @p tip for @p locale, or for all languages.

@@ -11,6 +11,7 @@ foreach(
   tst_authorclipmaker
   tst_authorclips
   tst_authorcontrolreader
+  tst_authordrafts
   tst_authorencoding
   tst_authorfiles
   tst_authorfinding

@@ -191,6 +191,7 @@ private Q_SLOTS:
     void picture_isShownAnew_whenSaved();
     void clip_isShownAnew_whenSaved();
     void translation_isShownAnew_whenSaved();
+    void translation_isShownAnew_whenDraftIsSaved();
     void keyAndScroll_stay_whenSaved();
     void newFile_bringsItsTips();
     void failingScene_showsPlace_andClickOpensEditor();
@@ -348,6 +349,30 @@ void TestAuthorPreview::translation_isShownAnew_whenSaved()
 
     QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kBlue, kLongMs);
     QCOMPARE(preview.find<QComboBox>("locale")->currentText(), u"de_DE"_s);
+}
+
+void TestAuthorPreview::translation_isShownAnew_whenDraftIsSaved()
+{
+    const auto save = [](Preview& preview, const QByteArray& word) {
+        preview.files.write(
+            u"A.vidlets/l10n/Vidlets_de_DE.ts"_s,
+            "<?xml version=\"1.0\"?><!DOCTYPE TS><TS version=\"2.1\" language=\"de_DE\"><context>"
+            "<name>VidletUI</name><message><source>ink</source><translation>"
+                + word + "</translation></message></context></TS>\n");
+    };
+    Preview preview;
+    save(preview, "red");
+    preview.writeScene("import QtQuick\nRectangle { width: 200; height: 100\n"
+                       "    color: vidletView.translate(\"ink\", \"VidletUI\") || \"white\"\n}\n");
+    QVERIFY(preview.open());
+    preview.find<QComboBox>("locale")->setCurrentText(u"de_DE"_s);
+    QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kRed, kLongMs);
+
+    save(preview, "blue");
+    QTRY_COMPARE_WITH_TIMEOUT(preview.color(), kBlue, kLongMs);
+
+    // Nothing is released on the way.
+    QVERIFY(!QFile::exists(preview.files.path(u"A.vidlets/l10n/Vidlets_de_DE.qm"_s)));
 }
 
 void TestAuthorPreview::keyAndScroll_stay_whenSaved()
