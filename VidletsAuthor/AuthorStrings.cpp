@@ -76,21 +76,85 @@ const AuthorToken* literalArgument(const AuthorSceneOutline& scene, qsizetype be
     return found.kind == AuthorToken::Kind::Literal && isWhole ? &found : nullptr;
 }
 
+/// The first one from @p begin on that is one of @p signs and in no bracket; -1 without one.
+qsizetype findSign(const AuthorSceneOutline& scene, qsizetype begin, qsizetype end,
+                   QStringView signs)
+{
+    for (qsizetype token = begin; token < end; ++token) {
+        const QStringView sign = scene.at(token);
+        if (sign.size() == 1 && signs.contains(sign))
+            return token;
+        if (sign == "("_L1 || sign == "["_L1 || sign == "{"_L1)
+            token = std::max(token, scene.partner(token));
+    }
+    return -1;
+}
+
+/// The strings that an argument can be.
+struct Sources
+{
+    QStringList texts;
+    qint64 line = 0;
+    /// Whether it can be nothing else.
+    bool isWhole = true;
+};
+
+/// A string, or several one behind the other.
+Sources joinedSource(const AuthorSceneOutline& scene, qsizetype begin, qsizetype end)
+{
+    QString text;
+    for (qsizetype token = begin; token < end; token += 2) {
+        const AuthorToken& part = scene.tokens().at(token);
+        const bool isLast = token + 1 == end;
+        const bool isPart = part.kind == AuthorToken::Kind::Literal && !part.text.contains(u"${")
+            && (isLast || scene.at(token + 1) == "+"_L1);
+        if (!isPart || token + 2 == end)
+            return {{}, 0, false};
+        text += decoded(part.text);
+    }
+    return {{text}, scene.tokens().at(begin).position.line, begin < end};
+}
+
+/// What the tokens from @p begin to before @p end can be: strings put together, or chosen from.
+Sources sourcesIn(const AuthorSceneOutline& scene, qsizetype begin, qsizetype end, int depth = 0)
+{
+    constexpr int kMaxDepth = 20;
+    if (begin >= end || depth > kMaxDepth)
+        return {{}, 0, false};
+    if (scene.at(begin) == "("_L1 && scene.partner(begin) == end - 1)
+        return sourcesIn(scene, begin + 1, end - 1, depth + 1);
+    const qsizetype question = findSign(scene, begin, end, u"?");
+    const bool isChoice =
+        question >= 0 && scene.at(question + 1) != "?"_L1 && scene.at(question + 1) != "."_L1;
+    if (!isChoice)
+        return joinedSource(scene, begin, end);
+    qsizetype colon = question;
+    for (int open = 1; open > 0 && colon >= 0;) {
+        colon = findSign(scene, colon + 1, end, u"?:");
+        open += scene.at(colon) == "?"_L1 ? 1 : -1;
+    }
+    if (colon < 0)
+        return {{}, 0, false};
+    const Sources first = sourcesIn(scene, question + 1, colon, depth + 1);
+    const Sources second = sourcesIn(scene, colon + 1, end, depth + 1);
+    return {first.texts + second.texts, first.texts.isEmpty() ? second.line : first.line,
+            first.isWhole && second.isWhole};
+}
+
+/// The first argument of the call whose bracket is at @p opener.
+Sources sourcesOfCall(const AuthorSceneOutline& scene, qsizetype opener)
+{
+    const qsizetype closer = scene.partner(opener);
+    const qsizetype comma = findSign(scene, opener + 1, closer, u",");
+    return sourcesIn(scene, opener + 1, comma < 0 ? closer : comma);
+}
+
 /// The context of a call of translate() whose bracket is at @p opener; null where it is no string.
 QString contextOfCall(const AuthorSceneOutline& scene, qsizetype opener)
 {
-    const qsizetype end = scene.partner(opener);
-    for (qsizetype token = opener + 1; token < end; ++token) {
-        if (scene.at(token) == "("_L1 || scene.at(token) == "["_L1 || scene.at(token) == "{"_L1) {
-            token = std::max(token, scene.partner(token));
-            continue;
-        }
-        if (scene.at(token) != ","_L1)
-            continue;
-        const AuthorToken* context = literalArgument(scene, token);
-        return context ? decoded(context->text) : QString();
-    }
-    return QString();
+    const qsizetype comma = findSign(scene, opener + 1, scene.partner(opener), u",");
+    const AuthorToken* context = comma < 0 ? nullptr : literalArgument(scene, comma);
+    return context ? decoded(context->text) : QString();
 }
 
 bool isCallOf(const AuthorSceneOutline& scene, qsizetype token, QStringView name)
@@ -180,7 +244,7 @@ void AuthorStrings::readWrappers(const AuthorSceneOutline& scene)
 {
     for (const Member& member : scene.members()) {
         for (qsizetype token = member.first; token < member.end; ++token) {
-            if (!isCallOf(scene, token, u"translate") || literalArgument(scene, token + 1))
+            if (!isCallOf(scene, token, u"translate") || sourcesOfCall(scene, token + 1).isWhole)
                 continue;
             const QString context = contextOfCall(scene, token + 1);
             if (context.isNull())
@@ -199,15 +263,15 @@ void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& sce
         const bool isTranslate = name == "translate"_L1;
         if ((!isTranslate && !m_wrappers.contains(name)) || !isCallOf(scene, token, name))
             continue;
-        const AuthorToken* literal = literalArgument(scene, token + 1);
-        if (!literal || literal->text.isEmpty())
-            continue;
+        const Sources sources = sourcesOfCall(scene, token + 1);
         QString context = isTranslate ? contextOfCall(scene, token + 1) : m_wrappers.value(name);
         // One that is put together cannot be told.
         if (context.isNull())
             context = m_sortedContexts.value(0, usualContext());
-        add(context, decoded(literal->text), path, literal->position.line,
-            relativeTo(m_root, path));
+        for (const QString& text : sources.texts) {
+            if (!text.isEmpty())
+                add(context, text, path, sources.line, relativeTo(m_root, path));
+        }
     }
 }
 

@@ -106,6 +106,8 @@ private Q_SLOTS:
     void init();
 
     void messages_areThoseOfTipsAndScenes();
+    void messages_areAllThatScenesChooseFrom_data();
+    void messages_areAllThatScenesChooseFrom();
     void messages_nameKeyAndFile();
     void messages_leaveOutFilesForOneLocale();
     void update_keepsTranslationsAndMarksGone();
@@ -146,6 +148,43 @@ void TestAuthorStrings::messages_areThoseOfTipsAndScenes()
     const QStringList expected{u"UI: Play\u2026"_s, u"Player: Stop"_s, u"UI: Pen & ink"_s,
                                u"UI: you"_s, u"UI: Draws freehand, just as move."_s};
     QCOMPARE(textsOf(strings.messages()), expected);
+}
+
+void TestAuthorStrings::messages_areAllThatScenesChooseFrom_data()
+{
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QStringList>("sources");
+
+    const QString usual = u"UI: Pen & ink"_s;
+    const QString dynamic = u"Ctx: Pen & ink"_s;
+    QTest::newRow("put together") << u"'Long ' + \"te\" + 'xt'"_s
+                                  << QStringList{u"Ctx: Long text"_s, usual};
+    QTest::newRow("one of two") << u"a > (b ? c : d) ? 'A' : \"B\""_s
+                                << QStringList{u"Ctx: A"_s, u"Ctx: B"_s, usual};
+    QTest::newRow("one of three") << u"(a ? b ? 'A' : ('B' + 'b') : 'C')"_s
+                                  << QStringList{u"Ctx: A"_s, u"Ctx: Bb"_s, u"Ctx: C"_s, usual};
+    QTest::newRow("one and another")
+        << u"a ? 'A' : b"_s << QStringList{u"Ctx: A"_s, dynamic, usual};
+    QTest::newRow("end left out") << u"'A' + "_s << QStringList{dynamic, usual};
+    QTest::newRow("with a value") << u"'A ' + b"_s << QStringList{dynamic, usual};
+    QTest::newRow("value within") << u"`A ${b}`"_s << QStringList{dynamic, usual};
+    QTest::newRow("member that may be null") << u"a?.b"_s << QStringList{dynamic, usual};
+    QTest::newRow("other half left out") << u"a ? 'A'"_s << QStringList{dynamic, usual};
+}
+
+void TestAuthorStrings::messages_areAllThatScenesChooseFrom()
+{
+    QFETCH(const QString, argument);
+    QFETCH(const QStringList, sources);
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets><vidlet key='pen' title='Pen &amp; ink'/></vidlets>");
+    m_files->write(
+        u"A.vidlets/ui/VidletUI.qml"_s,
+        u"Item {\nfunction words(t) { return v.translate(t, 'UI'); }\na: v.translate(%1, 'Ctx')\n}"_s
+            .arg(argument)
+            .toUtf8());
+
+    QCOMPARE(textsOf(AuthorStrings(packageIn(*m_files)).messages()), sources);
 }
 
 void TestAuthorStrings::messages_nameKeyAndFile()
