@@ -8,7 +8,10 @@
 #include "AuthorSceneOutline.h"
 #include "AuthorScenes.h"
 #include <Vidlets/VLContentNames.h>
+#include <Vidlets/VLSettings.h>
 
+#include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
@@ -163,9 +166,28 @@ bool isCallOf(const AuthorSceneOutline& scene, qsizetype token, QStringView name
         && scene.at(token - 1) != "function"_L1;
 }
 
+QString absolute(const QString& path)
+{
+    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+}
+
+/// The package that a file lies in, null for none.
+QString packageAround(const QString& path)
+{
+    QString place = absolute(path);
+    while (!place.endsWith(packageSuffix())) {
+        const QString above = QFileInfo(place).path();
+        if (above == place)
+            return QString();
+        place = above;
+    }
+    return place;
+}
+
 QString relativeTo(const QString& root, const QString& path)
 {
-    return path.mid(root.size() + 1);
+    return AuthorFiles::isBelow(root, path) ? AuthorFiles::below(root, path)
+                                            : QDir(absolute(root)).relativeFilePath(path);
 }
 
 /// Whether a line for translators says where a text comes from, now or at an earlier time.
@@ -199,19 +221,29 @@ QString withOwnLines(const QString& before, const QString& notes)
 
 } // namespace
 
-AuthorStrings::AuthorStrings(const AuthorPackage& package)
+AuthorStrings::AuthorStrings(const AuthorPackage& package, const QString& directory)
     : m_root(package.path)
+    , m_directory(directoryFor(directory))
+    , m_scenePackages{package.path}
 {
-    readScenes(package);
+    for (const QString& path : package.candidates)
+        readControlFile(path);
+    if (m_directories.isEmpty())
+        m_directories.append(directoryFor(QString()));
+    readScenes();
     if (m_contexts.isEmpty())
         m_contexts.insert(usualContext());
     sortContexts();
-    for (const QString& path : package.candidates)
-        readControlFile(path);
+    addTips();
     if (m_characters > kMaxCharacters)
         m_faults.append(
             u"%1: The texts are too many: in %2 contexts they have more than %3 characters"_s.arg(
                 m_root, QString::number(m_sortedContexts.size()), QString::number(kMaxCharacters)));
+}
+
+QString AuthorStrings::directoryFor(const QString& name)
+{
+    return QDir::cleanPath(name.isEmpty() ? Settings::translationDirectoryDefault() : name);
 }
 
 void AuthorStrings::sortContexts()
@@ -220,9 +252,34 @@ void AuthorStrings::sortContexts()
     m_sortedContexts.sort();
 }
 
-void AuthorStrings::readScenes(const AuthorPackage& package)
+/// Finds the packages that the scenes of a control file lie in, as the library does.
+void AuthorStrings::findScenes(const AuthorControlFile& file)
 {
-    const QStringList paths = AuthorScenes::filesOf(package.path);
+    const QString root = absolute(m_root);
+    QStringList places{root};
+    for (const QString& name : file.search)
+        places.append(AuthorFiles::join(QFileInfo(root).path(), name + packageSuffix()));
+    QSet<QString> known;
+    for (const AuthorSceneName& scene : file.scenes) {
+        if (known.contains(scene.name))
+            continue;
+        known.insert(scene.name);
+        const auto place =
+            std::find_if(places.cbegin(), places.cend(), [&scene](const QString& path) {
+                return QFileInfo(AuthorFiles::join(path, scene.name)).isFile();
+            });
+        const QString package =
+            place == places.cend() ? root : packageAround(AuthorFiles::join(*place, scene.name));
+        if (!package.isNull() && package != root && !m_scenePackages.contains(package))
+            m_scenePackages.append(package);
+    }
+}
+
+void AuthorStrings::readScenes()
+{
+    QStringList paths;
+    for (const QString& package : std::as_const(m_scenePackages))
+        paths += AuthorScenes::filesOf(package);
     QList<std::pair<QString, QString>> texts;
     for (const QString& path : paths) {
         QString reason;
@@ -275,7 +332,6 @@ void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& sce
     }
 }
 
-/// Those for one language are translated as they are.
 void AuthorStrings::readControlFile(const QString& path)
 {
     QString reason;
@@ -294,11 +350,13 @@ void AuthorStrings::readControlFile(const QString& path)
             return;
         }
     }
-    if (file.isInUse && file.locale.isEmpty())
-        readTips(path, *bytes);
+    if (!file.isInUse)
+        return;
+    findScenes(file);
+    readTips(file, *bytes);
 }
 
-void AuthorStrings::readTips(const QString& path, const QByteArray& bytes)
+void AuthorStrings::readTips(const AuthorControlFile& file, const QByteArray& bytes)
 {
     struct Open
     {
@@ -308,39 +366,69 @@ void AuthorStrings::readTips(const QString& path, const QByteArray& bytes)
     QXmlStreamReader reader(bytes);
     QList<Open> open;
     QString key;
+    QString usualDirectory;
     while (!reader.atEnd()) {
         reader.readNext();
         if (reader.isCharacters() && !open.isEmpty()) {
             open.last().text += reader.text();
         } else if (reader.isStartElement()) {
-            const bool isTip = open.size() == 1 && reader.qualifiedName() == kTipTag;
-            if (isTip)
-                key = reader.attributes().value(keyAttribute()).toString();
-            if (isTip)
-                addTip(path, key, reader.lineNumber(),
-                       reader.attributes().value(titleAttribute()).toString());
-            if (open.size() == 1 && !isTip)
+            const QXmlStreamAttributes attributes = reader.attributes();
+            if (open.isEmpty())
+                usualDirectory = attributes.value(translationsAttribute()).toString();
+            const bool isTip = open.size() == 1;
+            if (isTip && isPassedOver(file, reader, usualDirectory)) {
                 reader.skipCurrentElement();
-            else
-                open.append({QString(), reader.lineNumber()});
+                continue;
+            }
+            if (isTip)
+                key = attributes.value(keyAttribute()).toString();
+            if (isTip)
+                addTip(file.path, key, reader.lineNumber(),
+                       attributes.value(titleAttribute()).toString());
+            open.append({QString(), reader.lineNumber()});
         } else if (reader.isEndElement() && !open.isEmpty()) {
             const Open element = open.takeLast();
             if (!open.isEmpty())
-                addTip(path, key, element.line, element.text);
+                addTip(file.path, key, element.line, element.text);
         }
     }
+}
+
+/// Whether an element below the root is no tip, or one with nothing for the files to be written.
+bool AuthorStrings::isPassedOver(const AuthorControlFile& file, const QXmlStreamReader& reader,
+                                 const QString& usualDirectory)
+{
+    if (reader.qualifiedName() != kTipTag)
+        return true;
+    const QXmlStreamAttributes attributes = reader.attributes();
+    const QString name = attributes.hasAttribute(translationsAttribute())
+        ? attributes.value(translationsAttribute()).toString()
+        : usualDirectory;
+    const QString directory = directoryFor(name);
+    if (!m_directories.contains(directory))
+        m_directories.append(directory);
+    // Those for one language are translated as they are.
+    return directory != m_directory || !file.locale.isEmpty();
 }
 
 void AuthorStrings::addTip(const QString& path, const QString& key, qint64 line,
                            const QString& text)
 {
     const QString source = text.simplified();
-    if (source.isEmpty())
-        return;
-    // The note is one line, whatever the key has in it.
-    const QString note = u"%1, %2"_s.arg(key.simplified(), relativeTo(m_root, path));
-    for (const QString& context : std::as_const(m_sortedContexts))
-        add(context, source, path, line, note);
+    m_characters += source.size();
+    if (!source.isEmpty() && m_characters <= kMaxCharacters)
+        m_tipTexts.append({path, key, line, source});
+}
+
+void AuthorStrings::addTips()
+{
+    for (const TipText& text : std::as_const(m_tipTexts)) {
+        // The note is one line, whatever the key has in it.
+        const QString note = u"%1, %2"_s.arg(text.key.simplified(), relativeTo(m_root, text.path));
+        for (const QString& context : std::as_const(m_sortedContexts))
+            add(context, text.source, text.path, text.line, note);
+    }
+    m_tipTexts.clear();
 }
 
 void AuthorStrings::add(const QString& context, const QString& source, const QString& path,
@@ -359,7 +447,8 @@ void AuthorStrings::add(const QString& context, const QString& source, const QSt
         m_messages.append(message);
     }
     AuthorTsMessage& known = m_messages[number];
-    known.locations.append({u"../"_s + relativeTo(m_root, path), line});
+    const QString steps = u"../"_s.repeated(m_directory.count(u'/') + 1);
+    known.locations.append({steps + relativeTo(m_root, path), line});
     if (m_notes.contains({number, note}))
         return;
     m_notes.insert({number, note});

@@ -10,24 +10,40 @@
 #include <QHash>
 #include <QSet>
 
+class QXmlStreamReader;
+
 namespace Vidlets {
 
 class AuthorSceneOutline;
+struct AuthorControlFile;
 
 /**
  * The texts of a package that can be translated: title and texts of the tips in control files for
  * all languages, and the words that scenes have translated.
+ *
+ * Its scenes are its own and those of other packages that its tips are shown with: the library
+ * takes all translations from one file, that of the tip's package where there is one.
  */
 class AuthorStrings
 {
 public:
-    /// Collects the texts of @p package.
-    explicit AuthorStrings(const AuthorPackage& package);
+    /// Collects the texts of @p package that are looked for in the files in @p directory, which is
+    /// relative to it; null for the usual one.
+    explicit AuthorStrings(const AuthorPackage& package, const QString& directory = QString());
+
+    /// Returns where the library looks for translations of @p name, which an attribute may give.
+    static QString directoryFor(const QString& name);
 
     /// Returns why not all texts could be collected, as lines for people; empty where they could.
     const QStringList& faults() const
     {
         return m_faults;
+    }
+    /// Returns where the translations of the tips lie, in the order of the control files, each
+    /// directory relative to the package; the usual one where there is no tip.
+    const QStringList& directories() const
+    {
+        return m_directories;
     }
     /// Returns the texts without translations, in the order of files and lines.
     const QList<AuthorTsMessage>& messages() const
@@ -54,17 +70,35 @@ public:
     static QString pseudoText(const QString& text);
 
 private:
-    void readScenes(const AuthorPackage& package);
+    /// A text of a tip.
+    struct TipText
+    {
+        QString path;
+        QString key;
+        qint64 line = 0;
+        QString source;
+    };
+
+    void findScenes(const AuthorControlFile& file);
+    void readScenes();
     void readWrappers(const AuthorSceneOutline& scene);
     void readCalls(const QString& path, const AuthorSceneOutline& scene);
     void readControlFile(const QString& path);
-    void readTips(const QString& path, const QByteArray& bytes);
+    void readTips(const AuthorControlFile& file, const QByteArray& bytes);
+    bool isPassedOver(const AuthorControlFile& file, const QXmlStreamReader& reader,
+                      const QString& usualDirectory);
     void addTip(const QString& path, const QString& key, qint64 line, const QString& text);
+    void addTips();
     void add(const QString& context, const QString& source, const QString& path, qint64 line,
              const QString& note);
     void sortContexts();
 
     QString m_root;
+    const QString m_directory;
+    QStringList m_directories;
+    /// The packages whose scenes show the tips, this one among them.
+    QStringList m_scenePackages;
+    QList<TipText> m_tipTexts;
     QStringList m_faults;
     QList<AuthorTsMessage> m_messages;
     /// By context and source.

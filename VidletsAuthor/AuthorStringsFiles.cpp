@@ -23,9 +23,9 @@ QString stem()
 
 } // namespace
 
-AuthorStringsFiles::AuthorStringsFiles(const AuthorPackage& package)
-    : m_directory(AuthorFiles::join(package.path, Settings::translationDirectoryDefault()))
-    , m_strings(package)
+AuthorStringsFiles::AuthorStringsFiles(const AuthorPackage& package, const QString& directory)
+    : m_directory(AuthorFiles::join(package.path, AuthorStrings::directoryFor(directory)))
+    , m_strings(package, directory)
 {
 }
 

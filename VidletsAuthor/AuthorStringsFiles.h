@@ -16,7 +16,14 @@ namespace Vidlets {
 class AuthorStringsFiles
 {
 public:
-    explicit AuthorStringsFiles(const AuthorPackage& package);
+    /// For the files in @p directory, which is relative to the package; null for the usual one.
+    explicit AuthorStringsFiles(const AuthorPackage& package, const QString& directory = QString());
+
+    /// Returns where the translations of the package's tips lie; see AuthorStrings::directories().
+    const QStringList& directories() const
+    {
+        return m_strings.directories();
+    }
 
     /// Takes up the files that exist.
     void addExisting();

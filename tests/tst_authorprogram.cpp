@@ -76,6 +76,7 @@ private Q_SLOTS:
     void check_saysWhatItWaitsFor_onTerminal();
     void explain_showsPage();
     void strings_makeFilesThatCheckIsContentWith();
+    void strings_writeWhereTheLibraryLooks();
     void strings_endsWithOne_whenFileIsKept();
     void clip_makesClip_andTellsWhatItTakes();
     void clip_keepsRecording_whenItIsNamedAsClip();
@@ -289,6 +290,24 @@ void TestAuthorProgram::strings_makeFilesThatCheckIsContentWith()
     const Outcome unfinished = run({u"check"_s, package});
     QVERIFY2(unfinished.out.contains("Vidlets_fr_FR.ts"), unfinished.out.constData());
     QVERIFY2(unfinished.out.contains("[l10n-unfinished]"), unfinished.out.constData());
+}
+
+void TestAuthorProgram::strings_writeWhereTheLibraryLooks()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                           "<vidlets l10n_name='lang'><vidlet key='a' title='A'/></vidlets>");
+    files.writeControlFile(u"B.vidlets"_s, u"b.xml"_s,
+                           "<vidlets l10n_name='../A.vidlets'><vidlet key='b'/></vidlets>");
+
+    const Outcome outcome = run({u"strings"_s, files.dataPath(), u"--locale"_s, u"de_DE"_s});
+
+    QCOMPARE(outcome.code, 1);
+    QVERIFY2(outcome.err.contains("B.vidlets: \"../A.vidlets\", where"), outcome.err.constData());
+    QVERIFY(QFile::exists(files.path(u"A.vidlets/lang/Vidlets_de_DE.ts"_s)));
+    for (const QString& path :
+         {u"A.vidlets/l10n"_s, u"B.vidlets/l10n"_s, u"A.vidlets/Vidlets_de_DE.ts"_s})
+        QVERIFY2(!QFile::exists(files.path(path)), qPrintable(path));
 }
 
 void TestAuthorProgram::strings_endsWithOne_whenFileIsKept()

@@ -108,6 +108,10 @@ private Q_SLOTS:
     void messages_areThoseOfTipsAndScenes();
     void messages_areAllThatScenesChooseFrom_data();
     void messages_areAllThatScenesChooseFrom();
+    void messages_areThoseOfScenesOfOtherPackages_data();
+    void messages_areThoseOfScenesOfOtherPackages();
+    void messages_leaveOutScenesOfOtherPackages_whenThereAreOwn();
+    void messages_areThoseForTheDirectory();
     void messages_nameKeyAndFile();
     void messages_leaveOutFilesForOneLocale();
     void update_keepsTranslationsAndMarksGone();
@@ -185,6 +189,73 @@ void TestAuthorStrings::messages_areAllThatScenesChooseFrom()
             .toUtf8());
 
     QCOMPARE(textsOf(AuthorStrings(packageIn(*m_files)).messages()), sources);
+}
+
+void TestAuthorStrings::messages_areThoseOfScenesOfOtherPackages_data()
+{
+    QTest::addColumn<QByteArray>("root");
+
+    QTest::newRow("usual scene") << QByteArray("<vidlets search='None, Shared'>");
+    QTest::newRow("named scene") << QByteArray("<vidlets search='Shared' ui='ui/VidletUI.qml'>");
+    QTest::newRow("path") << QByteArray("<vidlets ui='../Shared.vidlets/ui/VidletUI.qml'>");
+}
+
+/// The library looks for translations in one file alone, that of the tip's own package.
+void TestAuthorStrings::messages_areThoseOfScenesOfOtherPackages()
+{
+    QFETCH(const QByteArray, root);
+    m_files->writeControlFile(u"B.vidlets"_s, u"b.xml"_s,
+                              root + "<vidlet key='b' title='Brush'/></vidlets>");
+    m_files->writeControlFile(u"Shared.vidlets"_s, u"s.xml"_s, "<vidlets/>");
+    m_files->write(u"Shared.vidlets/ui/VidletUI.qml"_s, kScene);
+    AuthorFindings findings;
+    AuthorPackages packages(findings);
+    QString reason;
+    QVERIFY(packages.add(m_files->path(u"B.vidlets"_s), reason));
+
+    const AuthorStrings strings(packages.packages().value(0));
+
+    QVERIFY2(strings.faults().isEmpty(), qPrintable(strings.faults().join(u'\n')));
+    const QStringList expected{u"UI: Play\u2026"_s, u"Player: Stop"_s, u"UI: Brush"_s};
+    QCOMPARE(textsOf(strings.messages()), expected);
+    const AuthorTsMessage play = strings.messages().value(0);
+    QCOMPARE(play.extraComment, u"../Shared.vidlets/ui/VidletUI.qml"_s);
+    QCOMPARE(play.locations.value(0).file, u"../../Shared.vidlets/ui/VidletUI.qml"_s);
+}
+
+void TestAuthorStrings::messages_leaveOutScenesOfOtherPackages_whenThereAreOwn()
+{
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets search='Shared' simple='ui/VidletUI.qml'><vidlet key='b' "
+                              "title='Brush'/></vidlets>");
+    m_files->writeControlFile(u"Shared.vidlets"_s, u"s.xml"_s, "<vidlets/>");
+    m_files->write(u"Shared.vidlets/ui/VidletUI.qml"_s,
+                   "Item { a: v.translate('Pause', 'Other') }");
+
+    const QStringList expected{u"UI: Play\u2026"_s, u"Player: Stop"_s, u"UI: Brush"_s};
+    QCOMPARE(textsOf(AuthorStrings(packageIn(*m_files)).messages()), expected);
+}
+
+void TestAuthorStrings::messages_areThoseForTheDirectory()
+{
+    m_files->write(u"A.vidlets/ui/VidletUI.qml"_s, "Item {}");
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets l10n_name='words/all/'>\n"
+                              "<vidlet key='a' title='Root'/>\n"
+                              "<vidlet key='b' title='Own' l10n_name='lang'/>\n"
+                              "<vidlet key='c' title='Usual' l10n_name=''/>\n"
+                              "</vidlets>");
+    const AuthorPackage package = packageIn(*m_files);
+    const AuthorStrings usual(package);
+    const AuthorStrings nested(package, u"words/all"_s);
+
+    const QStringList directories{u"words/all"_s, u"lang"_s, u"l10n"_s};
+    QCOMPARE(usual.directories(), directories);
+    QCOMPARE(textsOf(usual.messages()), QStringList{u"VidletUI: Usual"_s});
+    QCOMPARE(textsOf(AuthorStrings(package, u"lang"_s).messages()),
+             QStringList{u"VidletUI: Own"_s});
+    QCOMPARE(textsOf(nested.messages()), QStringList{u"VidletUI: Root"_s});
+    QCOMPARE(nested.messages().value(0).locations.value(0).file, u"../../Control/a.xml"_s);
 }
 
 void TestAuthorStrings::messages_nameKeyAndFile()

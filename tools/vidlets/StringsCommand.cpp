@@ -34,21 +34,50 @@ void tell(const AuthorStringsFiles& files)
         std::fprintf(stderr, "vidlets: %s\n", qUtf8Printable(printable(fault)));
 }
 
-Command::ExitCode update(const QCommandLineParser& parser, const AuthorPackages& packages,
-                         const QStringList& locales)
+/// What becomes of the files of a package, or of several.
+struct Outcome
 {
     bool isDone = true;
     bool isAnything = false;
-    for (const AuthorPackage& package : packages.packages()) {
-        AuthorStringsFiles files(package);
-        take(files, parser, locales);
-        isAnything = isAnything || !files.isEmpty();
-        isDone = files.write() && isDone;
-        tell(files);
+};
+
+void updateFiles(AuthorStringsFiles& files, const QCommandLineParser& parser,
+                 const QStringList& locales, Outcome& outcome)
+{
+    take(files, parser, locales);
+    outcome.isAnything = outcome.isAnything || !files.isEmpty();
+    outcome.isDone = files.write() && outcome.isDone;
+    tell(files);
+}
+
+void updatePackage(const AuthorPackage& package, const QCommandLineParser& parser,
+                   const QStringList& locales, Outcome& outcome)
+{
+    AuthorStringsFiles usual(package);
+    for (const QString& directory : usual.directories()) {
+        if (directory == AuthorStrings::directoryFor(QString())) {
+            updateFiles(usual, parser, locales, outcome);
+        } else if (directory.startsWith(u'/') || directory.section(u'/', 0, 0) == ".."_L1) {
+            outcome = {false, true};
+            const QString line = u"%1: \"%2\", where translations are to lie, is no directory in "
+                                 "the package. No files are written there."_s;
+            Command::wrongUse(line.arg(package.path, directory));
+        } else {
+            AuthorStringsFiles files(package, directory);
+            updateFiles(files, parser, locales, outcome);
+        }
     }
-    if (!isAnything)
+}
+
+Command::ExitCode update(const QCommandLineParser& parser, const AuthorPackages& packages,
+                         const QStringList& locales)
+{
+    Outcome outcome;
+    for (const AuthorPackage& package : packages.packages())
+        updatePackage(package, parser, locales, outcome);
+    if (!outcome.isAnything)
         return Command::wrongUse(u"There are no translations yet; --locale LOCALE begins one."_s);
-    return isDone ? Command::Fine : Command::Found;
+    return outcome.isDone ? Command::Fine : Command::Found;
 }
 
 } // namespace
