@@ -10,6 +10,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 using namespace Qt::StringLiterals;
 
@@ -23,6 +24,17 @@ bool isUsable(const QString& directory, QString& reason)
     const QString name = QFileInfo(absolute).fileName();
     if (!name.endsWith(packageSuffix()) || name == packageSuffix()) {
         reason = u"The name of a package ends in \".vidlets\", as in \"First.vidlets\"."_s;
+        return false;
+    }
+    static const QRegularExpression separators(u"[,;\\s]"_s);
+    if (name.contains(separators)) {
+        reason =
+            u"\"search\" could not name \"%1\": blanks, commas and semicolons separate names."_s
+                .arg(name);
+        return false;
+    }
+    if (name.startsWith(u'.')) {
+        reason = u"\"%1\" would be hidden: its name begins with a point."_s.arg(name);
         return false;
     }
     const QFileInfo info(absolute);

@@ -144,6 +144,8 @@ void TestAuthorProgram::wrongUse_endsWithTwo_data()
     row("preview of missing path", u"preview /nowhere"_s, u"There is no \"/nowhere\"."_s);
     row("new without directory", u"new"_s,
         u"\"vidlets new\" makes one package: vidlets new DIR."_s);
+    row("new with comma", u"new {OUT}/A,B.vidlets"_s,
+        u"\"search\" could not name \"A,B.vidlets\": blanks, commas and semicolons separate names."_s);
     row("new with two", u"new {OUT}/A.vidlets {OUT}/B.vidlets"_s,
         u"\"vidlets new\" makes one package: vidlets new DIR."_s);
 }
@@ -370,10 +372,10 @@ void TestAuthorProgram::names_areToldAsTheyAre()
              clip.out.constData());
 
     const PackageBuilder files;
-    const QString package = files.path(u"%2 %4.vidlets"_s);
+    const QString package = files.path(u"%2%4.vidlets"_s);
     QCOMPARE(run({u"new"_s, package}).code, 0);
     const Outcome strings = run({u"strings"_s, package});
-    QVERIFY2(strings.out.contains("/%2 %4.vidlets/l10n/Vidlets_de_DE.ts: 6 texts, 0 new, "),
+    QVERIFY2(strings.out.contains("/%2%4.vidlets/l10n/Vidlets_de_DE.ts: 6 texts, 0 new, "),
              strings.out.constData());
     const Outcome gallery = run({u"gallery"_s, package, u"-o"_s, files.path(u"%2 %3"_s)});
     QVERIFY2(gallery.out.endsWith("/%2 %3/index.html: 1 tip, 0 failed\n"), gallery.out.constData());

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void create_isFalse_whenDirectoryIsNotEmpty();
     void create_takesEmptyDirectory();
     void create_isFalse_whenNameIsNoPackage();
+    void create_isFalse_whenCheckWouldFindFaultWithName_data();
+    void create_isFalse_whenCheckWouldFindFaultWithName();
 };
 
 void TestAuthorTemplate::player_isThatOfWorkbench()
@@ -84,6 +86,31 @@ void TestAuthorTemplate::create_isFalse_whenNameIsNoPackage()
     QVERIFY(
         !AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(u"File.vidlets"_s), reason));
     QVERIFY(!QFileInfo::exists(files.path(u"First"_s)));
+}
+
+void TestAuthorTemplate::create_isFalse_whenCheckWouldFindFaultWithName_data()
+{
+    QTest::addColumn<QString>("name");
+
+    QTest::newRow("blank") << u"has space.vidlets"_s;
+    QTest::newRow("comma") << u"has,comma.vidlets"_s;
+    QTest::newRow("semicolon") << u"has;semicolon.vidlets"_s;
+    QTest::newRow("hidden") << u".hidden.vidlets"_s;
+}
+
+void TestAuthorTemplate::create_isFalse_whenCheckWouldFindFaultWithName()
+{
+    QFETCH(const QString, name);
+    PackageBuilder files;
+    QString reason;
+
+    QVERIFY(!AuthorTemplate::create(QStringLiteral(TEMPLATE), files.path(name), reason));
+
+    QVERIFY2(reason.contains(name), qPrintable(reason));
+    QVERIFY(!QFileInfo::exists(files.path(name)));
+    // Only the name of the package itself counts.
+    const QString package = files.path(name + u"/First.vidlets"_s);
+    QVERIFY2(AuthorTemplate::create(QStringLiteral(TEMPLATE), package, reason), qPrintable(reason));
 }
 
 int main(int argc, char** argv)
