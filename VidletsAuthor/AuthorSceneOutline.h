@@ -53,6 +53,10 @@ public:
     {
         return m_scene.tokens();
     }
+    const QList<AuthorSuppression>& suppressions() const
+    {
+        return m_scene.suppressions();
+    }
     const QString& text() const
     {
         return m_text;

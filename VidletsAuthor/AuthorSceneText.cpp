@@ -16,6 +16,38 @@ bool isOfWord(QChar character)
     return character.isLetterOrNumber() || character == u'_' || character == u'$';
 }
 
+/// Where the next character is that is neither white space nor in a comment.
+qsizetype nextSignificant(const QString& text, qsizetype at)
+{
+    while (at < text.size()) {
+        const QStringView rest = QStringView(text).sliced(at);
+        qsizetype end = at;
+        if (rest.front().isSpace())
+            end = at + 1;
+        else if (rest.startsWith("//"_L1))
+            end = text.indexOf(u'\n', at);
+        else if (rest.startsWith("/*"_L1))
+            end = text.indexOf("*/"_L1, at + 2) + 2;
+        if (end == at)
+            return at;
+        // What is left open ends with the text.
+        at = end < at ? text.size() : end;
+    }
+    return at;
+}
+
+/// Whether no statement begins in the way in which @p line does.
+bool continuesStatement(QStringView line)
+{
+    if (line.isEmpty() || line.startsWith("++"_L1) || line.startsWith("--"_L1))
+        return false;
+    for (const QLatin1StringView word : {"else"_L1, "catch"_L1, "finally"_L1}) {
+        if (line.startsWith(word))
+            return line.size() == word.size() || !isOfWord(line.at(word.size()));
+    }
+    return u"?:|&.,+-*%=^{"_s.contains(line.front());
+}
+
 } // namespace
 
 AuthorSceneText::AuthorSceneText(const QString& text, Wanted wanted)
@@ -111,7 +143,7 @@ void AuthorSceneText::readComment(qsizetype end, qsizetype textEnd)
 
 void AuthorSceneText::readCode(QChar character)
 {
-    if (character == u'\n' && !isContinued())
+    if (character == u'\n' && !isContinued() && !goesOn())
         endStatements(m_depth);
     if (character.isSpace()) {
         advance();
@@ -200,6 +232,17 @@ bool AuthorSceneText::mayBeginPattern() const
 bool AuthorSceneText::isContinued() const
 {
     return !m_significant.isNull() && u"(,=:[!&|?+-*%<>~^.{"_s.contains(m_significant);
+}
+
+/// Whether what is behind the present line's end is still part of a statement with a suppression.
+bool AuthorSceneText::goesOn()
+{
+    if (m_open.isEmpty() || m_open.constLast().depth < m_depth)
+        return false;
+    // Once for all the lines that are empty.
+    if (m_next < m_at)
+        m_next = nextSignificant(m_text, m_at);
+    return continuesStatement(QStringView(m_text).sliced(m_next));
 }
 
 } // namespace Vidlets

@@ -94,6 +94,7 @@ private:
     void skipTo(qsizetype end);
     bool mayBeginPattern() const;
     bool isContinued() const;
+    bool goesOn();
 
     const QString& m_text;
     const Wanted m_wanted;
@@ -101,6 +102,8 @@ private:
     XmlPosition m_position{1, 1};
     /// Where the character before the present one stands.
     XmlPosition m_last{1, 1};
+    /// Where the next character stands that is none of a comment, as it was last looked for.
+    qsizetype m_next = -1;
     int m_depth = 0;
     /// The last character that is neither white space nor in a comment; null at the start.
     QChar m_significant;

@@ -4,6 +4,7 @@
 #include "AuthorScenes.h"
 
 #include "AuthorFiles.h"
+#include "AuthorRules.h"
 #include "AuthorSceneRules.h"
 
 #include <QFileInfo>
@@ -62,12 +63,25 @@ void AuthorScenes::addScene(const AuthorPackage& package, const QString& path)
     const AuthorSceneOutline scene(QString::fromUtf8(*content));
     if (scene.calls(u"translate"))
         m_translating.insert(package.path);
+    reportUnknownRules(path, scene);
     AuthorSceneRules(path, scene, m_findings).check();
     // As packages lie beside each other, since scenes may refer to those of another one.
     const QString place = QString::number(package.dataPath) + u'/'
         + QFileInfo(package.canonicalPath).fileName() + u'/'
         + AuthorFiles::below(package.path, path);
     m_qmllint.add(path, place, scene);
+}
+
+/// A slip in the name of a rule would switch nothing off, without a word.
+void AuthorScenes::reportUnknownRules(const QString& path, const AuthorSceneOutline& scene)
+{
+    for (const AuthorSuppression& suppression : scene.suppressions()) {
+        for (const QString& rule : suppression.rules) {
+            if (!AuthorRules::find(rule))
+                m_findings.add(path, {suppression.firstLine, 1}, u"settings-broken"_s,
+                               u"There is no rule \"%1\"."_s.arg(rule));
+        }
+    }
 }
 
 void AuthorScenes::check()

@@ -37,6 +37,7 @@ public:
 
 private:
     void addScene(const AuthorPackage& package, const QString& path);
+    void reportUnknownRules(const QString& path, const AuthorSceneOutline& scene);
 
     AuthorFindings& m_findings;
     AuthorQmllint m_qmllint;

@@ -56,6 +56,7 @@ private Q_SLOTS:
     void place_isThatInScene();
     void settingsOfPackage_haveNoEffect();
     void suppression_switchesOff();
+    void suppression_isReported_whenThereIsNoSuchRule();
     void sceneOfOtherPackage_isKnown();
     void absence_isSaidOfPackage();
     void builtinsOfQtItself_areNoFinding();
@@ -198,6 +199,21 @@ void TestAuthorScenes::suppression_switchesOff()
                 "height: nothing\n// qmllint disable unqualified\nx: nothing\n}");
 
     QCOMPARE(scenePlaces(checked({files.dataPath()})), QStringList{u"scene-lint A.qml:5:9"_s});
+}
+
+void TestAuthorScenes::suppression_isReported_whenThereIsNoSuchRule()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+    files.write(u"A.vidlets/ui/A.qml"_s,
+                "import QtQuick\nItem {\n// vidlets-check: off scene-lint, scene-lnit\nx: 3\n}");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(findings.size(), 1);
+    QCOMPARE(findings.constFirst().rule, u"settings-broken"_s);
+    QCOMPARE(findings.constFirst().position.line, 3);
+    QCOMPARE(findings.constFirst().message, u"There is no rule \"scene-lnit\"."_s);
 }
 
 void TestAuthorScenes::sceneOfOtherPackage_isKnown()

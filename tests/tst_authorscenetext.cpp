@@ -40,6 +40,7 @@ private Q_SLOTS:
     void literals_areTold();
     void suppression_coversNextStatement_data();
     void suppression_coversNextStatement();
+    void comesToEnd_whenEmptyLinesAreMany();
 };
 
 void TestAuthorSceneText::literals_areTold_data()
@@ -76,6 +77,17 @@ void TestAuthorSceneText::suppression_coversNextStatement_data()
     QTest::newRow("semicolon") << off + u"a: 'b'; c: 'd'"_s << u"2-2"_s;
     QTest::newRow("object") << off + u"\nItem {\n a: 'b'\n}\nc: 'd'"_s << u"3-5"_s;
     QTest::newRow("continued") << off + u"a:\n 'b' +\n 'c'\nd: 'e'"_s << u"2-4"_s;
+    QTest::newRow("choice in next line")
+        << off + u"a: b // c\n\n ? 'c' // d\n : 'd'\ne: 'f'"_s << u"2-5"_s;
+    for (const QString& sign : {u"||"_s, u"&&"_s, u"."_s, u"+"_s})
+        QTest::addRow("%s in next line", qPrintable(sign))
+            << off + u"a: b\n/* c */ "_s + sign + u" c\nd: 'e'"_s << u"2-3"_s;
+    QTest::newRow("bracket in next line") << off + u"Item\n{\n a: 'b'\n}\nc: 'd'"_s << u"2-5"_s;
+    QTest::newRow("otherwise in next line")
+        << off + u"if (a) {\n b()\n}\nelse {\n c()\n}\nd()"_s << u"2-7"_s;
+    QTest::newRow("word like otherwise") << off + u"a()\nelsewhere()"_s << u"2-2"_s;
+    QTest::newRow("increment in next line") << off + u"a()\n++b"_s << u"2-2"_s;
+    QTest::newRow("open comment in next line") << off + u"a()\n/* + b"_s << u"2-2"_s;
     QTest::newRow("end of block") << u"Item {\n"_s + off + u"}\na: 'b'"_s << u"0-0"_s;
     QTest::newRow("last of block") << u"Item {\n"_s + off + u"a: 'b' }\nc: 'd'"_s << u"3-3"_s;
     QTest::newRow("end of file") << off + u"a: 'b'"_s << u"2-0"_s;
@@ -87,6 +99,15 @@ void TestAuthorSceneText::suppression_coversNextStatement()
     QFETCH(const QString, expected);
 
     QCOMPARE(range(text), expected);
+}
+
+void TestAuthorSceneText::comesToEnd_whenEmptyLinesAreMany()
+{
+    constexpr qsizetype kCount = 1'000'000;
+    const QString text =
+        u"// vidlets-check: off key-blank\na: b"_s + u"\n"_s.repeated(kCount) + u"+ c\nd: e"_s;
+
+    QCOMPARE(range(text), u"2-%1"_s.arg(kCount + 2));
 }
 
 int main(int argc, char** argv)
