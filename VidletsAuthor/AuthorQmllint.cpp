@@ -134,6 +134,10 @@ void AuthorQmllint::add(const QString& path, const QString& place, const AuthorS
     const QString file = m_root + u"/scenes/"_s + place;
     if (!m_directory->isValid() || !write(file, text.toUtf8()))
         return;
+    // Behind the number of the data path and the name of the package.
+    const QString below = place.section(u'/', 2);
+    if (!below.isEmpty() && path.endsWith(below))
+        m_packages.insert(file.chopped(below.size()), path.chopped(below.size()));
     m_copies.insert(file, copy);
     m_files.append(file);
 }
@@ -290,7 +294,7 @@ void AuthorQmllint::take(const Copy& copy, const QJsonObject& warning, const QSt
     QString message = warning.value("message"_L1).toString().trimmed();
     if (isLetPass(copy, message, lines.value(position.line - 1), position.column - 1))
         return;
-    message.replace(m_root + u"/scenes/"_s, QString());
+    message = withOwnPaths(message);
     if (!message.endsWith(u'.') && !message.endsWith(u'?'))
         message += u'.';
     const QString type = warning.value("type"_L1).toString();
@@ -298,6 +302,17 @@ void AuthorQmllint::take(const Copy& copy, const QJsonObject& warning, const QSt
         : type == "info"_L1                                          ? u"scene-hint"_s
                                                                      : u"scene-lint"_s;
     m_findings.add(copy.path, position, rule, message, suggestionIn(warning));
+}
+
+/// A message in which scenes lie where the author has them.
+QString AuthorQmllint::withOwnPaths(QString message) const
+{
+    const QString scenes = m_root + u"/scenes/"_s;
+    if (!message.contains(scenes))
+        return message;
+    for (auto it = m_packages.cbegin(); it != m_packages.cend(); ++it)
+        message.replace(it.key(), it.value());
+    return message.remove(scenes);
 }
 
 /// Whether a place is in what the scene does not have; else it is made one in the scene.

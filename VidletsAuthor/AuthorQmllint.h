@@ -79,6 +79,7 @@ private:
     bool waitFor(QProcess& process, qint64 limitMs, qsizetype scenes);
     bool take(const QByteArray& report, const QStringList& files);
     void take(const Copy& copy, const QJsonObject& warning, const QStringList& lines);
+    QString withOwnPaths(QString message) const;
     static bool isInserted(const Copy& copy, XmlPosition& position);
     static bool isLetPass(const Copy& copy, const QString& message, const QString& line,
                           qsizetype at);
@@ -91,6 +92,8 @@ private:
     QString m_program;
     /// By the path of the copy.
     QHash<QString, Copy> m_copies;
+    /// The directories of packages by those of their copies, each with the slash behind it.
+    QHash<QString, QString> m_packages;
     QStringList m_files;
     OnWait m_onWait;
     int m_limitMs;

@@ -54,6 +54,7 @@ private Q_SLOTS:
     void goodScene_hasNoFinding();
     void place_isThatInScene_data();
     void place_isThatInScene();
+    void message_namesSceneOfAuthor();
     void settingsOfPackage_haveNoEffect();
     void suppression_switchesOff();
     void suppression_isReported_whenThereIsNoSuchRule();
@@ -169,6 +170,19 @@ void TestAuthorScenes::place_isThatInScene()
     files.write(u"A.vidlets/ui/A.qml"_s, text);
 
     QCOMPARE(scenePlaces(checked({files.dataPath()})), QStringList{expected});
+}
+
+void TestAuthorScenes::message_namesSceneOfAuthor()
+{
+    PackageBuilder files;
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, "<vidlets/>");
+    const QString scene =
+        files.write(u"A.vidlets/ui/A.qml"_s, "import QtQuick\nimport QtQuick.Controls\nItem {}\n");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(findings.size(), 1);
+    QCOMPARE(findings.constFirst().message, u"Unused import at %1:2:1."_s.arg(scene));
 }
 
 void TestAuthorScenes::settingsOfPackage_haveNoEffect()
