@@ -67,6 +67,11 @@ public:
     }
     /// Returns the member that the token belongs to, null before the first one.
     const Member* memberOf(qsizetype token) const;
+    /// Returns the bracket around @p token, -1 for none.
+    qsizetype around(qsizetype token) const
+    {
+        return m_around.value(token, -1);
+    }
     /// Returns the sign or word at @p token, an empty one for a string and beyond the ends.
     QStringView at(qsizetype token) const;
     /// Returns the bracket that belongs to the one at @p token, -1 where there is none.

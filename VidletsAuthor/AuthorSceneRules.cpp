@@ -3,6 +3,8 @@
 
 #include "AuthorSceneRules.h"
 
+#include "AuthorSceneTexts.h"
+
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -22,27 +24,6 @@ bool isLiteral(const AuthorToken& token)
     return token.kind == Kind::Literal;
 }
 
-/// Whether users read or hear what is bound to @p name.
-bool isVisible(const QString& name)
-{
-    static const QSet<QString> names{u"text"_s, u"title"_s, u"placeholderText"_s,
-                                     u"Accessible.name"_s, u"Accessible.description"_s};
-    return names.contains(name);
-}
-
-/// Whether @p text, as it is written, has something to translate: letters beside markup, variables
-/// and escaped signs.
-bool hasLetters(QStringView text)
-{
-    static const QRegularExpression rest(
-        u"<[^<>]{0,1000}>|&\\w{1,32};|%\\([^()]{0,200}\\)s|%\\d|\\$\\{[^{}]{0,1000}\\}"
-        "|\\\\u\\{?[0-9A-Fa-f]{1,6}\\}?|\\\\x[0-9A-Fa-f]{2}|\\\\."_s);
-    QString visible = text.toString();
-    visible.remove(rest);
-    return std::any_of(visible.cbegin(), visible.cend(),
-                       [](QChar character) { return character.isLetter(); });
-}
-
 } // namespace
 
 AuthorSceneRules::AuthorSceneRules(const QString& path, const AuthorSceneOutline& scene,
@@ -55,7 +36,6 @@ AuthorSceneRules::AuthorSceneRules(const QString& path, const AuthorSceneOutline
         if (member.name == "id"_L1)
             m_ids.insert(m_scene.at(member.first + 2).toString());
     }
-    m_translating = translatingFunctions();
 }
 
 void AuthorSceneRules::check()
@@ -69,7 +49,7 @@ void AuthorSceneRules::check()
         checkAbsolutePath(token);
         checkReference(token);
     }
-    checkTexts();
+    AuthorSceneTexts(m_path, m_scene, m_findings).check();
 }
 
 /// A member of the element may be asked for only behind a test of the element, in one and the same
@@ -190,76 +170,6 @@ void AuthorSceneRules::checkReference(qsizetype token)
     const QString file = QFileInfo(m_path).path() + u'/' + literal.text.toString();
     if ((isSource || m_scene.isInCallOf(token, loading)) && !QFileInfo(file).isFile())
         add(token, u"scene-missing", u"There is no scene \"%1\" here."_s.arg(literal.text));
-}
-
-void AuthorSceneRules::checkTexts()
-{
-    static const QStringList foreign{u"qsTr"_s, u"qsTrId"_s, u"qsTranslate"_s};
-    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
-        const AuthorToken& literal = m_scene.tokens().at(token);
-        if (!isLiteral(literal) || !hasLetters(literal.text))
-            continue;
-        if (m_scene.isInCallOf(token, foreign))
-            add(token, u"string-untranslated",
-                u"\"%1\" is not translated: the library looks into files of its own."_s.arg(
-                    literal.text));
-        else if (isShown(token) && !isFallback(token) && !isCompared(token))
-            add(token, u"string-untranslated", u"\"%1\" is not translated."_s.arg(literal.text));
-    }
-}
-
-/// Whether a literal is a text that users see, or a part of one.
-bool AuthorSceneRules::isShown(qsizetype token) const
-{
-    const Member* member = m_scene.memberOf(token);
-    if (!member || member->kind == Member::Kind::Import)
-        return false;
-    // What a function makes of its arguments is not known, nor what stands behind an index.
-    if (m_scene.innermostCall(token) || m_scene.at(token - 1) == "["_L1)
-        return false;
-    const bool isBound = isVisible(member->name) && member->kind == Member::Kind::Property
-        && (member->type.isNull() || member->type == "string"_L1 || member->type == "var"_L1);
-    const bool isAssigned = m_scene.at(token - 1) == "="_L1 && m_scene.at(token - 2) != "="_L1
-        && m_scene.at(token - 2) != "!"_L1 && isVisible(m_scene.at(token - 2).toString());
-    return isBound || isAssigned;
-}
-
-/// Whether a literal stands in for a translation that is missing.
-bool AuthorSceneRules::isFallback(qsizetype token) const
-{
-    // Two signs: "||" or "??".
-    const QStringView sign = m_scene.at(token - 1);
-    if ((sign != "|"_L1 && sign != "?"_L1) || m_scene.at(token - 2) != sign)
-        return false;
-    const qsizetype opener = m_scene.at(token - 3) == ")"_L1 ? m_scene.partner(token - 3) : -1;
-    const QString function = m_scene.at(opener - 1).toString();
-    return opener > 0 && m_translating.contains(function);
-}
-
-bool AuthorSceneRules::isCompared(qsizetype token) const
-{
-    const QStringView before = m_scene.at(token - 1);
-    const bool isBehind = (before == "="_L1 && m_scene.at(token - 2) != ""_L1
-                           && u"=!"_s.contains(m_scene.at(token - 2)))
-        || before == "case"_L1;
-    const bool isInFront = (m_scene.at(token + 1) == "="_L1 || m_scene.at(token + 1) == "!"_L1)
-        && m_scene.at(token + 2) == "="_L1;
-    return isBehind || isInFront;
-}
-
-/// The functions that give a translation, those of the scene included.
-QSet<QString> AuthorSceneRules::translatingFunctions() const
-{
-    QSet<QString> names{u"translate"_s, u"translated"_s};
-    for (const Member& member : m_scene.members()) {
-        if (member.kind != Member::Kind::Function)
-            continue;
-        for (qsizetype token = member.first; token < member.end; ++token) {
-            if (m_scene.at(token) == "translate"_L1 && m_scene.at(token + 1) == "("_L1)
-                names.insert(member.name);
-        }
-    }
-    return names;
 }
 
 void AuthorSceneRules::add(qsizetype token, const char16_t* rule, const QString& message,

@@ -33,11 +33,6 @@ private:
     void checkAddress(qsizetype token);
     void checkAbsolutePath(qsizetype token);
     void checkReference(qsizetype token);
-    void checkTexts();
-    bool isShown(qsizetype token) const;
-    bool isFallback(qsizetype token) const;
-    bool isCompared(qsizetype token) const;
-    QSet<QString> translatingFunctions() const;
     void add(qsizetype token, const char16_t* rule, const QString& message,
              const QString& help = QString());
 
@@ -45,7 +40,6 @@ private:
     const AuthorSceneOutline& m_scene;
     AuthorFindings& m_findings;
     QSet<QString> m_ids;
-    QSet<QString> m_translating;
 };
 
 } // namespace Vidlets

@@ -40,6 +40,7 @@ private:
     static void addGuards();
     static void addAddresses();
     static void addTexts();
+    static void addFallbacks();
 };
 
 void TestAuthorSceneRules::addGuards()
@@ -127,6 +128,46 @@ void TestAuthorSceneRules::addTexts()
     row("qsTr", u"text: qsTr('Play')"_s, 12);
     row("assigned", u"onA: { label.text = 'Play'; }"_s, 21);
     row("colour named text", u"property color text: 'white'"_s, 0);
+    row("key of an object", u"text: ({ 'Play': 1, 'Stop': 2 })['Stop']"_s, 0);
+    row("attached", u"ToolTip.text: 'Play'"_s, 15);
+    row("of another object", u"button.label.text: 'Play'"_s, 20);
+    row("attached in a block", u"Accessible { name: 'Play' }"_s, 20);
+    row("name in another block", u"State { name: 'Play' }"_s, 0);
+    row("interpolated", u"text: vidletView.interpolate('Play')"_s, 30);
+    row("interpolated fallback",
+        u"text: vidletView.interpolate(vidletView.translate('Play', 'UI') || 'Play')"_s, 0);
+    row("interpolated argument", u"text: words(vidletView.interpolate('Play'))"_s, 0);
+    row("first of list", u"text: ['Play', '1'][0]"_s, 8);
+    row("index", u"text: tip['Play']"_s, 0);
+}
+
+/// What stands in for a translation is what the translation is made of.
+void TestAuthorSceneRules::addFallbacks()
+{
+    const auto row = [](const char* name, const QString& member, int column = 0) {
+        const QStringList expected{u"string-untranslated 2:%1"_s.arg(column)};
+        QTest::newRow(name) << u"Text {\n"_s
+                + QString(member).replace(u'$', u"v.translate('Keep', 'UI')"_s)
+                + u"\n}"_s << (column > 0 ? expected : QStringList());
+    };
+    row("in brackets", u"text: ($) || 'Keep'"_s);
+    row("fallback in brackets", u"text: $ || ('Keep')"_s);
+    row("put together", u"text: $ || 'Ke' + n + \n 'ep'"_s);
+    row("with values", u"text: $.arg(a).arg(b) || '%1 of %2'.arg(a).arg(b)"_s);
+    row("choice", u"text: $ ? $ : 'Keep'"_s);
+    row("choice by comparison", u"text: $ !== '' ? $ : 'Keep'"_s);
+    row("choice the other way", u"text: $ === '' ? 'Keep' : $"_s);
+    row("choice within", u"text: a + ($ ? ($) : 'Keep')"_s);
+    row("variable", u"text: { const s = $; return s === '' ? 'Keep' : s; }"_s);
+    row("variable set anew", u"text: { let s = $; if (s === '') s = 'Keep'; return s; }"_s);
+    row("property", u"property string s: $\ntext: s || 'Keep'"_s);
+    row("choice by something else", u"text: a ? v.translate('P', 'UI') : 'Stop'"_s, 36);
+    row("choice of something else", u"text: v.translate('P', 'UI') ? a : 'Stop'"_s, 36);
+    row("behind another member",
+        u"a: v.translate('P', 'U') ? v.translate('P', 'U') : ''; text: 'P'"_s, 62);
+    row("behind a translation", u"text: v.translate('P', 'UI') + 'Stop'"_s, 32);
+    row("set to a shown text", u"a: { b.text = v.translate('P', 'UI'); c.text = 'Stop'; }"_s, 48);
+    row("behind a comparison", u"text: a == b || 'Stop' || s === v.translate('P', 'U')"_s, 17);
 }
 
 void TestAuthorSceneRules::finds_data()
@@ -137,6 +178,7 @@ void TestAuthorSceneRules::finds_data()
     addGuards();
     addAddresses();
     addTexts();
+    addFallbacks();
 }
 
 void TestAuthorSceneRules::finds()
@@ -171,6 +213,12 @@ void TestAuthorSceneRules::comesToEnd_whenBracketsAreMany()
     QVERIFY(found(u"property list<"_s.repeated(kCount)).isEmpty());
     QVERIFY(found(u"a."_s.repeated(kCount)).isEmpty());
     QVERIFY(found(u")]}"_s.repeated(kCount)).isEmpty());
+    // Each with a finding.
+    constexpr qsizetype kTexts = 20'000;
+    for (const QString& part : {u"a ? 'b' : "_s, u"'b' + "_s, u"{ a || 'b' } "_s})
+        QVERIFY(!found(u"text: "_s + part.repeated(kTexts)).isEmpty());
+    QVERIFY(
+        !found(u"text: "_s + u"("_s.repeated(kTexts) + u"a || 'b')"_s.repeated(kTexts)).isEmpty());
 }
 
 int main(int argc, char** argv)
