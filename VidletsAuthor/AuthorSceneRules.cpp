@@ -3,6 +3,7 @@
 
 #include "AuthorSceneRules.h"
 
+#include "AuthorSceneGuards.h"
 #include "AuthorSceneTexts.h"
 
 #include <QFileInfo>
@@ -32,15 +33,11 @@ AuthorSceneRules::AuthorSceneRules(const QString& path, const AuthorSceneOutline
     , m_scene(scene)
     , m_findings(findings)
 {
-    for (const Member& member : m_scene.members()) {
-        if (member.name == "id"_L1)
-            m_ids.insert(m_scene.at(member.first + 2).toString());
-    }
 }
 
 void AuthorSceneRules::check()
 {
-    checkGuards();
+    AuthorSceneGuards(m_path, m_scene, m_findings).check();
     checkNetwork();
     for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
         if (!isLiteral(m_scene.tokens().at(token)))
@@ -50,55 +47,6 @@ void AuthorSceneRules::check()
         checkReference(token);
     }
     AuthorSceneTexts(m_path, m_scene, m_findings).check();
-}
-
-/// A member of the element may be asked for only behind a test of the element, in one and the same
-/// binding or function.
-void AuthorSceneRules::checkGuards()
-{
-    const QSet<QString> names = namesOfElement();
-    const Member* tested = nullptr;
-    for (qsizetype token = 0; token < m_scene.tokens().size(); ++token) {
-        if (!isNameOfElement(token, names))
-            continue;
-        const QStringView next = m_scene.at(token + 1);
-        const Member* member = m_scene.memberOf(token);
-        if (next != "."_L1 && next != "["_L1)
-            tested = member;
-        else if (!member || tested != member)
-            add(token, u"scene-unguarded", u"\"%1\" may be null here."_s.arg(m_scene.at(token)));
-    }
-}
-
-/// "vidlet", and the properties that are bound to it alone.
-QSet<QString> AuthorSceneRules::namesOfElement() const
-{
-    QSet<QString> names{u"vidlet"_s};
-    for (const Member& member : m_scene.members()) {
-        constexpr qsizetype kLeast = 5;
-        if (member.end - member.first < kLeast)
-            continue;
-        // Brackets behind the last binding of an object count as part of it.
-        qsizetype last = member.end - 1;
-        while (last > member.first && (m_scene.at(last) == "}"_L1 || m_scene.at(last) == ";"_L1))
-            --last;
-        if (!member.type.isNull() && m_scene.at(last) == "vidlet"_L1
-            && m_scene.at(last - 1) == ":"_L1)
-            names.insert(member.name);
-    }
-    return names;
-}
-
-bool AuthorSceneRules::isNameOfElement(qsizetype token, const QSet<QString>& names) const
-{
-    const AuthorToken& present = m_scene.tokens().at(token);
-    if (present.kind != Kind::Word || !names.contains(present.text.toString()))
-        return false;
-    // The member of another object may have the same name.
-    if (m_scene.at(token - 1) != "."_L1)
-        return true;
-    return present.text != "vidlet"_L1 && m_scene.at(token - 3) != "."_L1
-        && m_ids.contains(m_scene.at(token - 2).toString());
 }
 
 void AuthorSceneRules::checkNetwork()

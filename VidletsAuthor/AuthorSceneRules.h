@@ -6,8 +6,6 @@
 
 #include "AuthorSceneOutline.h"
 
-#include <QSet>
-
 namespace Vidlets {
 
 /**
@@ -25,9 +23,6 @@ public:
     void check();
 
 private:
-    void checkGuards();
-    QSet<QString> namesOfElement() const;
-    bool isNameOfElement(qsizetype token, const QSet<QString>& names) const;
     void checkNetwork();
     void checkImport(const AuthorSceneOutline::Member& member);
     void checkAddress(qsizetype token);
@@ -39,7 +34,6 @@ private:
     const QString m_path;
     const AuthorSceneOutline& m_scene;
     AuthorFindings& m_findings;
-    QSet<QString> m_ids;
 };
 
 } // namespace Vidlets

@@ -71,6 +71,42 @@ void TestAuthorSceneRules::addGuards()
     row("tested alias", u"property var tip: vidlet; property var a: tip ? tip.content : ''"_s,
         false);
     row("in a string", u"a: 'vidlet.content' // vidlet.content"_s, false);
+    row("in a template", u"a: #`${b} ${ vidlet.content }`"_s, true);
+    row("tested in a template", u"a: `${vidlet ? vidlet.content : ''}`"_s, false);
+    row("template behind a test", u"a: vidlet ? `${vidlet.content}` : ''"_s, false);
+    row("word in a template", u"a: `vidlet.content ${b.vidlet.content} } vidlet.content`"_s, false);
+    row("no template", u"a: '${vidlet.content}'"_s, false);
+    row("logged", u"function f() { console.log('a', vidlet); return #vidlet.content; }"_s, true);
+    row("logged test", u"function f() { console.log(!vidlet || vidlet.content); }"_s, false);
+    row("handed to a function", u"a: isThere(vidlet) ? vidlet.content : ''"_s, false);
+    row("constant", u"function f() { const t = vidlet; return #t.content; }"_s, true);
+    row("tested constant", u"function f() { const t = vidlet; return t ? t.content : ''; }"_s,
+        false);
+    row("tested by its constant",
+        u"function f() { const t = vidlet; if (!t) return ''; return vidlet.content; }"_s, false);
+    row("constant behind a test",
+        u"function f() { if (!vidlet) return ''; const t = vidlet; return t.content; }"_s, false);
+    row("constant that may be another",
+        u"function f() { const t = vidlet || other; return t.content; }"_s, false);
+    row("name of a constant elsewhere",
+        u"function f() { const t = vidlet; return t; }\nfunction g(t) { return t.content; }"_s,
+        false);
+    row("where it is null", u"a: vidlet ? '' : #vidlet.content"_s, true);
+    row("where it is null, in an argument", u"a: f(vidlet ? b ? 1 : 2 : #vidlet.content)"_s, true);
+    row("behind where it is null", u"a: (vidlet ? 1 : 2) + (vidlet ? vidlet.content : '')"_s,
+        false);
+    row("where it is not null", u"a: !vidlet ? '' : vidlet.content"_s, false);
+    row("where it is not equal", u"a: null == vidlet ? '' : vidlet.content"_s, false);
+    row("chosen by more", u"a: b && vidlet ? '' : vidlet.content"_s, false);
+    row("tested once more", u"a: vidlet ? '' : vidlet && vidlet.content"_s, false);
+    row("tested before",
+        u"function f() { if (!vidlet) return ''; return vidlet ? '' : vidlet.a }"_s, false);
+    row("statement behind", u"function f() { const b = vidlet ? 1 : 2\nif (b == 1) c(vidlet.d) }"_s,
+        false);
+    row("caught", u"function f() { try { return vidlet.content; } catch (e) { return ''; } }"_s,
+        false);
+    row("where it is caught",
+        u"function f() { try { g(); } catch (e) { return #vidlet.content; } }"_s, true);
     QTest::newRow("test of another binding") << u"Item {\na: vidlet ? 1 : 2\nb: vidlet.content\n}"_s
                                              << QStringList{u"scene-unguarded 3:4"_s};
     QTest::newRow("test around an object")
@@ -213,6 +249,8 @@ void TestAuthorSceneRules::comesToEnd_whenBracketsAreMany()
     QVERIFY(found(u"property list<"_s.repeated(kCount)).isEmpty());
     QVERIFY(found(u"a."_s.repeated(kCount)).isEmpty());
     QVERIFY(found(u")]}"_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u"a: "_s + u"(vidlet ? b "_s.repeated(kCount)).isEmpty());
+    QVERIFY(found(u"a: `"_s + u"${"_s.repeated(kCount)).isEmpty());
     // Each with a finding.
     constexpr qsizetype kTexts = 20'000;
     for (const QString& part : {u"a ? 'b' : "_s, u"'b' + "_s, u"{ a || 'b' } "_s})
