@@ -80,12 +80,59 @@ void AuthorSceneRules::checkAddress(qsizetype token)
         u"\\b(src|background)\\s{0,8}=\\s{0,8}\\\\?[\"']?\\s{0,8}(https?|ftps?):"
         "|\\burl\\(\\s{0,8}\\\\?[\"']?(https?|ftps?):"_s,
         QRegularExpression::CaseInsensitiveOption);
-    static const QStringList opening{u"openExternalResource"_s, u"openUrlExternally"_s};
+    // The names of languages are spelled like addresses, which nobody loads.
+    static const QRegularExpression language(
+        u"^http://www\\.w3\\.org/(1999/(xhtml|xlink)|2000/svg|XML/1998/namespace|2000/xmlns/"
+        "|1998/Math/MathML|2001/XMLSchema(-instance)?)$"_s);
     const QString text = m_scene.tokens().at(token).text.toString();
     const bool isLoaded = loaded.match(text).hasMatch()
-        || (address.match(text).hasMatch() && !m_scene.isInCallOf(token, opening));
+        || (address.match(text).hasMatch() && !isOpened(token) && !language.match(text).hasMatch());
     if (isLoaded)
         add(token, u"scene-network", u"An address in the network is loaded."_s);
+}
+
+/// Whether a property is declared with the literal alone.
+bool AuthorSceneRules::isWholeProperty(qsizetype token) const
+{
+    const Member* member = m_scene.memberOf(token);
+    if (!member || member->type.isNull() || m_scene.at(token - 1) != ":"_L1
+        || m_scene.at(token - 2) != member->name)
+        return false;
+    // Brackets behind the last binding of an object count as part of it.
+    qsizetype behind = token + 1;
+    while (behind < member->end && (m_scene.at(behind) == "}"_L1 || m_scene.at(behind) == ";"_L1))
+        ++behind;
+    return behind == member->end;
+}
+
+/// Likewise of a variable.
+bool AuthorSceneRules::isWholeVariable(qsizetype token) const
+{
+    const QStringView word = m_scene.at(token - 3);
+    const QStringView next = m_scene.at(token + 1);
+    return m_scene.at(token - 1) == "="_L1 && (next == ";"_L1 || next == "}"_L1)
+        && (word == "const"_L1 || word == "let"_L1 || word == "var"_L1);
+}
+
+/// Whether an address is only handed to the host, directly or by a name.
+bool AuthorSceneRules::isOpened(qsizetype token)
+{
+    static const QStringList opening{u"openExternalResource"_s, u"openUrlExternally"_s};
+    if (m_scene.isInCallOf(token, opening))
+        return true;
+    if (!isWholeProperty(token) && !isWholeVariable(token))
+        return false;
+    if (m_uses.isEmpty()) {
+        for (qsizetype i = 0; i < m_scene.tokens().size(); ++i) {
+            const AuthorToken& word = m_scene.tokens().at(i);
+            if (word.kind == Kind::Word)
+                ++(m_scene.isInCallOf(i, opening) ? m_uses[word.text].opened
+                                                  : m_uses[word.text].others);
+        }
+    }
+    const Uses uses = m_uses.value(m_scene.at(token - 2));
+    // One is where it is named.
+    return uses.opened > 0 && uses.others == 1;
 }
 
 void AuthorSceneRules::checkAbsolutePath(qsizetype token)

@@ -23,9 +23,18 @@ public:
     void check();
 
 private:
+    struct Uses
+    {
+        int opened = 0;
+        int others = 0;
+    };
+
     void checkNetwork();
     void checkImport(const AuthorSceneOutline::Member& member);
     void checkAddress(qsizetype token);
+    bool isWholeProperty(qsizetype token) const;
+    bool isWholeVariable(qsizetype token) const;
+    bool isOpened(qsizetype token);
     void checkAbsolutePath(qsizetype token);
     void checkReference(qsizetype token);
     void add(qsizetype token, const char16_t* rule, const QString& message,
@@ -34,6 +43,8 @@ private:
     const QString m_path;
     const AuthorSceneOutline& m_scene;
     AuthorFindings& m_findings;
+    /// How often each word stands among the arguments of calls that open an address, and elsewhere.
+    QHash<QStringView, Uses> m_uses;
 };
 
 } // namespace Vidlets

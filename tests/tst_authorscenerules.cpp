@@ -124,6 +124,22 @@ void TestAuthorSceneRules::addAddresses()
     row("remote markup", u"a: '<img src=\"http://e.org/a.png\">'"_s, u"scene-network 2:4"_s);
     row("link", u"a: '<a href=\"https://e.org/\">e</a>'"_s, QString());
     row("opened", u"onA: vidletView.openExternalResource('https://e.org/')"_s, QString());
+    row("opened by a constant",
+        u"onA: { const u = 'https://e.org/'; vidletView.openExternalResource(u); }"_s, QString());
+    row("opened by a property",
+        u"property url u: 'https://e.org/'; onA: Qt.openUrlExternally(root.u + 'a')"_s, QString());
+    row("opened by a property of an inner object",
+        u"onA: Qt.openUrlExternally(u)\nB { C { property url u: 'https://e.org/' } }"_s, QString());
+    row("opened and loaded by a property",
+        u"property url u: 'https://e.org/'\nsource: u\nonA: Qt.openUrlExternally(u)"_s,
+        u"scene-network 2:17"_s);
+    row("by a property", u"property url u: 'https://e.org/'"_s, u"scene-network 2:17"_s);
+    row("opened by one of two", u"property url u: a ? 'https://e.org/' : v; onA: f(u)"_s,
+        u"scene-network 2:21"_s);
+    row("name of a language", u"a: b.createElementNS('http://www.w3.org/2000/svg', 'svg')"_s,
+        QString());
+    row("picture of its maker", u"source: 'http://www.w3.org/2000/svg/a.svg'"_s,
+        u"scene-network 2:9"_s);
     row("request", u"function f() { new XMLHttpRequest(); }"_s, u"scene-network 2:20"_s);
     row("path", u"source: '/home/me/a.png'"_s, u"scene-absolute-path 2:9"_s);
     row("url", u"source: \"file:///home/me/a.png\""_s, u"scene-absolute-path 2:9"_s);
