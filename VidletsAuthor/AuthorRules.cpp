@@ -59,7 +59,7 @@ constexpr std::array kRules{
                R"(Mend the file, or write it anew with "vidlets strings".)"_L1},
     AuthorRule{"l10n-missing"_L1, Warning, "a translation that is not compiled or not there"_L1,
                R"(Compile it with "vidlets strings --release".)"_L1},
-    AuthorRule{"l10n-stale"_L1, Warning, "compiled translations that differ from their source"_L1,
+    AuthorRule{"l10n-stale"_L1, Warning, "translations that no longer fit their source"_L1,
                R"(Compile them with "vidlets strings --release".)"_L1},
     AuthorRule{"l10n-unfinished"_L1, Warning, "a text without a finished translation"_L1,
                "Translate it, and mark it as finished."_L1},

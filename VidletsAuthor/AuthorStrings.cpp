@@ -190,6 +190,30 @@ QString relativeTo(const QString& root, const QString& path)
                                             : QDir(absolute(root)).relativeFilePath(path);
 }
 
+/// What leads from a directory of a package to the package.
+QString stepsFrom(const QString& directory)
+{
+    return u"../"_s.repeated(directory.count(u'/') + 1);
+}
+
+/// What stays as it is in all languages.
+const QRegularExpression& keptParts()
+{
+    static const QRegularExpression kept(
+        u"<[^<>]{0,1000}>|&\\w{1,32};|%\\([^()]{0,200}\\)s|%L?\\d{1,2}|\\$\\{[^{}]{0,1000}\\}"_s);
+    return kept;
+}
+
+/// Whether a text has words; one such as "LAYOUT_DIRECTION" is a name that nobody reads.
+bool hasWords(const QString& text)
+{
+    const QString words = QString(text).remove(keptParts());
+    const bool isName = words.contains(u'_') && words == words.toUpper() && !words.contains(u' ');
+    return !isName && std::any_of(words.cbegin(), words.cend(), [](QChar character) {
+        return character.isLetter();
+    });
+}
+
 /// Whether a line for translators says where a text comes from, now or at an earlier time.
 bool isNote(const QString& line, const QSet<QString>& notes)
 {
@@ -228,9 +252,33 @@ AuthorStrings::AuthorStrings(const AuthorPackage& package, const QString& direct
 {
     for (const QString& path : package.candidates)
         readControlFile(path);
+    collect();
+}
+
+AuthorStrings::AuthorStrings(const AuthorPackage& package, const QString& directory,
+                             const QList<AuthorControlFile>& files)
+    : m_root(package.path)
+    , m_directory(directoryFor(directory))
+    , m_scenePackages{package.path}
+    , m_isBrief(true)
+{
+    for (const AuthorControlFile& file : files) {
+        QString reason;
+        const auto bytes = file.isInUse ? AuthorFiles::read(file.path, reason) : std::nullopt;
+        if (bytes)
+            readUsed(file, *bytes);
+    }
+    collect();
+}
+
+/// Collects the texts of what has been read.
+void AuthorStrings::collect()
+{
     if (m_directories.isEmpty())
         m_directories.append(directoryFor(QString()));
     readScenes();
+    m_sceneMessages = m_messages.size();
+    m_isTranslatingTips = !m_contexts.isEmpty();
     if (m_contexts.isEmpty())
         m_contexts.insert(usualContext());
     sortContexts();
@@ -324,6 +372,8 @@ void AuthorStrings::readCalls(const QString& path, const AuthorSceneOutline& sce
         QString context = isTranslate ? contextOfCall(scene, token + 1) : m_wrappers.value(name);
         // One that is put together cannot be told.
         if (context.isNull())
+            m_guessed.unite(QSet<QString>(sources.texts.cbegin(), sources.texts.cend()));
+        if (context.isNull())
             context = m_sortedContexts.value(0, usualContext());
         for (const QString& text : sources.texts) {
             if (!text.isEmpty())
@@ -350,10 +400,14 @@ void AuthorStrings::readControlFile(const QString& path)
             return;
         }
     }
-    if (!file.isInUse)
-        return;
+    if (file.isInUse)
+        readUsed(file, *bytes);
+}
+
+void AuthorStrings::readUsed(const AuthorControlFile& file, const QByteArray& bytes)
+{
     findScenes(file);
-    readTips(file, *bytes);
+    readTips(file, bytes);
 }
 
 void AuthorStrings::readTips(const AuthorControlFile& file, const QByteArray& bytes)
@@ -442,16 +496,19 @@ void AuthorStrings::add(const QString& context, const QString& source, const QSt
     message.source = source;
     const QString key = keyOf(message);
     const qsizetype number = m_numbers.value(key, m_messages.size());
-    if (number == m_messages.size()) {
+    const bool isNew = number == m_messages.size();
+    if (isNew) {
         m_numbers.insert(key, number);
         m_messages.append(message);
     }
-    AuthorTsMessage& known = m_messages[number];
-    const QString steps = u"../"_s.repeated(m_directory.count(u'/') + 1);
-    known.locations.append({steps + relativeTo(m_root, path), line});
-    if (m_notes.contains({number, note}))
+    if (!isNew && m_isBrief)
         return;
-    m_notes.insert({number, note});
+    AuthorTsMessage& known = m_messages[number];
+    known.locations.append({stepsFrom(m_directory) + relativeTo(m_root, path), line});
+    if (!m_isBrief && m_notes.contains({number, note}))
+        return;
+    if (!m_isBrief)
+        m_notes.insert({number, note});
     known.extraComment += (known.extraComment.isEmpty() ? QString() : u"\n"_s) + note;
 }
 
@@ -492,6 +549,44 @@ AuthorStrings::Change AuthorStrings::update(AuthorTsFile& file) const
     return change;
 }
 
+AuthorStrings::Lack AuthorStrings::lackOf(const AuthorTsFile& file, bool areTipsWanted) const
+{
+    QSet<QString> present;
+    QSet<QString> inContexts;
+    for (const AuthorTsMessage& message : file.messages) {
+        if (message.isGone())
+            continue;
+        present.insert(keyOf(message));
+        if (m_contexts.contains(message.context))
+            inContexts.insert(message.source);
+    }
+    const auto isLacking = [&](qsizetype i) {
+        const AuthorTsMessage& message = m_messages.at(i);
+        if (present.contains(keyOf(message)) || !hasWords(message.source))
+            return false;
+        // The words of another package's scene may be those of a part that is not shown here.
+        if (i < m_sceneMessages)
+            return !m_guessed.contains(message.source)
+                && !message.extraComment.startsWith("../"_L1);
+        return areTipsWanted && m_isTranslatingTips && !inContexts.contains(message.source);
+    };
+    Lack lack;
+    QSet<QString> sources;
+    for (qsizetype i = 0; i < m_messages.size(); ++i) {
+        const AuthorTsMessage& message = m_messages.at(i);
+        if (!isLacking(i) || sources.contains(message.source))
+            continue;
+        sources.insert(message.source);
+        if (++lack.count > 1)
+            continue;
+        const AuthorTsLocation& first = message.locations.constFirst();
+        lack.source = message.source;
+        lack.place = u"%1:%2"_s.arg(first.file.mid(stepsFrom(m_directory).size()),
+                                    QString::number(first.line));
+    }
+    return lack;
+}
+
 AuthorTsFile AuthorStrings::pseudo() const
 {
     AuthorTsFile file;
@@ -512,8 +607,6 @@ QString AuthorStrings::pseudoLocale()
 
 QString AuthorStrings::pseudoText(const QString& text)
 {
-    static const QRegularExpression kept(
-        u"<[^<>]{0,1000}>|&\\w{1,32};|%\\([^()]{0,200}\\)s|%L?\\d{1,2}|\\$\\{[^{}]{0,1000}\\}"_s);
     static const QString plain = u"aceginosuyzACEGINOSUYZ"_s;
     static const QString accented = u"àçéĝîñöşûýžÀÇÉĜÎÑÖŞÛÝŽ"_s;
     QString result = u"["_s;
@@ -526,7 +619,7 @@ QString AuthorStrings::pseudoText(const QString& text)
         }
     };
     qsizetype end = 0;
-    QRegularExpressionMatchIterator it = kept.globalMatch(text);
+    QRegularExpressionMatchIterator it = keptParts().globalMatch(text);
     while (it.hasNext()) {
         const QRegularExpressionMatch match = it.next();
         append(QStringView(text).sliced(end, match.capturedStart() - end));

@@ -31,6 +31,11 @@ public:
     /// relative to it; null for the usual one.
     explicit AuthorStrings(const AuthorPackage& package, const QString& directory = QString());
 
+    /// Likewise, where the control files of @p package have been read already: those in use among
+    /// @p files count. Of each text only one place is kept, for lackOf().
+    AuthorStrings(const AuthorPackage& package, const QString& directory,
+                  const QList<AuthorControlFile>& files);
+
     /// Returns where the library looks for translations of @p name, which an attribute may give.
     static QString directoryFor(const QString& name);
 
@@ -61,6 +66,18 @@ public:
 
     /// Brings @p file up to date: translations are kept, and what is gone is marked.
     Change update(AuthorTsFile& file) const;
+    /// Which texts a file lacks.
+    struct Lack
+    {
+        qsizetype count = 0;
+        QString source;
+        /// Where the first one stands, relative to the package.
+        QString place;
+    };
+
+    /// Returns what @p file lacks for sure: texts with letters, in a context that scenes of the
+    /// package spell, and those of tips, if @p areTipsWanted, where a scene has them translated.
+    Lack lackOf(const AuthorTsFile& file, bool areTipsWanted) const;
     /// Returns a file in which each text is translated into itself, longer and with accents.
     AuthorTsFile pseudo() const;
 
@@ -79,6 +96,8 @@ private:
         QString source;
     };
 
+    void collect();
+    void readUsed(const AuthorControlFile& file, const QByteArray& bytes);
     void findScenes(const AuthorControlFile& file);
     void readScenes();
     void readWrappers(const AuthorSceneOutline& scene);
@@ -99,6 +118,8 @@ private:
     /// The packages whose scenes show the tips, this one among them.
     QStringList m_scenePackages;
     QList<TipText> m_tipTexts;
+    /// Whether only the first place of each text is wanted.
+    const bool m_isBrief = false;
     QStringList m_faults;
     QList<AuthorTsMessage> m_messages;
     /// By context and source.
@@ -107,6 +128,12 @@ private:
     QSet<std::pair<qsizetype, QString>> m_notes;
     /// How many characters were looked at to collect the texts.
     qsizetype m_characters = 0;
+    /// How many of the messages are the words of scenes, which come first.
+    qsizetype m_sceneMessages = 0;
+    /// Whether any scene has texts translated that it does not spell.
+    bool m_isTranslatingTips = false;
+    /// Texts in contexts that cannot be told.
+    QSet<QString> m_guessed;
     /// The contexts in which scenes have texts translated that they do not spell.
     QSet<QString> m_contexts;
     /// The same, in an order that is always the same.

@@ -84,6 +84,15 @@ void AuthorTranslations::addControlFile(const AuthorPackage& package, const Auth
     facts.search.unite(QSet<QString>(file.search.cbegin(), file.search.cend()));
     for (const QString& directory : file.translationDirectories)
         facts.directories.insert(directory);
+    if (!file.isInUse)
+        return;
+    AuthorControlFile known;
+    known.path = file.path;
+    known.isInUse = true;
+    known.locale = file.locale;
+    known.search = file.search;
+    known.scenes = file.scenes;
+    m_files[package.path].append(known);
 }
 
 void AuthorTranslations::addTranslating(const AuthorPackage& package)
@@ -114,6 +123,7 @@ void AuthorTranslations::checkDirectory(const AuthorPackage& package, const QStr
         return;
     PackageFacts& facts = m_facts[package.name];
     const auto entries = AuthorFiles::list(path).value_or(QList<AuthorFiles::Entry>());
+    Place place{package, AuthorStrings::directoryFor(directory), {}};
     QSet<QString> names;
     for (const AuthorFiles::Entry& entry : entries) {
         if (entry.kind == AuthorFiles::Kind::File && entry.isNamed)
@@ -130,7 +140,7 @@ void AuthorTranslations::checkDirectory(const AuthorPackage& package, const QStr
         if (isCompiled)
             checkCompiled(file);
         else if (entry.name.endsWith(".ts"_L1))
-            checkSource(file, names.contains(other + u".qm"_s), facts);
+            checkSource(file, names.contains(other + u".qm"_s), facts, place);
     }
 }
 
@@ -166,7 +176,8 @@ void AuthorTranslations::checkCompiled(const QString& path)
         broken(path, {}, u"The file asks for others, which the library does not load."_s);
 }
 
-void AuthorTranslations::checkSource(const QString& path, bool isCompiled, PackageFacts& facts)
+void AuthorTranslations::checkSource(const QString& path, bool isCompiled, PackageFacts& facts,
+                                     Place& place)
 {
     QString reason;
     const auto bytes = AuthorFiles::read(path, reason);
@@ -191,6 +202,7 @@ void AuthorTranslations::checkSource(const QString& path, bool isCompiled, Packa
     if (!file->sourceLanguage.isEmpty())
         facts.locales.insert(QLocale(file->sourceLanguage).name());
     checkUnfinished(path, *file);
+    checkLack(path, *file, place);
     const QString compiled = path.chopped(2) + u"qm"_s;
     if (isCompiled)
         checkStale(path, *file, compiled);
@@ -227,6 +239,37 @@ void AuthorTranslations::checkUnfinished(const QString& path, const AuthorTsFile
             m_findings.add(path, message.position, u"l10n-unfinished"_s,
                            u"The translation of \"%1\" is not marked as finished."_s.arg(text));
     }
+}
+
+/// Reports a file that lacks texts which are there to be translated by now.
+void AuthorTranslations::checkLack(const QString& path, const AuthorTsFile& file, Place& place)
+{
+    const QString name = localeIn(path);
+    const auto language = QLocale(name).language();
+    // Texts in the language that they are written in need no translation.
+    const bool isOwn =
+        !file.sourceLanguage.isEmpty() && QLocale(file.sourceLanguage).language() == language;
+    if (name.isNull() || name == AuthorStrings::pseudoLocale() || isOwn)
+        return;
+    const QList<AuthorControlFile> files = m_files.value(place.package.path);
+    if (!place.strings)
+        place.strings.emplace(place.package, place.directory, files);
+    // No tip's translations are looked for in a directory that none has.
+    if (!place.strings->directories().contains(place.directory)
+        || !place.strings->faults().isEmpty())
+        return;
+    const bool hasOwnTips =
+        std::any_of(files.cbegin(), files.cend(), [language](const AuthorControlFile& other) {
+            return !other.locale.isEmpty() && QLocale(other.locale).language() == language;
+        });
+    const AuthorStrings::Lack lack = place.strings->lackOf(file, !hasOwnTips);
+    if (lack.count == 0)
+        return;
+    m_findings.add(path, {}, u"l10n-stale"_s,
+                   u"The file lacks %1: \"%2\" in %3%4."_s.arg(
+                       counted(lack.count, u"text"_s), shortened(lack.source), lack.place,
+                       lack.count > 1 ? u", and others"_s : QString()),
+                   u"Run \"vidlets strings\" again, and translate what is new."_s);
 }
 
 void AuthorTranslations::checkStale(const QString& path, const AuthorTsFile& file,

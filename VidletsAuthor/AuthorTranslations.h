@@ -6,6 +6,7 @@
 
 #include "AuthorControlFile.h"
 #include "AuthorPackages.h"
+#include "AuthorStrings.h"
 #include "AuthorTsFile.h"
 
 #include <QHash>
@@ -41,9 +42,19 @@ private:
         bool isTranslating = false;
     };
 
+    /// A package, and the directory in it whose files are looked at.
+    struct Place
+    {
+        const AuthorPackage& package;
+        QString directory;
+        /// Once a file has been compared with them.
+        std::optional<AuthorStrings> strings;
+    };
+
     void checkDirectory(const AuthorPackage& package, const QString& directory);
     void checkName(const QString& path, PackageFacts& facts);
-    void checkSource(const QString& path, bool isCompiled, PackageFacts& facts);
+    void checkSource(const QString& path, bool isCompiled, PackageFacts& facts, Place& place);
+    void checkLack(const QString& path, const AuthorTsFile& file, Place& place);
     void checkCompiled(const QString& path);
     void checkUnfinished(const QString& path, const AuthorTsFile& file);
     void reportUncompiled(const QString& path, const AuthorTsFile& file,
@@ -56,6 +67,8 @@ private:
     const AuthorPackages& m_packages;
     AuthorFindings& m_findings;
     QHash<QString, PackageFacts> m_facts;
+    /// What is needed of the control files in use, by the path of the package.
+    QHash<QString, QList<AuthorControlFile>> m_files;
 };
 
 } // namespace Vidlets

@@ -63,6 +63,9 @@ private Q_SLOTS:
     void init();
 
     void fresh_hasNoFinding();
+    void stale_isWhatLacksTexts_data();
+    void stale_isWhatLacksTexts();
+    void stale_saysWhatIsLacking();
     void stale_goesByContents_data();
     void stale_goesByContents();
     void unfinished_isToldWithLine();
@@ -99,6 +102,97 @@ void TestAuthorTranslations::fresh_hasNoFinding()
     write(u"Vidlets_de_DE.qm"_s, compiled(text));
 
     QCOMPARE(checked(*m_files), QStringList());
+}
+
+void TestAuthorTranslations::stale_isWhatLacksTexts_data()
+{
+    QTest::addColumn<QString>("replaced");
+    QTest::addColumn<QByteArray>("replacement");
+    QTest::addColumn<bool>("isStale");
+
+    const QString tips = u"A.vidlets/Control/a.xml"_s;
+    const QString scene = u"A.vidlets/ui/VidletUI.qml"_s;
+    const QString translations = u"A.vidlets/l10n/Vidlets_de_DE.ts"_s;
+    const QByteArray tip = "<vidlets><vidlet key='a' title='";
+    QTest::newRow("nothing") << QString() << QByteArray() << false;
+    QTest::newRow("title") << tips << tip + "Brush'/></vidlets>" << true;
+    QTest::newRow("text") << tips << tip + "Pen'><p>New</p></vidlet></vidlets>" << true;
+    QTest::newRow("text without words")
+        << tips << tip + "Pen'><p>1 %(a)s &lt;b></p><p>A_B</p></vidlet></vidlets>" << false;
+    QTest::newRow("text of one locale")
+        << tips << QByteArray("<vidlets locale='fr'><vidlet key='a' title='Plume'/></vidlets>")
+        << false;
+    QTest::newRow("words of a scene")
+        << scene << QByteArray("Item { a: v.translate('Stop', 'UI') || 'Stop' }") << true;
+    QTest::newRow("context of a scene")
+        << scene << QByteArray("Item { a: v.translate('Play', 'Other') || 'Play' }") << true;
+    QTest::newRow("context of tips")
+        << scene << QByteArray("Item { a: v.translate(vidlet.attribute('title'), 'Other') }")
+        << true;
+    QTest::newRow("context that cannot be told")
+        << scene << QByteArray("Item { a: v.translate('Stop', b) }") << false;
+    QTest::newRow("scene that translates no tip")
+        << scene << QByteArray("Item { a: v.translate('Play', 'UI') }") << false;
+    QTest::newRow("text that is gone")
+        << translations << source(message("Pen", "Stift", "vanished") + message("Play", "Los"))
+        << true;
+    QTest::newRow("own language") << translations
+                                  << source(message("Play", "Los"))
+                                         .replace("sourcelanguage=\"en_GB\"",
+                                                  "sourcelanguage=\"de\"")
+                                  << false;
+}
+
+void TestAuthorTranslations::stale_isWhatLacksTexts()
+{
+    QFETCH(const QString, replaced);
+    QFETCH(const QByteArray, replacement);
+    QFETCH(const bool, isStale);
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets><vidlet key='a' title=' Pen '/></vidlets>");
+    m_files->write(u"A.vidlets/ui/VidletUI.qml"_s,
+                   "Item { a: v.translate(vidlet.attribute('title'), 'UI') || "
+                   "v.translate('Play', 'UI') }");
+    const QByteArray whole = source(message("Pen", "Stift") + message("Play", "Los"));
+    m_files->write(u"A.vidlets/l10n/Vidlets_de_DE.ts"_s, whole);
+    // One for nobody is brought up to date when somebody wants it.
+    m_files->write(u"A.vidlets/l10n/Vidlets_vo_001.ts"_s, source(message("Old", "Olde")));
+    if (!replaced.isEmpty())
+        m_files->write(replaced, replacement);
+
+    QStringList findings = checked(*m_files);
+    findings.removeIf([](const QString& finding) { return !finding.startsWith("l10n-stale"_L1); });
+
+    QCOMPARE(findings, isStale ? QStringList{u"l10n-stale Vidlets_de_DE.ts:0"_s} : QStringList());
+}
+
+void TestAuthorTranslations::stale_saysWhatIsLacking()
+{
+    m_files->writeControlFile(u"A.vidlets"_s, u"a.xml"_s,
+                              "<vidlets l10n_name='lang'>\n<vidlet key='a' title='Pen'><p>Ink</p>"
+                              "</vidlet>\n</vidlets>");
+    m_files->writeControlFile(u"A.vidlets"_s, u"de.xml"_s,
+                              "<vidlets locale='de_AT'><vidlet key='a' title='Stift'/></vidlets>");
+    m_files->write(u"A.vidlets/ui/VidletUI.qml"_s,
+                   "Item { a: v.translate(vidlet.attribute('title'), 'UI') }");
+    // The tips are there in German, which has nothing to be translated then.
+    m_files->write(u"A.vidlets/lang/Vidlets_de_DE.ts"_s, source(message("a", "b")));
+    m_files->write(u"A.vidlets/lang/Vidlets_fr_FR.ts"_s,
+                   source(message("a", "b")).replace("de_DE", "fr_FR"));
+    // No tip has its translations there.
+    m_files->write(u"A.vidlets/l10n/Vidlets_fr_FR.ts"_s,
+                   source(message("a", "b")).replace("de_DE", "fr_FR"));
+    AuthorCheck check;
+    QString reason;
+    QVERIFY(check.add(m_files->dataPath(), reason));
+
+    QList<AuthorFinding> findings = check.run();
+    findings.removeIf([](const AuthorFinding& finding) { return finding.rule != "l10n-stale"_L1; });
+
+    QCOMPARE(findings.size(), 1);
+    QVERIFY(findings.constFirst().file.endsWith("/lang/Vidlets_fr_FR.ts"_L1));
+    QCOMPARE(findings.constFirst().message,
+             u"The file lacks 2 texts: \"Pen\" in Control/a.xml:2, and others."_s);
 }
 
 void TestAuthorTranslations::stale_goesByContents_data()
