@@ -24,6 +24,15 @@ QStringList found(const QString& text)
     return result;
 }
 
+/// A member of a scene, in which a "#" stands before what is found.
+void addGuardRow(const char* name, const QString& member, bool isFound)
+{
+    const QStringList expected{u"scene-unguarded 2:%1"_s.arg(member.indexOf(u'#') + 1)};
+    QString text = member;
+    QTest::newRow(name) << u"Item {\n"_s + text.remove(u'#') + u"\n}"_s
+                        << (isFound ? expected : QStringList());
+}
+
 } // namespace
 
 class TestAuthorSceneRules : public VidletsTest
@@ -38,6 +47,7 @@ private Q_SLOTS:
 
 private:
     static void addGuards();
+    static void addTests();
     static void addAddresses();
     static void addTexts();
     static void addFallbacks();
@@ -45,73 +55,80 @@ private:
 
 void TestAuthorSceneRules::addGuards()
 {
-    const auto row = [](const char* name, const QString& member, bool isFound) {
-        const QStringList expected{u"scene-unguarded 2:%1"_s.arg(member.indexOf(u'#') + 1)};
-        QString text = member;
-        QTest::newRow(name) << u"Item {\n"_s + text.remove(u'#') + u"\n}"_s
-                            << (isFound ? expected : QStringList());
-    };
-    row("bare", u"a: #vidlet.content"_s, true);
-    row("index", u"a: #vidlet['content']"_s, true);
-    row("conditional", u"a: vidlet ? vidlet.content : ''"_s, false);
-    row("and", u"a: vidlet && vidlet.content"_s, false);
-    row("compared", u"a: vidlet !== null ? vidlet.content : ''"_s, false);
-    row("optional", u"a: vidlet?.content ?? ''"_s, false);
-    row("over lines", u"a: vidlet\n ? vidlet.content\n : ''"_s, false);
-    row("tested behind", u"a: #vidlet.content && vidlet"_s, true);
-    row("function", u"function f() { return #vidlet.content; }"_s, true);
-    row("early return", u"function f() { if (!vidlet) return ''; return vidlet.content; }"_s,
-        false);
-    row("argument", u"function f(vidlet) { return vidlet.content; }"_s, false);
-    row("handler", u"onA: { if (vidlet) { b(vidlet.content); } }"_s, false);
-    row("other object", u"a: other.vidlet.content"_s, false);
-    row("alias", u"property var tip: vidlet; property var a: #tip.content"_s, true);
-    row("alias of root", u"id: r; property var tip: vidlet; property var a: r.#tip.content"_s,
-        true);
-    row("tested alias", u"property var tip: vidlet; property var a: tip ? tip.content : ''"_s,
-        false);
-    row("in a string", u"a: 'vidlet.content' // vidlet.content"_s, false);
-    row("in a template", u"a: #`${b} ${ vidlet.content }`"_s, true);
-    row("tested in a template", u"a: `${vidlet ? vidlet.content : ''}`"_s, false);
-    row("template behind a test", u"a: vidlet ? `${vidlet.content}` : ''"_s, false);
-    row("word in a template", u"a: `vidlet.content ${b.vidlet.content} } vidlet.content`"_s, false);
-    row("no template", u"a: '${vidlet.content}'"_s, false);
-    row("logged", u"function f() { console.log('a', vidlet); return #vidlet.content; }"_s, true);
-    row("logged test", u"function f() { console.log(!vidlet || vidlet.content); }"_s, false);
-    row("handed to a function", u"a: isThere(vidlet) ? vidlet.content : ''"_s, false);
-    row("constant", u"function f() { const t = vidlet; return #t.content; }"_s, true);
-    row("tested constant", u"function f() { const t = vidlet; return t ? t.content : ''; }"_s,
-        false);
-    row("tested by its constant",
-        u"function f() { const t = vidlet; if (!t) return ''; return vidlet.content; }"_s, false);
-    row("constant behind a test",
-        u"function f() { if (!vidlet) return ''; const t = vidlet; return t.content; }"_s, false);
-    row("constant that may be another",
-        u"function f() { const t = vidlet || other; return t.content; }"_s, false);
-    row("name of a constant elsewhere",
-        u"function f() { const t = vidlet; return t; }\nfunction g(t) { return t.content; }"_s,
-        false);
-    row("where it is null", u"a: vidlet ? '' : #vidlet.content"_s, true);
-    row("where it is null, in an argument", u"a: f(vidlet ? b ? 1 : 2 : #vidlet.content)"_s, true);
-    row("behind where it is null", u"a: (vidlet ? 1 : 2) + (vidlet ? vidlet.content : '')"_s,
-        false);
-    row("where it is not null", u"a: !vidlet ? '' : vidlet.content"_s, false);
-    row("where it is not equal", u"a: null == vidlet ? '' : vidlet.content"_s, false);
-    row("chosen by more", u"a: b && vidlet ? '' : vidlet.content"_s, false);
-    row("tested once more", u"a: vidlet ? '' : vidlet && vidlet.content"_s, false);
-    row("tested before",
-        u"function f() { if (!vidlet) return ''; return vidlet ? '' : vidlet.a }"_s, false);
-    row("statement behind", u"function f() { const b = vidlet ? 1 : 2\nif (b == 1) c(vidlet.d) }"_s,
-        false);
-    row("caught", u"function f() { try { return vidlet.content; } catch (e) { return ''; } }"_s,
-        false);
-    row("where it is caught",
-        u"function f() { try { g(); } catch (e) { return #vidlet.content; } }"_s, true);
+    addGuardRow("bare", u"a: #vidlet.content"_s, true);
+    addGuardRow("index", u"a: #vidlet['content']"_s, true);
+    addGuardRow("conditional", u"a: vidlet ? vidlet.content : ''"_s, false);
+    addGuardRow("and", u"a: vidlet && vidlet.content"_s, false);
+    addGuardRow("compared", u"a: vidlet !== null ? vidlet.content : ''"_s, false);
+    addGuardRow("optional", u"a: vidlet?.content ?? ''"_s, false);
+    addGuardRow("over lines", u"a: vidlet\n ? vidlet.content\n : ''"_s, false);
+    addGuardRow("tested behind", u"a: #vidlet.content && vidlet"_s, true);
+    addGuardRow("function", u"function f() { return #vidlet.content; }"_s, true);
+    addGuardRow("early return",
+                u"function f() { if (!vidlet) return ''; return vidlet.content; }"_s, false);
+    addGuardRow("argument", u"function f(vidlet) { return vidlet.content; }"_s, false);
+    addGuardRow("handler", u"onA: { if (vidlet) { b(vidlet.content); } }"_s, false);
+    addGuardRow("other object", u"a: other.vidlet.content"_s, false);
+    addGuardRow("alias", u"property var tip: vidlet; property var a: #tip.content"_s, true);
+    addGuardRow("alias of root",
+                u"id: r; property var tip: vidlet; property var a: r.#tip.content"_s, true);
+    addGuardRow("tested alias",
+                u"property var tip: vidlet; property var a: tip ? tip.content : ''"_s, false);
+    addGuardRow("in a string", u"a: 'vidlet.content' // vidlet.content"_s, false);
     QTest::newRow("test of another binding") << u"Item {\na: vidlet ? 1 : 2\nb: vidlet.content\n}"_s
                                              << QStringList{u"scene-unguarded 3:4"_s};
     QTest::newRow("test around an object")
         << u"Item {\na: vidlet ? 1 : 2\nText {\nc: vidlet.content } }"_s
         << QStringList{u"scene-unguarded 4:4"_s};
+}
+
+/// What is a test, and what looks like one.
+void TestAuthorSceneRules::addTests()
+{
+    addGuardRow("in a template", u"a: #`${b} ${ vidlet.content }`"_s, true);
+    addGuardRow("tested in a template", u"a: `${vidlet ? vidlet.content : ''}`"_s, false);
+    addGuardRow("template behind a test", u"a: vidlet ? `${vidlet.content}` : ''"_s, false);
+    addGuardRow("word in a template", u"a: `vidlet.content ${b.vidlet.content} } vidlet.content`"_s,
+                false);
+    addGuardRow("no template", u"a: '${vidlet.content}'"_s, false);
+    addGuardRow("logged", u"function f() { console.log('a', vidlet); return #vidlet.content; }"_s,
+                true);
+    addGuardRow("logged test", u"function f() { console.log(!vidlet || vidlet.content); }"_s,
+                false);
+    addGuardRow("handed to a function", u"a: isThere(vidlet) ? vidlet.content : ''"_s, false);
+    addGuardRow("constant", u"function f() { const t = vidlet; return #t.content; }"_s, true);
+    addGuardRow("tested constant",
+                u"function f() { const t = vidlet; return t ? t.content : ''; }"_s, false);
+    addGuardRow("tested by its constant",
+                u"function f() { const t = vidlet; if (!t) return ''; return vidlet.content; }"_s,
+                false);
+    addGuardRow("constant behind a test",
+                u"function f() { if (!vidlet) return ''; const t = vidlet; return t.content; }"_s,
+                false);
+    addGuardRow("constant that may be another",
+                u"function f() { const t = vidlet || other; return t.content; }"_s, false);
+    addGuardRow(
+        "name of a constant elsewhere",
+        u"function f() { const t = vidlet; return t; }\nfunction g(t) { return t.content; }"_s,
+        false);
+    addGuardRow("where it is null", u"a: vidlet ? '' : #vidlet.content"_s, true);
+    addGuardRow("where it is null, in an argument", u"a: f(vidlet ? b ? 1 : 2 : #vidlet.content)"_s,
+                true);
+    addGuardRow("behind where it is null",
+                u"a: (vidlet ? 1 : 2) + (vidlet ? vidlet.content : '')"_s, false);
+    addGuardRow("where it is not null", u"a: !vidlet ? '' : vidlet.content"_s, false);
+    addGuardRow("where it is not equal", u"a: null == vidlet ? '' : vidlet.content"_s, false);
+    addGuardRow("chosen by more", u"a: b && vidlet ? '' : vidlet.content"_s, false);
+    addGuardRow("tested once more", u"a: vidlet ? '' : vidlet && vidlet.content"_s, false);
+    addGuardRow("tested before",
+                u"function f() { if (!vidlet) return ''; return vidlet ? '' : vidlet.a }"_s, false);
+    addGuardRow("statement behind",
+                u"function f() { const b = vidlet ? 1 : 2\nif (b == 1) c(vidlet.d) }"_s, false);
+    addGuardRow("caught",
+                u"function f() { try { return vidlet.content; } catch (e) { return ''; } }"_s,
+                false);
+    addGuardRow("where it is caught",
+                u"function f() { try { g(); } catch (e) { return #vidlet.content; } }"_s, true);
 }
 
 void TestAuthorSceneRules::addAddresses()
@@ -228,6 +245,7 @@ void TestAuthorSceneRules::finds_data()
     QTest::addColumn<QStringList>("expected");
 
     addGuards();
+    addTests();
     addAddresses();
     addTexts();
     addFallbacks();

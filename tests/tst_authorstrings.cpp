@@ -161,8 +161,8 @@ void TestAuthorStrings::messages_areAllThatScenesChooseFrom_data()
 
     const QString usual = u"UI: Pen & ink"_s;
     const QString dynamic = u"Ctx: Pen & ink"_s;
-    QTest::newRow("put together") << u"'Long ' + \"te\" + 'xt'"_s
-                                  << QStringList{u"Ctx: Long text"_s, usual};
+    QTest::newRow("put together") << u"'Long ' + \"wor\" + 'ds'"_s
+                                  << QStringList{u"Ctx: Long words"_s, usual};
     QTest::newRow("one of two") << u"a > (b ? c : d) ? 'A' : \"B\""_s
                                 << QStringList{u"Ctx: A"_s, u"Ctx: B"_s, usual};
     QTest::newRow("one of three") << u"(a ? b ? 'A' : ('B' + 'b') : 'C')"_s
