@@ -75,6 +75,12 @@ void TestAuthorSceneRules::addGuards()
     addGuardRow("tested alias",
                 u"property var tip: vidlet; property var a: tip ? tip.content : ''"_s, false);
     addGuardRow("in a string", u"a: 'vidlet.content' // vidlet.content"_s, false);
+    addGuardRow("in a template", u"a: #`${b} ${ vidlet.content }`"_s, true);
+    addGuardRow("tested in a template", u"a: `${vidlet ? vidlet.content : ''}`"_s, false);
+    addGuardRow("template behind a test", u"a: vidlet ? `${vidlet.content}` : ''"_s, false);
+    addGuardRow("word in a template", u"a: `vidlet.content ${b.vidlet.content} } vidlet.content`"_s,
+                false);
+    addGuardRow("no template", u"a: '${vidlet.content}'"_s, false);
     QTest::newRow("test of another binding") << u"Item {\na: vidlet ? 1 : 2\nb: vidlet.content\n}"_s
                                              << QStringList{u"scene-unguarded 3:4"_s};
     QTest::newRow("test around an object")
@@ -85,12 +91,6 @@ void TestAuthorSceneRules::addGuards()
 /// What is a test, and what looks like one.
 void TestAuthorSceneRules::addTests()
 {
-    addGuardRow("in a template", u"a: #`${b} ${ vidlet.content }`"_s, true);
-    addGuardRow("tested in a template", u"a: `${vidlet ? vidlet.content : ''}`"_s, false);
-    addGuardRow("template behind a test", u"a: vidlet ? `${vidlet.content}` : ''"_s, false);
-    addGuardRow("word in a template", u"a: `vidlet.content ${b.vidlet.content} } vidlet.content`"_s,
-                false);
-    addGuardRow("no template", u"a: '${vidlet.content}'"_s, false);
     addGuardRow("logged", u"function f() { console.log('a', vidlet); return #vidlet.content; }"_s,
                 true);
     addGuardRow("logged test", u"function f() { console.log(!vidlet || vidlet.content); }"_s,
