@@ -60,7 +60,7 @@ struct AuthorControlFile
     /// The directories of resources beside the usual one, relative to the package.
     QSet<QString> resourceDirectories;
     /// Where translations lie, relative to the package, beside the usual directory.
-    QStringList translationDirectories;
+    QSet<QString> translationDirectories;
     /// Those with a key.
     QList<AuthorTip> tips;
     QList<AuthorSceneName> scenes;

@@ -430,8 +430,8 @@ void AuthorControlReader::checkAttributes(bool isTip)
     if (!namesScenes)
         return;
     const QString translations = attributes.value(translationsAttribute()).toString();
-    if (!translations.isEmpty() && !m_file.translationDirectories.contains(translations))
-        m_file.translationDirectories.append(translations);
+    if (!translations.isEmpty())
+        m_file.translationDirectories.insert(translations);
     for (const QString& name : {uiAttribute(), simpleUiAttribute()}) {
         const QStringView scene = attributes.value(name);
         if (!scene.isEmpty())

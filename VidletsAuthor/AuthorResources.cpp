@@ -16,6 +16,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -62,11 +63,16 @@ AuthorResources::AuthorResources(const AuthorPackages& packages, AuthorFindings&
 void AuthorResources::addControlFile(const AuthorPackage& package, const AuthorControlFile& file)
 {
     PackageFacts& facts = m_facts[package.name];
-    for (const QString& name : file.search)
+    // Names that lead nowhere are told of elsewhere, and would be looked through for each resource.
+    QStringList search;
+    std::copy_if(file.search.cbegin(), file.search.cend(), std::back_inserter(search),
+                 [this](const QString& name) { return !packagePaths(name).isEmpty(); });
+    search.removeDuplicates();
+    for (const QString& name : std::as_const(search))
         facts.search.insert(name);
     facts.directories += file.resourceDirectories;
     for (const AuthorReference& reference : file.references) {
-        m_uses.append({file.path, reference, &package, false, file.search});
+        m_uses.append({file.path, reference, &package, false, search});
         m_named.insert(lastPart(reference.name));
     }
 }

@@ -189,8 +189,11 @@ void AuthorStrings::findScenes(const AuthorControlFile& file)
 {
     const QString root = absolute(m_root);
     QStringList places{root};
-    for (const QString& name : file.search)
-        places.append(AuthorFiles::join(QFileInfo(root).path(), name + packageSuffix()));
+    for (const QString& name : file.search) {
+        const QString place = AuthorFiles::join(QFileInfo(root).path(), name + packageSuffix());
+        if (QFileInfo(place).isDir())
+            places.append(place);
+    }
     QSet<QString> known;
     for (const AuthorSceneName& scene : file.scenes) {
         if (known.contains(scene.name))
@@ -345,8 +348,10 @@ bool AuthorStrings::isPassedOver(const AuthorControlFile& file, const QXmlStream
         ? attributes.value(translationsAttribute()).toString()
         : usualDirectory;
     const QString directory = directoryFor(name);
-    if (!m_directories.contains(directory))
+    if (!m_knownDirectories.contains(directory)) {
+        m_knownDirectories.insert(directory);
         m_directories.append(directory);
+    }
     // Those for one language are translated as they are.
     return directory != m_directory || !file.locale.isEmpty();
 }

@@ -115,6 +115,7 @@ private:
     QString m_root;
     const QString m_directory;
     QStringList m_directories;
+    QSet<QString> m_knownDirectories;
     /// The packages whose scenes show the tips, this one among them.
     QStringList m_scenePackages;
     QList<TipText> m_tipTexts;

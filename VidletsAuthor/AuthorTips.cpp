@@ -92,11 +92,13 @@ void AuthorTips::checkScenes()
 {
     for (qsizetype i = 0; i < m_files.size(); ++i) {
         const AuthorControlFile& file = m_files.at(i);
+        QStringList places = m_packages.pathsOf(m_sources.at(i).package->name);
+        for (const QString& name : file.search)
+            places += m_packages.pathsOf(name);
         QHash<QString, bool> known;
         for (const AuthorSceneName& scene : file.scenes) {
             if (!known.contains(scene.name))
-                known.insert(scene.name,
-                             isScene(*m_sources.at(i).package, file.search, scene.name));
+                known.insert(scene.name, isScene(places, scene.name));
             if (known.value(scene.name))
                 continue;
             const QString message = u"There is no scene \"%1\"."_s.arg(scene.name);
@@ -111,19 +113,11 @@ void AuthorTips::checkScenes()
     }
 }
 
-bool AuthorTips::isScene(const AuthorPackage& package, const QStringList& search,
-                         const QString& name) const
+bool AuthorTips::isScene(const QStringList& places, const QString& name)
 {
-    const QStringList names = QStringList{package.name} + search;
-    for (const QString& packageName : names) {
-        const QStringList places = m_packages.pathsOf(packageName);
-        const auto holdsScene = [&name](const QString& place) {
-            return QFileInfo(AuthorFiles::join(place, name)).isFile();
-        };
-        if (std::any_of(places.cbegin(), places.cend(), holdsScene))
-            return true;
-    }
-    return false;
+    return std::any_of(places.cbegin(), places.cend(), [&name](const QString& place) {
+        return QFileInfo(AuthorFiles::join(place, name)).isFile();
+    });
 }
 
 void AuthorTips::checkTwice()

@@ -49,8 +49,7 @@ private:
     void checkEmptyPackages();
     void checkSearch();
     void checkScenes();
-    bool isScene(const AuthorPackage& package, const QStringList& search,
-                 const QString& name) const;
+    static bool isScene(const QStringList& places, const QString& name);
     void checkTwice();
     void reportTwice(const QString& key, const Place& loser, const Place& winner);
     void checkGaps(const QStringList& locales);

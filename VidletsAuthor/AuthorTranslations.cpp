@@ -82,8 +82,7 @@ void AuthorTranslations::addControlFile(const AuthorPackage& package, const Auth
 {
     PackageFacts& facts = m_facts[package.name];
     facts.search.unite(QSet<QString>(file.search.cbegin(), file.search.cend()));
-    for (const QString& directory : file.translationDirectories)
-        facts.directories.insert(directory);
+    facts.directories += file.translationDirectories;
     if (!file.isInUse)
         return;
     AuthorControlFile known;
@@ -252,6 +251,10 @@ void AuthorTranslations::checkLack(const QString& path, const AuthorTsFile& file
     if (name.isNull() || name == AuthorStrings::pseudoLocale() || isOwn)
         return;
     const QList<AuthorControlFile> files = m_files.value(place.package.path);
+    // Each one costs a walk over the package, which has one of them, or two.
+    constexpr int kMostDirectories = 10;
+    if (!place.strings && ++m_compared[place.package.path] > kMostDirectories)
+        return;
     if (!place.strings)
         place.strings.emplace(place.package, place.directory, files);
     // No tip's translations are looked for in a directory that none has.

@@ -69,6 +69,8 @@ private:
     QHash<QString, PackageFacts> m_facts;
     /// What is needed of the control files in use, by the path of the package.
     QHash<QString, QList<AuthorControlFile>> m_files;
+    /// How many directories of it have been compared with the texts, likewise.
+    QHash<QString, int> m_compared;
 };
 
 } // namespace Vidlets

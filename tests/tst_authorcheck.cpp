@@ -33,6 +33,7 @@ private Q_SLOTS:
     void run_comesToEnd_whenKeyDataIsFifo();
     void locales_areWantedOfPackage();
     void suppression_holdsForRulesOfSeveralFiles();
+    void run_comesToEnd_whenMuchIsNamedThatIsNotThere();
 };
 
 void TestAuthorCheck::add_isFalse_whenThereIsNothing()
@@ -188,6 +189,30 @@ void TestAuthorCheck::suppression_holdsForRulesOfSeveralFiles()
                            "<vidlet key=\"b\"><p s=\"b.png\"/></vidlet>\n</vidlets>");
 
     QCOMPARE(places(checked({files.dataPath()}), u"resource-missing"_s), QStringList{u"a.xml:4"_s});
+}
+
+void TestAuthorCheck::run_comesToEnd_whenMuchIsNamedThatIsNotThere()
+{
+    PackageBuilder files;
+    // Each scene and resource looked for in each package would take minutes.
+    constexpr int kNames = 100'000;
+    constexpr int kTips = 2'000;
+    QByteArray content("<vidlets search=\"");
+    for (int i = 0; i < kNames; ++i)
+        content += 'n' + QByteArray::number(i) + ' ';
+    content += "\">\n";
+    for (int i = 0; i < kTips; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        content +=
+            "<vidlet key='" + number + "' ui='" + number + ".qml' p='" + number + ".png'/>\n";
+    }
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, content + "</vidlets>");
+
+    const QList<AuthorFinding> findings = checked({files.dataPath()});
+
+    QCOMPARE(places(findings, u"search-unknown"_s).size(), kNames);
+    QCOMPARE(places(findings, u"ui-missing"_s).size(), kTips);
+    QCOMPARE(places(findings, u"resource-missing"_s).size(), kTips);
 }
 
 int main(int argc, char** argv)

@@ -78,6 +78,7 @@ private Q_SLOTS:
     void strings_makeFilesThatCheckIsContentWith();
     void strings_writeWhereTheLibraryLooks();
     void strings_endsWithOne_whenFileIsKept();
+    void strings_endsWithOne_whenDirectoriesAreTooMany();
     void clip_makesClip_andTellsWhatItTakes();
     void clip_keepsRecording_whenItIsNamedAsClip();
     void names_areToldAsTheyAre();
@@ -322,6 +323,28 @@ void TestAuthorProgram::strings_endsWithOne_whenFileIsKept()
 
     QCOMPARE(outcome.code, 1);
     QVERIFY2(outcome.err.contains("left as it is"), outcome.err.constData());
+}
+
+void TestAuthorProgram::strings_endsWithOne_whenDirectoriesAreTooMany()
+{
+    PackageBuilder files;
+    QByteArray tips("<vidlets>");
+    // Enough to take minutes where each is looked for among all that came before.
+    constexpr int kCount = 100'000;
+    for (int i = 0; i < kCount; ++i) {
+        const QByteArray number = QByteArray::number(i);
+        tips += "<vidlet key='" + number + "' l10n_name='" + number + "' title='T'/>\n";
+    }
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips + "</vidlets>");
+    const QString package = files.path(u"A.vidlets"_s);
+
+    const Outcome strings = run({u"strings"_s, package, u"--locale"_s, u"de_DE"_s});
+
+    QCOMPARE(strings.code, 1);
+    QVERIFY2(strings.err.contains(" in 100000 directories, more than 100."),
+             strings.err.constData());
+    QVERIFY(!QFile::exists(package + u"/l10n"_s));
+    QVERIFY(run({u"check"_s, package}).code >= 0);
 }
 
 void TestAuthorProgram::clip_makesClip_andTellsWhatItTakes()

@@ -54,6 +54,15 @@ void updatePackage(const AuthorPackage& package, const QCommandLineParser& parse
                    const QStringList& locales, Outcome& outcome)
 {
     AuthorStringsFiles usual(package);
+    // Each one costs a walk over the package.
+    constexpr qsizetype kMostDirectories = 100;
+    if (usual.directories().size() > kMostDirectories) {
+        outcome = {false, true};
+        Command::wrongUse(u"%1: Translations are to lie in %2 directories, more than %3."_s.arg(
+            package.path, QString::number(usual.directories().size()),
+            QString::number(kMostDirectories)));
+        return;
+    }
     for (const QString& directory : usual.directories()) {
         if (directory == AuthorStrings::directoryFor(QString())) {
             updateFiles(usual, parser, locales, outcome);
