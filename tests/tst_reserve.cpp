@@ -679,9 +679,14 @@ void TestReserve::floating_isDeleted_whenUserClosesIt()
     QVERIFY(QTest::qWaitForWindowExposed(popup));
     popup->activateWindow();
     // Qt takes a tool window for active as soon as its parent is.
-    QTRY_COMPARE_WITH_TIMEOUT(activeWindowOfX(), windowOfX(popup), kPatienceMs);
-    answerOf(u"xdotool"_s, {u"key"_s, u"alt+F4"_s});
-    QTRY_VERIFY_WITH_TIMEOUT(!popup, kPatienceMs);
+    const auto mayPress = [&popup] { return !popup || activeWindowOfX() == windowOfX(popup); };
+    // A window manager with much to do may let a key pass.
+    for (int attempt = 0; attempt < 3 && popup; ++attempt) {
+        QTRY_VERIFY_WITH_TIMEOUT(mayPress(), kPatienceMs);
+        answerOf(u"xdotool"_s, {u"key"_s, u"alt+F4"_s});
+        (void)QTest::qWaitFor([&popup] { return !popup; }, kPatienceMs / 3);
+    }
+    QVERIFY(!popup);
     QVERIFY(!content);
     QVERIFY(stage.control.isVisible());
 }
