@@ -185,7 +185,8 @@ void AuthorSceneGuards::checkTemplate(qsizetype token)
 void AuthorSceneGuards::checkCode(qsizetype token, QStringView code)
 {
     static const QRegularExpression name(u"(?<![\\w$.])(\\w+)\\s*(\\?\\.|[.\\[]|)"_s);
-    QRegularExpressionMatchIterator it = name.globalMatch(code);
+    const QString text = code.toString();
+    QRegularExpressionMatchIterator it = name.globalMatch(text);
     while (it.hasNext()) {
         const QRegularExpressionMatch match = it.next();
         const QString word = match.captured(1);
