@@ -104,7 +104,10 @@ void AuthorTranslations::check(const QStringList& locales)
     for (const AuthorPackage& package : m_packages.packages()) {
         QSet<QString> directories = m_facts.value(package.name).directories;
         directories.insert(Settings::translationDirectoryDefault());
-        for (const QString& directory : std::as_const(directories))
+        QStringList sorted(directories.cbegin(), directories.cend());
+        // The same ones are compared in each run.
+        sorted.sort();
+        for (const QString& directory : std::as_const(sorted))
             checkDirectory(package, directory);
     }
     for (const AuthorPackage& package : m_packages.packages()) {

@@ -5,6 +5,7 @@
 #include "PackageBuilder.h"
 #include "VidletsTest.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <VidletsAuthor/AuthorCheck.h>
@@ -78,6 +79,7 @@ private Q_SLOTS:
     void missing_isNotTold_whenSearchedPackageHasFile();
     void missing_isNotTold_whenNothingIsTranslated();
     void otherDirectory_isLookedInto();
+    void lack_isToldOfTenDirectories();
     void strangeFiles_bringCheckToEnd();
 
 private:
@@ -335,6 +337,30 @@ void TestAuthorTranslations::strangeFiles_bringCheckToEnd()
         u"l10n-broken Vidlets_de_DE.ts:1"_s,
     };
     QCOMPARE(checked(*m_files), expected);
+}
+
+void TestAuthorTranslations::lack_isToldOfTenDirectories()
+{
+    PackageBuilder files;
+    QByteArray tips("<vidlets>");
+    for (char name = 'a'; name <= 'l'; ++name) {
+        tips += QByteArray("<vidlet key='") + name + "' title='Pen' l10n_name='" + name + "'/>\n";
+        files.write(u"A.vidlets/%1/Vidlets_de_DE.ts"_s.arg(QLatin1Char(name)),
+                    "<!DOCTYPE TS><TS version=\"2.1\" language=\"de_DE\"></TS>");
+    }
+    files.writeControlFile(u"A.vidlets"_s, u"a.xml"_s, tips + "</vidlets>");
+    files.write(u"A.vidlets/ui/VidletUI.qml"_s,
+                "import QtQuick\nText { text: vidlet ? vidletView.translate(vidlet.attribute("
+                "\"title\"), \"C\") || \"\" : \"\" }\n");
+
+    QStringList found;
+    const QList<AuthorFinding> findings = ::checked({files.dataPath()});
+    for (const AuthorFinding& finding : findings) {
+        if (finding.rule == "l10n-stale"_L1)
+            found.append(QFileInfo(finding.file).dir().dirName());
+    }
+
+    QCOMPARE(found.join(QString()), u"abcdefghij"_s);
 }
 
 int main(int argc, char** argv)
